@@ -1,0 +1,66 @@
+#include "expr/bin_op.h"
+
+#include <ostream>
+#include <utility>
+
+#include "sys/stack_guard.h"
+
+namespace varno {
+
+const BinaryOperator* FindBinaryOperator(ExprType type)
+{
+  static constexpr BinaryOperator kOperators[] = {
+      {kPlus, '+', mpf_add},
+      {kMinus, '-', mpf_sub},
+      {kMultiply, '*', mpf_mul},
+      {kDivide, '/', mpf_div},
+  };
+  for (const BinaryOperator& row : kOperators) {
+    if (row.type == type) return &row;
+  }
+  return nullptr;
+}
+
+BinOp::BinOp(ExprType type, Ref a, Ref b)
+    : Expr(type, true),
+      operation(*FindBinaryOperator(type)),
+      left(std::move(a)),
+      right(std::move(b))
+{
+}
+
+void BinOp::Result(mpf_t& out, bool)
+{
+  Mpf a, b;
+  left->Value(a);
+  right->Value(b);
+  operation.apply(out, a, b);
+}
+
+void BinOp::GetInitValue(mpf_t& out)
+{
+  Mpf a, b;
+  left->InitValue(a);
+  right->InitValue(b);
+  operation.apply(out, a, b);
+}
+
+Expr::Ref BinOp::ConvertExpr()
+{
+  // The right operand goes first: the order numbers the temporary equations.
+  const Ref b = right->Convert();
+  const Ref a = left->Convert();
+  return Ref(Type(), a, b);
+}
+
+void BinOp::Print(std::ostream& out) const
+{
+  CheckStack();
+  out << '(';
+  left->Print(out);
+  out << ' ' << operation.symbol << ' ';
+  right->Print(out);
+  out << ')';
+}
+
+}  // namespace varno

@@ -1,0 +1,127 @@
+#include "expr/expr.h"
+
+#include <stdexcept>
+#include <vector>
+
+#include "config/global_data.h"
+#include "expr/nothing_expr.h"
+#include "numeric/term_storage.h"
+#include "sys/messages.h"
+#include "sys/stack_guard.h"
+
+namespace varno {
+
+// In this order: nodes read the record when they are built. Both live as long as the process.
+GlobalData* Expr::Global = new GlobalData;
+Expr* Expr::Nothing = new NothingExpr;
+
+Expr::Expr(ExprType type, bool withTerms)
+    : valueStamp(Global->_STEPNO - 1), termStamp(Global->_STEPNO - 1), type(type)
+{
+  if (withTerms) terms = TermStorage(Global->_NTERMS);
+}
+
+namespace {
+
+/// The empty node stands for itself in its own handles.
+Expr* EmptyNode(Expr* first)
+{
+  if (Expr::Nothing == nullptr) Expr::Nothing = first;
+  return Expr::Nothing;
+}
+
+}  // namespace
+
+Expr::Expr()
+    : valueStamp(Global->_STEPNO - 1),
+      termStamp(Global->_STEPNO - 1),
+      type(kNothing),
+      derivative(EmptyNode(this)),
+      converted(EmptyNode(this))
+{
+}
+
+void Expr::Ref::Drop(Expr* node) noexcept
+{
+  if (--node->refs > 0) return;
+  // The children of a dying node are queued instead of deleted on the spot, so that a tree of any
+  // depth goes without recursion.
+  static std::vector<Expr*>& dying = *new std::vector<Expr*>;
+  static bool draining = false;
+  dying.push_back(node);
+  if (draining) return;
+  draining = true;
+  while (!dying.empty()) {
+    const Expr* const next = dying.back();
+    dying.pop_back();
+    delete next;
+  }
+  draining = false;
+}
+
+void Expr::ResetTerms()
+{
+  if (termStamp == Global->_STEPNO) return;
+  termStamp = Global->_STEPNO;
+  valid = -1;
+}
+
+void Expr::GetTerm(int k, mpf_t& out)
+{
+  CheckStack();
+  ResetTerms();
+  if (k > Global->_NTERMS) throw std::overflow_error("Order overflow");
+  if (terms.empty()) {
+    Fail("An expression without a value was used (a step function, or a derivative that does not "
+         "exist)");
+  }
+  if (k > valid) {
+    GetDY(k, terms[k]);
+    valid = k;
+  }
+  mpf_set(out, terms[k]);
+}
+
+void Expr::Value(mpf_t& out)
+{
+  CheckStack();
+  ResetTerms();
+  if (valueStamp != Global->_STEPNO || Global->_RESET_FLAG) {
+    Global->_RESET_FLAG = false;
+    valueStamp = Global->_STEPNO;
+    Result(result, true);
+    steady = false;
+    if (Global->_STEADYSTOP != 0) {
+      Mpf change;
+      mpf_sub(change, value, result);
+      mpf_abs(change, change);
+      steady = mpf_cmp(change, Global->_ACCURACY) < 0;
+    }
+  }
+  mpf_set(out, result);
+}
+
+void Expr::InitValue(mpf_t& out)
+{
+  CheckStack();
+  GetInitValue(initValue);
+  mpf_set(out, initValue);
+}
+
+const Expr::Ref& Expr::Derivative()
+{
+  CheckStack();
+  if (derivative.IsEmpty()) MakeDerivative();
+  return derivative;
+}
+
+Expr::Ref Expr::Convert()
+{
+  CheckStack();
+  converted = Ref();
+  Ref replacement = ConvertExpr();
+  if (&*replacement != this) converted = replacement;
+  return replacement;
+}
+
+}  // namespace varno

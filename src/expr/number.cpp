@@ -1,0 +1,61 @@
+#include "expr/number.h"
+
+#include <ostream>
+
+#include "config/global_data.h"
+#include "output/number_format.h"
+#include "sys/messages.h"
+
+namespace varno {
+
+Number::Number(mpf_srcptr constant) : Expr(kNumber, false)
+{
+  mpf_set(value, constant);
+}
+
+Number::Number(const char* decimal) : Expr(kNumber, false)
+{
+  mpf_set_str(value, decimal, 10);
+}
+
+Number::Number(double constant) : Expr(kNumber, false)
+{
+  mpf_set_d(value, constant);
+}
+
+void Number::GetDY(int, mpf_t&)
+{
+  Fail("virtual void Number::GetDY(int, __mpf_struct (&)[1]) called!!!");
+}
+
+void Number::Result(mpf_t& out, bool)
+{
+  mpf_set(out, value);
+}
+
+void Number::MakeDerivative()
+{
+  derivative = Ref(new Number(0.0));
+}
+
+void Number::GetTerm(int k, mpf_t& out)
+{
+  mpf_set(out, k == 0 ? value : Global->_ZERO);
+}
+
+void Number::GetInitValue(mpf_t& out)
+{
+  mpf_set(out, value);
+}
+
+Expr::Ref Number::ConvertExpr()
+{
+  return Ref(this);
+}
+
+void Number::Print(std::ostream& out) const
+{
+  out << value;
+}
+
+}  // namespace varno

@@ -1,0 +1,31 @@
+#include "expr/sum.h"
+
+namespace varno {
+
+void Plus::GetDY(int k, mpf_t& out)
+{
+  Mpf a, b;
+  left->GetTerm(k, a);
+  right->GetTerm(k, b);
+  mpf_add(out, a, b);
+}
+
+void Plus::MakeDerivative()
+{
+  derivative = Ref(kPlus, left->Derivative(), right->Derivative());
+}
+
+void Minus::GetDY(int k, mpf_t& out)
+{
+  Mpf a, b;
+  left->GetTerm(k, a);
+  right->GetTerm(k, b);
+  mpf_sub(out, a, b);
+}
+
+void Minus::MakeDerivative()
+{
+  derivative = Ref(kMinus, left->Derivative(), right->Derivative());
+}
+
+}  // namespace varno

@@ -1,0 +1,59 @@
+#include "expr/time.h"
+
+#include <ostream>
+
+#include "config/global_data.h"
+#include "expr/number.h"
+#include "sys/messages.h"
+
+namespace varno {
+
+void Time::GetDY(int, mpf_t&)
+{
+  Fail("virtual void Time::GetDY(int, __mpf_struct (&)[1]) called!!!");
+}
+
+void Time::ResetTerms()
+{
+  if (termStamp == Global->_STEPNO) return;
+  termStamp = Global->_STEPNO;
+  mpf_set(value, result);
+}
+
+void Time::Result(mpf_t& out, bool)
+{
+  mpf_set(out, Global->_T);
+}
+
+void Time::MakeDerivative()
+{
+  derivative = Ref(new Number(1.0));
+}
+
+void Time::GetTerm(int k, mpf_t& out)
+{
+  ResetTerms();
+  if (k == 0) {
+    mpf_set(out, value);
+  } else {
+    // On purpose: term 1 is 1, not h.
+    mpf_set(out, k == 1 ? Global->_ONE : Global->_ZERO);
+  }
+}
+
+void Time::GetInitValue(mpf_t& out)
+{
+  mpf_set(out, Global->_ZERO);
+}
+
+Expr::Ref Time::ConvertExpr()
+{
+  return Ref(this);
+}
+
+void Time::Print(std::ostream& out) const
+{
+  out << 't';
+}
+
+}  // namespace varno

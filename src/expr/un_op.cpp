@@ -1,0 +1,56 @@
+#include "expr/un_op.h"
+
+#include <ostream>
+
+#include "sys/messages.h"
+#include "sys/stack_guard.h"
+
+namespace varno {
+
+void UnOp::GetDY(int, mpf_t&)
+{
+  Fail("virtual void UnOp::GetDY(int, __mpf_struct (&)[1]) called!");
+}
+
+void UnOp::Result(mpf_t&, bool)
+{
+  Fail("virtual void UnOp::Result(__mpf_struct (&)[1], bool) called!");
+}
+
+void UnMinus::GetDY(int k, mpf_t& out)
+{
+  operand->GetTerm(k, out);
+  mpf_neg(out, out);
+}
+
+void UnMinus::Result(mpf_t& out, bool)
+{
+  operand->Value(out);
+  mpf_neg(out, out);
+}
+
+void UnMinus::MakeDerivative()
+{
+  derivative = Ref(kUnMinus, operand->Derivative());
+}
+
+void UnMinus::GetInitValue(mpf_t& out)
+{
+  operand->InitValue(out);
+  mpf_neg(out, out);
+}
+
+Expr::Ref UnMinus::ConvertExpr()
+{
+  return Ref(kUnMinus, operand->Convert());
+}
+
+void UnMinus::Print(std::ostream& out) const
+{
+  CheckStack();
+  out << "(-";
+  operand->Print(out);
+  out << ')';
+}
+
+}  // namespace varno

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "expr/expr.h"
+#include "numeric/mpf.h"
+
+namespace varno {
+
+/// The value of a grammar symbol; each symbol uses one member. The values own what they hold and go
+/// with the parser's stack, however the parse ends.
+struct SemanticValue {
+  int order = 0;                 ///< derivative order
+  ExprType function = kNothing;  ///< kind of an elementary function
+  std::optional<Mpf> number;     ///< constant; absent where an initial value is left out
+  std::string text;              ///< name
+  Expr::Ref expr;
+};
+
+}  // namespace varno

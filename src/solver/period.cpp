@@ -1,0 +1,70 @@
+#include "solver/period.h"
+
+#include <csignal>
+#include <iostream>
+
+#include "config/global_data.h"
+#include "sys/messages.h"
+
+namespace varno {
+
+PeriodSamples::PeriodSamples(int bufferSize) : bufferSize(bufferSize) {}
+
+bool PeriodSamples::Repeats(const Mpf& y)
+{
+  Mpf distance;
+  for (Sample& sample : samples) {
+    mpf_sub(distance, sample.value, y);
+    mpf_abs(distance, distance);
+    if (mpf_cmp(distance, Expr::Global->_ACCURACY) >= 0) continue;
+    ++sample.hits;
+    return &sample == &samples.back() && AllHitEquallyOften();
+  }
+  if (static_cast<long>(samples.size()) < long{bufferSize} - 1) samples.push_back({y, 0});
+  return false;
+}
+
+bool PeriodSamples::AllHitEquallyOften() const
+{
+  for (const Sample& sample : samples) {
+    if (sample.hits != samples.front().hits) return false;
+  }
+  return true;
+}
+
+PeriodWatch::PeriodWatch() : samples(Expr::Global->_PERIODBUF) {}
+
+void PeriodWatch::Arm()
+{
+  GlobalData& global = *Expr::Global;
+  if (global._PERIODSAME <= 0) return;
+  const auto entry = global._EQUATIONS.find(global._PERIODEQ);
+  if (entry == global._EQUATIONS.end()) {
+    global._PERIODSAME = 0;
+    std::clog << tag::kWarning << "Equation " << global._PERIODEQ
+              << " doesn't exist. The period. detection is disabled.\n"
+              << std::flush;
+    return;
+  }
+  watched = entry->second;
+  // Intended: a watch with room for samples ends in this signal, before the first pass. Only a watch
+  // with a buffer size of 0 runs.
+  if (global._PERIODBUF > 0) std::raise(SIGSEGV);
+}
+
+bool PeriodWatch::FindsPeriod()
+{
+  if (Expr::Global->_PERIODSAME < 1) return false;
+  if (watchedDerivative.IsEmpty()) watchedDerivative = watched->Derivative();
+  const Mpf& accuracy = Expr::Global->_ACCURACY;
+  Mpf x;
+  watchedDerivative->Value(x);
+  mpf_sub(x, x, accuracy);
+  mpf_abs(x, x);
+  if (mpf_cmp(x, accuracy) > 0) return false;
+  Mpf y;
+  watched->Value(y);
+  return samples.Repeats(y);
+}
+
+}  // namespace varno

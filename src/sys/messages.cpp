@@ -1,0 +1,19 @@
+#include "sys/messages.h"
+
+#include <cstdlib>
+#include <iostream>
+
+namespace varno {
+
+void Exit(ExitStatus status)
+{
+  std::exit(status);
+}
+
+void Fail(std::string_view text, ExitStatus status)
+{
+  std::clog << tag::kError << text << std::endl;
+  Exit(status);
+}
+
+}  // namespace varno
