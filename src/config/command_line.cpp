@@ -3,7 +3,6 @@
 #include <cstdio>
 #include <cstring>
 #include <iostream>
-
 #include <unistd.h>
 
 #include "config/global_data.h"

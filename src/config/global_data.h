@@ -47,13 +47,13 @@ struct GlobalData {
   // --- Settings: the run ---
   Mpf _TMAX;  ///< final time
   bool _FIXEDSTEP = false;
-  int _STEADYSTOP = 0;          ///< passes a steady state must hold to end the run; 0 = off
-  int _STIFFEXPDIFF = 20;       ///< difference of binary exponents that signals a stiff system
-  bool _STIFFEVERYSTEP = false; ///< test for stiffness in every step
-  std::string _PERIODEQ;        ///< name of the equation watched for a period
-  int _PERIODSAME = 0;          ///< equal values wanted; above 0 = the watch is on
-  Mpf _PERIODDERIV;             ///< first derivative at a period point; stored, not used
-  int _PERIODBUF = 50;          ///< size of the sample buffer of the watch
+  int _STEADYSTOP = 0;           ///< passes a steady state must hold to end the run; 0 = off
+  int _STIFFEXPDIFF = 20;        ///< difference of binary exponents that signals a stiff system
+  bool _STIFFEVERYSTEP = false;  ///< test for stiffness in every step
+  std::string _PERIODEQ;         ///< name of the equation watched for a period
+  int _PERIODSAME = 0;           ///< equal values wanted; above 0 = the watch is on
+  Mpf _PERIODDERIV;              ///< first derivative at a period point; stored, not used
+  int _PERIODBUF = 50;           ///< size of the sample buffer of the watch
 
   // --- Settings: what is printed ---
   Mpf _PRINTEVERY;  ///< 0: every step; x > 0: at multiples of x
@@ -92,16 +92,16 @@ struct GlobalData {
   Mpf _NEGBIG;
 
   // --- State of the solver; the integration loop writes it unless noted ---
-  int _WORK0 = 0;           ///< order: most terms used in this pass; raised by the summation
-  int _STEPNO = 0;          ///< step counter: the stamp of every cache in the nodes
-  int _STEPNO_AUX = -1;     ///< equals `_STEPNO` only after a rejected step: start values stay
-  bool _RESET_FLAG = false; ///< makes the next Expr::Value compute; Value clears it
-  Mpf _T;                   ///< time t
-  Mpf _STEP;                ///< step h; written through SetStep
+  int _WORK0 = 0;             ///< order: most terms used in this pass; raised by the summation
+  int _STEPNO = 0;            ///< step counter: the stamp of every cache in the nodes
+  int _STEPNO_AUX = -1;       ///< equals `_STEPNO` only after a rejected step: start values stay
+  bool _RESET_FLAG = false;   ///< makes the next Expr::Value compute; Value clears it
+  Mpf _T;                     ///< time t
+  Mpf _STEP;                  ///< step h; written through SetStep
   std::vector<Mpf> _STEPDIV;  ///< entry 0: 0, entry k: h / k; empty until first set
-  int _TEMPCOUNT = 0;  ///< temporary equations made so far; conversion counts
-  Mpf _STIFFMIN;  ///< smallest last term of the last stiffness test
-  Mpf _STIFFMAX;  ///< largest last term of the last stiffness test
+  int _TEMPCOUNT = 0;         ///< temporary equations made so far; conversion counts
+  Mpf _STIFFMIN;              ///< smallest last term of the last stiffness test
+  Mpf _STIFFMAX;              ///< largest last term of the last stiffness test
 
   // --- Tables; the parser fills them, conversion adds the temporary equations ---
   EquationTable _EQUATIONS;

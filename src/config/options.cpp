@@ -17,7 +17,7 @@ void SetPeriodWatch(const char* argument)
   std::string rest(argument);
   const auto takeField = [&rest] {
     const std::size_t colon = rest.find(':');
-    const std::string field = rest.substr(0, colon);
+    std::string field = rest.substr(0, colon);
     rest = colon == std::string::npos ? "" : rest.substr(colon + 1);
     return field;
   };
@@ -70,8 +70,8 @@ constexpr Option kOptions[] = {
     {'o', SetMaximumOrder, "  -o       sets maximum order (default ", Show<&GlobalData::_NTERMS>},
     {'p', SetInteger<&GlobalData::_PRINTCHARS>, "  -p       sets precision of printing (default ",
      Show<&GlobalData::_PRINTCHARS>, " chars)"},
-    {'r', SetPeriodWatch,
-     "  -r       watch for periodicals; format=eq_name:#_same_vals:1st_deriv.", nullptr},
+    {'r', SetPeriodWatch, "  -r       watch for periodicals; format=eq_name:#_same_vals:1st_deriv.",
+     nullptr},
     {'R', SetInteger<&GlobalData::_PERIODBUF>,
      "  -R       size of buffer for detection of periodicals (default ",
      Show<&GlobalData::_PERIODBUF>},
@@ -92,8 +92,8 @@ constexpr Option kOptions[] = {
     {'X', SetFlag<&GlobalData::_STIFFEVERYSTEP>,
      "  -X       whether to detect stiff system every step (default ",
      Show<&GlobalData::_STIFFEVERYSTEP>},
-    {'W', SetPrecisionFromText, "  -W       sets the arbitrary word size (lib GMP, default=",
-     ShowDefaultPrecision, "bits)"},
+    {'W', SetPrecisionFromText,
+     "  -W       sets the arbitrary word size (lib GMP, default=", ShowDefaultPrecision, "bits)"},
     {'z', SetZeroTerms, "  -z       sets number of zero Taylor terms (default ",
      Show<&GlobalData::_ZEROTERMS>},
     {'O', SetFlag<&GlobalData::_PRINTORDER>, "\n  -O       print column ORDER (1/0) (default ",
@@ -107,8 +107,8 @@ constexpr Option kOptions[] = {
      nullptr},
     {'N', SetText<&GlobalData::_NOPRINTLIST>,
      "  -N str   do not print the equations in the string 'str'", nullptr},
-    {'T', SetFlag<&GlobalData::_PRINTTEMPEQ>, "  -T       print temporary equations (1/0) (default ",
-     Show<&GlobalData::_PRINTTEMPEQ>},
+    {'T', SetFlag<&GlobalData::_PRINTTEMPEQ>,
+     "  -T       print temporary equations (1/0) (default ", Show<&GlobalData::_PRINTTEMPEQ>},
 };
 
 }  // namespace

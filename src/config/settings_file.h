@@ -21,7 +21,8 @@ void ReadSettingsFile();
 /// 0.01 reads as 0, and ":=" leaves no value.
 int ParseSettingLine(const std::string& line, std::string& value, int lineNumber);
 
-/// Applies a keyword by its index in the keyword table and reports it. Does nothing for other indices.
+/// Applies a keyword by its index in the keyword table and reports it. Does nothing for other
+/// indices.
 void ApplySetting(int index, const std::string& value);
 
 }  // namespace varno

@@ -26,8 +26,7 @@ class Algebraic::ScopedVisit {
 
 Algebraic::Algebraic(std::string name, Ref rightHandSide)
     : Differential(kAlgebraic, false, std::move(name), std::move(rightHandSide))
-{
-}
+{}
 
 void Algebraic::GetDY(int, mpf_t&)
 {
@@ -43,8 +42,8 @@ void Algebraic::ResetTerms()
 
 void Algebraic::Result(mpf_t& out, bool)
 {
-  // Variables that refer to one another in a circle do not hang here: Value stamps a variable before
-  // it asks for the right-hand side, and the second request gets the last value.
+  // Variables that refer to one another in a circle do not hang here: Value stamps a variable
+  // before it asks for the right-hand side, and the second request gets the last value.
   rightHandSide->Value(out);
 }
 

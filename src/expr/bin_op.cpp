@@ -26,8 +26,7 @@ BinOp::BinOp(ExprType type, Ref a, Ref b)
       operation(*FindBinaryOperator(type)),
       left(std::move(a)),
       right(std::move(b))
-{
-}
+{}
 
 void BinOp::Result(mpf_t& out, bool)
 {

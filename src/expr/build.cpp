@@ -124,8 +124,9 @@ Expr::Ref::Ref(ExprType type, const Ref& a, const Ref& b) : Ref()
 {
   const BinaryOperator* const operation = FindBinaryOperator(type);
   if (operation == nullptr) {
-    Fail("Expr::Ref::Ref(ExprType, const Expr::Ref&, const Expr::Ref&): unknown binary operation (" +
-         std::to_string(type) + ")");
+    Fail(
+        "Expr::Ref::Ref(ExprType, const Expr::Ref&, const Expr::Ref&): unknown binary operation (" +
+        std::to_string(type) + ")");
   }
   const mpf_ptr x = ConstantOf(a);
   const mpf_ptr y = ConstantOf(b);

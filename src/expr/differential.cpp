@@ -29,16 +29,14 @@ bool IsSelected(const std::string& name)
 
 Differential::Differential(std::string name, Ref rightHandSide)
     : Differential(kDifferential, true, std::move(name), std::move(rightHandSide))
-{
-}
+{}
 
 Differential::Differential(ExprType type, bool withTerms, std::string name, Ref rightHandSide)
     : Expr(type, withTerms),
       name(std::move(name)),
       rightHandSide(std::move(rightHandSide)),
       printed(IsSelected(this->name))
-{
-}
+{}
 
 void Differential::GetDY(int k, mpf_t& out)
 {

@@ -10,8 +10,7 @@ namespace varno {
 
 Equation::Equation(std::string name, int derivativeOrder)
     : Expr(kEquation, false), name(std::move(name)), derivativeOrder(derivativeOrder)
-{
-}
+{}
 
 Expr::Ref Equation::ConvertExpr()
 {

@@ -6,8 +6,8 @@
 
 namespace varno {
 
-/// A reference to a variable by name, as the parser reads it. Conversion puts the variable itself in
-/// its place; until then it has neither terms nor a value nor a derivative.
+/// A reference to a variable by name, as the parser reads it. Conversion puts the variable itself
+/// in its place; until then it has neither terms nor a value nor a derivative.
 class Equation final : public Expr {
  public:
   /// `derivativeOrder` is that of the reference, as in y''. It is kept with the reference, which

@@ -38,15 +38,14 @@ Expr::Expr()
       type(kNothing),
       derivative(EmptyNode(this)),
       converted(EmptyNode(this))
-{
-}
+{}
 
 void Expr::Ref::Drop(Expr* node) noexcept
 {
   if (--node->refs > 0) return;
   // The children of a dying node are queued instead of deleted on the spot, so that a tree of any
   // depth goes without recursion.
-  static std::vector<Expr*>& dying = *new std::vector<Expr*>;
+  static std::vector<Expr*> dying;
   static bool draining = false;
   dying.push_back(node);
   if (draining) return;
@@ -72,8 +71,9 @@ void Expr::GetTerm(int k, mpf_t& out)
   ResetTerms();
   if (k > Global->_NTERMS) throw std::overflow_error("Order overflow");
   if (terms.empty()) {
-    Fail("An expression without a value was used (a step function, or a derivative that does not "
-         "exist)");
+    Fail(
+        "An expression without a value was used (a step function, or a derivative that does not "
+        "exist)");
   }
   if (k > valid) {
     GetDY(k, terms[k]);

@@ -35,8 +35,8 @@ class Expr {
     /// message when the kind is not unary.
     Ref(ExprType type, const Ref& a);
     /// A node of a binary kind over a and b; two numbers are folded into a new number and, with
-    /// `_SIMPLIFYSMALL`, operands near 0 and 1 are simplified away. Ends the run with a message when
-    /// the kind is not binary.
+    /// `_SIMPLIFYSMALL`, operands near 0 and 1 are simplified away. Ends the run with a message
+    /// when the kind is not binary.
     Ref(ExprType type, const Ref& a, const Ref& b);
 
     Ref(const Ref& other) noexcept : Ref(other.node) {}
@@ -93,8 +93,8 @@ class Expr {
   virtual void GetTerm(int k, mpf_t& out);
   /// The value at the initial time, from the operands' initial values.
   virtual void GetInitValue(mpf_t& out) = 0;
-  /// The expression that replaces this one in the integration: elementary functions become variables
-  /// of auxiliary equations, references become the variables that they name.
+  /// The expression that replaces this one in the integration: elementary functions become
+  /// variables of auxiliary equations, references become the variables that they name.
   virtual Ref ConvertExpr() = 0;
   /// Writes the expression, fully parenthesised.
   virtual void Print(std::ostream& out) const = 0;

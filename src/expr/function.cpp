@@ -63,8 +63,7 @@ const ElementaryFunction* FindElementaryFunction(ExprType type)
 
 Function::Function(ExprType type, Ref a)
     : UnOp(type, std::move(a)), function(*FindElementaryFunction(type))
-{
-}
+{}
 
 void Function::GetInitValue(mpf_t& out)
 {
@@ -95,7 +94,7 @@ Expr::Ref Function::ConvertExpr()
   CreateVariables();
   conversion.build(variables, operand, operandDerivative);
   for (const Ref& variable : variables) EnterTemporaryVariable(variable);
-  const Ref replacement = variables[conversion.returned];
+  Ref replacement = variables[conversion.returned];
   variables.clear();
   converting = false;
   return replacement;

@@ -132,8 +132,8 @@ void SumByNeighbours(Mpf& sum, Mpf& factor, const Mpf& q, unsigned long first)
   });
 }
 
-/// The series of sine and cosine. On purpose the exact mode divides by the squares of 2, 6, 10, ...,
-/// so that it sums another function.
+/// The series of sine and cosine. On purpose the exact mode divides by the squares of 2, 6, 10,
+/// ..., so that it sums another function.
 void SumCircular(Mpf& sum, const Mpf& a, unsigned long first)
 {
   const Mpf q = NegativeSquare(a);

@@ -4,9 +4,10 @@
 
 /// The elementary functions on GMP floats, by Taylor series.
 ///
-/// They give the initial values of auxiliary equations and fold constants. Each sets `result`, which
-/// the caller has initialised and which may be x itself, to the value at x; angles are in radians.
-/// Temporaries have the default precision in force, the constants pi and ln 2 that of the record.
+/// They give the initial values of auxiliary equations and fold constants. Each sets `result`,
+/// which the caller has initialised and which may be x itself, to the value at x; angles are in
+/// radians. Temporaries have the default precision in force, the constants pi and ln 2 that of the
+/// record.
 ///
 /// Every series stops, with `_SIMPLIFYSMALL` set, after the first pass whose change of the sum is
 /// less than `_ACCURACY` (absolute; for exp and atanh: whose term is); with `_SIMPLIFYSMALL` clear,
@@ -45,8 +46,8 @@ void asin(mpf_t& result, mpf_ptr x);
 /// pi/2 - asin x, between 0 and pi. Domain |x| <= 1.
 void acos(mpf_t& result, mpf_ptr x);
 
-/// x - x^3/3 + x^5/5 - ..., for |x| > 1 in 1/x, between -pi/2 and pi/2 (4.4.42); 0 where |x| is less
-/// than `_ACCURACY` and `_SIMPLIFYSMALL` is set.
+/// x - x^3/3 + x^5/5 - ..., for |x| > 1 in 1/x, between -pi/2 and pi/2 (4.4.42); 0 where |x| is
+/// less than `_ACCURACY` and `_SIMPLIFYSMALL` is set.
 void atan(mpf_t& result, mpf_ptr x);
 
 /// pi/2 - atan |x| with the sign of x; on purpose 0, not pi/2, where |x| is less than `_ACCURACY`

@@ -16,8 +16,8 @@ bool HasColumn(const Differential& variable);
 void WriteHeader(std::ostream& out);
 
 /// Writes the time `_T` and the values at the end of the step that begins there; this pairing is on
-/// purpose. With `holdBack` the table layout writes nothing; the matrix layout writes its one matrix
-/// when `holdBack` is set, or every one with `_ALL3DVALUES`.
+/// purpose. With `holdBack` the table layout writes nothing; the matrix layout writes its one
+/// matrix when `holdBack` is set, or every one with `_ALL3DVALUES`.
 void WriteRow(std::ostream& out, bool holdBack);
 
 }  // namespace varno

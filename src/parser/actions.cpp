@@ -22,8 +22,8 @@ constexpr int kHighestDerivativeOrder = 10'000;
 /// A step function has been read since the last equation was complete.
 bool stepFunctionSeen = false;
 
-/// Enters the variables y, y', ..., y with n - 1 apostrophes of an equation of order n. Each but the
-/// last has the next one for its right-hand side.
+/// Enters the variables y, y', ..., y with n - 1 apostrophes of an equation of order n. Each but
+/// the last has the next one for its right-hand side.
 void EnterDifferentialSystem(const std::string& name, int order, const Expr::Ref& rightHandSide)
 {
   Assert(order > 0, "yyvsp[-4].I > 0", {"grammar", __LINE__, __func__});

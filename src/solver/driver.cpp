@@ -21,8 +21,8 @@ namespace {
 constexpr int kDefaultMaximumOrder = 30;
 constexpr mp_bitcnt_t kDefaultPrecisionBits = 80;
 
-/// Built-in defaults, then the settings file, then the command line. The defaults come in this order
-/// on purpose: the first `_STEPDIV` is older than the default precision and does not have it.
+/// Built-in defaults, then the settings file, then the command line. The defaults come in this
+/// order on purpose: the first `_STEPDIV` is older than the default precision and does not have it.
 void ReadSettings(int argc, char** argv)
 {
   GlobalData& global = *Expr::Global;

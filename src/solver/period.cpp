@@ -47,8 +47,8 @@ void PeriodWatch::Arm()
     return;
   }
   watched = entry->second;
-  // Intended: a watch with room for samples ends in this signal, before the first pass. Only a watch
-  // with a buffer size of 0 runs.
+  // Intended: a watch with room for samples ends in this signal, before the first pass. Only a
+  // watch with a buffer size of 0 runs.
   if (global._PERIODBUF > 0) std::raise(SIGSEGV);
 }
 

@@ -30,18 +30,19 @@ class PeriodSamples {
   std::vector<Sample> samples;
 };
 
-/// Ends the integration when the equation `_PERIODEQ` keeps coming back to the same values; on while
+/// Ends the integration when the equation `_PERIODEQ` keeps coming back to the same values; on
+/// while
 /// `_PERIODSAME` is above 0.
 class PeriodWatch {
  public:
   PeriodWatch();
 
-  /// To be called once, before the loop. An equation that does not exist switches the watch off with
-  /// a warning. On purpose a buffer size above 0 ends the process with a segmentation fault.
+  /// To be called once, before the loop. An equation that does not exist switches the watch off
+  /// with a warning. On purpose a buffer size above 0 ends the process with a segmentation fault.
   void Arm();
 
-  /// The test of one pass. On purpose it compares the watched derivative with the accuracy, not with
-  /// the derivative value that the user gave.
+  /// The test of one pass. On purpose it compares the watched derivative with the accuracy, not
+  /// with the derivative value that the user gave.
   bool FindsPeriod();
 
  private:

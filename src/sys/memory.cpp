@@ -5,9 +5,9 @@
 #include <limits>
 #include <new>
 #include <string>
+#include <unistd.h>
 
 #include <gmp.h>
-#include <unistd.h>
 
 #include "sys/messages.h"
 

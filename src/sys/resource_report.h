@@ -16,8 +16,8 @@ struct UsageDifference {
 void StartUsage();
 void EndUsage();
 
-/// The time between two marks. On purpose a second is borrowed for negative microseconds only from a
-/// positive number of seconds.
+/// The time between two marks. On purpose a second is borrowed for negative microseconds only from
+/// a positive number of seconds.
 UsageDifference DifferenceOf(const rusage& start, const rusage& end);
 
 /// Writes the time between the marks as commentary: "#(INFO) utime=1s5000us \tstime=0s200us".

@@ -1,9 +1,8 @@
 #include "sys/signals.h"
 
 #include <cstdio>
-#include <iostream>
-
 #include <execinfo.h>
+#include <iostream>
 #include <ucontext.h>
 
 #include "config/global_data.h"
@@ -20,9 +19,11 @@ void* InterruptedInstruction(void* context)
 {
 #if defined(__x86_64__)
   const auto* const machine = static_cast<ucontext_t*>(context);
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): the register holds an address
   return reinterpret_cast<void*>(machine->uc_mcontext.gregs[REG_RIP]);
 #elif defined(__aarch64__)
   const auto* const machine = static_cast<ucontext_t*>(context);
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): the register holds an address
   return reinterpret_cast<void*>(machine->uc_mcontext.pc);
 #else
   static_cast<void>(context);

@@ -4,8 +4,8 @@
 
 namespace varno {
 
-/// Installs CatchTerm for SIGTERM and SIGINT, and CatchFault for SIGSEGV and SIGFPE. The program does
-/// not call it, deliberately: a run keeps the default actions of all signals.
+/// Installs CatchTerm for SIGTERM and SIGINT, and CatchFault for SIGSEGV and SIGFPE. The program
+/// does not call it, deliberately: a run keeps the default actions of all signals.
 void InstallSignals();
 
 /// Asks the operator on standard error what to do and reads the answer from standard input: c
@@ -16,8 +16,8 @@ void InstallSignals();
 /// values, and the text says SIGTERM for SIGINT too.
 void CatchTerm(int signal);
 
-/// Reports the fault and the execution path on standard output and ends the process, on purpose with
-/// status 0.
+/// Reports the fault and the execution path on standard output and ends the process, on purpose
+/// with status 0.
 void CatchFault(int signal, siginfo_t* info, void* context);
 
 }  // namespace varno

@@ -1,7 +1,6 @@
 #include "sys/stack_guard.h"
 
 #include <algorithm>
-
 #include <sys/resource.h>
 
 #include "sys/messages.h"
