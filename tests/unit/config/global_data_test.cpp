@@ -219,7 +219,7 @@ TEST_F(GlobalDataTest, SettingTheTermCountBuildsTheStepDivisions)
     ASSERT_EQ(global._STEPDIV.size(), static_cast<std::size_t>(count) + 1);
     EXPECT_TRUE(IsExactly(0, global._STEPDIV[0]));
     for (int k = 1; k < count; ++k) {
-      const Rational quotient(3, 4 * k);
+      const Rational quotient = Rational(3, 4) / k;
       EXPECT_TRUE(IsAccurateTo(64, quotient, global._STEPDIV[static_cast<std::size_t>(k)])) << k;
     }
   }
