@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <climits>
+#include <utility>
 
-#include "expr/differential.h"
 #include "numeric/term_storage.h"
 #include "sys/memory.h"
 
@@ -47,7 +47,13 @@ GlobalData::GlobalData()
 
 GlobalData::~GlobalData()
 {
-  for (auto& [name, variable] : _EQUATIONS) VariableOf(variable).ReleaseReferences();
+  std::vector<Expr::Ref> references;
+  for (const auto& [name, variable] : _EQUATIONS) references.push_back(variable);
+  while (!references.empty()) {
+    const Expr::Ref node = std::move(references.back());
+    references.pop_back();
+    if (!node.IsEmpty()) node->ReleaseReferences(references);
+  }
 }
 
 /// ln 2 = 2 artanh(1/3) = 2 (x + x^3/3 + x^5/5 + ...) with x = 1/3.

@@ -24,7 +24,7 @@ using EquationTable = std::map<std::string, Expr::Ref>;
 struct GlobalData {
   /// Sets every default.
   GlobalData();
-  /// Takes the equations apart first: variables that refer to one another keep each other alive.
+  /// Takes the equations apart first: nodes that refer to one another keep each other alive.
   ~GlobalData();
   GlobalData(const GlobalData&) = delete;
   GlobalData& operator=(const GlobalData&) = delete;

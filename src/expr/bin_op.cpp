@@ -62,4 +62,11 @@ void BinOp::Print(std::ostream& out) const
   out << ')';
 }
 
+void BinOp::ReleaseReferences(std::vector<Ref>& released)
+{
+  Expr::ReleaseReferences(released);
+  released.push_back(std::move(left));
+  released.push_back(std::move(right));
+}
+
 }  // namespace varno

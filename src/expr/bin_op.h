@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "expr/expr.h"
 
 namespace varno {
@@ -22,6 +24,7 @@ class BinOp : public Expr {
   void GetInitValue(mpf_t& out) override;
   Ref ConvertExpr() override;
   void Print(std::ostream& out) const override;
+  void ReleaseReferences(std::vector<Ref>& released) override;
 
  protected:
   BinOp(ExprType type, Ref a, Ref b);

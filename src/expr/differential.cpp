@@ -102,6 +102,12 @@ void Differential::Print(std::ostream& out) const
   out << '[' << name << ']';
 }
 
+void Differential::ReleaseReferences(std::vector<Ref>& released)
+{
+  Expr::ReleaseReferences(released);
+  released.push_back(std::move(rightHandSide));
+}
+
 void Differential::DumpTree(std::ostream& out) const
 {
   out << tag::kTreeDump << "DIF: \t" << name << "' = ";
@@ -125,12 +131,6 @@ void Differential::SetStartValue(mpf_srcptr start)
   mpf_set(value, start);
   mpf_set(result, start);
   mpf_set(initValue, start);
-}
-
-void Differential::ReleaseReferences()
-{
-  rightHandSide = Ref();
-  derivative = Ref();
 }
 
 }  // namespace varno

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "expr/expr.h"
 
@@ -26,6 +27,7 @@ class Differential : public Expr {
   void GetInitValue(mpf_t& out) override;
   Ref ConvertExpr() override;
   void Print(std::ostream& out) const override;
+  void ReleaseReferences(std::vector<Ref>& released) override;
 
   /// Writes the equation as one line of the tree dump.
   virtual void DumpTree(std::ostream& out) const;
@@ -52,10 +54,6 @@ class Differential : public Expr {
   int TermStamp() const { return termStamp; }
   /// Cached term k, 0 <= k < CachedTerms().
   mpf_srcptr CachedTerm(int k) const { return terms[k]; }
-
-  /// Lets go of the nodes that the variable refers to, so that variables which refer to one another
-  /// can be deleted.
-  void ReleaseReferences();
 
  protected:
   Differential(ExprType type, bool withTerms, std::string name, Ref rightHandSide);

@@ -1,6 +1,7 @@
 #include "expr/expr.h"
 
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 #include "config/global_data.h"
@@ -80,6 +81,12 @@ void Expr::GetTerm(int k, mpf_t& out)
     valid = k;
   }
   mpf_set(out, terms[k]);
+}
+
+void Expr::ReleaseReferences(std::vector<Ref>& released)
+{
+  released.push_back(std::move(derivative));
+  released.push_back(std::move(converted));
 }
 
 void Expr::Value(mpf_t& out)

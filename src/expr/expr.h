@@ -98,6 +98,9 @@ class Expr {
   virtual Ref ConvertExpr() = 0;
   /// Writes the expression, fully parenthesised.
   virtual void Print(std::ostream& out) const = 0;
+  /// Moves all handles that the node holds to the list, so that nodes which refer to one another
+  /// can be deleted. Nothing else may be asked of the node afterwards.
+  virtual void ReleaseReferences(std::vector<Ref>& released);
 
   /// The value at the end of the current step, computed at most once per step unless `_RESET_FLAG`
   /// asks for a new computation.

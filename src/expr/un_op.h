@@ -1,6 +1,7 @@
 #pragma once
 
 #include <utility>
+#include <vector>
 
 #include "expr/expr.h"
 
@@ -15,6 +16,7 @@ class UnOp : public Expr {
   /// Ends the run with a message: the class has no value of its own.
   void Result(mpf_t& out, bool) override;
   void MakeDerivative() override {}
+  void ReleaseReferences(std::vector<Ref>& released) override;
 
  protected:
   UnOp(ExprType type, Ref a) : Expr(type, true), operand(std::move(a)) {}
