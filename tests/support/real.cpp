@@ -12,7 +12,7 @@ template <class Operation>
 Real Combine(Operation operation, const Real& a, const Real& b)
 {
   Real result;
-  operation(result, a, b, MPFR_RNDN);
+  operation(result.Get(), a.Get(), b.Get(), MPFR_RNDN);
   return result;
 }
 
@@ -38,12 +38,12 @@ Real::Real(const Rational& x)
 
 Real::Real(const Real& other) : Real()
 {
-  mpfr_set(number, other, MPFR_RNDN);
+  mpfr_set(number, other.number, MPFR_RNDN);
 }
 
 Real& Real::operator=(const Real& other)
 {
-  mpfr_set(number, other, MPFR_RNDN);
+  mpfr_set(number, other.number, MPFR_RNDN);
   return *this;
 }
 
@@ -85,21 +85,21 @@ Real Abs(const Real& x)
 Real TwoTo(long exponent)
 {
   Real power;
-  mpfr_set_ui_2exp(power, 1, exponent, MPFR_RNDN);
+  mpfr_set_ui_2exp(power.Get(), 1, exponent, MPFR_RNDN);
   return power;
 }
 
 Real Apply(int (*function)(mpfr_ptr, mpfr_srcptr, mpfr_rnd_t), const Real& x)
 {
   Real result;
-  function(result, x, MPFR_RNDN);
+  function(result.Get(), x.Get(), MPFR_RNDN);
   return result;
 }
 
 std::ostream& operator<<(std::ostream& out, const Real& x)
 {
   char* text = nullptr;
-  mpfr_asprintf(&text, "%.60Rg", static_cast<mpfr_srcptr>(x));
+  mpfr_asprintf(&text, "%.60Rg", x.Get());
   out << text;
   mpfr_free_str(text);
   return out;
@@ -109,7 +109,7 @@ testing::AssertionResult IsWithin(const Real& bound, mpf_srcptr actual, const Re
 {
   const Real value(actual);
   const Real error = Abs(value - expected);
-  if (mpfr_lessequal_p(error, bound) != 0) return testing::AssertionSuccess();
+  if (mpfr_lessequal_p(error.Get(), bound.Get()) != 0) return testing::AssertionSuccess();
   return testing::AssertionFailure()
          << value << "\nis not " << expected << "\nwithin " << bound << "; error " << error;
 }

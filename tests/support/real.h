@@ -20,8 +20,8 @@ class Real {
   Real& operator=(const Real& other);
   ~Real();
 
-  operator mpfr_t&() { return number; }
-  operator const mpfr_t&() const { return number; }
+  mpfr_ptr Get() { return number; }
+  mpfr_srcptr Get() const { return number; }
 
  private:
   mpfr_t number;
