@@ -21,4 +21,11 @@ std::vector<Mpf> RandomNumbers(int count, double low, double high)
   return numbers;
 }
 
+Mpf Rounded(const Rational& x)
+{
+  Mpf rounded;
+  mpf_set_q(rounded, x.get_mpq_t());
+  return rounded;
+}
+
 }  // namespace varno

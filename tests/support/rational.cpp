@@ -9,13 +9,6 @@ Rational Exact(mpf_srcptr x)
   return value;
 }
 
-Mpf Rounded(const Rational& x)
-{
-  Mpf rounded;
-  mpf_set_q(rounded, x.get_mpq_t());
-  return rounded;
-}
-
 Rational Power(const Rational& base, unsigned long exponent)
 {
   Rational power = base;

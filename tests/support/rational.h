@@ -3,8 +3,6 @@
 #include <gmpxx.h>
 #include <gtest/gtest.h>
 
-#include "numeric/mpf.h"
-
 namespace varno {
 
 /// An exact fraction.
@@ -12,9 +10,6 @@ using Rational = mpq_class;
 
 /// The value of a GMP float, every one of which is a fraction.
 Rational Exact(mpf_srcptr x);
-
-/// x at the default precision in force.
-Mpf Rounded(const Rational& x);
 
 /// base^exponent
 Rational Power(const Rational& base, unsigned long exponent);

@@ -6,6 +6,7 @@
 #include "config/global_data.h"
 #include "numeric/functions.h"
 #include "support/evaluate.h"
+#include "support/number_samples.h"
 #include "support/rational.h"
 #include "support/real.h"
 #include "support/scoped_global.h"
