@@ -22,11 +22,10 @@ void Divide::GetDY(int k, mpf_t& out)
 
 void Divide::MakeDerivative()
 {
-  // (a / b)' = (a' b - a b') / (b b)
-  derivative = Ref(kDivide,
-                   Ref(kMinus, Ref(kMultiply, left->Derivative(), right),
-                       Ref(kMultiply, left, right->Derivative())),
-                   Ref(kMultiply, right, right));
+  // (a / b)' = (a' b - a b') / (b b), with a' built first, hence the braces
+  const Ref numerator{kMinus, Ref(kMultiply, left->Derivative(), right),
+                      Ref(kMultiply, left, right->Derivative())};
+  derivative = Ref(kDivide, numerator, Ref(kMultiply, right, right));
 }
 
 }  // namespace varno

@@ -65,10 +65,15 @@ Function::Function(ExprType type, Ref a)
     : UnOp(type, std::move(a)), function(*FindElementaryFunction(type))
 {}
 
+// The nodes that work for a function are held by locals: their work may lead back to the function,
+// which then replaces its operand.
+
 void Function::GetInitValue(mpf_t& out)
 {
-  operand = operand->Convert();
-  operand->InitValue(out);
+  Ref u = operand;
+  u = u->Convert();
+  operand = u;
+  u->InitValue(out);
   function.evaluate(out, out);
 }
 
@@ -82,17 +87,16 @@ Expr::Ref Function::ConvertExpr()
     return variables[conversion.returned];
   }
   converting = true;
-  operand = operand->ConvertExpr();
-  Ref operandDerivative;
-  if (Type() == kASin) {
-    // On purpose: asin converts its argument twice and takes the derivative as it stands.
-    operand = operand->Convert();
-    operandDerivative = operand->Derivative();
-  } else {
-    operandDerivative = operand->Derivative()->Convert();
-  }
+  // On purpose asin converts its argument twice and takes the derivative as it stands.
+  const bool isASin = Type() == kASin;
+  Ref u = operand;
+  u = u->ConvertExpr();
+  if (isASin) u = u->Convert();
+  operand = u;
+  Ref du = u->Derivative();
+  if (!isASin) du = du->Convert();
   CreateVariables();
-  conversion.build(variables, operand, operandDerivative);
+  conversion.build(variables, u, du);
   for (const Ref& variable : variables) EnterTemporaryVariable(variable);
   Ref replacement = variables[conversion.returned];
   variables.clear();
@@ -104,7 +108,8 @@ void Function::CreateVariables()
 {
   if (!variables.empty()) return;
   Mpf u0;
-  operand->InitValue(u0);
+  const Ref u = operand;
+  u->InitValue(u0);
   const Conversion& conversion = ConversionOf(Type());
   std::vector<Mpf> initialValues(conversion.initialValues.size());
   for (std::size_t i = 0; i < initialValues.size(); ++i) {

@@ -19,9 +19,9 @@ void Multiply::GetDY(int k, mpf_t& out)
 
 void Multiply::MakeDerivative()
 {
-  // (a b)' = a' b + a b'
-  derivative = Ref(kPlus, Ref(kMultiply, left->Derivative(), right),
-                   Ref(kMultiply, left, right->Derivative()));
+  // (a b)' = a' b + a b', with a' built first, hence the braces
+  derivative = Ref{kPlus, Ref(kMultiply, left->Derivative(), right),
+                   Ref(kMultiply, left, right->Derivative())};
 }
 
 void Multiply::GetInitValue(mpf_t& out)

@@ -10,9 +10,12 @@ void Plus::GetDY(int k, mpf_t& out)
   mpf_add(out, a, b);
 }
 
+// Braces, unlike parentheses, have the left operand's derivative built first: a message about an
+// algebraic loop then names the same variable whatever the compiler.
+
 void Plus::MakeDerivative()
 {
-  derivative = Ref(kPlus, left->Derivative(), right->Derivative());
+  derivative = Ref{kPlus, left->Derivative(), right->Derivative()};
 }
 
 void Minus::GetDY(int k, mpf_t& out)
@@ -25,7 +28,7 @@ void Minus::GetDY(int k, mpf_t& out)
 
 void Minus::MakeDerivative()
 {
-  derivative = Ref(kMinus, left->Derivative(), right->Derivative());
+  derivative = Ref{kMinus, left->Derivative(), right->Derivative()};
 }
 
 }  // namespace varno

@@ -6,6 +6,7 @@
 #include "config/global_data.h"
 #include "expr/expr.h"
 #include "numeric/mpf.h"
+#include "numeric/period_reduction.h"
 #include "sys/assertion.h"
 #include "sys/messages.h"
 
@@ -104,12 +105,6 @@ void Sum(Mpf& sum, NextTerm nextTerm, Measure measure = Measure::kChangeOfSum)
   }
 }
 
-/// Subtracts 2 pi from a as often as it fits in.
-void SubtractPeriods(Mpf& a)
-{
-  while (mpf_cmp(a, Global()._PI_2) >= 0) mpf_sub(a, a, Global()._PI_2);
-}
-
 /// q = -a^2
 Mpf NegativeSquare(const Mpf& a)
 {
@@ -193,7 +188,7 @@ void sin(mpf_t& result, mpf_ptr x)
   const bool negative = mpf_sgn(x) < 0;
   Mpf a;
   mpf_abs(a, x);
-  SubtractPeriods(a);
+  SubtractPeriods(a, Global()._PI_2);
   if (IsNegligible(a)) {
     mpf_set(result, Global()._ZERO);
     return;
@@ -212,7 +207,7 @@ void cos(mpf_t& result, mpf_ptr x)
 {
   Mpf a;
   mpf_abs(a, x);
-  SubtractPeriods(a);
+  SubtractPeriods(a, Global()._PI_2);
   CheckReduced(a, kCosChecks);
   if (IsNegligible(a)) {
     mpf_set(result, Global()._ONE);

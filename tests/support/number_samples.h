@@ -1,0 +1,17 @@
+#pragma once
+
+#include <vector>
+
+#include "numeric/mpf.h"
+#include "support/rational.h"
+
+namespace varno {
+
+/// Pseudo-random numbers between low and high, with all limbs that the default precision in force
+/// gives a number; the same ones in every run.
+std::vector<Mpf> RandomNumbers(int count, double low, double high);
+
+/// x at the default precision in force.
+Mpf Rounded(const Rational& x);
+
+}  // namespace varno
