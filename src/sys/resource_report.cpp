@@ -46,12 +46,16 @@ UsageDifference DifferenceOf(const rusage& start, const rusage& end)
   return {user.seconds, user.microseconds, system.seconds, system.microseconds};
 }
 
-void PrintUsage()
+void PrintUsage(const UsageDifference& used)
 {
-  const UsageDifference used = DifferenceOf(startUsage, endUsage);
   std::clog << tag::kInfo << "utime=" << used.userSeconds << 's' << used.userMicroseconds
             << "us \tstime=" << used.systemSeconds << 's' << used.systemMicroseconds << "us\n"
             << std::flush;
+}
+
+void PrintUsage()
+{
+  PrintUsage(DifferenceOf(startUsage, endUsage));
 }
 
 }  // namespace varno

@@ -20,7 +20,9 @@ void EndUsage();
 /// a positive number of seconds.
 UsageDifference DifferenceOf(const rusage& start, const rusage& end);
 
-/// Writes the time between the marks as commentary: "#(INFO) utime=1s5000us \tstime=0s200us".
+/// Writes a time as commentary: "#(INFO) utime=1s5000us \tstime=0s200us".
+void PrintUsage(const UsageDifference& used);
+/// The same for the time between the marks.
 void PrintUsage();
 
 }  // namespace varno
