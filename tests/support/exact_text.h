@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace varno {
+
+/// For EXPECT_EXIT: the whole standard error must be this text, to the byte.
+inline testing::Matcher<const std::string&> ExactText(const std::string& text)
+{
+  return {text};
+}
+
+}  // namespace varno
