@@ -119,6 +119,11 @@ void ReportStepPart(std::string_view word)
   std::clog << word << std::flush;
 }
 
+void ForgetStepFunctions()
+{
+  stepFunctionSeen = false;
+}
+
 const char* ParserMessage(std::string_view generated)
 {
   return generated == "memory exhausted" ? "parser stack overflow" : "parse error";

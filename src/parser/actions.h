@@ -41,6 +41,8 @@ Mpf Evaluated(ExprType function, const Mpf& a);
 /// end, and the equation is marked, for it has no value.
 Expr::Ref StepFunction(std::string_view word);
 void ReportStepPart(std::string_view word);
+/// To be called before a parse: the one before may have failed behind a step function.
+void ForgetStepFunctions();
 
 /// The program's own words for a message of the generated parser.
 const char* ParserMessage(std::string_view generated);
