@@ -20,8 +20,10 @@ class ExamplesTest(unittest.TestCase):
         for example in EXAMPLES:
             text = example.read_text(encoding="ascii")
             with self.subTest(example.name):
-                self.assertRegex(text, rf"\A// \S.*\n(// .*\n)*//\n//     varno .*{example.name}\n//\n"
-                                       r"// Look for: ")
+                self.assertRegex(
+                    text, rf"\A(// \S.*\n)+//\n//     varno .*{example.name}\n"
+                          rf"//     varno .* -g png -G {example.stem} {example.name} \| bash\n//\n"
+                          r"// Look for: ")
 
     def test_case_runs_the_command_of_the_comment(self):
         for example in EXAMPLES:
@@ -32,6 +34,16 @@ class ExamplesTest(unittest.TestCase):
                 self.assertEqual(
                     (case / "input_from").read_text().strip(), f"examples/{example.name}")
                 self.assertTrue((case / "check").exists())
+
+    def test_gallery_shows_every_picture_with_its_commands(self):
+        page = (ROOT / "docs" / "gallery.md").read_text()
+        for example in EXAMPLES:
+            commands = re.findall(r"^//(     varno .*\n)", example.read_text(), re.MULTILINE)
+            with self.subTest(example.name):
+                self.assertIn(f"](gallery/{example.stem}.png)", page)
+                self.assertIn("".join(command.removeprefix(" ") for command in commands), page)
+                picture = ROOT / "docs" / "gallery" / f"{example.stem}.png"
+                self.assertTrue(picture.read_bytes().startswith(b"\x89PNG"))
 
 
 if __name__ == "__main__":
