@@ -110,7 +110,9 @@ TEST_F(BinOpTest, OnlyTheFourOperationsAreBinary)
   for (int code = -1; code <= kTrunc + 1; ++code) {
     const BinaryOperator* const row = FindBinaryOperator(ExprType{code});
     EXPECT_EQ(row != nullptr, code >= kPlus && code <= kDivide) << code;
-    if (row != nullptr) EXPECT_EQ(row->type, code);
+    if (row != nullptr) {
+      EXPECT_EQ(row->type, code);
+    }
   }
 }
 

@@ -42,7 +42,7 @@ TEST_F(Print, AVariableIsNeverItsExpression)
 {
   VariableOf(y).SetRightHandSide(Expr::Ref(kPlus, y, z));
   EXPECT_EQ(Printed(*y), "[y]");
-  VariableOf(y).ReleaseReferences();
+  VariableOf(y).SetRightHandSide(Expr::Ref());
 }
 
 TEST_F(Print, TimeAndNumbers)
