@@ -95,9 +95,9 @@ TEST_F(BinOpTest, ConversionSimplifies)
 TEST_F(BinOpTest, ConversionTakesTheRightOperandFirst)
 {
   // The exponential gives one temporary variable for each operand: %0 for the one converted first.
-  const Ref x = MakeVariable("x", 0.0);
   for (const ExprType type : {kPlus, kMinus, kMultiply, kDivide}) {
-    global->_TEMPCOUNT = 0;
+    const ScopedGlobal inner;
+    const Ref x = MakeVariable("x", 0.0);
     const Ref left(kExp, x);
     const Ref right(kExp, x);
     const std::string symbol(1, FindBinaryOperator(type)->symbol);

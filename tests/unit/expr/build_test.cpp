@@ -38,6 +38,12 @@ std::ostream& operator<<(std::ostream& out, Shape shape)
   return out << NameOf(shape);
 }
 
+std::type_index ClassOf(const Ref& handle)
+{
+  const Expr& node = *handle;
+  return typeid(node);
+}
+
 class BuildTest : public testing::Test {
  protected:
   /// 2^-n
@@ -47,7 +53,7 @@ class BuildTest : public testing::Test {
   {
     if (built == x) return Shape::kTheVariable;
     if (built->Type() == kNumber && InitValueOf(built).Sign() == 0) return Shape::kZero;
-    if (typeid(*built) == typeid(UnMinus) && TextOf(built) == "(-[x])") return Shape::kItsNegation;
+    if (ClassOf(built) == typeid(UnMinus) && TextOf(built) == "(-[x])") return Shape::kItsNegation;
     return Shape::kNode;
   }
 
@@ -81,7 +87,7 @@ TEST_F(BuildTest, ABinaryKindBuildsItsNode)
   const Ref y = MakeVariable("y", 0.0);
   for (const auto& row : rows) {
     const Ref built(ExprType{row.code}, x, y);
-    EXPECT_EQ(std::type_index(typeid(*built)), row.node) << row.text;
+    EXPECT_EQ(ClassOf(built), row.node) << row.text;
     EXPECT_EQ(built->Type(), row.code);
     EXPECT_EQ(built->RefCount(), 1) << row.text;
     EXPECT_EQ(TextOf(built), row.text);
@@ -110,7 +116,7 @@ TEST_F(BuildTest, AUnaryKindBuildsItsNode)
   for (const auto& row : rows) {
     const int handlesBefore = x->RefCount();
     const Ref built(ExprType{row.code}, x);
-    EXPECT_EQ(std::type_index(typeid(*built)), row.node) << row.text;
+    EXPECT_EQ(ClassOf(built), row.node) << row.text;
     EXPECT_EQ(built->Type(), row.code);
     EXPECT_EQ(built->RefCount(), 1) << row.text;
     EXPECT_EQ(x->RefCount(), handlesBefore + 1) << row.text;
