@@ -18,6 +18,9 @@
 
 #define YY_DECL int yylex(varno::SemanticValue* value)
 #define YY_INPUT(buffer, result, maximum) result = ReadInput(buffer, maximum)
+// A token is scanned again from its beginning at each refill of the buffer, which doubles for a long
+// one: filling all of it keeps the time for a comment of any length in proportion to the length.
+#define YY_READ_BUF_SIZE INT_MAX
 
 namespace {
 

@@ -233,11 +233,16 @@ TEST_F(ExponentForm, AtWidthZeroACarryIntoFiveLeavesNoDigits)
 
 TEST_F(ExponentForm, NegativeWidthsDoNotRound)
 {
+  // Two digits are asked for, then one: only GMP rounds.
   SetFormat(-1, 4);
-  // Two digits are asked for.
-  ExpectTexts({{"0.196", " 2.0000e-01"}, {"0.464", " 4.6000e-01"}, {"-0.464", "-4.6000e-01"}});
+  ExpectTexts({
+      {"0.196", " 2.0000e-01"},
+      {"0.464", " 4.6000e-01"},
+      {"-0.464", "-4.6000e-01"},
+      {"0.964", " 9.6000e-01"},
+  });
   SetFormat(-2, 4);
-  EXPECT_EQ(Formatted("0.464"), " 5.0000e-01");
+  ExpectTexts({{"0.464", " 5.0000e-01"}, {"0.964", " 1.0000e+00"}});
 }
 
 TEST_F(ExponentForm, FromWidthMinusThreeDownAllDigitsAreWritten)
