@@ -49,6 +49,9 @@ Expr::Ref BinOp::ConvertExpr()
   // The right operand goes first: the order numbers the temporary equations.
   const Ref b = right->Convert();
   const Ref a = left->Convert();
+  // A node whose operands stand for themselves does so, too. A copy would be the same expression,
+  // and functions nested n deep would copy one another's derivatives n times.
+  if (a == left && b == right) return Ref(this);
   return Ref(Type(), a, b);
 }
 
