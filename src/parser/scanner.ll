@@ -19,6 +19,9 @@
 #define YY_DECL int yylex(varno::SemanticValue* value)
 #define YY_INPUT(buffer, result, maximum) result = ReadInput(buffer, maximum)
 
+// Every read scans the token at hand from its start: small reads make a long comment quadratic.
+#define YY_READ_BUF_SIZE (1 << 20)
+
 namespace {
 
 int lineNumber = 1;
