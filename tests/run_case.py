@@ -24,8 +24,9 @@ A case is a folder. Only `why` is required.
 
 Everything else in the folder (input.varno, for one) is copied into the working folder,
 which is temporary, as is the home folder. The scripts find the program's path in
-VARNO_PROGRAM. Two things vary from run to run or from build to build and are masked on
-both sides, see mask_time_report and mask_build_date; nothing else is.
+VARNO_PROGRAM, and those in Python the modules of tests/support. Two things vary from run
+to run or from build to build and are masked on both sides, see mask_time_report and
+mask_build_date; nothing else is.
 
 Ends with status 0 when the case holds, 1 when it does not, 2 when it cannot be run.
 """
@@ -232,7 +233,12 @@ def run_case(program, case, scratch):
     folder.mkdir()
     home.mkdir()
     environment = make_environment(home)
-    script_environment = {**environment, "VARNO_PROGRAM": str(program)}
+    script_environment = {
+        **environment,
+        "VARNO_PROGRAM": str(program),
+        "PYTHONPATH": str(Path(__file__).resolve().parent / "support"),
+        "PYTHONDONTWRITEBYTECODE": "1",
+    }
 
     copy_inputs(case, folder)
     if (case / "varnorc").exists():

@@ -133,6 +133,10 @@ class RunCaseTest(unittest.TestCase):
             self.run_case("echo 1 >&2", check="#!/usr/bin/env python3\nassert open('stderr.actual').read() == '1\\n'\n"),
             HOLDS)
 
+    def test_check_in_python_finds_the_support_modules(self):
+        self.assert_outcome(
+            self.run_case("echo 1", check="#!/usr/bin/env python3\nimport case_outcome\n"), HOLDS)
+
     def test_check_that_fails(self):
         self.assert_outcome(
             self.run_case("echo 1", check="echo too small; exit 4\n"), FAILS, "too small", "status 4")
