@@ -27,6 +27,7 @@ void ApplyOption(int letter, const char* argument)
       Exit(kFailure);
     case 'v':
       std::cout << "VARNO/C version 1.0\n";
+      FinishOutput();
       Exit(kSuccess);
     default:
       break;

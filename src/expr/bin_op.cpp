@@ -3,17 +3,29 @@
 #include <ostream>
 #include <utility>
 
+#include "numeric/range.h"
 #include "sys/stack_guard.h"
 
 namespace varno {
 
+namespace {
+
+template <auto kOperation>
+void Apply(mpf_ptr result, mpf_srcptr a, mpf_srcptr b)
+{
+  kOperation(result, a, b);
+  RequireRange(result);
+}
+
+}  // namespace
+
 const BinaryOperator* FindBinaryOperator(ExprType type)
 {
   static constexpr BinaryOperator kOperators[] = {
-      {kPlus, '+', mpf_add},
-      {kMinus, '-', mpf_sub},
-      {kMultiply, '*', mpf_mul},
-      {kDivide, '/', mpf_div},
+      {kPlus, '+', Apply<mpf_add>},
+      {kMinus, '-', Apply<mpf_sub>},
+      {kMultiply, '*', Apply<mpf_mul>},
+      {kDivide, '/', Apply<mpf_div>},
   };
   for (const BinaryOperator& row : kOperators) {
     if (row.type == type) return &row;
@@ -49,6 +61,9 @@ Expr::Ref BinOp::ConvertExpr()
   // The right operand goes first: the order numbers the temporary equations.
   const Ref b = right->Convert();
   const Ref a = left->Convert();
+  // A node whose operands stand for themselves does so, too. A copy would be the same expression,
+  // and functions nested n deep would copy one another's derivatives n times.
+  if (a == left && b == right) return Ref(this);
   return Ref(Type(), a, b);
 }
 

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "config/global_data.h"
+#include "numeric/range.h"
 #include "output/number_format.h"
 #include "sys/messages.h"
 
@@ -66,6 +67,7 @@ void Differential::Result(mpf_t& out, bool)
   while (k < termCount && smallTerms < smallTermsWanted) {
     GetTerm(k, term);
     mpf_add(out, out, term);
+    RequireRange(out);
 
     // small: |term| < |sum * accuracy|; a sum of 0 makes no term small, not even 0
     mpf_abs(size, term);

@@ -126,8 +126,12 @@ Expr::Ref Expr::Convert()
 {
   CheckStack();
   converted = Ref();
+  // What once stands for itself always does. Not to walk it again keeps functions nested n deep,
+  // whose derivatives share nodes, from 2^n visits.
+  if (standsForItself) return Ref(this);
   Ref replacement = ConvertExpr();
-  if (&*replacement != this) converted = replacement;
+  standsForItself = &*replacement == this;
+  if (!standsForItself) converted = replacement;
   return replacement;
 }
 

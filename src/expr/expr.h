@@ -147,6 +147,7 @@ class Expr {
  private:
   /// Empty when the node stands for itself: a handle to itself would keep it alive for ever.
   Ref converted;
+  bool standsForItself = false;  ///< seen by Convert; never reset
   bool steady = false;
 };
 

@@ -30,7 +30,7 @@ void Multiply::GetInitValue(mpf_t& out)
   Mpf a, b;
   right->InitValue(b);
   left->InitValue(a);
-  mpf_mul(out, b, a);
+  operation.apply(out, b, a);
 }
 
 }  // namespace varno

@@ -48,7 +48,9 @@ void UnMinus::GetInitValue(mpf_t& out)
 
 Expr::Ref UnMinus::ConvertExpr()
 {
-  return Ref(kUnMinus, operand->Convert());
+  const Ref a = operand->Convert();
+  if (a == operand) return Ref(this);  // as BinOp::ConvertExpr does
+  return Ref(kUnMinus, a);
 }
 
 void UnMinus::Print(std::ostream& out) const

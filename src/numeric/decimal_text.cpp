@@ -4,13 +4,12 @@
 #include <cstring>
 #include <string>
 
+#include "numeric/range.h"
 #include "sys/messages.h"
 
 namespace varno {
 
 namespace {
-
-constexpr long kLargestExponent = 1'000'000'000'000'000;
 
 /// The exponent that GMP reads from the text: what follows its last 'e', 'E' or '@'.
 long ExponentOf(const char* text)

@@ -84,8 +84,7 @@ int RunProgram(int argc, char** argv)
   Integration().Run();
   EndUsage();
   WriteClosingOutput();
-  std::cout.flush();
-  if (!std::cout) Fail("Cannot write the results to standard output");
+  FinishOutput();
   return kSuccess;
 }
 

@@ -85,7 +85,7 @@ Integration::Attempt Integration::EvaluateEquations()
   // A pass that is about to be rejected counts too.
   steadyPasses = steadyCount == global._EQUATIONS.size() ? steadyPasses + 1 : 0;
 
-  const bool tooManyTerms = global._ZEROTERMS + global._WORK0 > global._NTERMS;
+  const bool tooManyTerms = long{global._ZEROTERMS} + global._WORK0 > global._NTERMS;
   return tooManyTerms && !global._FIXEDSTEP ? Attempt::kOrderExceeded : Attempt::kAccepted;
 }
 

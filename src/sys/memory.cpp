@@ -15,8 +15,8 @@ namespace varno {
 
 namespace {
 
-/// What the allocator of the C library adds to a block.
-constexpr std::size_t kBlockOverhead = 16;
+/// What a number takes besides its limbs: its struct, and what the allocator adds to a block.
+constexpr std::size_t kNumberOverhead = sizeof(mpf_t) + 16;
 
 std::size_t memoryLimit = std::numeric_limits<std::size_t>::max();
 std::size_t numberBytes = 0;
@@ -41,7 +41,7 @@ void Account(std::size_t bytes)
 
 void* AllocateNumber(std::size_t bytes)
 {
-  Account(bytes + kBlockOverhead);
+  Account(bytes + kNumberOverhead);
   void* block = std::malloc(bytes);
   if (block == nullptr) FailOutOfMemory();
   return block;
@@ -49,7 +49,7 @@ void* AllocateNumber(std::size_t bytes)
 
 void FreeNumber(void* block, std::size_t bytes)
 {
-  const std::size_t accounted = bytes + kBlockOverhead;
+  const std::size_t accounted = bytes + kNumberOverhead;
   // Numbers older than the account (the record's) were never added to it.
   numberBytes -= accounted < numberBytes ? accounted : numberBytes;
   std::free(block);
@@ -71,7 +71,8 @@ void* ReallocateNumber(void* block, std::size_t oldBytes, std::size_t newBytes)
 
 void InstallMemoryLimits()
 {
-  InstallMemoryLimits(AvailableMemory());
+  // The rest is for what is not accounted, nodes and names, and for other processes.
+  InstallMemoryLimits(AvailableMemory() / 3 * 2);
 }
 
 void InstallMemoryLimits(std::size_t limit)

@@ -5,8 +5,9 @@
 namespace varno {
 
 /// Makes every number and object that cannot be allocated end the run with "#(ERR) Out of memory"
-/// and status 1. Numbers count as impossible once all of them together would take more than the
-/// memory that was available at the call: the kernel would grant them and kill the process later.
+/// and status 1. Numbers count as impossible once all of them together would take more than two
+/// thirds of the memory that was available at the call: the kernel would grant them and kill the
+/// process later.
 /// Call it before the first number is made that the run is to account for.
 void InstallMemoryLimits();
 /// The same with a limit in bytes.

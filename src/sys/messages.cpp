@@ -16,4 +16,10 @@ void Fail(std::string_view text, ExitStatus status)
   Exit(status);
 }
 
+void FinishOutput()
+{
+  std::cout.flush();
+  if (!std::cout) Fail("Cannot write the results to standard output");
+}
+
 }  // namespace varno

@@ -29,4 +29,7 @@ inline constexpr std::string_view kSettingsFileWarning = "(WARN) ";
 /// Writes the line "#(ERR) TEXT" and ends the process with `status`.
 [[noreturn]] void Fail(std::string_view text, ExitStatus status = kFailure);
 
+/// Flushes standard output; a run whose output did not arrive ends with a message and status 1.
+void FinishOutput();
+
 }  // namespace varno
