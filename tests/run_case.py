@@ -8,6 +8,9 @@ A case is a folder. Only `why` is required.
   why      where the expected values come from, in one line
   args     the exact argument list, quoted as in a shell, over one or more lines;
            missing: the one argument input.varno
+  input_from
+           files of the source tree that are copied into the working folder, one path from
+           the root of the tree on each line
   stdin    standard input; missing: empty
   varnorc  becomes ~/.varnorc
   timeout  seconds after which the program is stopped; missing: 60
@@ -24,8 +27,9 @@ A case is a folder. Only `why` is required.
 
 Everything else in the folder (input.varno, for one) is copied into the working folder,
 which is temporary, as is the home folder. The scripts find the program's path in
-VARNO_PROGRAM. Two things vary from run to run or from build to build and are masked on
-both sides, see mask_time_report and mask_build_date; nothing else is.
+VARNO_PROGRAM and can import the modules of tests/support. Two things vary from run to
+run or from build to build and are masked on both sides, see mask_time_report and
+mask_build_date; nothing else is.
 
 Ends with status 0 when the case holds, 1 when it does not, 2 when it cannot be run.
 """
@@ -43,10 +47,11 @@ import tempfile
 from pathlib import Path
 
 DESCRIPTION_FILES = {
-    "why", "args", "stdin", "varnorc", "timeout", "setup", "stdout", "stderr", "status", "check",
-    "not_sanitized",
+    "why", "args", "input_from", "stdin", "varnorc", "timeout", "setup", "stdout", "stderr",
+    "status", "check", "not_sanitized",
 }
 DEFAULT_TIMEOUT_SECONDS = 60
+SOURCE_ROOT = Path(__file__).resolve().parent.parent
 MAX_DIFF_LINES = 200
 
 
@@ -217,6 +222,11 @@ def copy_inputs(case, folder):
             shutil.copytree(path, folder / path.name)
         else:
             shutil.copy2(path, folder / path.name)
+    for name in read_text(case / "input_from", "").splitlines():
+        path = SOURCE_ROOT / name
+        if not path.is_file():
+            raise BadCase(f"input_from: no such file in the source tree: {name!r}")
+        shutil.copy2(path, folder / path.name)
 
 
 def run_case(program, case, scratch):
@@ -232,7 +242,12 @@ def run_case(program, case, scratch):
     folder.mkdir()
     home.mkdir()
     environment = make_environment(home)
-    script_environment = {**environment, "VARNO_PROGRAM": str(program)}
+    script_environment = {
+        **environment,
+        "VARNO_PROGRAM": str(program),
+        "PYTHONPATH": str(SOURCE_ROOT / "tests" / "support"),
+        "PYTHONDONTWRITEBYTECODE": "1",
+    }
 
     copy_inputs(case, folder)
     if (case / "varnorc").exists():

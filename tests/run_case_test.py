@@ -112,6 +112,11 @@ class RunCaseTest(unittest.TestCase):
             self.run_case("ls -A", input_varno="", stdout="input.varno\nstderr.actual\nstdout.actual\n"),
             HOLDS)
 
+    def test_input_from_the_source_tree(self):
+        self.assert_outcome(
+            self.run_case("ls -A; cmp run_case.py " + str(RUNNER), input_from="tests/run_case.py\n",
+                          stdout="run_case.py\nstderr.actual\nstdout.actual\n"), HOLDS)
+
     def test_setup_prepares_the_folder(self):
         self.assert_outcome(self.run_case("cat made", setup="echo 5 > made\n", stdout="5\n"), HOLDS)
 
@@ -132,6 +137,9 @@ class RunCaseTest(unittest.TestCase):
         self.assert_outcome(
             self.run_case("echo 1 >&2", check="#!/usr/bin/env python3\nassert open('stderr.actual').read() == '1\\n'\n"),
             HOLDS)
+
+    def test_check_imports_shared_modules(self):
+        self.assert_outcome(self.run_case("true", check="#!/usr/bin/env python3\nimport results\n"), HOLDS)
 
     def test_check_that_fails(self):
         self.assert_outcome(
@@ -172,6 +180,9 @@ class RunCaseTest(unittest.TestCase):
 
     def test_unknown_status(self):
         self.assert_outcome(self.run_case("true", status="SIGNONE"), BAD_CASE, "SIGNONE")
+
+    def test_input_from_nowhere(self):
+        self.assert_outcome(self.run_case("true", input_from="no/such"), BAD_CASE, "'no/such'")
 
     def test_failing_setup(self):
         self.assert_outcome(self.run_case("true", setup="exit 1"), BAD_CASE, "setup")

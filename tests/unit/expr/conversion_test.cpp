@@ -7,9 +7,11 @@
 
 #include "config/global_data.h"
 #include "numeric/functions.h"
-#include "support/equation_system.h"
+#include "solver/driver.h"
 #include "support/evaluate.h"
 #include "support/exact_text.h"
+#include "support/node_probe.h"
+#include "support/parsed_input.h"
 #include "support/rational.h"
 #include "support/scoped_global.h"
 
@@ -17,6 +19,31 @@ namespace varno {
 namespace {
 
 using Texts = std::vector<std::string>;
+
+void Read(const std::string& input)
+{
+  EXPECT_TRUE(ParsedInput(input).accepted) << input;
+}
+
+/// Prepares equations as a run does before the integration.
+void ReadAndConvert(const std::string& input)
+{
+  Read(input);
+  InitializeEquations();
+}
+
+/// The names in the order of the equation table.
+Texts Names()
+{
+  Texts names;
+  for (const auto& [name, variable] : Expr::Global->_EQUATIONS) names.push_back(name);
+  return names;
+}
+
+Mpf StartValueOf(const std::string& name)
+{
+  return InitValueOf(Expr::Global->_EQUATIONS.at(name));
+}
 
 // --- One function of a variable: what each conversion makes ---
 
@@ -167,10 +194,7 @@ std::string TemporaryName(std::size_t number)
   return '%' + std::to_string(number);
 }
 
-class Conversions : public testing::TestWithParam<int> {
- protected:
-  Conversions() { mpf_set_default_prec(static_cast<mp_bitcnt_t>(GetParam())); }
-};
+class Conversions : public testing::TestWithParam<int> {};
 
 INSTANTIATE_TEST_SUITE_P(Bits, Conversions, testing::Values(80, 256),
                          testing::PrintToStringParamName());
@@ -181,19 +205,18 @@ TEST_P(Conversions, MakeTheirVariablesInOrder)
     SCOPED_TRACE(row.function);
     const ScopedGlobal global;
     mpf_set_default_prec(static_cast<mp_bitcnt_t>(GetParam()));
-    EquationSystem system("u' = v & " + std::string(row.u0) + "; v' = u & 2; w' = " + row.function +
-                          "(u);");
-    const Mpf u0 = system.StartValue("u");
-    system.Initialize();
+    Read("u' = v & " + std::string(row.u0) + "; v' = u & 2; w' = " + row.function + "(u);");
+    const Mpf u0 = StartValueOf("u");
+    InitializeEquations();
 
-    EXPECT_EQ(system.RightHandSide("w"), row.returned);
-    ASSERT_EQ(system.Names().size(), row.initialValues.size() + 3);
+    EXPECT_EQ(PrintedRightHandSide("w"), row.returned);
+    ASSERT_EQ(Names().size(), row.initialValues.size() + 3);
     for (std::size_t i = 0; i < row.initialValues.size(); ++i) {
       const std::string name = TemporaryName(i);
       SCOPED_TRACE(name);
-      EXPECT_EQ(system.RightHandSide(name), row.rightHandSides[i]);
+      EXPECT_EQ(PrintedRightHandSide(name), row.rightHandSides[i]);
       const Mpf expected = Evaluate(row.initialValues[i], u0);
-      EXPECT_TRUE(IsExactly(Exact(expected), system.StartValue(name)));
+      EXPECT_TRUE(IsExactly(Exact(expected), StartValueOf(name)));
     }
   }
 }
@@ -205,14 +228,13 @@ TEST_P(Conversions, SimplifyWhereTheArgumentGrowsLikeTime)
     SCOPED_TRACE(row.function);
     const ScopedGlobal global;
     mpf_set_default_prec(static_cast<mp_bitcnt_t>(GetParam()));
-    EquationSystem system("w' = " + std::string(row.function) + "(t + 1/2);");
-    system.Initialize();
-    ASSERT_EQ(system.Names().size(), row.simplified.size() + 1);
+    ReadAndConvert("w' = " + std::string(row.function) + "(t + 1/2);");
+    ASSERT_EQ(Names().size(), row.simplified.size() + 1);
     for (std::size_t i = 0; i < row.simplified.size(); ++i) {
       const std::string name = TemporaryName(i);
-      EXPECT_EQ(system.RightHandSide(name), row.simplified[i]) << name;
+      EXPECT_EQ(PrintedRightHandSide(name), row.simplified[i]) << name;
       const Mpf expected = Evaluate(row.initialValues[i], Mpf(0.5));
-      EXPECT_TRUE(IsExactly(Exact(expected), system.StartValue(name))) << name;
+      EXPECT_TRUE(IsExactly(Exact(expected), StartValueOf(name))) << name;
     }
   }
 }
@@ -221,18 +243,17 @@ TEST(Conversion, KeepsFactorsOfOneWithoutSimplification)
 {
   const ScopedGlobal global;
   global->_SIMPLIFYSMALL = false;
-  EquationSystem system("w' = sin(t);");
-  system.Initialize();
-  EXPECT_EQ(system.RightHandSide("%0"), "([%1] *  1.00000000000e+00)");
-  EXPECT_EQ(system.RightHandSide("%1"), "((-[%0]) *  1.00000000000e+00)");
+  ReadAndConvert("w' = sin(t);");
+  EXPECT_EQ(PrintedRightHandSide("%0"), "([%1] *  1.00000000000e+00)");
+  EXPECT_EQ(PrintedRightHandSide("%1"), "((-[%0]) *  1.00000000000e+00)");
 }
 
 TEST(Conversion, ATemporaryVariableHasItsValueAtOnceAndInTheFirstStep)
 {
   const ScopedGlobal global;
   const Expr::Ref variable = MakeTemporaryVariable(Mpf("0.75"));
-  EXPECT_EQ(Shown(variable), "[%0]");
-  EXPECT_TRUE(IsExactly({3, 4}, InitialValue(variable)));
+  EXPECT_EQ(TextOf(variable), "[%0]");
+  EXPECT_TRUE(IsExactly({3, 4}, InitValueOf(variable)));
   EXPECT_TRUE(VariableOf(variable).RightHandSide().IsEmpty());
 
   ++global->_STEPNO;
@@ -244,10 +265,9 @@ TEST(Conversion, ATemporaryVariableHasItsValueAtOnceAndInTheFirstStep)
 TEST(Conversion, ASinSharesTheQuotientBetweenItsRightHandSides)
 {
   const ScopedGlobal global;
-  EquationSystem system("w' = asin(t);");
-  system.Initialize();
+  ReadAndConvert("w' = asin(t);");
   // One handle is the right-hand side of %0, the other the factor in that of %1.
-  EXPECT_EQ(system["%0"].RightHandSide()->RefCount(), 2);
+  EXPECT_EQ(VariableNamed("%0").RightHandSide()->RefCount(), 2);
 }
 
 // --- Derivatives of the argument ---
@@ -255,48 +275,43 @@ TEST(Conversion, ASinSharesTheQuotientBetweenItsRightHandSides)
 TEST(Conversion, MultipliesByTheConvertedDerivativeOfTheArgument)
 {
   const ScopedGlobal global;
-  EquationSystem system("w' = exp(2 * t);");
-  system.Initialize();
-  EXPECT_EQ(system.RightHandSide("%0"), "( 2.00000000000e+00 * [%0])");
-  EXPECT_TRUE(IsExactly(1, system.StartValue("%0")));
+  ReadAndConvert("w' = exp(2 * t);");
+  EXPECT_EQ(PrintedRightHandSide("%0"), "( 2.00000000000e+00 * [%0])");
+  EXPECT_TRUE(IsExactly(1, StartValueOf("%0")));
 }
 
 TEST(Conversion, ConvertsReferencesInTheDerivative)
 {
   // u stands behind e in the table: its right-hand side is not yet converted.
   const ScopedGlobal global;
-  EquationSystem system("e' = exp(u); u' = u * v & 0.5; v' = 1 & 2;");
-  system.Initialize();
-  EXPECT_EQ(system.RightHandSide("%0"), "(([u] * [v]) * [%0])");
+  ReadAndConvert("e' = exp(u); u' = u * v & 0.5; v' = 1 & 2;");
+  EXPECT_EQ(PrintedRightHandSide("%0"), "(([u] * [v]) * [%0])");
 }
 
 TEST(Conversion, ASinTakesTheDerivativeAsItStands)
 {
   // On purpose: where u is not yet converted, a reference by name remains.
   const ScopedGlobal global;
-  EquationSystem system("e' = asin(u); u' = v & 0.5; v' = 1 & 2;");
-  system.Initialize();
-  EXPECT_EQ(system.RightHandSide("%0"), "(v / [%1])");
-  EXPECT_EQ(system.RightHandSide("%1"), "((-[u]) * (v / [%1]))");
+  ReadAndConvert("e' = asin(u); u' = v & 0.5; v' = 1 & 2;");
+  EXPECT_EQ(PrintedRightHandSide("%0"), "(v / [%1])");
+  EXPECT_EQ(PrintedRightHandSide("%1"), "((-[u]) * (v / [%1]))");
 }
 
 TEST(Conversion, ASinOfItsOwnVariableTakesItself)
 {
   const ScopedGlobal global;
-  EquationSystem system("y' = asin(y) & 0.5;");
-  system.Initialize();
-  EXPECT_EQ(system.RightHandSide("y"), "[%0]");
-  EXPECT_EQ(system.RightHandSide("%0"), "(asin([y]) / [%1])");
+  ReadAndConvert("y' = asin(y) & 0.5;");
+  EXPECT_EQ(PrintedRightHandSide("y"), "[%0]");
+  EXPECT_EQ(PrintedRightHandSide("%0"), "(asin([y]) / [%1])");
 }
 
 TEST(Conversion, LnOfTimePlusOneStartsAtZeroAndDividesByItself)
 {
   const ScopedGlobal global;
-  EquationSystem system("w' = ln(t + 1);");
-  system.Initialize();
-  EXPECT_EQ(system.Names(), (Texts{"%0", "w"}));
-  EXPECT_EQ(system.StartValue("%0").Sign(), 0);
-  EXPECT_EQ(system.RightHandSide("%0"), "( 1.00000000000e+00 / [%0])");
+  ReadAndConvert("w' = ln(t + 1);");
+  EXPECT_EQ(Names(), (Texts{"%0", "w"}));
+  EXPECT_EQ(StartValueOf("%0").Sign(), 0);
+  EXPECT_EQ(PrintedRightHandSide("%0"), "( 1.00000000000e+00 / [%0])");
 }
 
 // --- Several functions ---
@@ -304,72 +319,67 @@ TEST(Conversion, LnOfTimePlusOneStartsAtZeroAndDividesByItself)
 TEST(Conversion, NumbersTheRightOperandFirst)
 {
   const ScopedGlobal global;
-  EquationSystem system("w' = sin(t) + exp(t);");
-  system.Initialize();
-  EXPECT_EQ(system.RightHandSide("w"), "([%1] + [%0])");
-  EXPECT_EQ(system.RightHandSide("%0"), "[%0]");
-  EXPECT_EQ(system.RightHandSide("%1"), "[%2]");
+  ReadAndConvert("w' = sin(t) + exp(t);");
+  EXPECT_EQ(PrintedRightHandSide("w"), "([%1] + [%0])");
+  EXPECT_EQ(PrintedRightHandSide("%0"), "[%0]");
+  EXPECT_EQ(PrintedRightHandSide("%1"), "[%2]");
 }
 
 TEST(Conversion, NumbersTheArgumentBeforeTheFunction)
 {
   const ScopedGlobal global;
-  EquationSystem system("w' = sin(exp(t));");
-  system.Initialize();
-  EXPECT_EQ(system.RightHandSide("w"), "[%1]");
-  EXPECT_EQ(system.RightHandSide("%0"), "[%0]");
-  EXPECT_EQ(system.RightHandSide("%1"), "([%2] * [%0])");
-  EXPECT_EQ(system.RightHandSide("%2"), "((-[%1]) * [%0])");
+  ReadAndConvert("w' = sin(exp(t));");
+  EXPECT_EQ(PrintedRightHandSide("w"), "[%1]");
+  EXPECT_EQ(PrintedRightHandSide("%0"), "[%0]");
+  EXPECT_EQ(PrintedRightHandSide("%1"), "([%2] * [%0])");
+  EXPECT_EQ(PrintedRightHandSide("%2"), "((-[%1]) * [%0])");
 }
 
 TEST(Conversion, NumbersEquationsInTheOrderOfTheTable)
 {
   const ScopedGlobal global;
-  EquationSystem system("b' = exp(t); a' = sin(t);");
-  system.Initialize();
-  EXPECT_EQ(system.RightHandSide("a"), "[%0]");
-  EXPECT_EQ(system.RightHandSide("b"), "[%2]");
+  ReadAndConvert("b' = exp(t); a' = sin(t);");
+  EXPECT_EQ(PrintedRightHandSide("a"), "[%0]");
+  EXPECT_EQ(PrintedRightHandSide("b"), "[%2]");
 }
 
 TEST(Conversion, TheSameFunctionTwiceMakesTwoSets)
 {
   const ScopedGlobal global;
-  EquationSystem system("w' = sin(t) * sin(t);");
-  system.Initialize();
-  EXPECT_EQ(system.Names(), (Texts{"%0", "%1", "%2", "%3", "w"}));
-  EXPECT_EQ(system.RightHandSide("w"), "([%2] * [%0])");
+  ReadAndConvert("w' = sin(t) * sin(t);");
+  EXPECT_EQ(Names(), (Texts{"%0", "%1", "%2", "%3", "w"}));
+  EXPECT_EQ(PrintedRightHandSide("w"), "([%2] * [%0])");
 }
 
 TEST(Conversion, RunsAfreshEveryTime)
 {
   const ScopedGlobal global;
-  EquationSystem system("w' = tanh(t);");
-  const Expr::Ref function = system["w"].RightHandSide();
-  EXPECT_EQ(Shown(function->Convert()), "[%0]");
-  EXPECT_EQ(Shown(function->Convert()), "[%1]");
-  EXPECT_EQ(Shown(function), "tanh(t)");
-  EXPECT_EQ(system.Names(), (Texts{"%0", "%1", "w"}));
+  Read("w' = tanh(t);");
+  const Expr::Ref function = VariableNamed("w").RightHandSide();
+  EXPECT_EQ(TextOf(function->Convert()), "[%0]");
+  EXPECT_EQ(TextOf(function->Convert()), "[%1]");
+  EXPECT_EQ(TextOf(function), "tanh(t)");
+  EXPECT_EQ(Names(), (Texts{"%0", "%1", "w"}));
 }
 
 TEST(Conversion, NamesAboveNineSortBeforeThoseAboveOne)
 {
   const ScopedGlobal global;
-  EquationSystem system(
+  ReadAndConvert(
       "_' = exp(t) + exp(t) + exp(t) + exp(t) + exp(t) + exp(t) + exp(t) + exp(t) + exp(t) +"
       "     exp(t) + exp(t) + exp(t); A' = 1;");
-  system.Initialize();
-  EXPECT_EQ(system.Names(), (Texts{"%0", "%1", "%10", "%11", "%2", "%3", "%4", "%5", "%6", "%7",
-                                   "%8", "%9", "A", "_"}));
-  EXPECT_EQ(system.RightHandSide("%11"), "[%11]");
+  EXPECT_EQ(Names(), (Texts{"%0", "%1", "%10", "%11", "%2", "%3", "%4", "%5", "%6", "%7", "%8",
+                            "%9", "A", "_"}));
+  EXPECT_EQ(PrintedRightHandSide("%11"), "[%11]");
 }
 
 TEST(Conversion, CountsOverTheWholeRun)
 {
   const ScopedGlobal global;
-  EquationSystem("a' = exp(t);").Initialize();
-  EquationSystem system("b' = exp(t);");
-  system["b"].SetRightHandSide(system["b"].RightHandSide()->Convert());
-  EXPECT_EQ(system.RightHandSide("b"), "[%1]");
+  ReadAndConvert("a' = exp(t);");
+  Read("b' = exp(t);");
+  VariableNamed("b").SetRightHandSide(VariableNamed("b").RightHandSide()->Convert());
+  EXPECT_EQ(PrintedRightHandSide("b"), "[%1]");
 }
 
 // --- Print flags ---
@@ -377,30 +387,27 @@ TEST(Conversion, CountsOverTheWholeRun)
 TEST(Conversion, TemporaryVariablesArePrintedByDefault)
 {
   const ScopedGlobal global;
-  EquationSystem system("w' = sin(t);");
-  system.Initialize();
-  EXPECT_TRUE(system["%0"].IsPrinted());
-  EXPECT_TRUE(system["%1"].IsPrinted());
+  ReadAndConvert("w' = sin(t);");
+  EXPECT_TRUE(VariableNamed("%0").IsPrinted());
+  EXPECT_TRUE(VariableNamed("%1").IsPrinted());
 }
 
 TEST(Conversion, ThePrintListsSelectTemporaryVariables)
 {
   const ScopedGlobal global;
   global->_PRINTLIST = "w:%1:";
-  EquationSystem system("w' = sin(t);");
-  system.Initialize();
-  EXPECT_FALSE(system["%0"].IsPrinted());
-  EXPECT_TRUE(system["%1"].IsPrinted());
+  ReadAndConvert("w' = sin(t);");
+  EXPECT_FALSE(VariableNamed("%0").IsPrinted());
+  EXPECT_TRUE(VariableNamed("%1").IsPrinted());
 }
 
 TEST(Conversion, TheNoPrintListExcludesTemporaryVariables)
 {
   const ScopedGlobal global;
   global->_NOPRINTLIST = "%0:";
-  EquationSystem system("w' = sin(t);");
-  system.Initialize();
-  EXPECT_FALSE(system["%0"].IsPrinted());
-  EXPECT_TRUE(system["%1"].IsPrinted());
+  ReadAndConvert("w' = sin(t);");
+  EXPECT_FALSE(VariableNamed("%0").IsPrinted());
+  EXPECT_TRUE(VariableNamed("%1").IsPrinted());
 }
 
 // --- Conversions that meet themselves ---
@@ -408,68 +415,64 @@ TEST(Conversion, TheNoPrintListExcludesTemporaryVariables)
 TEST(ConversionMeetingItself, UsesTheVariablesMadeOnTheWay)
 {
   const ScopedGlobal global;
-  EquationSystem system("y' = sin(y) & 0.5;");
-  system.Initialize();
-  EXPECT_EQ(system.Names(), (Texts{"%0", "%1", "y"}));
-  EXPECT_EQ(system.RightHandSide("y"), "[%0]");
-  EXPECT_EQ(system.RightHandSide("%0"), "([%1] * [%0])");
-  EXPECT_EQ(system.RightHandSide("%1"), "((-[%0]) * [%0])");
-  EXPECT_TRUE(IsExactly(Exact(Evaluate(functions::sin, Mpf(0.5))), system.StartValue("%0")));
+  ReadAndConvert("y' = sin(y) & 0.5;");
+  EXPECT_EQ(Names(), (Texts{"%0", "%1", "y"}));
+  EXPECT_EQ(PrintedRightHandSide("y"), "[%0]");
+  EXPECT_EQ(PrintedRightHandSide("%0"), "([%1] * [%0])");
+  EXPECT_EQ(PrintedRightHandSide("%1"), "((-[%0]) * [%0])");
+  EXPECT_TRUE(IsExactly(Exact(Evaluate(functions::sin, Mpf(0.5))), StartValueOf("%0")));
 }
 
 TEST(ConversionMeetingItself, TakesInitialValuesFromTheUnconvertedArgument)
 {
   const ScopedGlobal global;
-  EquationSystem system("y' = sin(exp(y)) & 0.5;");
-  system.Initialize();
-  EXPECT_EQ(system.Names(), (Texts{"%0", "%1", "%2", "y"}));
-  EXPECT_EQ(system.RightHandSide("y"), "[%0]");
-  EXPECT_EQ(system.RightHandSide("%0"), "([%1] * ([%0] * [%2]))");
-  EXPECT_EQ(system.RightHandSide("%1"), "((-[%0]) * ([%0] * [%2]))");
-  EXPECT_EQ(system.RightHandSide("%2"), "([%0] * [%2])");
+  ReadAndConvert("y' = sin(exp(y)) & 0.5;");
+  EXPECT_EQ(Names(), (Texts{"%0", "%1", "%2", "y"}));
+  EXPECT_EQ(PrintedRightHandSide("y"), "[%0]");
+  EXPECT_EQ(PrintedRightHandSide("%0"), "([%1] * ([%0] * [%2]))");
+  EXPECT_EQ(PrintedRightHandSide("%1"), "((-[%0]) * ([%0] * [%2]))");
+  EXPECT_EQ(PrintedRightHandSide("%2"), "([%0] * [%2])");
 
   const Mpf e = Evaluate(functions::exp, Mpf(0.5));
-  EXPECT_TRUE(IsExactly(Exact(e), system.StartValue("%2")));
-  EXPECT_TRUE(IsExactly(Exact(Evaluate(functions::sin, e)), system.StartValue("%0")));
-  EXPECT_TRUE(IsExactly(Exact(Evaluate(functions::cos, e)), system.StartValue("%1")));
+  EXPECT_TRUE(IsExactly(Exact(e), StartValueOf("%2")));
+  EXPECT_TRUE(IsExactly(Exact(Evaluate(functions::sin, e)), StartValueOf("%0")));
+  EXPECT_TRUE(IsExactly(Exact(Evaluate(functions::cos, e)), StartValueOf("%1")));
 }
 
 TEST(ConversionMeetingItself, KeepsTheNodesThatAreAtWork)
 {
   // The initial value of tan replaces the operand sinh while sinh is being converted.
   const ScopedGlobal global;
-  EquationSystem system("y' = tanh(tan(sinh(y))) & 0.25;");
-  system.Initialize();
-  EXPECT_EQ(system.Names(), (Texts{"%0", "%1", "%2", "%3", "y"}));
-  EXPECT_EQ(system.RightHandSide("y"), "[%2]");
-  EXPECT_EQ(system.RightHandSide("%0"), "([%1] * [%2])");
-  EXPECT_EQ(system.RightHandSide("%1"), "([%0] * [%2])");
+  ReadAndConvert("y' = tanh(tan(sinh(y))) & 0.25;");
+  EXPECT_EQ(Names(), (Texts{"%0", "%1", "%2", "%3", "y"}));
+  EXPECT_EQ(PrintedRightHandSide("y"), "[%2]");
+  EXPECT_EQ(PrintedRightHandSide("%0"), "([%1] * [%2])");
+  EXPECT_EQ(PrintedRightHandSide("%1"), "([%0] * [%2])");
   const std::string tangent = "(([%1] * [%2]) + (([%3] * [%3]) * ([%1] * [%2])))";
-  EXPECT_EQ(system.RightHandSide("%3"), tangent);
-  EXPECT_EQ(system.RightHandSide("%2"), "(" + tangent + " - (([%2] * [%2]) * " + tangent + "))");
+  EXPECT_EQ(PrintedRightHandSide("%3"), tangent);
+  EXPECT_EQ(PrintedRightHandSide("%2"), "(" + tangent + " - (([%2] * [%2]) * " + tangent + "))");
 }
 
 TEST(ConversionMeetingItself, GoesThroughOtherEquations)
 {
   const ScopedGlobal global;
-  EquationSystem system("x' = sin(y) & 0.25; y' = cos(x) & 0.5;");
-  system.Initialize();
+  ReadAndConvert("x' = sin(y) & 0.25; y' = cos(x) & 0.5;");
   // x first: its sine asks for y', whose cosine asks for x' again.
-  EXPECT_EQ(system.RightHandSide("x"), "[%0]");
-  EXPECT_EQ(system.RightHandSide("%0"), "([%1] * [%2])");
-  EXPECT_EQ(system.RightHandSide("%1"), "((-[%0]) * [%2])");
-  EXPECT_EQ(system.RightHandSide("%2"), "([%3] * [%0])");
-  EXPECT_EQ(system.RightHandSide("%3"), "((-[%2]) * [%0])");
+  EXPECT_EQ(PrintedRightHandSide("x"), "[%0]");
+  EXPECT_EQ(PrintedRightHandSide("%0"), "([%1] * [%2])");
+  EXPECT_EQ(PrintedRightHandSide("%1"), "((-[%0]) * [%2])");
+  EXPECT_EQ(PrintedRightHandSide("%2"), "([%3] * [%0])");
+  EXPECT_EQ(PrintedRightHandSide("%3"), "((-[%2]) * [%0])");
   // Then y, afresh; the derivative of x is still the sine that it was when first asked for.
-  EXPECT_EQ(system.RightHandSide("y"), "[%4]");
-  EXPECT_EQ(system.RightHandSide("%4"), "([%5] * [%6])");
-  EXPECT_EQ(system.RightHandSide("%5"), "((-[%4]) * [%6])");
-  EXPECT_EQ(system.RightHandSide("%6"), "([%7] * [%4])");
-  EXPECT_EQ(system.RightHandSide("%7"), "((-[%6]) * [%4])");
-  EXPECT_EQ(system.Names().size(), 10u);
+  EXPECT_EQ(PrintedRightHandSide("y"), "[%4]");
+  EXPECT_EQ(PrintedRightHandSide("%4"), "([%5] * [%6])");
+  EXPECT_EQ(PrintedRightHandSide("%5"), "((-[%4]) * [%6])");
+  EXPECT_EQ(PrintedRightHandSide("%6"), "([%7] * [%4])");
+  EXPECT_EQ(PrintedRightHandSide("%7"), "((-[%6]) * [%4])");
+  EXPECT_EQ(Names().size(), 10u);
 
-  EXPECT_TRUE(IsExactly(Exact(Evaluate(functions::cos, Mpf(0.25))), system.StartValue("%2")));
-  EXPECT_TRUE(IsExactly(Exact(Evaluate(functions::sin, Mpf(0.5))), system.StartValue("%6")));
+  EXPECT_TRUE(IsExactly(Exact(Evaluate(functions::cos, Mpf(0.25))), StartValueOf("%2")));
+  EXPECT_TRUE(IsExactly(Exact(Evaluate(functions::sin, Mpf(0.5))), StartValueOf("%6")));
 }
 
 // --- Functions of algebraic variables ---
@@ -477,54 +480,49 @@ TEST(ConversionMeetingItself, GoesThroughOtherEquations)
 TEST(ConversionOverAlgebraicVariables, UsesTheConvertedDefinitionOfAnEarlierOne)
 {
   const ScopedGlobal global;
-  EquationSystem system("a = exp(t); y' = exp(a);");
-  system.Initialize();
-  EXPECT_EQ(system.RightHandSide("a"), "[%0]");
-  EXPECT_EQ(system.RightHandSide("y"), "[%1]");
-  EXPECT_EQ(system.RightHandSide("%1"), "([%0] * [%1])");
-  EXPECT_TRUE(IsExactly(Exact(Evaluate(functions::exp, Mpf(1.0))), system.StartValue("%1")));
+  ReadAndConvert("a = exp(t); y' = exp(a);");
+  EXPECT_EQ(PrintedRightHandSide("a"), "[%0]");
+  EXPECT_EQ(PrintedRightHandSide("y"), "[%1]");
+  EXPECT_EQ(PrintedRightHandSide("%1"), "([%0] * [%1])");
+  EXPECT_TRUE(IsExactly(Exact(Evaluate(functions::exp, Mpf(1.0))), StartValueOf("%1")));
 }
 
 TEST(ConversionOverAlgebraicVariables, DerivesTheSineOfALaterOne)
 {
   const ScopedGlobal global;
-  EquationSystem system("y' = exp(z); z = sin(t);");
-  system.Initialize();
+  ReadAndConvert("y' = exp(z); z = sin(t);");
   // z' = cos(t), %0 and %1, for exp, %2; only then z itself, %3 and %4
-  EXPECT_EQ(system.RightHandSide("y"), "[%2]");
-  EXPECT_EQ(system.RightHandSide("%2"), "([%0] * [%2])");
-  EXPECT_TRUE(IsExactly(1, system.StartValue("%0")));
-  EXPECT_TRUE(IsExactly(1, system.StartValue("%2")));
-  EXPECT_EQ(system.RightHandSide("z"), "[%3]");
+  EXPECT_EQ(PrintedRightHandSide("y"), "[%2]");
+  EXPECT_EQ(PrintedRightHandSide("%2"), "([%0] * [%2])");
+  EXPECT_TRUE(IsExactly(1, StartValueOf("%0")));
+  EXPECT_TRUE(IsExactly(1, StartValueOf("%2")));
+  EXPECT_EQ(PrintedRightHandSide("z"), "[%3]");
 }
 
 TEST(ConversionOverAlgebraicVariables, FindsNoDerivativeOfOtherFunctionsInALaterOne)
 {
   const ScopedGlobal global;
-  EquationSystem system("y' = exp(z); z = cos(t);");
-  system.Initialize();
+  ReadAndConvert("y' = exp(z); z = cos(t);");
   // The initial value of z converts nothing but its argument.
-  EXPECT_EQ(system.RightHandSide("y"), "[%0]");
-  EXPECT_EQ(system.RightHandSide("%0"), "([NULL] * [%0])");
-  EXPECT_TRUE(IsExactly(Exact(Evaluate(functions::exp, Mpf(1.0))), system.StartValue("%0")));
+  EXPECT_EQ(PrintedRightHandSide("y"), "[%0]");
+  EXPECT_EQ(PrintedRightHandSide("%0"), "([NULL] * [%0])");
+  EXPECT_TRUE(IsExactly(Exact(Evaluate(functions::exp, Mpf(1.0))), StartValueOf("%0")));
 }
 
 TEST(ConversionOverAlgebraicVariables, SeesNothingBehindReferencesInALaterOne)
 {
   // The references in z are not yet replaced: they have neither a derivative nor a value.
   const ScopedGlobal global;
-  EquationSystem system("y' = exp(z); z = 2 * u; u' = 1 & 3;");
-  system.Initialize();
-  EXPECT_EQ(system.RightHandSide("%0"), "(( 2.00000000000e+00 * [NULL]) * [%0])");
-  EXPECT_TRUE(IsExactly(1, system.StartValue("%0")));
+  ReadAndConvert("y' = exp(z); z = 2 * u; u' = 1 & 3;");
+  EXPECT_EQ(PrintedRightHandSide("%0"), "(( 2.00000000000e+00 * [NULL]) * [%0])");
+  EXPECT_TRUE(IsExactly(1, StartValueOf("%0")));
 }
 
 TEST(ConversionOverAlgebraicVariables, SeesTheStartValueOfALaterDifferentialVariable)
 {
   const ScopedGlobal global;
-  EquationSystem system("y' = exp(z); z' = 1; z(0) = 3;");
-  system.Initialize();
-  EXPECT_TRUE(IsExactly(Exact(Evaluate(functions::exp, Mpf("3"))), system.StartValue("%0")));
+  ReadAndConvert("y' = exp(z); z' = 1; z(0) = 3;");
+  EXPECT_TRUE(IsExactly(Exact(Evaluate(functions::exp, Mpf("3"))), StartValueOf("%0")));
 }
 
 TEST(ConversionOverAlgebraicVariables, AVariableThatDependsOnItselfEndsTheRun)
@@ -542,8 +540,8 @@ TEST(ConversionOverAlgebraicVariables, AVariableThatDependsOnItselfEndsTheRun)
   };
   for (const auto& [input, message] : rows) {
     const ScopedGlobal global;
-    EquationSystem system(input);
-    EXPECT_EXIT(system.Initialize(), testing::ExitedWithCode(1), ExactText(message)) << input;
+    Read(input);
+    EXPECT_EXIT(InitializeEquations(), testing::ExitedWithCode(1), ExactText(message)) << input;
   }
 }
 
@@ -565,37 +563,35 @@ TEST(Conversion, OfACosASinhAndACoshIsNotImplemented)
   };
   for (const auto& [input, message] : rows) {
     const ScopedGlobal global;
-    EquationSystem system(input);
-    EXPECT_EXIT(system.Initialize(), testing::ExitedWithCode(1), ExactText(message)) << input;
+    Read(input);
+    EXPECT_EXIT(InitializeEquations(), testing::ExitedWithCode(1), ExactText(message)) << input;
   }
 }
 
 TEST(Conversion, OfFunctionsOverConstantsIsNotNeeded)
 {
   const ScopedGlobal global;
-  EquationSystem system("a = acos(1/2); b = asinh(2); c = acosh(2); d = trunc(2.5);");
-  system.Initialize();
-  EXPECT_EQ(system.Names(), (Texts{"a", "b", "c", "d"}));
+  ReadAndConvert("a = acos(1/2); b = asinh(2); c = acosh(2); d = trunc(2.5);");
+  EXPECT_EQ(Names(), (Texts{"a", "b", "c", "d"}));
 }
 
 TEST(Conversion, LeavesTruncOverTheConvertedArgument)
 {
   const ScopedGlobal global;
-  EquationSystem system("w = trunc(sin(t));");
-  const Expr::Ref before = system["w"].RightHandSide();
-  system.Initialize();
-  EXPECT_EQ(system.RightHandSide("w"), "trunc([%0])");
-  EXPECT_FALSE(system["w"].RightHandSide() == before);
+  Read("w = trunc(sin(t));");
+  const Expr::Ref before = VariableNamed("w").RightHandSide();
+  InitializeEquations();
+  EXPECT_EQ(PrintedRightHandSide("w"), "trunc([%0])");
+  EXPECT_FALSE(VariableNamed("w").RightHandSide() == before);
 }
 
 TEST(Conversion, AFunctionOfTruncHasNoDerivative)
 {
   const ScopedGlobal global;
-  EquationSystem system("w' = sin(trunc(t + 3/2));");
-  system.Initialize();
-  EXPECT_EQ(system.RightHandSide("%0"), "([%1] * [NULL])");
-  EXPECT_EQ(system.RightHandSide("%1"), "((-[%0]) * [NULL])");
-  EXPECT_TRUE(IsExactly(Exact(Evaluate(functions::sin, Mpf(1.0))), system.StartValue("%0")));
+  ReadAndConvert("w' = sin(trunc(t + 3/2));");
+  EXPECT_EQ(PrintedRightHandSide("%0"), "([%1] * [NULL])");
+  EXPECT_EQ(PrintedRightHandSide("%1"), "((-[%0]) * [NULL])");
+  EXPECT_TRUE(IsExactly(Exact(Evaluate(functions::sin, Mpf(1.0))), StartValueOf("%0")));
 }
 
 // --- Failures of initial values ---
@@ -603,16 +599,16 @@ TEST(Conversion, AFunctionOfTruncHasNoDerivative)
 TEST(Conversion, ADomainErrorOfAnInitialValueEndsTheRun)
 {
   const ScopedGlobal global;
-  EquationSystem system("w' = ln(t - 1);");
-  EXPECT_EXIT(system.Initialize(), testing::ExitedWithCode(1),
+  Read("w' = ln(t - 1);");
+  EXPECT_EXIT(InitializeEquations(), testing::ExitedWithCode(1),
               ExactText("\n#(COMP) ln(x): x < 0\n"));
 }
 
 TEST(Conversion, AnUndefinedReferenceInAnArgumentEndsTheRun)
 {
   const ScopedGlobal global;
-  EquationSystem system("w' = exp(nowhere);");
-  EXPECT_EXIT(system.Initialize(), testing::ExitedWithCode(1),
+  Read("w' = exp(nowhere);");
+  EXPECT_EXIT(InitializeEquations(), testing::ExitedWithCode(1),
               ExactText("\n#(ERR) Reference to undefined equation \"nowhere\"\n"));
 }
 

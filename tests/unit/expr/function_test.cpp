@@ -9,9 +9,10 @@
 #include "expr/number.h"
 #include "expr/time.h"
 #include "numeric/functions.h"
-#include "support/equation_system.h"
 #include "support/evaluate.h"
 #include "support/exact_text.h"
+#include "support/node_probe.h"
+#include "support/parsed_input.h"
 #include "support/rational.h"
 #include "support/scoped_global.h"
 
@@ -94,7 +95,7 @@ TEST(Function, PrintsItsNameAndOperand)
   for (const Row& row : kRows) {
     const Ref function(row.type, Variable("y", Mpf(1.0)));
     EXPECT_EQ(function->Type(), row.type);
-    EXPECT_EQ(Shown(function), std::string(row.name) + "([y])");
+    EXPECT_EQ(TextOf(function), std::string(row.name) + "([y])");
   }
 }
 
@@ -108,7 +109,7 @@ TEST(Function, OfANumberIsANumber)
       const Mpf x(row.argument);
       const Ref folded(row.type, Ref(new Number(x)));
       EXPECT_EQ(folded->Type(), kNumber);
-      EXPECT_TRUE(IsExactly(Exact(Evaluate(row.function, x)), InitialValue(folded)));
+      EXPECT_TRUE(IsExactly(Exact(Evaluate(row.function, x)), InitValueOf(folded)));
     }
   }
 }
@@ -117,9 +118,9 @@ TEST(Function, OfANumberFollowsTheModeInForce)
 {
   const ScopedGlobal global;
   const Ref number(new Number("-5"));
-  EXPECT_TRUE(IsExactly(1, InitialValue(Ref(kExp, number))));
+  EXPECT_TRUE(IsExactly(1, InitValueOf(Ref(kExp, number))));
   global->_SIMPLIFYSMALL = false;
-  EXPECT_NEAR(Exact(InitialValue(Ref(kExp, number))).get_d(), 0.006737947, 1e-9);
+  EXPECT_NEAR(Exact(InitValueOf(Ref(kExp, number))).get_d(), 0.006737947, 1e-9);
 }
 
 TEST(Function, OfANumberOutsideTheDomainEndsTheRun)
@@ -137,7 +138,7 @@ TEST(Function, InitialValueIsThatOfTheFunctionAtTheInitialValueOfTheOperand)
     for (const Row& row : kRows) {
       const Mpf x(row.argument);
       const Ref function(row.type, Variable("y", x));
-      EXPECT_TRUE(IsExactly(Exact(Evaluate(row.function, x)), InitialValue(function))) << row.name;
+      EXPECT_TRUE(IsExactly(Exact(Evaluate(row.function, x)), InitValueOf(function))) << row.name;
     }
   }
 }
@@ -147,32 +148,33 @@ TEST(Function, InitialValueIsWorkedOutAtEveryRequest)
   const ScopedGlobal global;
   const Ref y = Variable("y", Mpf(1.0));
   const Ref root(kSqrt, y);
-  EXPECT_TRUE(IsExactly(1, InitialValue(root)));
+  EXPECT_TRUE(IsExactly(1, InitValueOf(root)));
   VariableOf(y).SetStartValue(Mpf(4.0));
-  EXPECT_TRUE(IsExactly(2, InitialValue(root)));
+  EXPECT_TRUE(IsExactly(2, InitValueOf(root)));
 }
 
 TEST(Function, InitialValueConvertsTheOperand)
 {
   // The temporary equation of the inner function stays; the outer function is not converted.
   const ScopedGlobal global;
-  EquationSystem system("w = sqrt(exp(u)); u' = 1 & 2;");
-  const Ref root = system["w"].RightHandSide();
+  ASSERT_TRUE(ParsedInput("w = sqrt(exp(u)); u' = 1 & 2;").accepted);
+  const Ref root = VariableNamed("w").RightHandSide();
   const Mpf inner = Evaluate(functions::exp, Mpf(2.0));
-  EXPECT_TRUE(IsExactly(Exact(Evaluate(SquareRoot, inner)), InitialValue(root)));
-  EXPECT_EQ(Shown(root), "sqrt([%0])");
-  EXPECT_EQ(system.Names(), (std::vector<std::string>{"%0", "u", "w"}));
+  EXPECT_TRUE(IsExactly(Exact(Evaluate(SquareRoot, inner)), InitValueOf(root)));
+  EXPECT_EQ(TextOf(root), "sqrt([%0])");
+  EXPECT_EQ(PrintedRightHandSide("%0"), "[%0]");
+  EXPECT_EQ(global->_EQUATIONS.size(), 3u);
 }
 
 TEST(Function, OnlySinHasADerivative)
 {
   const ScopedGlobal global;
-  EquationSystem system("y' = r & 1; r' = y;");
-  const Ref y = system["r"].RightHandSide()->Convert();
+  ASSERT_TRUE(ParsedInput("y' = r & 1; r' = y;").accepted);
+  const Ref y = VariableNamed("r").RightHandSide()->Convert();
   for (const Row& row : kRows) {
     const Ref function(row.type, y);
     if (row.type == kSin) {
-      EXPECT_EQ(Shown(function->Derivative()), "(r * cos([y]))");
+      EXPECT_EQ(TextOf(function->Derivative()), "(r * cos([y]))");
     } else {
       EXPECT_TRUE(function->Derivative().IsEmpty()) << row.name;
     }
@@ -183,10 +185,10 @@ TEST(Function, DerivativeOfTheSineOfTimeIsTheCosine)
 {
   const ScopedGlobal global;
   const Ref sine(kSin, Ref(new Time));
-  EXPECT_EQ(Shown(sine->Derivative()), "cos(t)");
+  EXPECT_EQ(TextOf(sine->Derivative()), "cos(t)");
   global->_SIMPLIFYSMALL = false;
   const Ref unsimplified(kSin, Ref(new Time));
-  EXPECT_EQ(Shown(unsimplified->Derivative()), "( 1.00000000000e+00 * cos(t))");
+  EXPECT_EQ(TextOf(unsimplified->Derivative()), "( 1.00000000000e+00 * cos(t))");
 }
 
 TEST(Function, HasNoTerms)
