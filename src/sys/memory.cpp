@@ -71,7 +71,12 @@ void* ReallocateNumber(void* block, std::size_t oldBytes, std::size_t newBytes)
 
 void InstallMemoryLimits()
 {
-  memoryLimit = AvailableMemory();
+  InstallMemoryLimits(AvailableMemory());
+}
+
+void InstallMemoryLimits(std::size_t limit)
+{
+  memoryLimit = limit;
   std::set_new_handler(FailOutOfMemory);
   mp_set_memory_functions(AllocateNumber, ReallocateNumber, FreeNumber);
 }

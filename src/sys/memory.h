@@ -9,6 +9,8 @@ namespace varno {
 /// memory that was available at the call: the kernel would grant them and kill the process later.
 /// Call it before the first number is made that the run is to account for.
 void InstallMemoryLimits();
+/// The same with a limit in bytes.
+void InstallMemoryLimits(std::size_t limit);
 
 /// Ends the run with "#(ERR) Out of memory" when one block of `bytes` is beyond all memory.
 void RequireMemory(std::size_t bytes);
