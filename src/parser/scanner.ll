@@ -22,9 +22,6 @@
 // one: filling all of it keeps the time for a comment of any length in proportion to the length.
 #define YY_READ_BUF_SIZE INT_MAX
 
-// Every read scans the token at hand from its start: small reads make a long comment quadratic.
-#define YY_READ_BUF_SIZE (1 << 20)
-
 namespace {
 
 int lineNumber = 1;
