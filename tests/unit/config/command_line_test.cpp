@@ -134,11 +134,16 @@ TEST_F(CommandLine, VersionGoesToStandardOutput)
     Read({"-v"});
   };
   EXPECT_EXIT(readWithOutputAsError(), kSucceeds, ExactText("VARNO/C version 1.0\n"));
+}
+
+TEST_F(CommandLine, AVersionThatCannotBeWrittenIsAnError)
+{
   const auto readWithoutOutput = [] {
     std::cout.rdbuf(nullptr);
     Read({"-v"});
   };
-  EXPECT_EXIT(readWithoutOutput(), kSucceeds, ExactText(""));
+  EXPECT_EXIT(readWithoutOutput(), kFails,
+              ExactText("#(ERR) Cannot write the results to standard output\n"));
 }
 
 TEST_F(CommandLine, HelpWritesTheUsageTextAndFails)
