@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <climits>
 #include <utility>
+#include <vector>
 
-#include "numeric/term_storage.h"
 #include "sys/memory.h"
 
 namespace varno {
@@ -88,7 +88,7 @@ void GlobalData::SetTermCount(long count)
 {
   if (count > INT_MAX) FailOutOfMemory();
   _NTERMS = static_cast<int>(std::max<long>(count, INT_MIN));
-  _STEPDIV.clear();
+  _STEPDIV = TermArray();
   FillStepDiv();
 }
 
@@ -106,9 +106,7 @@ void GlobalData::SetStep(mpf_srcptr h)
 
 void GlobalData::FillStepDiv()
 {
-  if (_STEPDIV.empty()) {
-    _STEPDIV = TermStorage(_NTERMS);
-  }
+  if (_STEPDIV.IsEmpty()) _STEPDIV = TermArray(_NTERMS);
   if (_NTERMS > 0) mpf_set(_STEPDIV[0], _ZERO);
   for (int k = 1; k < _NTERMS; ++k) {
     mpf_div_ui(_STEPDIV[k], _STEP, static_cast<unsigned long>(k));

@@ -2,12 +2,12 @@
 
 #include <map>
 #include <string>
-#include <vector>
 
 #include <gmp.h>
 
 #include "expr/expr.h"
 #include "numeric/mpf.h"
+#include "numeric/term_array.h"
 
 namespace varno {
 
@@ -92,16 +92,16 @@ struct GlobalData {
   Mpf _NEGBIG;
 
   // --- State of the solver; the integration loop writes it unless noted ---
-  int _WORK0 = 0;             ///< order: most terms used in this pass; raised by the summation
-  int _STEPNO = 0;            ///< step counter: the stamp of every cache in the nodes
-  int _STEPNO_AUX = -1;       ///< equals `_STEPNO` only after a rejected step: start values stay
-  bool _RESET_FLAG = false;   ///< makes the next Expr::Value compute; Value clears it
-  Mpf _T;                     ///< time t
-  Mpf _STEP;                  ///< step h; written through SetStep
-  std::vector<Mpf> _STEPDIV;  ///< entry 0: 0, entry k: h / k; empty until first set
-  int _TEMPCOUNT = 0;         ///< temporary equations made so far; conversion counts
-  Mpf _STIFFMIN;              ///< smallest last term of the last stiffness test
-  Mpf _STIFFMAX;              ///< largest last term of the last stiffness test
+  int _WORK0 = 0;            ///< order: most terms used in this pass; raised by the summation
+  int _STEPNO = 0;           ///< step counter: the stamp of every cache in the nodes
+  int _STEPNO_AUX = -1;      ///< equals `_STEPNO` only after a rejected step: start values stay
+  bool _RESET_FLAG = false;  ///< makes the next Expr::Value compute; Value clears it
+  Mpf _T;                    ///< time t
+  Mpf _STEP;                 ///< step h; written through SetStep
+  TermArray _STEPDIV;        ///< entry 0: 0, entry k: h / k; empty until first set
+  int _TEMPCOUNT = 0;        ///< temporary equations made so far; conversion counts
+  Mpf _STIFFMIN;             ///< smallest last term of the last stiffness test
+  Mpf _STIFFMAX;             ///< largest last term of the last stiffness test
 
   // --- Tables; the parser fills them, conversion adds the temporary equations ---
   EquationTable _EQUATIONS;

@@ -53,10 +53,10 @@ void Algebraic::MakeDerivative()
   derivative = rightHandSide->Derivative();
 }
 
-void Algebraic::GetTerm(int k, mpf_t& out)
+TermRow Algebraic::Terms(int)
 {
   ResetTerms();
-  mpf_set(out, k == 0 ? value : Global->_ZERO);
+  return {value, 1};
 }
 
 void Algebraic::GetInitValue(mpf_t& out)

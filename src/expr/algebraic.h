@@ -20,7 +20,7 @@ class Algebraic final : public Differential {
   void ResetTerms() override;
   void Result(mpf_t& out, bool) override;
   void MakeDerivative() override;
-  void GetTerm(int k, mpf_t& out) override;
+  TermRow Terms(int k) override;
   void GetInitValue(mpf_t& out) override;
   void Print(std::ostream& out) const override;
   void DumpTree(std::ostream& out) const override;

@@ -42,9 +42,8 @@ BinOp::BinOp(ExprType type, Ref a, Ref b)
 
 void BinOp::Result(mpf_t& out, bool)
 {
-  Mpf a, b;
-  left->Value(a);
-  right->Value(b);
+  const mpf_srcptr a = left->Value();
+  const mpf_srcptr b = right->Value();
   operation.apply(out, a, b);
 }
 

@@ -26,6 +26,9 @@ class BinOp : public Expr {
   void Print(std::ostream& out) const override;
   void ReleaseReferences(std::vector<Ref>& released) override;
 
+  const Ref& Left() const { return left; }
+  const Ref& Right() const { return right; }
+
  protected:
   BinOp(ExprType type, Ref a, Ref b);
 

@@ -4,7 +4,9 @@
 #include <utility>
 
 #include "config/global_data.h"
+#include "numeric/magnitude.h"
 #include "numeric/range.h"
+#include "numeric/scratch.h"
 #include "output/number_format.h"
 #include "sys/messages.h"
 
@@ -42,14 +44,14 @@ Differential::Differential(ExprType type, bool withTerms, std::string name, Ref 
 void Differential::GetDY(int k, mpf_t& out)
 {
   // term k = f[k-1] h / k; term 0 is never computed, ResetTerms sets it
-  rightHandSide->GetTerm(k - 1, out);
-  mpf_mul(out, out, Global->_STEPDIV[k]);
+  mpf_mul(out, rightHandSide->Term(k - 1), Global->_STEPDIV[k]);
 }
 
 void Differential::ResetTerms()
 {
   if (termStamp == Global->_STEPNO) return;
   termStamp = Global->_STEPNO;
+  PrepareTerms();
   valid = 0;
   if (Global->_STEPNO_AUX == Global->_STEPNO) return;
   mpf_set(terms[0], result);
@@ -60,20 +62,18 @@ void Differential::Result(mpf_t& out, bool)
 {
   const int termCount = Global->_NTERMS;
   const int smallTermsWanted = Global->_ZEROTERMS;
-  Mpf term, size, bound;
   mpf_set(out, Global->_ZERO);
   int k = 0;
   int smallTerms = 0;
   while (k < termCount && smallTerms < smallTermsWanted) {
-    GetTerm(k, term);
+    const mpf_srcptr term = Term(k);
     mpf_add(out, out, term);
     RequireRange(out);
 
     // small: |term| < |sum * accuracy|; a sum of 0 makes no term small, not even 0
-    mpf_abs(size, term);
+    Mpf& bound = Scratch();
     mpf_mul(bound, out, Global->_ACCURACY);
-    mpf_abs(bound, bound);
-    if (mpf_cmp(size, bound) >= 0) {
+    if (mpf_cmp(Magnitude(term), Magnitude(bound)) >= 0) {
       smallTerms = 0;
     } else if (!Global->_USEALLTERMS || k >= termCount - smallTermsWanted) {
       ++smallTerms;

@@ -48,8 +48,6 @@ class Differential : public Expr {
   void MarkStepFunction() { usesStepFunction = true; }
   bool UsesStepFunction() const { return usesStepFunction; }
 
-  /// The number of Taylor terms cached for the current step.
-  int CachedTerms() const { return valid + 1; }
   /// The step number under which they are cached.
   int TermStamp() const { return termStamp; }
   /// Cached term k, 0 <= k < CachedTerms().

@@ -1,23 +1,21 @@
 #include "expr/divide.h"
 
-#include "config/global_data.h"
+#include <algorithm>
+
+#include "numeric/convolution.h"
 
 namespace varno {
 
 void Divide::GetDY(int k, mpf_t& out)
 {
   // term k = (a[k] - sum over j = 0..k-1 of c[j] b[k-j]) / b[0], c[j] being this node's own terms
-  Mpf sum(Global->_ZERO), b, c;
-  for (int j = 0; j < k; ++j) {
-    GetTerm(j, c);
-    right->GetTerm(k - j, b);
-    mpf_mul(c, c, b);
-    mpf_add(sum, sum, c);
-  }
-  left->GetTerm(k, out);
-  mpf_sub(out, out, sum);
-  right->GetTerm(0, b);
-  mpf_div(out, out, b);
+  const mpf_srcptr a = left->Term(k);
+  const TermRow b = right->Terms(k);
+  const mpf_srcptr c = k > 0 ? Terms(k - 1).terms : nullptr;
+  const int first = std::max(0, k - (b.count - 1));
+  Convolve(out, c + first, b.terms + (k - first), k - first);
+  mpf_sub(out, a, out);
+  mpf_div(out, out, b.terms);
 }
 
 void Divide::MakeDerivative()

@@ -6,7 +6,8 @@
 
 #include "config/global_data.h"
 #include "expr/nothing_expr.h"
-#include "numeric/term_storage.h"
+#include "numeric/magnitude.h"
+#include "numeric/scratch.h"
 #include "sys/messages.h"
 #include "sys/stack_guard.h"
 
@@ -17,10 +18,11 @@ GlobalData* Expr::Global = new GlobalData;
 Expr* Expr::Nothing = new NothingExpr;
 
 Expr::Expr(ExprType type, bool withTerms)
-    : valueStamp(Global->_STEPNO - 1), termStamp(Global->_STEPNO - 1), type(type)
-{
-  if (withTerms) terms = TermStorage(Global->_NTERMS);
-}
+    : valueStamp(Global->_STEPNO - 1),
+      termStamp(Global->_STEPNO - 1),
+      type(type),
+      hasTerms(withTerms)
+{}
 
 namespace {
 
@@ -38,7 +40,8 @@ Expr::Expr()
       termStamp(Global->_STEPNO - 1),
       type(kNothing),
       derivative(EmptyNode(this)),
-      converted(EmptyNode(this))
+      converted(EmptyNode(this)),
+      hasTerms(false)
 {}
 
 void Expr::Ref::Drop(Expr* node) noexcept
@@ -59,6 +62,11 @@ void Expr::Ref::Drop(Expr* node) noexcept
   draining = false;
 }
 
+void Expr::PrepareTerms()
+{
+  if (terms.IsEmpty()) terms = TermArray(Global->_NTERMS);
+}
+
 void Expr::ResetTerms()
 {
   if (termStamp == Global->_STEPNO) return;
@@ -66,21 +74,22 @@ void Expr::ResetTerms()
   valid = -1;
 }
 
-void Expr::GetTerm(int k, mpf_t& out)
+TermRow Expr::Terms(int k)
 {
   CheckStack();
-  ResetTerms();
+  if (termStamp != Global->_STEPNO) ResetTerms();
   if (k > Global->_NTERMS) throw std::overflow_error("Order overflow");
-  if (terms.empty()) {
+  if (!hasTerms) {
     Fail(
         "An expression without a value was used (a step function, or a derivative that does not "
         "exist)");
   }
   if (k > valid) {
+    PrepareTerms();
     GetDY(k, terms[k]);
     valid = k;
   }
-  mpf_set(out, terms[k]);
+  return {terms.Data(), k + 1};
 }
 
 void Expr::ReleaseReferences(std::vector<Ref>& released)
@@ -89,7 +98,18 @@ void Expr::ReleaseReferences(std::vector<Ref>& released)
   released.push_back(std::move(converted));
 }
 
-void Expr::Value(mpf_t& out)
+mpf_srcptr Expr::Term(int k)
+{
+  const TermRow row = Terms(k);
+  return k < row.count ? row.terms + k : static_cast<mpf_srcptr>(Global->_ZERO);
+}
+
+void Expr::GetTerm(int k, mpf_t& out)
+{
+  mpf_set(out, Term(k));
+}
+
+mpf_srcptr Expr::Value()
 {
   CheckStack();
   ResetTerms();
@@ -99,13 +119,17 @@ void Expr::Value(mpf_t& out)
     Result(result, true);
     steady = false;
     if (Global->_STEADYSTOP != 0) {
-      Mpf change;
+      Mpf& change = Scratch();
       mpf_sub(change, value, result);
-      mpf_abs(change, change);
-      steady = mpf_cmp(change, Global->_ACCURACY) < 0;
+      steady = mpf_cmp(Magnitude(change), Global->_ACCURACY) < 0;
     }
   }
-  mpf_set(out, result);
+  return result;
+}
+
+void Expr::Value(mpf_t& out)
+{
+  mpf_set(out, Value());
 }
 
 void Expr::InitValue(mpf_t& out)

@@ -7,10 +7,17 @@
 
 #include "expr/expr_type.h"
 #include "numeric/mpf.h"
+#include "numeric/term_array.h"
 
 namespace varno {
 
 struct GlobalData;
+
+/// The terms 0..k of an expression, by reference: `count` numbers, and zeros from there on.
+struct TermRow {
+  mpf_srcptr terms;
+  int count;
+};
 
 /// A node of an expression tree.
 ///
@@ -73,13 +80,13 @@ class Expr {
   /// The one empty expression; it stands wherever there is none.
   static Expr* Nothing;
 
-  /// A node with room for the terms 0..`_NTERMS`, or without terms.
+  /// A node that has terms 0..`_NTERMS`, or one without terms.
   Expr(ExprType type, bool withTerms);
   virtual ~Expr() = default;
   Expr(const Expr&) = delete;
   Expr& operator=(const Expr&) = delete;
 
-  /// Computes Taylor term k afresh. Only GetTerm calls it.
+  /// Computes Taylor term k afresh. Only Terms calls it.
   virtual void GetDY(int k, mpf_t& out) = 0;
   /// On the first call under a step number: forgets the terms of the step before.
   virtual void ResetTerms();
@@ -87,10 +94,11 @@ class Expr {
   virtual void Result(mpf_t& out, bool) = 0;
   /// Builds `derivative`, where the kind of node has one.
   virtual void MakeDerivative() = 0;
-  /// Term k of the current step, computed at most once per step. Terms are to be asked for in
-  /// increasing order. Throws std::overflow_error("Order overflow") when k exceeds `_NTERMS`; ends
-  /// the run with a message when the node has no terms.
-  virtual void GetTerm(int k, mpf_t& out);
+  /// Terms 0..k of the current step, k >= 0, each computed at most once per step; they stay as they
+  /// are until the step is over. Terms are to be asked for in increasing order. Throws
+  /// std::overflow_error("Order overflow") when k exceeds `_NTERMS`; ends the run with a message
+  /// when the node has no terms.
+  virtual TermRow Terms(int k);
   /// The value at the initial time, from the operands' initial values.
   virtual void GetInitValue(mpf_t& out) = 0;
   /// The expression that replaces this one in the integration: elementary functions become
@@ -102,8 +110,13 @@ class Expr {
   /// can be deleted. Nothing else may be asked of the node afterwards.
   virtual void ReleaseReferences(std::vector<Ref>& released);
 
+  /// Term k of the current step: a copy of the last of Terms(k).
+  void GetTerm(int k, mpf_t& out);
+  /// Term k of the current step by reference.
+  mpf_srcptr Term(int k);
   /// The value at the end of the current step, computed at most once per step unless `_RESET_FLAG`
   /// asks for a new computation.
+  mpf_srcptr Value();
   void Value(mpf_t& out);
   /// GetInitValue, through `initValue`: a node that leaves its value alone gives 0.
   void InitValue(mpf_t& out);
@@ -115,6 +128,8 @@ class Expr {
   ExprType Type() const { return type; }
   /// Whether the last value moved by less than `_ACCURACY`; false while `_STEADYSTOP` is 0.
   bool IsSteady() const { return steady; }
+  /// The number of Taylor terms cached for the current step.
+  int CachedTerms() const { return valid + 1; }
   /// The handles that point at the node.
   int RefCount() const { return refs; }
 
@@ -126,7 +141,11 @@ class Expr {
   int refs = 0;
 
  protected:
-  std::vector<Mpf> terms;  ///< terms of the current step, computed up to index `valid`
+  /// Makes room for the terms when they are first needed: most nodes that conversion replaces never
+  /// need them, and nodes that are computed one after the other get neighbouring places.
+  void PrepareTerms();
+
+  TermArray terms;  ///< terms of the current step, computed up to index `valid`
   int valid = -1;
   Mpf value;  ///< constant, or value at the start of the step
 
@@ -149,6 +168,7 @@ class Expr {
   Ref converted;
   bool standsForItself = false;  ///< seen by Convert; never reset
   bool steady = false;
+  const bool hasTerms;
 };
 
 }  // namespace varno

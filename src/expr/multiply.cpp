@@ -1,20 +1,19 @@
 #include "expr/multiply.h"
 
-#include "config/global_data.h"
+#include <algorithm>
+
+#include "numeric/convolution.h"
 
 namespace varno {
 
 void Multiply::GetDY(int k, mpf_t& out)
 {
-  // term k = sum over j = 0..k of a[k-j] b[j], added in this order
-  Mpf a, b;
-  mpf_set(out, Global->_ZERO);
-  for (int j = 0; j <= k; ++j) {
-    left->GetTerm(k - j, a);
-    right->GetTerm(j, b);
-    mpf_mul(a, a, b);
-    mpf_add(out, out, a);
-  }
+  // term k = sum over j = 0..k of a[k-j] b[j], added in this order; beyond a row's end terms are 0
+  const TermRow a = left->Terms(k);
+  const TermRow b = right->Terms(k);
+  const int first = std::max(0, k - (a.count - 1));
+  const int last = std::min(k, b.count - 1);
+  Convolve(out, b.terms + first, a.terms + (k - first), last - first + 1);
 }
 
 void Multiply::MakeDerivative()

@@ -38,9 +38,9 @@ void Number::MakeDerivative()
   derivative = Ref(new Number(0.0));
 }
 
-void Number::GetTerm(int k, mpf_t& out)
+TermRow Number::Terms(int)
 {
-  mpf_set(out, k == 0 ? value : Global->_ZERO);
+  return {value, 1};
 }
 
 void Number::GetInitValue(mpf_t& out)

@@ -16,7 +16,7 @@ class Number final : public Expr {
   void GetDY(int k, mpf_t& out) override;
   void Result(mpf_t& out, bool) override;
   void MakeDerivative() override;
-  void GetTerm(int k, mpf_t& out) override;
+  TermRow Terms(int k) override;
   void GetInitValue(mpf_t& out) override;
   Ref ConvertExpr() override;
   void Print(std::ostream& out) const override;

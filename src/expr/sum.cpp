@@ -4,9 +4,8 @@ namespace varno {
 
 void Plus::GetDY(int k, mpf_t& out)
 {
-  Mpf a, b;
-  left->GetTerm(k, a);
-  right->GetTerm(k, b);
+  const mpf_srcptr a = left->Term(k);
+  const mpf_srcptr b = right->Term(k);
   mpf_add(out, a, b);
 }
 
@@ -20,9 +19,8 @@ void Plus::MakeDerivative()
 
 void Minus::GetDY(int k, mpf_t& out)
 {
-  Mpf a, b;
-  left->GetTerm(k, a);
-  right->GetTerm(k, b);
+  const mpf_srcptr a = left->Term(k);
+  const mpf_srcptr b = right->Term(k);
   mpf_sub(out, a, b);
 }
 

@@ -8,6 +8,12 @@
 
 namespace varno {
 
+Time::Time() : Expr(kTime, false)
+{
+  // On purpose: term 1 is 1, not h.
+  mpf_set(row[1], Global->_ONE);
+}
+
 void Time::GetDY(int, mpf_t&)
 {
   Fail("virtual void Time::GetDY(int, __mpf_struct (&)[1]) called!!!");
@@ -18,6 +24,7 @@ void Time::ResetTerms()
   if (termStamp == Global->_STEPNO) return;
   termStamp = Global->_STEPNO;
   mpf_set(value, result);
+  mpf_set(row[0], value);
 }
 
 void Time::Result(mpf_t& out, bool)
@@ -30,15 +37,10 @@ void Time::MakeDerivative()
   derivative = Ref(new Number(1.0));
 }
 
-void Time::GetTerm(int k, mpf_t& out)
+TermRow Time::Terms(int)
 {
   ResetTerms();
-  if (k == 0) {
-    mpf_set(out, value);
-  } else {
-    // On purpose: term 1 is 1, not h.
-    mpf_set(out, k == 1 ? Global->_ONE : Global->_ZERO);
-  }
+  return {row.Data(), 2};
 }
 
 void Time::GetInitValue(mpf_t& out)

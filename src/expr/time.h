@@ -12,17 +12,20 @@ namespace varno {
 /// differential equation nobody does, and term 0 stays 0.
 class Time final : public Expr {
  public:
-  Time() : Expr(kTime, false) {}
+  Time();
 
   /// Never called: terms are answered directly.
   void GetDY(int k, mpf_t& out) override;
   void ResetTerms() override;
   void Result(mpf_t& out, bool) override;
   void MakeDerivative() override;
-  void GetTerm(int k, mpf_t& out) override;
+  TermRow Terms(int k) override;
   void GetInitValue(mpf_t& out) override;
   Ref ConvertExpr() override;
   void Print(std::ostream& out) const override;
+
+ private:
+  TermArray row{1};  ///< term 0, always `value`, and term 1
 };
 
 }  // namespace varno

@@ -25,14 +25,12 @@ void UnOp::ReleaseReferences(std::vector<Ref>& released)
 
 void UnMinus::GetDY(int k, mpf_t& out)
 {
-  operand->GetTerm(k, out);
-  mpf_neg(out, out);
+  mpf_neg(out, operand->Term(k));
 }
 
 void UnMinus::Result(mpf_t& out, bool)
 {
-  operand->Value(out);
-  mpf_neg(out, out);
+  mpf_neg(out, operand->Value());
 }
 
 void UnMinus::MakeDerivative()

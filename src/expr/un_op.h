@@ -18,6 +18,8 @@ class UnOp : public Expr {
   void MakeDerivative() override {}
   void ReleaseReferences(std::vector<Ref>& released) override;
 
+  const Ref& Operand() const { return operand; }
+
  protected:
   UnOp(ExprType type, Ref a) : Expr(type, true), operand(std::move(a)) {}
 

@@ -1,8 +1,8 @@
 #include "output/number_format.h"
 
+#include <algorithm>
 #include <cstdint>
-#include <iomanip>
-#include <memory>
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -15,33 +15,21 @@ namespace {
 
 /// The decimal digits of a number: its value is 0.DIGITS * 10^exponent.
 struct Decimal {
-  std::string digits;  ///< with a leading "-" for a negative number; empty for 0
+  std::string& digits;  ///< with a leading "-" for a negative number; empty for 0
   mp_exp_t exponent;
 };
 
+/// The digits stay until the next call.
 Decimal ToDecimal(mpf_srcptr number, std::int64_t digitCount)
 {
-  // GMP gives no more digits than the number has, however many are asked for.
+  // GMP gives no more digits than the precision has, however many are asked for.
+  constexpr std::size_t kDigitsPerLimb = 20;
+  static std::string digits;  // static to keep its memory from number to number
+  digits.resize((static_cast<std::size_t>(number->_mp_prec) + 2) * kDigitsPerLimb);
   mp_exp_t exponent = 0;
-  char* const text =
-      mpf_get_str(nullptr, &exponent, 10, static_cast<std::size_t>(digitCount), number);
-  const std::string digits(text);
-  void (*release)(void*, std::size_t) = nullptr;
-  mp_get_memory_functions(nullptr, nullptr, &release);
-  release(text, digits.size() + 1);
+  mpf_get_str(digits.data(), &exponent, 10, static_cast<std::size_t>(digitCount), number);
+  digits.resize(std::strlen(digits.c_str()));
   return {digits, exponent};
-}
-
-void WritePlain(std::ostream& out, const Decimal& decimal)
-{
-  if (decimal.exponent == 0 && decimal.digits.empty()) {
-    out << "0.0";
-    return;
-  }
-  std::string_view digits = decimal.digits;
-  const bool negative = digits.starts_with('-');
-  if (negative) digits.remove_prefix(1);
-  out << (negative ? "-0." : " 0.") << digits << 'e' << decimal.exponent;
 }
 
 /// Rounds the digits up where those beyond the width W ask for it.
@@ -68,123 +56,133 @@ void RoundToWidth(std::string& digits, std::int64_t width)
   }
 }
 
-/// Writes the digits one by one, and zeros when there are no more.
-class DigitWriter {
- public:
-  DigitWriter(std::ostream& out, std::string_view digits) : out(out), digits(digits) {}
-
-  void Write(std::int64_t count)
-  {
-    for (; count > 0; --count) {
-      out.put(next < digits.size() ? digits[next] : '0');
-      ++next;
-    }
-  }
-
- private:
-  std::ostream& out;
-  std::string_view digits;
-  std::size_t next = 0;
-};
-
-void Repeat(std::ostream& out, char character, std::int64_t count)
+void AppendRepeated(std::string& text, char character, std::int64_t count)
 {
-  for (; count > 0; --count) out.put(character);
+  if (count > 0) text.append(static_cast<std::size_t>(count), character);
 }
 
-/// Writes the sign of the digits and takes it off.
-void WriteSign(std::ostream& out, std::string_view& digits)
+/// Moves `count` digits from the front of `digits` to the text; zeros when there are no more.
+void AppendDigits(std::string& text, std::string_view& digits, std::int64_t count)
 {
-  if (digits.starts_with('-')) {
-    out.put('-');
-    digits.remove_prefix(1);
-  } else {
-    out.put(Expr::Global->_FILLCHAR);
-  }
+  const auto available = std::clamp<std::int64_t>(count, 0, std::ssize(digits));
+  text.append(digits.substr(0, static_cast<std::size_t>(available)));
+  digits.remove_prefix(static_cast<std::size_t>(available));
+  AppendRepeated(text, '0', count - available);
 }
 
-void WriteZero(std::ostream& out)
+/// Moves the sign from the front of `digits` to the text.
+void AppendSign(std::string& text, std::string_view& digits, char noSign)
 {
-  const GlobalData& global = *Expr::Global;
-  const std::int64_t width = global._PRINTWIDTH;
-  const std::int64_t precision = global._PRINTCHARS;
-  const std::int64_t exponentDigits = global._FMT_INT;
-  Repeat(out, ' ', global._FMT_FLAG ? width - precision - exponentDigits - 4 : width - precision);
-  out << global._FILLCHAR << "0.";
-  Repeat(out, '0', precision);
-  if (global._FMT_FLAG) {
-    out << "e+";
-    Repeat(out, '0', exponentDigits);
+  const bool negative = digits.starts_with('-');
+  if (negative) digits.remove_prefix(1);
+  text += negative ? '-' : noSign;
+}
+
+/// " 0.ddde-x"
+void AppendPlain(std::string& text, const Decimal& decimal)
+{
+  if (decimal.exponent == 0 && decimal.digits.empty()) {
+    text += "0.0";
+    return;
   }
+  std::string_view digits = decimal.digits;
+  AppendSign(text, digits, ' ');
+  text.append("0.").append(digits).append("e").append(std::to_string(decimal.exponent));
 }
 
 /// "-d.ddde+xx"
-void WriteExponentForm(std::ostream& out, const Decimal& decimal)
+void AppendExponentForm(std::string& text, const Decimal& decimal)
 {
   const GlobalData& global = *Expr::Global;
   const std::int64_t precision = global._PRINTCHARS;
   const std::int64_t exponentDigits = global._FMT_INT;
-  Repeat(out, ' ', global._PRINTWIDTH - precision - exponentDigits - 4);
+  AppendRepeated(text, ' ', global._PRINTWIDTH - precision - exponentDigits - 4);
   std::string_view digits = decimal.digits;
-  WriteSign(out, digits);
-  DigitWriter writer(out, digits);
-  writer.Write(1);
-  out.put('.');
-  writer.Write(precision);
+  AppendSign(text, digits, global._FILLCHAR);
+  AppendDigits(text, digits, 1);
+  text += '.';
+  AppendDigits(text, digits, precision);
+
   const mp_exp_t exponent = decimal.exponent - 1;
-  // The fill character stays at '0' on purpose.
-  out << (exponent < 0 ? "e-" : "e+") << std::setfill('0') << std::setw(global._FMT_INT)
-      << (exponent < 0 ? -exponent : exponent);
+  const std::string exponentText = std::to_string(exponent < 0 ? -exponent : exponent);
+  text += exponent < 0 ? "e-" : "e+";
+  AppendRepeated(text, '0', exponentDigits - std::ssize(exponentText));
+  text += exponentText;
 }
 
 /// "-ddd.ddd", without a zero before the point
-void WriteFixedForm(std::ostream& out, const Decimal& decimal)
+void AppendFixedForm(std::string& text, const Decimal& decimal)
 {
   const GlobalData& global = *Expr::Global;
   const std::int64_t precision = global._PRINTCHARS;
   const std::int64_t exponent = decimal.exponent;
-  Repeat(out, ' ', global._PRINTWIDTH - precision + (exponent - precision >= 1 ? 1 : 0));
+  AppendRepeated(text, ' ', global._PRINTWIDTH - precision + (exponent - precision >= 1 ? 1 : 0));
   std::string_view digits = decimal.digits;
-  WriteSign(out, digits);
-  DigitWriter writer(out, digits);
+  AppendSign(text, digits, global._FILLCHAR);
   if (exponent < 0) {
     const std::int64_t zeros = std::min(-exponent, std::max<std::int64_t>(precision, 0));
-    out.put('.');
-    Repeat(out, '0', zeros);
-    writer.Write(precision - zeros);
+    text += '.';
+    AppendRepeated(text, '0', zeros);
+    AppendDigits(text, digits, precision - zeros);
     return;
   }
-  std::int64_t integerDigits = exponent;
-  for (std::int64_t position = 0; position <= precision; ++position) {
-    if (integerDigits == 0) out.put('.');
-    writer.Write(1);
-    --integerDigits;
+  // precision + 1 positions, the point before the one behind the integer part
+  const std::int64_t positions = std::max<std::int64_t>(precision + 1, 0);
+  AppendDigits(text, digits, std::min(exponent, positions));
+  if (exponent < positions) {
+    text += '.';
+    AppendDigits(text, digits, positions - exponent);
   }
-  Repeat(out, '0', integerDigits);
+  AppendRepeated(text, '0', exponent - positions);
+}
+
+void AppendZero(std::string& text)
+{
+  const GlobalData& global = *Expr::Global;
+  const std::int64_t precision = global._PRINTCHARS;
+  const std::int64_t exponentWidth = global._FMT_FLAG ? std::int64_t{global._FMT_INT} + 4 : 0;
+  AppendRepeated(text, ' ', global._PRINTWIDTH - precision - exponentWidth);
+  text += global._FILLCHAR;
+  text += "0.";
+  AppendRepeated(text, '0', precision);
+  if (global._FMT_FLAG) {
+    text += "e+";
+    AppendRepeated(text, '0', global._FMT_INT);
+  }
+}
+
+void AppendNumber(std::string& text, mpf_srcptr number)
+{
+  const GlobalData& global = *Expr::Global;
+  const std::int64_t width = global._PRINTWIDTH;
+  if (global._FMT_FLAG2) {
+    AppendPlain(text, ToDecimal(number, width));
+    return;
+  }
+  if (mpf_cmp(number, global._ZERO) == 0) {
+    AppendZero(text);
+    return;
+  }
+  const Decimal decimal = ToDecimal(number, width + 3);
+  RoundToWidth(decimal.digits, width);
+  if (global._FMT_FLAG) {
+    AppendExponentForm(text, decimal);
+  } else {
+    AppendFixedForm(text, decimal);
+  }
 }
 
 }  // namespace
 
 std::ostream& WriteNumber(std::ostream& out, mpf_srcptr number)
 {
-  const GlobalData& global = *Expr::Global;
-  const std::int64_t width = global._PRINTWIDTH;
-  if (global._FMT_FLAG2) {
-    WritePlain(out, ToDecimal(number, width));
-    return out;
-  }
-  if (mpf_cmp(number, global._ZERO) == 0) {
-    WriteZero(out);
-    return out;
-  }
-  Decimal decimal = ToDecimal(number, width + 3);
-  RoundToWidth(decimal.digits, width);
-  if (global._FMT_FLAG) {
-    WriteExponentForm(out, decimal);
-  } else {
-    WriteFixedForm(out, decimal);
-  }
-  return out;
+  static std::string text;  // static to keep its memory from number to number
+  text.clear();
+  AppendNumber(text, number);
+  // On purpose the exponent form leaves the fill character of the stream at '0'.
+  const bool hasExponent = Expr::Global->_FMT_FLAG && !Expr::Global->_FMT_FLAG2;
+  if (hasExponent && mpf_sgn(number) != 0) out.fill('0');
+  return out.write(text.data(), std::ssize(text));
 }
 
 std::ostream& PlainNumbersOn(std::ostream& out)

@@ -59,11 +59,9 @@ void WriteTableRow(std::ostream& out)
   const GlobalData& global = *Expr::Global;
   if (global._PRINTORDER) out << std::setfill(' ') << std::setw(3) << global._WORK0 << ' ';
   out << global._T;
-  Mpf value;
   for (const auto& [name, entry] : global._EQUATIONS) {
     if (!HasColumn(VariableOf(entry))) continue;
-    entry->Value(value);
-    out << ' ' << value;
+    WriteNumber(out << ' ', entry->Value());
   }
   if (global._USEALLTERMS) {
     out << ' ' << BinaryExponent(global._STIFFMIN) << ' ' << BinaryExponent(global._STIFFMAX) << ' '
@@ -80,12 +78,10 @@ void WriteMatrix(std::ostream& out)
     out << "e\n\nset output 'o" << std::setfill('0') << std::setw(6) << 1 << '.'
         << global._GNUPLOTOUTPUT << "'\nsplot '-'  matrix with lines\n";
   }
-  Mpf value;
   int values = 0;
   for (const auto& [name, entry] : global._EQUATIONS) {
     if (!IsInMatrix(VariableOf(entry))) continue;
-    entry->Value(value);
-    out << ' ' << value;
+    WriteNumber(out << ' ', entry->Value());
     if (++values % global._3DPOINTS == 0) out << '\n';
   }
   out << std::endl;

@@ -35,20 +35,30 @@ Integration::Integration()
 
 void Integration::Run()
 {
+  Begin();
+  while (Pass()) {
+  }
+}
+
+void Integration::Begin()
+{
   CutFirstStep();
   period.Arm();
   RequireProgress();
-  for (;;) {
-    if (EvaluateEquations() == Attempt::kOrderExceeded) {
-      HalveStep();
-      continue;
-    }
-    PrintWhenDue();
-    if (EndReached()) return;
-    WatchStiffness();
-    if (!firstPass) EnlargeStepAtLowOrder();
-    Advance();
+}
+
+bool Integration::Pass()
+{
+  if (EvaluateEquations() == Attempt::kOrderExceeded) {
+    HalveStep();
+    return true;
   }
+  PrintWhenDue();
+  if (EndReached()) return false;
+  WatchStiffness();
+  if (!firstPass) EnlargeStepAtLowOrder();
+  Advance();
+  return true;
 }
 
 void Integration::CutFirstStep()
@@ -75,11 +85,10 @@ Integration::Attempt Integration::EvaluateEquations()
   GlobalData& global = Global();
   global._WORK0 = 0;
   std::size_t steadyCount = 0;
-  Mpf value;
   for (const auto& [name, variable] : global._EQUATIONS) {
     // An algebraic variable is computed anew: it may have been asked for earlier in the pass.
     if (variable->Type() != kDifferential) global._RESET_FLAG = true;
-    variable->Value(value);
+    variable->Value();
     if (variable->IsSteady()) ++steadyCount;
   }
   // A pass that is about to be rejected counts too.

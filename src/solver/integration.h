@@ -18,6 +18,11 @@ class Integration {
   /// Runs the loop to its end: Tmax, a steady state (`_STEADYSTOP`) or a period (`_PERIODSAME`).
   void Run();
 
+  /// The parts of Run: what comes before the first pass, and a pass, which returns false at the
+  /// end.
+  void Begin();
+  bool Pass();
+
  private:
   enum class Attempt { kAccepted, kOrderExceeded };
 

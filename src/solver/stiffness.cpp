@@ -7,6 +7,7 @@
 #include "config/global_data.h"
 #include "expr/differential.h"
 #include "numeric/mpf.h"
+#include "numeric/scratch.h"
 #include "sys/messages.h"
 
 namespace varno {
@@ -41,7 +42,7 @@ bool TestStiffness()
   mpf_set_str(smallest, kNoSmallest, 10);
   mpf_set_str(largest, kNoLargest, 10);
 
-  Mpf size;
+  Mpf& size = Scratch();
   for (const auto& [name, entry] : global._EQUATIONS) {
     int index = 0;
     VariableOf(entry).LastTerm(index, size);

@@ -5,8 +5,8 @@
 
 namespace varno {
 
-/// Installs a fresh settings record at 80 bits default precision, as a run has, and puts the old record and
-/// precision back at the end of the scope.
+/// Installs a fresh settings record at 80 bits default precision, as a run has, and puts the old
+/// record and precision back at the end of the scope.
 class ScopedGlobal {
  public:
   ScopedGlobal();

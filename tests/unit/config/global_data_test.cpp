@@ -137,7 +137,7 @@ TEST_F(GlobalDataTest, TextsAndTablesHaveTheirDefaults)
   EXPECT_EQ(global._FILLCHAR, ' ');
   EXPECT_TRUE(global._EQUATIONS.empty());
   EXPECT_TRUE(global._STARTVALUES.empty());
-  EXPECT_TRUE(global._STEPDIV.empty());
+  EXPECT_TRUE(global._STEPDIV.IsEmpty());
 }
 
 TEST_F(GlobalDataTest, NumbersHaveTheirDefaults)
@@ -216,11 +216,11 @@ TEST_F(GlobalDataTest, SettingTheTermCountBuildsTheStepDivisions)
   for (const int count : {1, 2, 34, 7}) {
     global.SetTermCount(count);
     EXPECT_EQ(global._NTERMS, count);
-    ASSERT_EQ(global._STEPDIV.size(), static_cast<std::size_t>(count) + 1);
+    ASSERT_EQ(global._STEPDIV.Size(), static_cast<std::size_t>(count) + 1);
     EXPECT_TRUE(IsExactly(0, global._STEPDIV[0]));
     for (int k = 1; k < count; ++k) {
       const Rational quotient = Rational(3, 4) / k;
-      EXPECT_TRUE(IsAccurateTo(64, quotient, global._STEPDIV[static_cast<std::size_t>(k)])) << k;
+      EXPECT_TRUE(IsAccurateTo(64, quotient, global._STEPDIV[k])) << k;
     }
   }
 }
@@ -253,7 +253,7 @@ TEST_F(GlobalDataTest, SettingTheStepBuildsTheStepDivisionsWhereThereAreNone)
 {
   GlobalData global;
   global.SetStep(0.5);
-  ASSERT_EQ(global._STEPDIV.size(), 16U);
+  ASSERT_EQ(global._STEPDIV.Size(), 16U);
   EXPECT_TRUE(IsAccurateTo(64, Rational(1, 28), global._STEPDIV[14]));
 }
 
@@ -274,9 +274,9 @@ TEST_F(GlobalDataTest, ATermCountOf0OrLessIsKeptButHasNoDivisions)
     GlobalData global;
     global.SetTermCount(count);
     EXPECT_EQ(global._NTERMS, count);
-    EXPECT_EQ(global._STEPDIV.size(), 1U);
+    EXPECT_EQ(global._STEPDIV.Size(), 1U);
     global.SetStep(0.5);
-    EXPECT_EQ(global._STEPDIV.size(), 1U);
+    EXPECT_EQ(global._STEPDIV.Size(), 1U);
     EXPECT_TRUE(IsExactly(0, global._STEPDIV[0]));
   }
 }
@@ -304,7 +304,7 @@ TEST(TermCountSettingTest, TheMaximumOrderCountsWithoutTheZeroTerms)
   const ScopedGlobal global;
   SetMaximumOrder("20");
   EXPECT_EQ(global->_NTERMS, 24);
-  EXPECT_EQ(global->_STEPDIV.size(), 25U);
+  EXPECT_EQ(global->_STEPDIV.Size(), 25U);
 }
 
 TEST(TermCountSettingTest, ZeroTermsAreAddedToACountThatAlreadyHoldsTheOldOnes)

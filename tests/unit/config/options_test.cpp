@@ -158,14 +158,14 @@ TEST_F(OptionsTest, TheStepIsReadAsADoubleAndRefillsTheStepFactors)
 {
   Apply('s', "0.01");
   EXPECT_EQ(mpf_cmp_d(global->_STEP, 0.01), 0);
-  ASSERT_EQ(global->_STEPDIV.size(), 35U);
+  ASSERT_EQ(global->_STEPDIV.Size(), 35U);
   Mpf half;
   mpf_div_ui(half, global->_STEP, 2);
   EXPECT_EQ(mpf_cmp(global->_STEPDIV[1], global->_STEP), 0);
   EXPECT_EQ(mpf_cmp(global->_STEPDIV[2], half), 0);
   Apply('s', "abc");
   EXPECT_EQ(global->_STEP.Sign(), 0);
-  EXPECT_EQ(global->_STEPDIV[1].Sign(), 0);
+  EXPECT_EQ(global->_STEPDIV[1]->_mp_size, 0);
 }
 
 TEST_F(OptionsTest, TheTermCountDependsOnTheOrderOfMaximumOrderAndZeroTerms)
@@ -189,7 +189,7 @@ TEST_F(OptionsTest, TheTermCountDependsOnTheOrderOfMaximumOrderAndZeroTerms)
     const std::string description = testing::PrintToString(options);
     EXPECT_EQ(fresh->_NTERMS, termCount) << description;
     EXPECT_EQ(fresh->_ZEROTERMS, zeroTerms) << description;
-    EXPECT_EQ(fresh->_STEPDIV.size(), static_cast<std::size_t>(termCount) + 1) << description;
+    EXPECT_EQ(fresh->_STEPDIV.Size(), static_cast<std::size_t>(termCount) + 1) << description;
   }
 }
 

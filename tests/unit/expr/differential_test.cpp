@@ -23,7 +23,7 @@ class DifferentialTest : public testing::Test {
   /// A variable with these terms. All step divisions h/k become 1, so that nothing is rounded.
   Ref VariableWithTerms(const std::vector<double>& terms) const
   {
-    for (Mpf& division : global->_STEPDIV) mpf_set_ui(division, 1);
+    for (int k = 0; k < global->_NTERMS; ++k) mpf_set_ui(global->_STEPDIV[k], 1);
     return MakeVariable("y", terms.front(), Series({terms.begin() + 1, terms.end()}));
   }
 

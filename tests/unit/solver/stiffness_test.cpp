@@ -22,7 +22,7 @@ class StiffnessTest : public testing::Test {
   /// A variable whose last term has this index and this value.
   void EnterVariable(const std::string& name, int index, double lastTerm)
   {
-    for (Mpf& division : global->_STEPDIV) mpf_set_ui(division, 1);
+    for (int k = 0; k < global->_NTERMS; ++k) mpf_set_ui(global->_STEPDIV[k], 1);
     std::vector<double> rightHandSide(static_cast<std::size_t>(index) + 1, 0.0);
     if (index > 0) rightHandSide[static_cast<std::size_t>(index) - 1] = lastTerm;
     const Expr::Ref variable =
