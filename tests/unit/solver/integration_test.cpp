@@ -199,6 +199,22 @@ TEST_F(IntegrationTest, AnAlgebraicVariableHasItsValueAtTheTimeOfTheRow)
   for (const Row& row : RunOutcome().Rows()) EXPECT_EQ(row.values.at(0), row.time);
 }
 
+/// a = b + 1 asks for b = a, which finds the a of the pass before; then b itself is computed anew.
+TEST_F(IntegrationTest, AnAlgebraicVariableThatWasAskedForBeforeIsComputedAnew)
+{
+  const Ref a(new Algebraic("a", Ref()));
+  const Ref b(new Algebraic("b", a));
+  VariableOf(a).SetRightHandSide(Ref(kPlus, b, Constant(1)));
+  EnterEquation(a);
+  EnterEquation(b);
+  global->_FIXEDSTEP = true;
+  SetStepAndEnd(0.5, 1.0);
+  EXPECT_EQ(RunOutcome().results,
+            "  0  0.00000000000e+00  1.00000000000e+00  1.00000000000e+00\n"
+            "  0  5.00000000000e-01  2.00000000000e+00  2.00000000000e+00\n"
+            "  0  1.00000000000e+00  3.00000000000e+00  3.00000000000e+00\n");
+}
+
 // --- Steps that lead nowhere ---
 
 TEST_F(IntegrationTest, AStepThatNeverReachesTmaxEndsTheRun)
@@ -375,6 +391,24 @@ TEST_F(StiffnessWatchTest, ALowOrderBringsTheTestBackEvenWithAFixedStep)
   EXPECT_EQ(Tests(), 3U);
 }
 
+/// y' = x y with x = t, which enters the series with its value of the pass before: 0 in the first
+/// two passes, where one term does. In the third the step is halved twice.
+TEST_F(StiffnessWatchTest, AHalvedStepBringsTheTestBack)
+{
+  AllowFourTerms();
+  global->_FIXEDSTEP = false;
+  global->_STIFFEXPDIFF = kAlwaysStiff;
+  const Ref x(new Algebraic("x", Ref(new Time)));
+  const Ref y = MakeVariable("y", 1.0);
+  EnterEquation(x);
+  VariableOf(y).SetRightHandSide(Ref(kMultiply, x, y));
+  SetStepAndEnd(1.0, 2.0);
+  const RunOutcome run;
+  EXPECT_EQ(run.Times(), (Times{0, 1, 1.25, 1.5, 1.75, 2}));
+  EXPECT_EQ(run.Comments("#(COMP) Max ORDER").size(), 2U);
+  EXPECT_EQ(run.Comments("#(TST)").size(), 2U);
+}
+
 // --- What is printed ---
 
 TEST_F(IntegrationTest, APrintIntervalSkipsRowsAndAnnouncesThemOnce)
@@ -474,6 +508,16 @@ TEST_F(IntegrationTest, EveryEquationMustBeSteadyInConsecutivePasses)
   global->_STEADYSTOP = 2;
   SetStepAndEnd(0.25, 1.0);
   EXPECT_EQ(RunOutcome().Times(), (Times{0, 0.25, 0.5}));
+}
+
+/// x = trunc(t) rests four passes, moves at t = 1 and rests again.
+TEST_F(IntegrationTest, AMoveBeginsTheWaitForTheSteadyStateAnew)
+{
+  EnterEquation(Ref(new Algebraic("x", Ref(kTrunc, Ref(new Time)))));
+  global->_FIXEDSTEP = true;
+  global->_STEADYSTOP = 5;
+  SetStepAndEnd(0.25, 1.25);
+  EXPECT_EQ(RunOutcome().Times(), (Times{0, 0.25, 0.5, 0.75, 1, 1.25, 1.25, 1.25, 1.25, 1.25}));
 }
 
 TEST_F(IntegrationTest, ARejectedPassCountsAsSteadyToo)
