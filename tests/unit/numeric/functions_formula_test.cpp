@@ -236,9 +236,10 @@ TEST_P(FunctionFormulas, IgnoreTheAccuracyInExactMode)
   for (const Series& series : kSeries) {
     if (series.function == functions::sin || series.function == functions::cos) continue;
     SCOPED_TRACE(series.name);
-    for (const Mpf& x : RandomNumbers(5, 0.5, 0.8)) {
-      EXPECT_TRUE(IsNearly(Limit(series.term, Exact(x)), Evaluate(series.function, x)))
-          << "x = " << Real(x);
+    // Short fractions, for the sake of the powers.
+    for (const Rational& x : {Rational(1, 2), Rational(5, 8), Rational(3, 4)}) {
+      EXPECT_TRUE(IsNearly(Limit(series.term, x), Evaluate(series.function, Rounded(x))))
+          << "x = " << x.get_str();
     }
   }
 }
