@@ -30,9 +30,8 @@ class PeriodSamples {
   std::vector<Sample> samples;
 };
 
-/// Ends the integration when the equation `_PERIODEQ` keeps coming back to the same values; on
-/// while
-/// `_PERIODSAME` is above 0.
+/// Ends the integration when the equation `_PERIODEQ` keeps coming back to the same values. It is
+/// on while `_PERIODSAME` is above 0.
 class PeriodWatch {
  public:
   PeriodWatch();
