@@ -81,8 +81,8 @@ def matrix_surface(column_count):
 def run_script(base, has_picture):
     result = subprocess.run(["bash", SCRIPT], stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
     if has_picture:
-        expect(result.returncode == 0 and not result.stdout,
-               f"status {result.returncode}: {result.stdout}")
+        # Warnings of gnuplot, about fonts for one, do no harm.
+        expect(result.returncode == 0, f"status {result.returncode}: {result.stdout}")
     # The shell joins a line that ends in a backslash with the next one.
     commands = here_document("END_OF_CMDS").replace("\\\n", "")
     for name, expected in ((f"{base}.p", commands), (f"{base}.dat", here_document("END_OF_DATA"))):
