@@ -14,7 +14,8 @@ namespace {
 // Linux keeps at least 128 MiB free below the stack of a process, whatever its limit at the start.
 constexpr rlim_t kWantedBytes = rlim_t{100} << 20;
 
-/// Room for what is called below the last check: GMP's temporaries, messages, the way out.
+/// Room for what is called below the last check: GMP's temporaries, messages, the way out. Half of
+/// a stack that is hardly larger must do.
 constexpr rlim_t kReserveBytes = rlim_t{512} << 10;
 
 }  // namespace
@@ -29,9 +30,9 @@ void GuardStack()
     getrlimit(RLIMIT_STACK, &limit);
   }
   const rlim_t usable = std::min(limit.rlim_cur, kWantedBytes);
-  if (usable <= 2 * kReserveBytes) return;
+  const rlim_t reserve = std::min(kReserveBytes, usable / 2);
   stackFloor = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0)) -
-               static_cast<std::uintptr_t>(usable - kReserveBytes);
+               static_cast<std::uintptr_t>(usable - reserve);
 }
 
 void FailNestedTooDeeply()
