@@ -5,6 +5,7 @@ A check runs in the working folder of its case, where stdout.actual and stderr.a
 
 import decimal
 import os
+import re
 import subprocess
 import sys
 from collections import namedtuple
@@ -91,6 +92,6 @@ def run(*arguments, text=True, **options):
 
 
 def usage_value(usage, option):
-    """The value that the usage text shows for an option: what stands after "default "."""
+    """The value that the usage text shows for an option, as in "(default 34)"."""
     entry = usage.split(f"\n  -{option}  ", 1)[1]
-    return entry.split("(default ", 1)[1].split(")", 1)[0]
+    return re.search(r"\(def(?:ault:?|\.) (.*?)\)", entry)[1]
