@@ -81,12 +81,12 @@ TEST(GuardStack, MakesDoWithAStackThatCannotGrow)
   EXPECT_EXIT(descend(), ExitedWithCode(1), Eq(kTooDeep));
 }
 
-TEST(GuardStack, LeavesATinyStackUnguarded)
+TEST(GuardStack, GuardsATinyStackToo)
 {
   const auto guard = [] {
     LimitStack(rlim_t{1} << 20);
     GuardStack();
-    _exit(stackFloor == 0 ? 0 : 1);
+    _exit(stackFloor != 0 ? 0 : 1);
   };
   EXPECT_EXIT(guard(), ExitedWithCode(0), Eq(""));
 }
