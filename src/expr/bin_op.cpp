@@ -3,6 +3,7 @@
 #include <ostream>
 #include <utility>
 
+#include "expr/simplification.h"
 #include "numeric/range.h"
 #include "sys/stack_guard.h"
 
@@ -60,9 +61,9 @@ Expr::Ref BinOp::ConvertExpr()
   // The right operand goes first: the order numbers the temporary equations.
   const Ref b = right->Convert();
   const Ref a = left->Convert();
-  // A node whose operands stand for themselves does so, too. A copy would be the same expression,
-  // and functions nested n deep would copy one another's derivatives n times.
-  if (a == left && b == right) return Ref(this);
+  // A node whose operands stand for themselves does so, too, unless it simplifies. A copy would be
+  // the same expression, and functions nested n deep would copy one another's derivatives n times.
+  if (a == left && b == right && !Simplified(Type(), a, b)) return Ref(this);
   return Ref(Type(), a, b);
 }
 

@@ -4,13 +4,13 @@
 #include <optional>
 #include <string>
 
-#include "config/global_data.h"
 #include "expr/bin_op.h"
 #include "expr/divide.h"
 #include "expr/expr.h"
 #include "expr/function.h"
 #include "expr/multiply.h"
 #include "expr/number.h"
+#include "expr/simplification.h"
 #include "expr/sum.h"
 #include "expr/un_op.h"
 #include "sys/messages.h"
@@ -20,68 +20,6 @@ namespace varno {
 namespace {
 
 using Ref = Expr::Ref;
-
-/// The constant of a Number; null for any other node.
-mpf_ptr ConstantOf(const Ref& a)
-{
-  return a->Type() == kNumber ? static_cast<Number&>(*a).Constant() : nullptr;
-}
-
-/// |x| < _ACCURACY
-bool IsSmall(mpf_srcptr x)
-{
-  if (x == nullptr) return false;
-  Mpf size;
-  mpf_abs(size, x);
-  return mpf_cmp(size, Expr::Global->_ACCURACY) < 0;
-}
-
-/// ||x| - 1| < _ACCURACY
-bool IsNearOne(mpf_srcptr x)
-{
-  if (x == nullptr) return false;
-  Mpf distance;
-  mpf_abs(distance, x);
-  mpf_sub(distance, distance, Expr::Global->_ONE);
-  return IsSmall(distance);
-}
-
-/// Built directly: the operand is never a number where a shortcut needs it.
-Ref Negated(const Ref& a)
-{
-  return Ref(new UnMinus(a));
-}
-
-/// A factor near 1 or -1 leaves the other operand, with the factor's sign.
-Ref WithSignOf(mpf_srcptr factor, const Ref& a)
-{
-  return mpf_sgn(factor) < 0 ? Negated(a) : a;
-}
-
-/// The simpler expression for an operation with one constant operand near 0 or 1, where there is
-/// one. x and y are the constants of a and b; one of them is null.
-std::optional<Ref> Simplified(ExprType type, const Ref& a, mpf_srcptr x, const Ref& b, mpf_srcptr y)
-{
-  switch (type) {
-    case kPlus:
-      if (IsSmall(x)) return b;
-      if (IsSmall(y)) return a;
-      break;
-    case kMinus:
-      if (IsSmall(x)) return Negated(b);
-      if (IsSmall(y)) return a;
-      break;
-    case kMultiply:
-      if (IsSmall(x) || IsSmall(y)) return Ref(new Number(0.0));
-      if (IsNearOne(x)) return WithSignOf(x, b);
-      if (IsNearOne(y)) return WithSignOf(y, a);
-      break;
-    default:
-      // A dividend of 0 stays.
-      if (IsNearOne(y)) return WithSignOf(y, a);
-  }
-  return std::nullopt;
-}
 
 Expr* MakeBinary(ExprType type, const Ref& a, const Ref& b)
 {
@@ -116,33 +54,19 @@ Expr::Ref::Ref(ExprType type, const Ref& a) : Ref()
     }
     *this = Ref(new Number(folded));
   } else {
-    *this = type == kUnMinus ? Negated(a) : Ref(function->makeNode(a));
+    *this = Ref(type == kUnMinus ? new UnMinus(a) : function->makeNode(a));
   }
 }
 
 Expr::Ref::Ref(ExprType type, const Ref& a, const Ref& b) : Ref()
 {
-  const BinaryOperator* const operation = FindBinaryOperator(type);
-  if (operation == nullptr) {
+  if (FindBinaryOperator(type) == nullptr) {
     Fail(
         "Expr::Ref::Ref(ExprType, const Expr::Ref&, const Expr::Ref&): unknown binary operation (" +
         std::to_string(type) + ")");
   }
-  const mpf_ptr x = ConstantOf(a);
-  const mpf_ptr y = ConstantOf(b);
-  if (x != nullptr && y != nullptr) {
-    Mpf folded;
-    operation->apply(folded, x, y);
-    *this = Ref(new Number(folded));
-    return;
-  }
-  if (Global->_SIMPLIFYSMALL && (x != nullptr || y != nullptr)) {
-    if (const std::optional<Ref> simpler = Simplified(type, a, x, b, y)) {
-      *this = *simpler;
-      return;
-    }
-  }
-  *this = Ref(MakeBinary(type, a, b));
+  const std::optional<Ref> simpler = Simplified(type, a, b);
+  *this = simpler ? *simpler : Ref(MakeBinary(type, a, b));
 }
 
 }  // namespace varno

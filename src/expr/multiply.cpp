@@ -8,6 +8,10 @@ namespace varno {
 
 void Multiply::GetDY(int k, mpf_t& out)
 {
+  if (k < 0) {
+    mpf_set_ui(out, 0);
+    return;
+  }
   // term k = sum over j = 0..k of a[k-j] b[j], added in this order; beyond a row's end terms are 0
   const TermRow a = left->Terms(k);
   const TermRow b = right->Terms(k);

@@ -58,4 +58,9 @@ void Number::Print(std::ostream& out) const
   out << value;
 }
 
+mpf_ptr ConstantOf(const Expr::Ref& node)
+{
+  return node->Type() == kNumber ? static_cast<Number&>(*node).Constant() : nullptr;
+}
+
 }  // namespace varno

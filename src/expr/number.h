@@ -24,4 +24,7 @@ class Number final : public Expr {
   mpf_ptr Constant() { return value; }
 };
 
+/// The constant of a Number; null for any other node.
+mpf_ptr ConstantOf(const Expr::Ref& node);
+
 }  // namespace varno

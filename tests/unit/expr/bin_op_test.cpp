@@ -82,6 +82,16 @@ TEST_F(BinOpTest, ConversionRebuildsTheOperationOverConvertedOperands)
   }
 }
 
+TEST_F(BinOpTest, ConversionSimplifies)
+{
+  const Ref x = MakeVariable("x", 0.0);
+  global->_SIMPLIFYSMALL = false;
+  const Ref product(kMultiply, Constant(1), x);
+  EXPECT_EQ(product->Type(), kMultiply);
+  global->_SIMPLIFYSMALL = true;
+  EXPECT_TRUE(product->Convert() == x);
+}
+
 TEST_F(BinOpTest, ConversionTakesTheRightOperandFirst)
 {
   // The exponential gives one temporary variable for each operand: %0 for the one converted first.
