@@ -7,6 +7,7 @@
 #include "config/global_data.h"
 #include "expr/nothing_expr.h"
 #include "numeric/magnitude.h"
+#include "numeric/range.h"
 #include "numeric/scratch.h"
 #include "sys/messages.h"
 #include "sys/stack_guard.h"
@@ -87,6 +88,7 @@ TermRow Expr::Terms(int k)
   if (k > valid) {
     PrepareTerms();
     GetDY(k, terms[k]);
+    RequireRange(terms[k]);
     valid = k;
   }
   return {terms.Data(), k + 1};
@@ -101,7 +103,7 @@ void Expr::ReleaseReferences(std::vector<Ref>& released)
 mpf_srcptr Expr::Term(int k)
 {
   const TermRow row = Terms(k);
-  return k < row.count ? row.terms + k : static_cast<mpf_srcptr>(Global->_ZERO);
+  return 0 <= k && k < row.count ? row.terms + k : static_cast<mpf_srcptr>(Global->_ZERO);
 }
 
 void Expr::GetTerm(int k, mpf_t& out)

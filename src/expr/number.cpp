@@ -23,6 +23,11 @@ Number::Number(double constant) : Expr(kNumber, false)
   mpf_set_d(value, constant);
 }
 
+Number::Number(int constant) : Expr(kNumber, false)
+{
+  mpf_set_si(value, constant);
+}
+
 void Number::GetDY(int, mpf_t&)
 {
   Fail("virtual void Number::GetDY(int, __mpf_struct (&)[1]) called!!!");
@@ -35,7 +40,7 @@ void Number::Result(mpf_t& out, bool)
 
 void Number::MakeDerivative()
 {
-  derivative = Ref(new Number(0.0));
+  derivative = Ref(new Number(0));
 }
 
 TermRow Number::Terms(int)

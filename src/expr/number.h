@@ -11,6 +11,7 @@ class Number final : public Expr {
   /// From a decimal text, such as "0.5".
   explicit Number(const char* decimal);
   explicit Number(double constant);
+  explicit Number(int constant);
 
   /// Never called: terms are answered directly.
   void GetDY(int k, mpf_t& out) override;

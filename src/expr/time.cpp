@@ -34,7 +34,7 @@ void Time::Result(mpf_t& out, bool)
 
 void Time::MakeDerivative()
 {
-  derivative = Ref(new Number(1.0));
+  derivative = Ref(new Number(1));
 }
 
 TermRow Time::Terms(int)

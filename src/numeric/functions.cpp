@@ -7,6 +7,7 @@
 #include "expr/expr.h"
 #include "numeric/mpf.h"
 #include "numeric/period_reduction.h"
+#include "numeric/range.h"
 #include "sys/assertion.h"
 #include "sys/messages.h"
 
@@ -91,6 +92,7 @@ void Sum(Mpf& sum, NextTerm nextTerm, Measure measure = Measure::kChangeOfSum)
     mpf_set(previous, sum);
     nextTerm(term);
     mpf_add(sum, sum, term);
+    RequireRange(sum);
     if (Global()._SIMPLIFYSMALL) {
       if (measure == Measure::kLastTerm) {
         mpf_abs(size, term);

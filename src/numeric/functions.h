@@ -22,9 +22,10 @@
 ///   products of two neighbours, which gives other functions than sine and cosine;
 /// - atanh sums x + x^3/3 + x^5/(3 5) + x^7/(3 5 7) + ...
 ///
-/// Outside its domain a function writes "#(COMP) NAME(x): CONDITION" and ends the process with
-/// status 1. At a pole the value is the stand-in 1e999999, ln 0 is -1e99999. An argument of sine or
-/// cosine so large that its precision does not reach down to 2 pi ends the run with a message, too.
+/// Outside its domain a function writes an empty line and "#(COMP) NAME(x): CONDITION" and ends the
+/// process with status 1. At a pole the value is the stand-in 1e999999, ln 0 is -1e99999. An
+/// argument of sine or cosine so large that its precision does not reach down to 2 pi ends the run
+/// with a message, too, and so does a value that is out of range (range.h).
 ///
 /// Series: Abramowitz & Stegun, Handbook of Mathematical Functions, chapter 4.
 namespace varno::functions {

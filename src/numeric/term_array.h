@@ -22,8 +22,8 @@ class TermArray {
   bool IsEmpty() const { return numbers == nullptr; }
   mpf_t& operator[](int k) { return numbers[k]; }
   const mpf_t& operator[](int k) const { return numbers[k]; }
-  /// The numbers one behind the other.
-  mpf_srcptr Data() const { return numbers[0]; }
+  /// The numbers one behind the other; null when there are none.
+  mpf_srcptr Data() const { return numbers != nullptr ? numbers[0] : nullptr; }
 
  private:
   std::size_t size = 0;

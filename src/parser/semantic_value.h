@@ -18,4 +18,7 @@ struct SemanticValue {
   Expr::Ref expr;
 };
 
+/// The depth of the parser's stack in symbols.
+inline constexpr int kParserStackDepth = 10240;
+
 }  // namespace varno

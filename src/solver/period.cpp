@@ -1,10 +1,10 @@
 #include "solver/period.h"
 
-#include <csignal>
 #include <iostream>
 
 #include "config/global_data.h"
 #include "sys/messages.h"
+#include "sys/signals.h"
 
 namespace varno {
 
@@ -49,7 +49,7 @@ void PeriodWatch::Arm()
   watched = entry->second;
   // Intended: a watch with room for samples ends in this signal, before the first pass. Only a
   // watch with a buffer size of 0 runs.
-  if (global._PERIODBUF > 0) std::raise(SIGSEGV);
+  if (global._PERIODBUF > 0) RaiseSegmentationFault();
 }
 
 bool PeriodWatch::FindsPeriod()

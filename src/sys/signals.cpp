@@ -50,6 +50,18 @@ void InstallSignals()
   InstallFaultHandler(SIGFPE);
 }
 
+void RaiseSegmentationFault()
+{
+  struct sigaction action {};
+  sigaction(SIGSEGV, nullptr, &action);
+  if (action.sa_handler == SIG_IGN) std::signal(SIGSEGV, SIG_DFL);
+  sigset_t blocked;
+  sigemptyset(&blocked);
+  sigaddset(&blocked, SIGSEGV);
+  sigprocmask(SIG_UNBLOCK, &blocked, nullptr);
+  std::raise(SIGSEGV);
+}
+
 // The handlers call streams and printf, which are not safe in a handler; that is accepted: the
 // process is about to end, or the operator waits at a prompt.
 

@@ -8,6 +8,10 @@ namespace varno {
 /// does not call it, deliberately: a run keeps the default actions of all signals.
 void InstallSignals();
 
+/// Raises SIGSEGV like a fault of the processor: neither a signal mask nor the parent's wish to
+/// ignore the signal stops it.
+void RaiseSegmentationFault();
+
 /// Asks the operator on standard error what to do and reads the answer from standard input: c
 /// continues; p writes the current row and continues; x writes it and ends the process with status
 /// 255; anything else, also the end of the input, ends it at once with status 255.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 namespace varno {
@@ -10,6 +11,9 @@ extern std::uintptr_t stackFloor;
 /// Gives the main thread a larger stack where the system allows it and sets `stackFloor` for it.
 /// Call it once, from main.
 void GuardStack();
+
+/// Ends the run with "#(ERR) The stack is too small: ..." when less than `bytes` are left of it.
+void RequireStack(std::size_t bytes);
 
 /// Writes "#(ERR) Expressions are nested too deeply" and ends the process with status 1.
 [[noreturn]] void FailNestedTooDeeply();

@@ -25,6 +25,7 @@ TEST(DecimalTextTest, SetsTheValueOfADecimalText)
       {"5@2", 500},
       {" 7", 7},
       {"1 2.5", Rational(25, 2)},
+      {"0e9999999999999999999", 0},
   };
   for (const auto& row : rows) {
     Mpf number(99.0);
@@ -35,7 +36,8 @@ TEST(DecimalTextTest, SetsTheValueOfADecimalText)
 
 TEST(DecimalTextTest, TextThatIsNoNumberKeepsTheOldValue)
 {
-  for (const char* text : {"", "abc", "1x", "e", "--1", "1.2.3", "0x10", "1,5"}) {
+  for (const char* text :
+       {"", "abc", "1x", "e", "--1", "1.2.3", "0x10", "1,5", "xe9999999999999999999"}) {
     Mpf number(99.0);
     EXPECT_FALSE(SetFromDecimal(number, text)) << text;
     EXPECT_TRUE(IsExactly(99, number)) << text;

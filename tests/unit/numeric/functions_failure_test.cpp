@@ -196,6 +196,19 @@ TEST_P(FunctionFailures, SineAndCosineRefuseArgumentsThatSwallowThePeriod)
   }
 }
 
+TEST_P(FunctionFailures, ValuesBeyondAllExponentsEndTheRun)
+{
+  for (const MpfFunction function :
+       {functions::exp, functions::sinh, functions::cosh, functions::tanh, functions::cotanh}) {
+    for (const char* x : {"1e10000000000000", "1e999999999999999"}) {
+      EXPECT_EXIT(Evaluate(function, Mpf(x)), testing::ExitedWithCode(1),
+                  ExactText("#(ERR) A number is out of range: its decimal exponent is beyond "
+                            "+-1000000000000000\n"))
+          << "x = " << x;
+    }
+  }
+}
+
 TEST(FunctionFailuresInExactMode, AreaSineOfAVeryNegativeArgumentIsTheLogarithmOfZero)
 {
   // -2^200 + sqrt(2^400 + 1): the 1 is lost, and the root is exact.
