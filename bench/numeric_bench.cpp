@@ -1,6 +1,7 @@
 // The pieces: convolutions, elementary functions, number formatting.
 
 #include <ostream>
+#include <random>
 #include <streambuf>
 
 #include <benchmark/benchmark.h>
@@ -15,12 +16,13 @@
 namespace varno {
 namespace {
 
-/// 1/3, 1/5, 1/7, ..., every other one negative: digits in all limbs, sums and differences.
+/// 1/3, 1/5, 1/7, ... with signs that follow no rule: digits in all limbs, sums and differences.
 TermArray FullTerms(int count)
 {
+  std::minstd_rand random;
   TermArray terms(count - 1);
   for (int i = 0; i < count; ++i) {
-    mpf_set_si(terms[i], i % 2 == 0 ? 1 : -1);
+    mpf_set_si(terms[i], random() % 2 == 0 ? 1 : -1);
     mpf_div_ui(terms[i], terms[i], static_cast<unsigned long>(2 * i + 3));
   }
   return terms;

@@ -8,7 +8,7 @@ namespace varno {
 namespace {
 
 template <int kLimbs>
-void ConvolveInRegisters(mpf_t& sum, mpf_srcptr ascending, mpf_srcptr descending, int count)
+void ConvolveByLimbs(mpf_t& sum, mpf_srcptr ascending, mpf_srcptr descending, int count)
 {
   LimbAccumulator<kLimbs> accumulator;
   for (int i = 0; i < count; ++i) {
@@ -38,10 +38,16 @@ void Convolve(mpf_t& sum, mpf_srcptr ascending, mpf_srcptr descending, int count
 {
   switch (sum->_mp_prec) {
     case 2:
-      ConvolveInRegisters<2>(sum, ascending, descending, count);
+      ConvolveByLimbs<2>(sum, ascending, descending, count);
       break;
     case 3:
-      ConvolveInRegisters<3>(sum, ascending, descending, count);
+      ConvolveByLimbs<3>(sum, ascending, descending, count);
+      break;
+    case 4:
+      ConvolveByLimbs<4>(sum, ascending, descending, count);
+      break;
+    case 5:
+      ConvolveByLimbs<5>(sum, ascending, descending, count);
       break;
     default:
       ConvolveByGmp(sum, ascending, descending, count);

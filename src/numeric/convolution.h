@@ -8,8 +8,8 @@ namespace varno {
 /// numbers that lie one behind the other, added in this order.
 ///
 /// The value is exactly that of mpf_mul followed by mpf_add for each product, rounding included, at
-/// the precision in force; so are the precisions of sum and of the factors to be. Up to 128 bits it
-/// is computed in registers (limb_accumulator.h) wherever the numbers allow.
+/// the precision in force; so are the precisions of sum and of the factors to be. Up to 256 bits it
+/// is computed by limb_accumulator.h wherever the numbers allow.
 void Convolve(mpf_t& sum, mpf_srcptr ascending, mpf_srcptr descending, int count);
 
 }  // namespace varno

@@ -7,7 +7,8 @@
 
 namespace varno {
 
-/// A sum of products of GMP floats with a precision of kLimbs limbs, held in registers.
+/// A sum of products of GMP floats with a precision of kLimbs limbs, as far as possible held in
+/// registers.
 ///
 /// AddProduct(u, v) gives exactly the value of mpf_mul and mpf_add on numbers of that precision,
 /// with their ways of cutting: mpf_mul cuts its factors to kLimbs limbs and its product to one
@@ -26,22 +27,17 @@ class LimbAccumulator {
     if (u->_mp_size == 0 || v->_mp_size == 0) return true;
     const bool negative = (u->_mp_size ^ v->_mp_size) < 0;
     const Number product = Product(u, v);
-    if (isZero) {
+    if (isZero) [[unlikely]] {
       isZero = false;
       isNegative = negative;
       sum = product;
       return true;
     }
-    const bool sumIsLarger = IsLarger(sum, product);
-    const Number& large = sumIsLarger ? sum : product;
-    const Number& small = sumIsLarger ? product : sum;
-    if (isNegative == negative) {
-      sum = Sum(large, small);
-      return true;
-    }
-    if (NearlyCancel(large, small)) return false;
-    sum = Difference(large, small);
-    if (!sumIsLarger) isNegative = negative;
+    if (product.exponent != sum.exponent) [[unlikely]]
+      return AddMoved(product, negative);
+    if (sum.Top() == product.Top() && isNegative != negative) [[unlikely]]
+      return false;
+    Add(sum, isNegative, product, negative);
     return true;
   }
 
@@ -69,6 +65,8 @@ class LimbAccumulator {
  private:
   static_assert(GMP_NUMB_BITS == 64);
   static constexpr int kSize = kLimbs + 1;
+  /// Up to here a product written out is faster than a call of mpn_mul_n.
+  static constexpr int kMostLimbsInRegisters = 4;
   static constexpr mp_limb_t kMaximum = std::numeric_limits<mp_limb_t>::max();
 
   __extension__ using Wide = unsigned __int128;
@@ -86,110 +84,151 @@ class LimbAccumulator {
     return i >= 0 && i < size ? x->_mp_d[i] : 0;
   }
 
+  /// The highest kLimbs limbs of x, with zeros below the lowest one.
+  static void CopyUpperLimbs(mp_limb_t* limbs, mpf_srcptr x)
+  {
+    const int size = std::abs(x->_mp_size);
+    if (size >= kLimbs) [[likely]] {
+#pragma GCC unroll 8
+      for (int i = 0; i < kLimbs; ++i) limbs[i] = x->_mp_d[size - kLimbs + i];
+    } else {
+      for (int i = 0; i < kLimbs; ++i) limbs[i] = UpperLimb(x, size, size - kLimbs + i);
+    }
+  }
+
   static Number Product(mpf_srcptr u, mpf_srcptr v)
   {
-    const int uSize = std::abs(u->_mp_size);
-    const int vSize = std::abs(v->_mp_size);
     mp_limb_t a[kLimbs];
     mp_limb_t b[kLimbs];
     mp_limb_t p[2 * kLimbs];
-    if (uSize >= kLimbs && vSize >= kLimbs) [[likely]] {
-#pragma GCC unroll 4
-      for (int i = 0; i < kLimbs; ++i) {
-        a[i] = u->_mp_d[uSize - kLimbs + i];
-        b[i] = v->_mp_d[vSize - kLimbs + i];
-      }
+    CopyUpperLimbs(a, u);
+    CopyUpperLimbs(b, v);
+    if constexpr (kLimbs <= kMostLimbsInRegisters) {
+      MultiplyInRegisters(p, a, b);
     } else {
-      for (int i = 0; i < kLimbs; ++i) {
-        a[i] = UpperLimb(u, uSize, uSize - kLimbs + i);
-        b[i] = UpperLimb(v, vSize, vSize - kLimbs + i);
-      }
-    }
-#pragma GCC unroll 8
-    for (int i = 0; i < 2 * kLimbs; ++i) p[i] = 0;
-#pragma GCC unroll 4
-    for (int i = 0; i < kLimbs; ++i) {
-      mp_limb_t carry = 0;
-#pragma GCC unroll 4
-      for (int j = 0; j < kLimbs; ++j) {
-        const Wide w = Wide{a[i]} * b[j] + p[i + j] + carry;
-        p[i + j] = static_cast<mp_limb_t>(w);
-        carry = static_cast<mp_limb_t>(w >> 64);
-      }
-      p[i + kLimbs] = carry;
+      mpn_mul_n(p, a, b, kLimbs);
     }
     // The kSize limbs below the top one that is not 0.
     const bool emptyTop = p[2 * kLimbs - 1] == 0;
+    const mp_limb_t mask = emptyTop ? kMaximum : 0;
     Number product;
     product.exponent = u->_mp_exp + v->_mp_exp - (emptyTop ? 1 : 0);
-#pragma GCC unroll 4
+#pragma GCC unroll 8
     for (int i = 0; i < kSize; ++i) {
-      product.limbs[i] = emptyTop ? p[kLimbs - 2 + i] : p[kLimbs - 1 + i];
+      const mp_limb_t upper = p[kLimbs - 1 + i];
+      const mp_limb_t lower = p[kLimbs - 2 + i];
+      product.limbs[i] = upper ^ ((upper ^ lower) & mask);
     }
     return product;
   }
 
-  static bool IsLarger(const Number& a, const Number& b)
+  /// p = a b, limb by limb of the product.
+  static void MultiplyInRegisters(mp_limb_t* p, const mp_limb_t* a, const mp_limb_t* b)
   {
-    return a.exponent != b.exponent ? a.exponent > b.exponent : a.Top() > b.Top();
-  }
-
-  /// Limb i of x moved down by whole limbs.
-  static mp_limb_t Shifted(const Number& x, mp_exp_t shift, int i)
-  {
-    return i + shift < kSize ? x.limbs[i + shift] : 0;
-  }
-
-  /// Both without their lowest limb.
-  static Number Sum(const Number& large, const Number& small)
-  {
-    const mp_exp_t shift = large.exponent - small.exponent;
-    mp_limb_t s[kSize];
-    s[0] = 0;
-    mp_limb_t carry = 0;
-#pragma GCC unroll 4
-    for (int i = 1; i < kSize; ++i) {
-      const Wide w = Wide{large.limbs[i]} + Shifted(small, shift, i) + carry;
-      s[i] = static_cast<mp_limb_t>(w);
-      carry = static_cast<mp_limb_t>(w >> 64);
-    }
-    Number sum;
-    sum.exponent = large.exponent + static_cast<mp_exp_t>(carry);
-#pragma GCC unroll 4
-    for (int i = 0; i < kLimbs; ++i) sum.limbs[i] = carry != 0 ? s[i + 1] : s[i];
-    sum.limbs[kLimbs] = carry != 0 ? 1 : s[kLimbs];
-    return sum;
-  }
-
-  /// large - small, which is not 0
-  static Number Difference(const Number& large, const Number& small)
-  {
-    const mp_exp_t shift = large.exponent - small.exponent;
-    Number difference;
-    difference.exponent = large.exponent;
-    mp_limb_t borrow = 0;
-#pragma GCC unroll 4
-    for (int i = 0; i < kSize; ++i) {
-      const Wide w = Wide{large.limbs[i]} - Shifted(small, shift, i) - borrow;
-      difference.limbs[i] = static_cast<mp_limb_t>(w);
-      borrow = static_cast<mp_limb_t>(w >> 64) & 1;
-    }
-    while (difference.Top() == 0) [[unlikely]]
-      {
-        for (int i = kLimbs; i > 0; --i) difference.limbs[i] = difference.limbs[i - 1];
-        difference.limbs[0] = 0;
-        --difference.exponent;
+    mp_limb_t low = 0, middle = 0, high = 0;  // what is summed for limb k and the two above it
+#pragma GCC unroll 8
+    for (int k = 0; k < 2 * kLimbs - 1; ++k) {
+#pragma GCC unroll 8
+      for (int i = 0; i < kLimbs; ++i) {
+        if (i > k || k - i >= kLimbs) continue;
+        const Wide w = Wide{a[i]} * b[k - i];
+        mp_limb_t carry = static_cast<mp_limb_t>(w >> 64);
+        carry += __builtin_add_overflow(low, static_cast<mp_limb_t>(w), &low);
+        high += __builtin_add_overflow(middle, carry, &middle);
       }
-    return difference;
+      p[k] = low;
+      low = middle;
+      middle = high;
+      high = 0;
+    }
+    p[2 * kLimbs - 1] = low;
   }
 
-  /// Where mpf_sub looks for leading limbs that cancel before it cuts.
+  /// Sets the sum to a + b for two numbers of the same exponent, which do not nearly cancel. The
+  /// way through is the same for sums and differences: which it is follows no pattern that a
+  /// processor could foresee.
+  void Add(const Number& a, bool aNegative, const Number& b, bool bNegative)
+  {
+    const bool opposite = aNegative != bNegative;
+    const mp_limb_t flip = opposite ? kMaximum : 0;
+    // a + b without the lowest limbs, or a - b, which is a + ~b + 1
+    Number result;
+    result.exponent = a.exponent;
+    mp_limb_t carry = flip & 1;
+#pragma GCC unroll 8
+    for (int i = 0; i < kSize; ++i) {
+      const mp_limb_t cut = i == 0 ? flip : kMaximum;
+      mp_limb_t limb = a.limbs[i] & cut;
+      carry = __builtin_add_overflow(limb, carry, &limb);
+      carry |= __builtin_add_overflow(limb, (b.limbs[i] & cut) ^ flip, &limb);
+      result.limbs[i] = limb;
+    }
+    bool negative = aNegative;
+    if (carry != (flip & 1)) [[unlikely]] {
+      if (opposite) {
+        Negate(result);
+        negative = bNegative;
+      } else {
+        MoveDown(result, 1);
+        result.limbs[kLimbs] = 1;
+        ++result.exponent;
+      }
+    }
+    if (result.Top() == 0) [[unlikely]]
+      MoveUp(result);
+    sum = result;
+    isNegative = negative;
+  }
+
+  /// AddProduct for a product of another exponent: moves the smaller number to the place of its
+  /// digits in the larger one.
+  [[gnu::noinline]] bool AddMoved(Number product, bool productNegative)
+  {
+    const Number before = sum;
+    const bool sumIsLarger = before.exponent > product.exponent;
+    const Number& large = sumIsLarger ? before : product;
+    Number small = sumIsLarger ? product : before;
+    const mp_exp_t shift = large.exponent - small.exponent;
+    if (shift == 1 && isNegative != productNegative && NearlyCancel(large, small)) return false;
+    MoveDown(small, shift);
+    if (sumIsLarger) {
+      Add(large, isNegative, small, productNegative);
+    } else {
+      Add(large, productNegative, small, isNegative);
+    }
+    return true;
+  }
+
+  /// Where mpf_sub, for exponents that differ by 1, looks for leading limbs that cancel before it
+  /// cuts. For the same exponent it does so where the top limbs are equal.
   static bool NearlyCancel(const Number& large, const Number& small)
   {
-    const mp_exp_t shift = large.exponent - small.exponent;
-    if (shift == 0) return large.Top() == small.Top();
-    return shift == 1 && large.Top() == 1 && small.Top() == kMaximum &&
-           large.limbs[kLimbs - 1] == 0;
+    return large.Top() == 1 && large.limbs[kLimbs - 1] == 0 && small.Top() == kMaximum;
+  }
+
+  static void Negate(Number& x)
+  {
+    mp_limb_t carry = 1;
+    for (mp_limb_t& limb : x.limbs) {
+      limb = ~limb + carry;
+      if (limb != 0) carry = 0;
+    }
+  }
+
+  /// Moves the limbs of x down by `shift` places, with zeros from above.
+  static void MoveDown(Number& x, mp_exp_t shift)
+  {
+    for (int i = 0; i < kSize; ++i) x.limbs[i] = i + shift < kSize ? x.limbs[i + shift] : 0;
+  }
+
+  /// Takes away empty limbs on top; x is not 0.
+  static void MoveUp(Number& x)
+  {
+    while (x.Top() == 0) {
+      for (int i = kLimbs; i > 0; --i) x.limbs[i] = x.limbs[i - 1];
+      x.limbs[0] = 0;
+      --x.exponent;
+    }
   }
 
   Number sum;

@@ -111,7 +111,8 @@ TEST_P(ConvolutionAtPrecision, EqualsGmpOnHostileOperands)
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Bits, ConvolutionAtPrecision, testing::Values(53, 64, 80, 128, 256));
+INSTANTIATE_TEST_SUITE_P(Bits, ConvolutionAtPrecision,
+                         testing::Values(53, 64, 80, 128, 192, 256, 320));
 
 TEST(Convolution, OfNothingIsZero)
 {
