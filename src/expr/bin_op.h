@@ -28,6 +28,11 @@ class BinOp : public Expr {
 
   const Ref& Left() const { return left; }
   const Ref& Right() const { return right; }
+  void SetOperands(const Ref& a, const Ref& b)
+  {
+    left = a;
+    right = b;
+  }
 
  protected:
   BinOp(ExprType type, Ref a, Ref b);

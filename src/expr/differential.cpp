@@ -6,7 +6,6 @@
 #include "config/global_data.h"
 #include "numeric/magnitude.h"
 #include "numeric/range.h"
-#include "numeric/scratch.h"
 #include "output/number_format.h"
 #include "sys/messages.h"
 
@@ -71,9 +70,7 @@ void Differential::Result(mpf_t& out, bool)
     RequireRange(out);
 
     // small: |term| < |sum * accuracy|; a sum of 0 makes no term small, not even 0
-    Mpf& bound = Scratch();
-    mpf_mul(bound, out, Global->_ACCURACY);
-    if (mpf_cmp(Magnitude(term), Magnitude(bound)) >= 0) {
+    if (!IsBelowProduct(term, out, Global->_ACCURACY)) {
       smallTerms = 0;
     } else if (!Global->_USEALLTERMS || k >= termCount - smallTermsWanted) {
       ++smallTerms;

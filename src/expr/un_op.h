@@ -19,6 +19,7 @@ class UnOp : public Expr {
   void ReleaseReferences(std::vector<Ref>& released) override;
 
   const Ref& Operand() const { return operand; }
+  void SetOperand(const Ref& a) { operand = a; }
 
  protected:
   UnOp(ExprType type, Ref a) : Expr(type, true), operand(std::move(a)) {}

@@ -36,6 +36,10 @@ void ConvolveByGmp(mpf_t& sum, mpf_srcptr ascending, mpf_srcptr descending, int 
 
 void Convolve(mpf_t& sum, mpf_srcptr ascending, mpf_srcptr descending, int count)
 {
+  if (count == 1) {
+    mpf_mul(sum, ascending, descending);
+    return;
+  }
   switch (sum->_mp_prec) {
     case 2:
       ConvolveByLimbs<2>(sum, ascending, descending, count);

@@ -152,8 +152,7 @@ class LimbAccumulator {
     const bool opposite = aNegative != bNegative;
     const mp_limb_t flip = opposite ? kMaximum : 0;
     // a + b without the lowest limbs, or a - b, which is a + ~b + 1
-    Number result;
-    result.exponent = a.exponent;
+    sum.exponent = a.exponent;
     mp_limb_t carry = flip & 1;
 #pragma GCC unroll 8
     for (int i = 0; i < kSize; ++i) {
@@ -161,23 +160,21 @@ class LimbAccumulator {
       mp_limb_t limb = a.limbs[i] & cut;
       carry = __builtin_add_overflow(limb, carry, &limb);
       carry |= __builtin_add_overflow(limb, (b.limbs[i] & cut) ^ flip, &limb);
-      result.limbs[i] = limb;
+      sum.limbs[i] = limb;
     }
-    bool negative = aNegative;
+    isNegative = aNegative;
     if (carry != (flip & 1)) [[unlikely]] {
       if (opposite) {
-        Negate(result);
-        negative = bNegative;
+        Negate(sum);
+        isNegative = bNegative;
       } else {
-        MoveDown(result, 1);
-        result.limbs[kLimbs] = 1;
-        ++result.exponent;
+        MoveDown(sum, 1);
+        sum.limbs[kLimbs] = 1;
+        ++sum.exponent;
       }
     }
-    if (result.Top() == 0) [[unlikely]]
-      MoveUp(result);
-    sum = result;
-    isNegative = negative;
+    if (sum.Top() == 0) [[unlikely]]
+      MoveUp(sum);
   }
 
   /// AddProduct for a product of another exponent: moves the smaller number to the place of its

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "config/global_data.h"
+#include "numeric/magnitude.h"
 #include "output/number_format.h"
 
 namespace varno {
@@ -20,13 +21,6 @@ bool HasTemporaryName(const Differential& variable)
 bool IsInMatrix(const Differential& variable)
 {
   return variable.IsPrinted() && !HasTemporaryName(variable);
-}
-
-long BinaryExponent(mpf_srcptr number)
-{
-  long exponent = 0;
-  mpf_get_d_2exp(&exponent, number);
-  return exponent;
 }
 
 void WriteTableHeader(std::ostream& out)

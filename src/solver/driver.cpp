@@ -6,6 +6,7 @@
 #include "config/global_data.h"
 #include "config/settings_file.h"
 #include "expr/differential.h"
+#include "expr/sharing.h"
 #include "output/dumps.h"
 #include "output/gnuplot_script.h"
 #include "output/result_table.h"
@@ -69,6 +70,7 @@ void InitializeEquations()
     const auto start = global._STARTVALUES.try_emplace(name, global._ZERO).first;
     variable.SetStartValue(start->second);
   }
+  ShareSubexpressions();
 }
 
 int RunProgram(int argc, char** argv)

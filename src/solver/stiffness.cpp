@@ -2,10 +2,11 @@
 
 #include <cstdlib>
 #include <iostream>
-#include <string>
+#include <string_view>
 
 #include "config/global_data.h"
 #include "expr/differential.h"
+#include "numeric/magnitude.h"
 #include "numeric/mpf.h"
 #include "numeric/scratch.h"
 #include "sys/messages.h"
@@ -14,22 +15,26 @@ namespace varno {
 
 namespace {
 
-constexpr const char* kNoSmallest = "1e1000";
-constexpr const char* kNoLargest = "-1e1000";
+/// The values that stand for "none".
+struct NoMeasures {
+  Mpf smallest{"1e1000"};
+  Mpf largest{"-1e1000"};
+};
 
-long BinaryExponent(mpf_srcptr number)
+/// At the precision in force.
+const NoMeasures& None()
 {
-  long exponent = 0;
-  mpf_get_d_2exp(&exponent, number);
-  return exponent;
+  static NoMeasures none;
+  if (mpf_get_prec(none.smallest) != mpf_get_default_prec()) none = NoMeasures();
+  return none;
 }
 
 }  // namespace
 
 void ResetStiffnessMeasures()
 {
-  Expr::Global->_STIFFMIN = Mpf(kNoSmallest);
-  Expr::Global->_STIFFMAX = Mpf(kNoLargest);
+  Expr::Global->_STIFFMIN = None().smallest;
+  Expr::Global->_STIFFMAX = None().largest;
 }
 
 bool TestStiffness()
@@ -37,17 +42,17 @@ bool TestStiffness()
   GlobalData& global = *Expr::Global;
   Mpf& smallest = global._STIFFMIN;
   Mpf& largest = global._STIFFMAX;
-  std::string smallestName;
-  std::string largestName;
-  mpf_set_str(smallest, kNoSmallest, 10);
-  mpf_set_str(largest, kNoLargest, 10);
+  std::string_view smallestName;
+  std::string_view largestName;
+  mpf_set(smallest, None().smallest);
+  mpf_set(largest, None().largest);
 
-  Mpf& size = Scratch();
+  Mpf& lastTerm = Scratch();
   for (const auto& [name, entry] : global._EQUATIONS) {
     int index = 0;
-    VariableOf(entry).LastTerm(index, size);
+    VariableOf(entry).LastTerm(index, lastTerm);
     if (index <= 0) continue;
-    mpf_abs(size, size);
+    const Magnitude size(lastTerm);
     if (mpf_cmp(size, smallest) < 0) {
       mpf_set(smallest, size);
       smallestName = name;
