@@ -3,6 +3,8 @@
 #include <iostream>
 
 #include "config/global_data.h"
+#include "numeric/magnitude.h"
+#include "numeric/scratch.h"
 #include "sys/messages.h"
 #include "sys/signals.h"
 
@@ -10,17 +12,16 @@ namespace varno {
 
 PeriodSamples::PeriodSamples(int bufferSize) : bufferSize(bufferSize) {}
 
-bool PeriodSamples::Repeats(const Mpf& y)
+bool PeriodSamples::Repeats(mpf_srcptr y)
 {
-  Mpf distance;
+  Mpf& distance = Scratch();
   for (Sample& sample : samples) {
     mpf_sub(distance, sample.value, y);
-    mpf_abs(distance, distance);
-    if (mpf_cmp(distance, Expr::Global->_ACCURACY) >= 0) continue;
+    if (mpf_cmp(Magnitude(distance), Expr::Global->_ACCURACY) >= 0) continue;
     ++sample.hits;
     return &sample == &samples.back() && AllHitEquallyOften();
   }
-  if (static_cast<long>(samples.size()) < long{bufferSize} - 1) samples.push_back({y, 0});
+  if (static_cast<long>(samples.size()) < long{bufferSize} - 1) samples.push_back({Mpf(y), 0});
   return false;
 }
 
@@ -57,14 +58,11 @@ bool PeriodWatch::FindsPeriod()
   if (Expr::Global->_PERIODSAME < 1) return false;
   if (watchedDerivative.IsEmpty()) watchedDerivative = watched->Derivative();
   const Mpf& accuracy = Expr::Global->_ACCURACY;
-  Mpf x;
-  watchedDerivative->Value(x);
-  mpf_sub(x, x, accuracy);
-  mpf_abs(x, x);
-  if (mpf_cmp(x, accuracy) > 0) return false;
-  Mpf y;
-  watched->Value(y);
-  return samples.Repeats(y);
+  const mpf_srcptr derivative = watchedDerivative->Value();
+  Mpf& distance = Scratch();
+  mpf_sub(distance, derivative, accuracy);
+  if (mpf_cmp(Magnitude(distance), accuracy) > 0) return false;
+  return samples.Repeats(watched->Value());
 }
 
 }  // namespace varno

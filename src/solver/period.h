@@ -16,7 +16,7 @@ class PeriodSamples {
   /// Takes a value. Returns true when it repeats, within `_ACCURACY`, the latest sample and every
   /// sample has come back equally often; a value that repeats none becomes a sample while there is
   /// room.
-  bool Repeats(const Mpf& y);
+  bool Repeats(mpf_srcptr y);
 
  private:
   struct Sample {
