@@ -2,11 +2,11 @@
 
 #include <ostream>
 #include <random>
-#include <streambuf>
 
 #include <benchmark/benchmark.h>
 #include <gmp.h>
 
+#include "null_buffer.h"
 #include "numeric/convolution.h"
 #include "numeric/functions.h"
 #include "numeric/mpf.h"
@@ -66,12 +66,6 @@ BENCHMARK_CAPTURE(ElementaryFunction, sin, functions::sin);
 BENCHMARK_CAPTURE(ElementaryFunction, atan, functions::atan);
 BENCHMARK_CAPTURE(ElementaryFunction, exp, functions::exp);
 BENCHMARK_CAPTURE(ElementaryFunction, ln, functions::ln);
-
-/// Takes everything and keeps nothing.
-class NullBuffer : public std::streambuf {
-  int overflow(int character) override { return character; }
-  std::streamsize xsputn(const char*, std::streamsize count) override { return count; }
-};
 
 void NumberFormat(benchmark::State& state)
 {

@@ -32,7 +32,8 @@ void Parse(const std::string& equations)
 Problem Lorenz(double finalTime)
 {
   return {.name = "lorenz",
-          .equations = "x' = 10*(y - x) & 1; y' = x*(28 - z) - y & 1; z' = x*y - 8/3*z & 1;",
+          .equations =
+              "x' = 10*(y - x) & 1; y' = x*(28 - z) - y & 1; z' = x*y - 8/3*z & 1; clock' = 1;",
           .finalTime = finalTime};
 }
 
@@ -42,13 +43,14 @@ Problem Kepler(double finalTime)
   return {.name = "kepler",
           .equations =
               "x' = u & 0.5; y' = v & 0; u' = -x*w & 0; v' = -y*w & sqrt(3);"
-              "w' = -3*w*q*(x*u + y*v) & 8; q' = -2*q*q*(x*u + y*v) & 4;",
+              "w' = -3*w*q*(x*u + y*v) & 8; q' = -2*q*q*(x*u + y*v) & 4; clock' = 1;",
           .finalTime = finalTime};
 }
 
 Problem ReactionDiffusion(int count, double finalTime)
 {
   std::ostringstream equations;
+  equations << "clock' = 1;\n";
   for (int i = 0; i < count; ++i) {
     const auto cell = [count](int k) { return "u" + std::to_string((k + count) % count); };
     equations << cell(i) << "' = 10*(" << cell(i - 1) << " - 2*" << cell(i) << " + " << cell(i + 1)
@@ -65,11 +67,20 @@ Problem AtPrecision(Problem problem, mp_bitcnt_t bits)
   problem.bits = bits;
   if (bits == 256) {
     problem.maximumOrder = 60;
-    problem.accuracy = "1e-60";
+    problem.accuracyDigits = 60;
   } else if (bits == 1024) {
     problem.maximumOrder = 160;
-    problem.accuracy = "1e-280";
+    problem.accuracyDigits = 280;
+    problem.finalTime /= 10;
   }
+  return problem;
+}
+
+Problem Refined(Problem problem)
+{
+  problem.bits += 64;
+  problem.maximumOrder += 10;
+  problem.accuracyDigits += 5;
   return problem;
 }
 
@@ -80,7 +91,8 @@ LoadedProblem::LoadedProblem(const Problem& problem) : saved(Expr::Global)
   GlobalData& global = *Expr::Global;
   mpf_set_default_prec(problem.bits);
   global.SetTermCount(problem.maximumOrder + kZeroTerms);
-  mpf_set_str(global._ACCURACY, problem.accuracy, 10);
+  const std::string accuracy = "1e-" + std::to_string(problem.accuracyDigits);
+  mpf_set_str(global._ACCURACY, accuracy.c_str(), 10);
   mpf_set_d(global._TMAX, problem.finalTime);
   global.SetStep(problem.initialStep);
   global._PRINTONLYTMAX = true;
@@ -93,7 +105,7 @@ LoadedProblem::~LoadedProblem()
   delete std::exchange(Expr::Global, saved);
 }
 
-Silence::Silence() : output(std::cout.rdbuf(nullptr)), commentary(std::clog.rdbuf(nullptr)) {}
+Silence::Silence() : output(std::cout.rdbuf(&nowhere)), commentary(std::clog.rdbuf(&nowhere)) {}
 
 Silence::~Silence()
 {

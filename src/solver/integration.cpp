@@ -137,6 +137,7 @@ void Integration::Print()
   if ((global._DUMPDY & kTermDumpBit) != 0) DumpTerms(startTime);
   if ((global._DUMPDY & kDerivativeDumpBit) != 0) DumpDerivatives(startTime);
   WriteRow(std::cout, global._PRINTONLYTMAX);
+  RequireOutput();
 }
 
 bool Integration::EndReached()

@@ -16,10 +16,15 @@ void Fail(std::string_view text, ExitStatus status)
   Exit(status);
 }
 
+void RequireOutput()
+{
+  if (!std::cout) Fail("Cannot write the results to standard output");
+}
+
 void FinishOutput()
 {
   std::cout.flush();
-  if (!std::cout) Fail("Cannot write the results to standard output");
+  RequireOutput();
 }
 
 }  // namespace varno

@@ -29,7 +29,11 @@ inline constexpr std::string_view kSettingsFileWarning = "(WARN) ";
 /// Writes the line "#(ERR) TEXT" and ends the process with `status`.
 [[noreturn]] void Fail(std::string_view text, ExitStatus status = kFailure);
 
-/// Flushes standard output; a run whose output did not arrive ends with a message and status 1.
+/// Ends the run with a message and status 1 when something that was written to standard output, and
+/// flushed, did not arrive.
+void RequireOutput();
+
+/// RequireOutput for everything that was written.
 void FinishOutput();
 
 }  // namespace varno
