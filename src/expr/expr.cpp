@@ -65,7 +65,7 @@ void Expr::Ref::Drop(Expr* node) noexcept
 
 void Expr::PrepareTerms()
 {
-  if (terms.IsEmpty()) terms = TermArray(Global->_NTERMS);
+  if (terms.IsEmpty()) terms = TermArray(keepsLatestTermOnly ? 0 : Global->_NTERMS);
 }
 
 void Expr::ResetTerms()
@@ -75,7 +75,7 @@ void Expr::ResetTerms()
   valid = -1;
 }
 
-TermRow Expr::Terms(int k)
+void Expr::UpdateTerm(int k, int place)
 {
   CheckStack();
   if (termStamp != Global->_STEPNO) ResetTerms();
@@ -87,10 +87,15 @@ TermRow Expr::Terms(int k)
   }
   if (k > valid) {
     PrepareTerms();
-    GetDY(k, terms[k]);
-    RequireRange(terms[k]);
+    GetDY(k, terms[place]);
+    RequireRange(terms[place]);
     valid = k;
   }
+}
+
+TermRow Expr::Terms(int k)
+{
+  UpdateTerm(k, k);
   return {terms.Data(), k + 1};
 }
 
@@ -102,6 +107,10 @@ void Expr::ReleaseReferences(std::vector<Ref>& released)
 
 mpf_srcptr Expr::Term(int k)
 {
+  if (keepsLatestTermOnly) {
+    UpdateTerm(k, 0);
+    return terms[0];
+  }
   const TermRow row = Terms(k);
   return 0 <= k && k < row.count ? row.terms + k : static_cast<mpf_srcptr>(Global->_ZERO);
 }

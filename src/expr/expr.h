@@ -126,6 +126,13 @@ class Expr {
   Ref Convert();
 
   ExprType Type() const { return type; }
+  /// Makes the node keep its latest term only, from the next step on: for an operation, not a
+  /// quotient, that is asked for each term once, in order, and by Term.
+  void KeepLatestTermOnly() { keepsLatestTermOnly = true; }
+  bool KeepsLatestTermOnly() const { return keepsLatestTermOnly; }
+
+  /// Whether the node has no other term than term 0.
+  bool IsConstantOverStep() const { return type == kNumber || type == kAlgebraic; }
   /// Whether the last value moved by less than `_ACCURACY`; false while `_STEADYSTOP` is 0.
   bool IsSteady() const { return steady; }
   /// The number of Taylor terms cached for the current step.
@@ -138,6 +145,9 @@ class Expr {
   Expr();
 
  private:
+  /// Computes term k, unless it is there, and keeps it at `place`.
+  void UpdateTerm(int k, int place);
+
   int refs = 0;
 
  protected:
@@ -145,7 +155,7 @@ class Expr {
   /// need them, and nodes that are computed one after the other get neighbouring places.
   void PrepareTerms();
 
-  TermArray terms;  ///< terms of the current step, computed up to index `valid`
+  TermArray terms;  ///< terms of the current step, computed up to index `valid`; or that term only
   int valid = -1;
   Mpf value;  ///< constant, or value at the start of the step
 
@@ -169,6 +179,7 @@ class Expr {
   bool standsForItself = false;  ///< seen by Convert; never reset
   bool steady = false;
   const bool hasTerms;
+  bool keepsLatestTermOnly = false;
 };
 
 }  // namespace varno

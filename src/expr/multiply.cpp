@@ -12,6 +12,12 @@ void Multiply::GetDY(int k, mpf_t& out)
     mpf_set_ui(out, 0);
     return;
   }
+  if (left->IsConstantOverStep() != right->IsConstantOverStep()) {
+    const mpf_srcptr a = left->Term(left->IsConstantOverStep() ? 0 : k);
+    const mpf_srcptr b = right->Term(right->IsConstantOverStep() ? 0 : k);
+    mpf_mul(out, a, b);
+    return;
+  }
   // term k = sum over j = 0..k of a[k-j] b[j], added in this order; beyond a row's end terms are 0
   const TermRow a = left->Terms(k);
   const TermRow b = right->Terms(k);

@@ -7,6 +7,7 @@
 #include "config/settings_file.h"
 #include "expr/differential.h"
 #include "expr/sharing.h"
+#include "expr/term_history.h"
 #include "output/dumps.h"
 #include "output/gnuplot_script.h"
 #include "output/result_table.h"
@@ -71,6 +72,7 @@ void InitializeEquations()
     variable.SetStartValue(start->second);
   }
   ShareSubexpressions();
+  ForgetTermsNobodyNeeds();
 }
 
 int RunProgram(int argc, char** argv)
