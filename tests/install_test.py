@@ -20,7 +20,7 @@ class InstallTest(unittest.TestCase):
             subprocess.run(
                 [CMAKE, "--install", BUILD, "--prefix", folder], check=True, capture_output=True)
             share = Path(folder) / "share"
-            for name in ("man/man1/varno.1", "bash-completion/completions/varno",
+            for name in ("man/man1/varno.1.gz", "bash-completion/completions/varno",
                          "doc/varno/README.md", "doc/varno/LICENSE", "doc/varno/docs/manual.md",
                          "doc/varno/docs/gallery/lorenz.png"):
                 self.assertTrue((share / name).is_file(), name)
