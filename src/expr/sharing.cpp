@@ -1,15 +1,16 @@
 #include "expr/sharing.h"
 
+#include <cstddef>
 #include <map>
 #include <tuple>
 #include <unordered_map>
+#include <vector>
 
 #include "config/global_data.h"
 #include "expr/bin_op.h"
 #include "expr/differential.h"
 #include "expr/number.h"
 #include "expr/un_op.h"
-#include "sys/stack_guard.h"
 
 namespace varno {
 
@@ -25,13 +26,19 @@ struct Shared {
 
 class SubexpressionPool {
  public:
-  Shared Share(const Ref& expr)
+  Ref Share(const Ref& root)
   {
-    CheckStack();
-    if (const auto known = visited.find(&*expr); known != visited.end()) return known->second;
-    const Shared shared = ShareNew(expr);
-    visited.emplace(&*expr, shared);
-    return shared;
+    // Operands first, with a stack of its own: expressions may be deep.
+    std::vector<Ref> pending{root};
+    while (!pending.empty()) {
+      const Ref node = pending.back();
+      const std::size_t count = pending.size();
+      if (!visited.contains(&*node)) PushUnvisitedOperands(*node, pending);
+      if (pending.size() > count) continue;
+      pending.pop_back();
+      if (!visited.contains(&*node)) visited.emplace(&*node, ShareNode(node));
+    }
+    return visited.at(&*root).node;
   }
 
  private:
@@ -41,38 +48,60 @@ class SubexpressionPool {
     bool operator()(mpf_srcptr a, mpf_srcptr b) const { return mpf_cmp(a, b) < 0; }
   };
 
-  Shared ShareNew(const Ref& expr)
+  void PushUnvisitedOperands(Expr& node, std::vector<Ref>& pending) const
   {
-    switch (expr->Type()) {
+    const auto push = [&](const Ref& operand) {
+      if (!visited.contains(&*operand)) pending.push_back(operand);
+    };
+    switch (node.Type()) {
+      case kPlus:
+      case kMinus:
+      case kMultiply:
+      case kDivide:
+        push(static_cast<BinOp&>(node).Left());
+        push(static_cast<BinOp&>(node).Right());
+        break;
+      case kUnMinus:
+        push(static_cast<UnOp&>(node).Operand());
+        break;
+      default:
+        break;
+    }
+  }
+
+  /// The operands have been visited.
+  Shared ShareNode(const Ref& node)
+  {
+    switch (node->Type()) {
       case kNumber:
-        return {numbers.emplace(ConstantOf(expr), expr).first->second, true};
+        return {numbers.emplace(ConstantOf(node), node).first->second, true};
       case kDifferential:
-        return {expr, true};
+        return {node, true};
       case kPlus:
       case kMinus:
       case kMultiply:
       case kDivide: {
-        auto& operation = static_cast<BinOp&>(*expr);
-        const Shared a = Share(operation.Left());
-        const Shared b = Share(operation.Right());
+        auto& operation = static_cast<BinOp&>(*node);
+        const Shared a = visited.at(&*operation.Left());
+        const Shared b = visited.at(&*operation.Right());
         operation.SetOperands(a.node, b.node);
-        return ShareOperation(expr, {expr->Type(), &*a.node, &*b.node}, a.isPure && b.isPure);
+        return ShareOperation(node, {node->Type(), &*a.node, &*b.node}, a.isPure && b.isPure);
       }
       case kUnMinus: {
-        auto& negation = static_cast<UnOp&>(*expr);
-        const Shared a = Share(negation.Operand());
+        auto& negation = static_cast<UnOp&>(*node);
+        const Shared a = visited.at(&*negation.Operand());
         negation.SetOperand(a.node);
-        return ShareOperation(expr, {kUnMinus, &*a.node, nullptr}, a.isPure);
+        return ShareOperation(node, {kUnMinus, &*a.node, nullptr}, a.isPure);
       }
       default:
-        return {expr, false};
+        return {node, false};
     }
   }
 
-  Shared ShareOperation(const Ref& expr, const Operation& operation, bool isPure)
+  Shared ShareOperation(const Ref& node, const Operation& operation, bool isPure)
   {
-    if (!isPure) return {expr, false};
-    return {operations.emplace(operation, expr).first->second, true};
+    if (!isPure) return {node, false};
+    return {operations.emplace(operation, node).first->second, true};
   }
 
   std::unordered_map<const Expr*, Shared> visited;
@@ -87,7 +116,7 @@ void ShareSubexpressions()
   SubexpressionPool pool;
   for (const auto& [name, entry] : Expr::Global->_EQUATIONS) {
     Differential& variable = VariableOf(entry);
-    variable.SetRightHandSide(pool.Share(variable.RightHandSide()).node);
+    variable.SetRightHandSide(pool.Share(variable.RightHandSide()));
   }
 }
 

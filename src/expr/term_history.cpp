@@ -1,12 +1,12 @@
 #include "expr/term_history.h"
 
 #include <unordered_map>
+#include <vector>
 
 #include "config/global_data.h"
 #include "expr/bin_op.h"
 #include "expr/differential.h"
 #include "expr/un_op.h"
-#include "sys/stack_guard.h"
 
 namespace varno {
 
@@ -15,34 +15,16 @@ namespace {
 /// How the nodes of the right-hand sides are used.
 class Uses {
  public:
-  /// Enters a use of a node, and at the first one those of its operands. `needsHistory`: whether
-  /// the user looks back at the terms before the latest.
-  void Enter(Expr& node, bool needsHistory)
+  /// Enters what a variable's right-hand side uses.
+  void Enter(const Expr::Ref& rightHandSide)
   {
-    CheckStack();
-    Use& use = uses[&node];
-    use.needsHistory = use.needsHistory || needsHistory || use.count > 0;
-    if (use.count++ > 0) return;
-    switch (node.Type()) {
-      case kPlus:
-      case kMinus:
-        EnterOperands(static_cast<BinOp&>(node), false, false);
-        break;
-      case kMultiply: {
-        auto& product = static_cast<BinOp&>(node);
-        const bool convolves =
-            product.Left()->IsConstantOverStep() == product.Right()->IsConstantOverStep();
-        EnterOperands(product, convolves, convolves);
-        break;
-      }
-      case kDivide:
-        EnterOperands(static_cast<BinOp&>(node), false, true);
-        break;
-      case kUnMinus:
-        Enter(*static_cast<UnOp&>(node).Operand(), false);
-        break;
-      default:
-        break;
+    pending.push_back({&*rightHandSide, false});
+    while (!pending.empty()) {
+      const auto [node, needsHistory] = pending.back();
+      pending.pop_back();
+      Use& use = uses[node];
+      use.needsHistory = use.needsHistory || needsHistory || use.count > 0;
+      if (use.count++ == 0) EnterOperands(*node);
     }
   }
 
@@ -59,10 +41,36 @@ class Uses {
     bool needsHistory = false;
   };
 
-  void EnterOperands(BinOp& operation, bool leftNeedsHistory, bool rightNeedsHistory)
+  /// A node that is used, and whether the user looks back at the terms before the latest.
+  struct PendingUse {
+    Expr* node;
+    bool needsHistory;
+  };
+
+  void EnterOperands(Expr& node)
   {
-    Enter(*operation.Left(), leftNeedsHistory);
-    Enter(*operation.Right(), rightNeedsHistory);
+    const auto enter = [this](const Expr::Ref& operand, bool needsHistory) {
+      pending.push_back({&*operand, needsHistory});
+    };
+    switch (node.Type()) {
+      case kPlus:
+      case kMinus:
+      case kMultiply:
+      case kDivide: {
+        const auto& operation = static_cast<BinOp&>(node);
+        const bool convolves =
+            node.Type() == kMultiply &&
+            operation.Left()->IsConstantOverStep() == operation.Right()->IsConstantOverStep();
+        enter(operation.Left(), convolves);
+        enter(operation.Right(), convolves || node.Type() == kDivide);
+        break;
+      }
+      case kUnMinus:
+        enter(static_cast<UnOp&>(node).Operand(), false);
+        break;
+      default:
+        break;
+    }
   }
 
   /// A quotient looks at its own terms, too; a variable's are written out.
@@ -80,6 +88,7 @@ class Uses {
   }
 
   std::unordered_map<Expr*, Use> uses;
+  std::vector<PendingUse> pending;  ///< a stack, because expressions may be deep
 };
 
 }  // namespace
@@ -88,7 +97,7 @@ void ForgetTermsNobodyNeeds()
 {
   Uses uses;
   for (const auto& [name, entry] : Expr::Global->_EQUATIONS) {
-    uses.Enter(*VariableOf(entry).RightHandSide(), false);
+    uses.Enter(VariableOf(entry).RightHandSide());
   }
   uses.LimitTerms();
 }
