@@ -22,7 +22,7 @@ A case is a folder. Only `why` is required.
   check    bash or python script (the first line tells) for what a rule decides, such as
            a closed form; it must end with status 0, and finds the outcome in the files
            stdout.actual, stderr.actual and status.actual of the working folder
-  not_sanitized
+  not_instrumented
            why the case cannot run in an instrumented program; CMake leaves it out there
 
 Everything else in the folder (input.varno, for one) is copied into the working folder,
@@ -48,7 +48,7 @@ from pathlib import Path
 
 DESCRIPTION_FILES = {
     "why", "args", "input_from", "stdin", "varnorc", "timeout", "setup", "stdout", "stderr",
-    "status", "check", "not_sanitized",
+    "status", "check", "not_instrumented",
 }
 DEFAULT_TIMEOUT_SECONDS = 60
 SOURCE_ROOT = Path(__file__).resolve().parent.parent
