@@ -1,9 +1,10 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """Compares varno with what one would take otherwise, and large systems with small ones.
 
 Usage: compare.py VARNO ODEINT_KEPLER
 
-Prints two tables in Markdown. Times are processor times, medians of five runs.
+It runs by the system's Python, for which Debian's mpmath and gmpy2 are installed. Prints two tables
+in Markdown. Times are processor times, medians of five runs.
 
 1. The reaction-diffusion ring with 100, 1000 and 10,000 cells: what an equation costs. The memory
    includes what a small Python takes, from which the program is started.
@@ -123,7 +124,7 @@ def print_comparison(varno, odeint, folder):
         if tolerance in ODEINT_TOLERANCES:
             row(f"Boost.Odeint, mpf_float, {digits} digits", tolerance,
                 by_odeint(odeint, digits, tolerance, folder))
-        row(f"mpmath odefun, {digits} digits", tolerance, by_mpmath(tolerance, digits))
+        row(f"mpmath odefun on {mpmath.libmp.BACKEND}, {digits} digits", tolerance, by_mpmath(tolerance, digits))
     row("Boost.Odeint, double", "1e-14", by_odeint(odeint, 0, "1e-14", folder))
 
 
