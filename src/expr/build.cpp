@@ -1,5 +1,6 @@
-// The constructors of Expr::Ref that build nodes: the only places where operator and function nodes
-// are made, so that constants fold and simple shapes simplify everywhere alike.
+// The constructors of Expr::Ref that build nodes. Operators and functions are made by them, so that
+// constants fold and simple shapes simplify everywhere alike; where a node is made directly,
+// folding is not wanted.
 
 #include <optional>
 #include <string>

@@ -1,5 +1,6 @@
 #include "expr/expr.h"
 
+#include <cassert>
 #include <stdexcept>
 #include <utility>
 #include <vector>
@@ -95,6 +96,7 @@ void Expr::UpdateTerm(int k, int place)
 
 TermRow Expr::Terms(int k)
 {
+  assert(!keepsLatestTermOnly);
   UpdateTerm(k, k);
   return {terms.Data(), k + 1};
 }

@@ -126,8 +126,9 @@ class Expr {
   Ref Convert();
 
   ExprType Type() const { return type; }
-  /// Makes the node keep its latest term only, from the next step on: for an operation, not a
-  /// quotient, that is asked for each term once, in order, and by Term.
+  /// Makes the node keep its latest term only; to be called before a term is computed. It is for an
+  /// operation, not a quotient, that is asked for each term once, in order, and by Term: Terms must
+  /// not be called then.
   void KeepLatestTermOnly() { keepsLatestTermOnly = true; }
   bool KeepsLatestTermOnly() const { return keepsLatestTermOnly; }
 

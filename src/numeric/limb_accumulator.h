@@ -16,8 +16,9 @@ namespace varno {
 /// it calls for operands of different signs) one limb lower, unless the operands nearly cancel. The
 /// last case is left to GMP: AddProduct then returns false and changes nothing.
 ///
-/// Limbs are counted from the least significant one. The sum is sign * 0.L L L ... * B^exponent
-/// with kLimbs + 1 limbs L to the base B = 2^64, the top one not 0; sign is 0 for the sum 0.
+/// Limbs are counted from the least significant one. A number is 0.L L L ... * B^exponent with
+/// kLimbs + 1 limbs L to the base B = 2^64, the top one not 0; signs are kept apart, and so is the
+/// sum 0.
 template <int kLimbs>
 class LimbAccumulator {
  public:

@@ -351,6 +351,16 @@ TEST(Conversion, TheSameFunctionTwiceMakesTwoSets)
   EXPECT_EQ(PrintedRightHandSide("w"), "([%2] * [%0])");
 }
 
+TEST(Conversion, HyperbolicTangentAndCotangentDifferInTheirInitialValuesOnly)
+{
+  const ScopedGlobal global;
+  ReadAndConvert("a' = tanh(t + 2); b' = cotanh(t + 2);");
+  EXPECT_EQ(PrintedRightHandSide("%0"), "( 1.00000000000e+00 - ([%0] * [%0]))");
+  EXPECT_EQ(PrintedRightHandSide("%1"), "( 1.00000000000e+00 - ([%1] * [%1]))");
+  EXPECT_EQ(mpf_cmp(StartValueOf("%0"), Evaluate(functions::tanh, Mpf(2.0))), 0);
+  EXPECT_EQ(mpf_cmp(StartValueOf("%1"), Evaluate(functions::cotanh, Mpf(2.0))), 0);
+}
+
 TEST(Conversion, RunsAfreshEveryTime)
 {
   const ScopedGlobal global;
