@@ -32,12 +32,33 @@ Stack WholeStack()
   return {reinterpret_cast<std::uintptr_t>(lowest), bytes};
 }
 
+/// Touches the stack down to `lowest`, so that it has grown that far.
+[[gnu::noinline]] void GrowStack(std::uintptr_t lowest)
+{
+  volatile char frame[65536];
+  frame[0] = 0;
+  if (reinterpret_cast<std::uintptr_t>(frame) > lowest) GrowStack(lowest);
+  frame[1] = 0;  // after the call, which so does not become a jump
+}
+
+/// The limit of the whole address space; RLIM_INFINITY where there is none.
+rlim_t AddressSpace()
+{
+  rlimit limit{};
+  return getrlimit(RLIMIT_AS, &limit) == 0 ? limit.rlim_cur : RLIM_INFINITY;
+}
+
 // Linux keeps at least 128 MiB free below the stack of a process, whatever its limit at the start.
 constexpr std::size_t kWantedBytes = std::size_t{100} << 20;
 
 /// Room for what is called below the last check: GMP's temporaries, messages, the way out. Half of
 /// a stack that is hardly larger must do.
 constexpr std::size_t kReserveBytes = std::size_t{512} << 10;
+
+/// In an address space that is limited to less than this, the heap might take the room that the
+/// stack is to grow into. There a part of it goes to the stack at once.
+constexpr rlim_t kTightAddressSpace = rlim_t{512} << 20;
+constexpr rlim_t kAddressSpaceParts = 16;
 
 }  // namespace
 
@@ -50,9 +71,14 @@ void GuardStack()
     setrlimit(RLIMIT_STACK, &limit);
   }
   const Stack stack = WholeStack();
-  const std::size_t usable = std::min(stack.bytes, kWantedBytes);
+  const rlim_t addressSpace = AddressSpace();
+  const bool tight = addressSpace < kTightAddressSpace;
+  const std::size_t wanted = tight ? addressSpace / kAddressSpaceParts : kWantedBytes;
+  const std::size_t usable = std::min(stack.bytes, wanted);
   const std::size_t reserve = std::min(kReserveBytes, usable / 2);
-  stackFloor = stack.lowest + (stack.bytes - usable) + reserve;
+  const std::uintptr_t lowest = stack.lowest + (stack.bytes - usable);
+  stackFloor = lowest + reserve;
+  if (tight) GrowStack(lowest + reserve / 2);
 }
 
 void RequireStack(std::size_t bytes)
