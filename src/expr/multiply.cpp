@@ -12,7 +12,7 @@ void Multiply::GetDY(int k, mpf_t& out)
     mpf_set_ui(out, 0);
     return;
   }
-  if (left->IsConstantOverStep() != right->IsConstantOverStep()) {
+  if (!Convolves()) {
     const mpf_srcptr a = left->Term(left->IsConstantOverStep() ? 0 : k);
     const mpf_srcptr b = right->Term(right->IsConstantOverStep() ? 0 : k);
     mpf_mul(out, a, b);

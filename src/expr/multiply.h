@@ -14,6 +14,9 @@ class Multiply final : public BinOp {
   void GetDY(int k, mpf_t& out) override;
   void MakeDerivative() override;
   void GetInitValue(mpf_t& out) override;
+
+  /// Whether a term needs all earlier terms of the factors: not where just one factor varies.
+  bool Convolves() const { return left->IsConstantOverStep() == right->IsConstantOverStep(); }
 };
 
 }  // namespace varno

@@ -6,6 +6,7 @@
 #include "config/global_data.h"
 #include "expr/bin_op.h"
 #include "expr/differential.h"
+#include "expr/multiply.h"
 #include "expr/un_op.h"
 
 namespace varno {
@@ -58,9 +59,7 @@ class Uses {
       case kMultiply:
       case kDivide: {
         const auto& operation = static_cast<BinOp&>(node);
-        const bool convolves =
-            node.Type() == kMultiply &&
-            operation.Left()->IsConstantOverStep() == operation.Right()->IsConstantOverStep();
+        const bool convolves = node.Type() == kMultiply && static_cast<Multiply&>(node).Convolves();
         enter(operation.Left(), convolves);
         enter(operation.Right(), convolves || node.Type() == kDivide);
         break;

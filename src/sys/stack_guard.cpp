@@ -18,20 +18,6 @@ struct Stack {
   std::size_t bytes;
 };
 
-/// The main thread's stack within the limit in force, with what lies above main: the environment
-/// and the arguments count, too.
-Stack WholeStack()
-{
-  pthread_attr_t attributes;
-  void* lowest = nullptr;
-  std::size_t bytes = 0;
-  if (pthread_getattr_np(pthread_self(), &attributes) == 0) {
-    pthread_attr_getstack(&attributes, &lowest, &bytes);
-    pthread_attr_destroy(&attributes);
-  }
-  return {reinterpret_cast<std::uintptr_t>(lowest), bytes};
-}
-
 /// Touches the stack down to `lowest`, so that it has grown that far.
 [[gnu::noinline]] void GrowStack(std::uintptr_t lowest)
 {
@@ -55,6 +41,22 @@ constexpr std::size_t kWantedBytes = std::size_t{100} << 20;
 /// a stack that is hardly larger must do.
 constexpr std::size_t kReserveBytes = std::size_t{512} << 10;
 
+/// The main thread's stack within the limit in force, with what lies above main: the environment
+/// and the arguments count, too. Without /proc the system does not tell; then it begins here.
+Stack WholeStack(rlim_t limit)
+{
+  pthread_attr_t attributes;
+  if (pthread_getattr_np(pthread_self(), &attributes) == 0) {
+    void* lowest = nullptr;
+    std::size_t bytes = 0;
+    pthread_attr_getstack(&attributes, &lowest, &bytes);
+    pthread_attr_destroy(&attributes);
+    return {reinterpret_cast<std::uintptr_t>(lowest), bytes};
+  }
+  const std::size_t bytes = std::min(rlim_t{kWantedBytes}, limit);
+  return {reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0)) - bytes, bytes};
+}
+
 /// In an address space that is limited to less than this, the heap might take the room that the
 /// stack is to grow into. There a part of it goes to the stack at once.
 constexpr rlim_t kTightAddressSpace = rlim_t{512} << 20;
@@ -69,8 +71,9 @@ void GuardStack()
   if (limit.rlim_cur < kWantedBytes) {
     limit.rlim_cur = std::min(rlim_t{kWantedBytes}, limit.rlim_max);
     setrlimit(RLIMIT_STACK, &limit);
+    getrlimit(RLIMIT_STACK, &limit);
   }
-  const Stack stack = WholeStack();
+  const Stack stack = WholeStack(limit.rlim_cur);
   const rlim_t addressSpace = AddressSpace();
   const bool tight = addressSpace < kTightAddressSpace;
   const std::size_t wanted = tight ? addressSpace / kAddressSpaceParts : kWantedBytes;
