@@ -1,0 +1,189 @@
+#pragma once
+
+/// The library of varno-solve: initial-value problems of ordinary differential equations, solved by
+/// the Taylor series method to any number of digits.
+///
+///     auto problem = varno::solve::Problem::Parse("x' = v & 1; v' = -x;", "oscillator");
+///     varno::solve::Solution solution(problem, {.to = "10", .digits = 30});
+///     while (auto row = solution.Next()) std::cout << row->time.Text() << ' ' << row->values[0].Text() << '\n';
+///
+/// Nothing is shared between objects: different threads may use different objects freely.
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include <mpfr.h>
+
+namespace varno::solve {
+
+/// A problem, a setting or an option that is not right as written. what() says where (file:line:column,
+/// the line, a caret), what was wrong and what would be right.
+class InputError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// Why a run ended before its last row.
+enum class EndReason {
+  kSingularity,   ///< the solution, or an expression of the equations, has no value beyond a point
+  kLostDomain,    ///< an expression of the equations is not defined
+  kOutOfRange,    ///< a number is too large or too small for the arithmetic
+  kLimit,         ///< one of the limits of Options was reached
+  kInterrupted,   ///< Options::interrupted said so
+};
+
+/// A run that ended early. All rows given before are right. what() says how far it got and why.
+class RunEnded : public std::runtime_error {
+ public:
+  RunEnded(EndReason reason, const std::string& message) : std::runtime_error(message), reason(reason) {}
+  EndReason Reason() const { return reason; }
+
+ private:
+  EndReason reason;
+};
+
+/// The equations of one file, understood: names resolved, orders reduced. A value: copies are
+/// independent, and solving does not change it.
+class Problem {
+ public:
+  /// Reads a text in the language of varno-solve; `name` stands for it in messages.
+  /// Throws InputError with all mistakes of the text.
+  static Problem Parse(std::string text, std::string name);
+
+  /// Changes a parameter or a start value: "mu=7", "x(0)=2", "y'(0)=1/3". The right side is a
+  /// constant expression and may use parameters. Throws InputError.
+  void Set(std::string setting);
+
+  /// Remarks that are no mistakes, rendered, such as on t or y' meaning something else in varno.
+  const std::string& Notes() const;
+
+  Problem(const Problem&);
+  Problem& operator=(const Problem&);
+  Problem(Problem&&) noexcept;
+  Problem& operator=(Problem&&) noexcept;
+  ~Problem();
+
+ private:
+  friend class Solution;
+  struct Implementation;
+  explicit Problem(std::unique_ptr<Implementation> implementation);
+  std::unique_ptr<Implementation> implementation;
+};
+
+/// Rows at multiples of a time from the first row on, and at the end.
+struct RowsEvery {
+  std::string interval;  ///< constant expression > 0, as "0.1"
+};
+/// `count` equal parts of the interval: count + 1 rows.
+struct RowsPoints {
+  long count = 100;
+};
+/// Rows at these times (constant expressions), which must lie in the interval, in its direction.
+struct RowsAt {
+  std::vector<std::string> times;
+};
+/// Rows at the ends of the solver's own steps.
+struct RowsAtSteps {};
+/// The end only.
+struct RowAtEnd {};
+using RowChoice = std::variant<RowsPoints, RowsEvery, RowsAt, RowsAtSteps, RowAtEnd>;
+
+/// How far a run is, for those who wait.
+struct Progress {
+  double time;        ///< where the integration stands
+  double fraction;    ///< of the interval, 0 to 1
+  std::int64_t steps;
+  double step;        ///< the latest step's length
+  double seconds;     ///< since the start
+};
+
+struct Options {
+  /// The interval of the rows, constant expressions such as "10*pi"; `to` may lie before `from`.
+  std::optional<std::string> from;  ///< the point of the start statements, else 0
+  std::string to = "1";
+  RowChoice rows = RowsPoints{};
+  int digits = 15;              ///< significant digits of each number, 1 to 10,000
+  std::string tiny = "1e-1000"; ///< what is smaller counts as 0; a decimal number
+  std::vector<std::string> columns;  ///< names, in this order; empty: all, in the order of the file
+  bool check = true;            ///< two runs instead of one
+  std::optional<std::int64_t> maxSteps;
+  std::optional<double> maxSeconds;
+  long maxBits = 1L << 20;      ///< the highest precision to try
+  std::function<bool()> interrupted;                 ///< asked after each step: true ends the run
+  std::function<void(const Progress&)> progress;     ///< called after each step
+};
+
+/// One number of a row.
+class Value {
+ public:
+  /// The number with the digits asked for, rounded to nearest: "1.50000e+00", "0", "nan" where a
+  /// definition has no value. For a time: as short as it is exact, else with these digits.
+  const std::string& Text() const { return text; }
+  double ToDouble() const;
+  /// The number itself, with some digits more than those that count.
+  mpfr_srcptr Get() const;
+
+  Value(std::string text, mpfr_srcptr number);
+
+ private:
+  struct Clear {
+    void operator()(mpfr_ptr number) const;
+  };
+  std::string text;
+  std::shared_ptr<__mpfr_struct> number;
+};
+
+struct Row {
+  Value time;
+  std::vector<Value> values;  ///< one for each of Solution::Columns()
+};
+
+/// What a run did.
+struct Summary {
+  std::int64_t steps = 0;
+  int order = 0;          ///< of the latest step
+  long bits = 0;          ///< of the arithmetic
+  int digits = 0;         ///< asked for
+  bool verified = false;  ///< by a second run
+  double seconds = 0;     ///< wall time
+  std::string remark;     ///< a further sentence; usually empty
+};
+
+/// The solution of a problem, row by row.
+class Solution {
+ public:
+  /// Checks the options; computes nothing yet. Throws InputError.
+  Solution(const Problem& problem, Options options);
+  Solution(Solution&&) noexcept;
+  Solution& operator=(Solution&&) noexcept;
+  ~Solution();
+
+  /// The names of the columns, without t.
+  const std::vector<std::string>& Columns() const;
+  /// The length of the longest text of a time that will come, for aligned tables; of a typical one
+  /// where it is not known beforehand.
+  int TimeWidth() const;
+  /// The next row, none after the last. Throws RunEnded where the run ends early, InputError where
+  /// an expression has no value at the start.
+  std::optional<Row> Next();
+  Summary Summarise() const;
+  /// The equations as understood: states, parameters, order reductions, operations after sharing,
+  /// precision, order and memory chosen. Several lines.
+  std::string Explain() const;
+
+ private:
+  struct Implementation;
+  std::unique_ptr<Implementation> implementation;
+};
+
+/// "1.0", as in CMake and on the command line.
+std::string_view Version();
+
+}  // namespace varno::solve

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "solve/model/graph.h"
+#include "solve/source/place.h"
+
+namespace varno::solve {
+
+/// A first-order equation x' = f. An equation of order n makes n of them: y, y', ..., each but the
+/// last with the next one as its right-hand side.
+struct State {
+  std::string name;  ///< with its apostrophes: "y", "y'", "y''"
+  NodeId rightHandSide;
+  NodeId start;  ///< constant: the value at the start point
+  Place place;   ///< of the name in its equation
+};
+
+/// A definition that depends neither on variables nor on t; settings may change its value.
+struct Parameter {
+  std::string name;
+  NodeId value;  ///< constant; may use parameters that come before it
+  Place place;
+};
+
+/// What a row shows: a variable or a definition.
+struct Column {
+  std::string name;
+  NodeId value;  ///< a kState leaf for a variable
+};
+
+/// A system of first-order equations with everything resolved: a value that no run changes.
+struct Model {
+  Graph graph;
+  std::vector<State> states;
+  std::vector<Parameter> parameters;
+  std::vector<Column> columns;  ///< in the order of the file
+  /// The point of the start statements; none when the file has none ("& c" then holds at --from).
+  std::optional<NodeId> startPoint;
+};
+
+}  // namespace varno::solve
