@@ -1,0 +1,16 @@
+#pragma once
+
+#include "solve/evaluation/elementary.h"
+#include "solve/model/graph.h"
+#include "solve/number/real.h"
+
+namespace varno::solve {
+
+/// An operation that has no value where it was asked for.
+struct DomainError {
+  Outcome outcome;
+  NodeId node;    ///< in the graph that is evaluated
+  Real argument;  ///< the operand that decides: the divisor, the radicand, the base of a power
+};
+
+}  // namespace varno::solve

@@ -1,0 +1,96 @@
+#include "solve/evaluation/elementary.h"
+
+#include <cassert>
+
+namespace varno::solve {
+
+namespace {
+
+constexpr mpfr_rnd_t kNearest = MPFR_RNDN;
+
+void ArcCotangent(mpfr_ptr result, mpfr_srcptr a)
+{
+  if (mpfr_zero_p(a) != 0) {
+    mpfr_const_pi(result, kNearest);
+    mpfr_div_2ui(result, result, 1, kNearest);
+    return;
+  }
+  // atan(1/a) by the angle of the point (|a|, sign a): one rounding.
+  mpfr_t one, size;
+  mpfr_init2(one, 2);
+  mpfr_init2(size, mpfr_get_prec(a));
+  mpfr_set_si(one, mpfr_sgn(a), kNearest);
+  mpfr_abs(size, a, kNearest);
+  mpfr_atan2(result, one, size, kNearest);
+  mpfr_clear(one);
+  mpfr_clear(size);
+}
+
+/// acoth a = atanh(1/a) = ln((a + 1)/(a - 1)) / 2.
+void ArcHyperbolicCotangent(mpfr_ptr result, mpfr_srcptr a)
+{
+  mpfr_t inverse;
+  mpfr_init2(inverse, mpfr_get_prec(result) + mpfr_get_prec(a) + 16);
+  mpfr_ui_div(inverse, 1, a, kNearest);
+  mpfr_atanh(result, inverse, kNearest);
+  mpfr_clear(inverse);
+}
+
+void Compute(Operation operation, mpfr_ptr result, mpfr_srcptr a, mpfr_srcptr b)
+{
+  switch (operation) {
+    case Operation::kNegate: mpfr_neg(result, a, kNearest); return;
+    case Operation::kAdd: mpfr_add(result, a, b, kNearest); return;
+    case Operation::kSubtract: mpfr_sub(result, a, b, kNearest); return;
+    case Operation::kMultiply: mpfr_mul(result, a, b, kNearest); return;
+    case Operation::kDivide: mpfr_div(result, a, b, kNearest); return;
+    case Operation::kPower: mpfr_pow(result, a, b, kNearest); return;
+    case Operation::kSqrt: mpfr_sqrt(result, a, kNearest); return;
+    case Operation::kCbrt: mpfr_cbrt(result, a, kNearest); return;
+    case Operation::kExp: mpfr_exp(result, a, kNearest); return;
+    case Operation::kLn: mpfr_log(result, a, kNearest); return;
+    case Operation::kSin: mpfr_sin(result, a, kNearest); return;
+    case Operation::kCos: mpfr_cos(result, a, kNearest); return;
+    case Operation::kTan: mpfr_tan(result, a, kNearest); return;
+    case Operation::kCot: mpfr_cot(result, a, kNearest); return;
+    case Operation::kAsin: mpfr_asin(result, a, kNearest); return;
+    case Operation::kAcos: mpfr_acos(result, a, kNearest); return;
+    case Operation::kAtan: mpfr_atan(result, a, kNearest); return;
+    case Operation::kAcot: ArcCotangent(result, a); return;
+    case Operation::kSinh: mpfr_sinh(result, a, kNearest); return;
+    case Operation::kCosh: mpfr_cosh(result, a, kNearest); return;
+    case Operation::kTanh: mpfr_tanh(result, a, kNearest); return;
+    case Operation::kCoth: mpfr_coth(result, a, kNearest); return;
+    case Operation::kAsinh: mpfr_asinh(result, a, kNearest); return;
+    case Operation::kAcosh: mpfr_acosh(result, a, kNearest); return;
+    case Operation::kAtanh: mpfr_atanh(result, a, kNearest); return;
+    case Operation::kAcoth: ArcHyperbolicCotangent(result, a); return;
+    case Operation::kErf: mpfr_erf(result, a, kNearest); return;
+    case Operation::kAtan2: mpfr_atan2(result, a, b, kNearest); return;
+    case Operation::kNumber:
+    case Operation::kPi:
+    case Operation::kTime:
+    case Operation::kState:
+    case Operation::kParameter: break;
+  }
+  assert(false && "a leaf is no operation");
+}
+
+}  // namespace
+
+Outcome Apply(Operation operation, mpfr_ptr result, mpfr_srcptr a, mpfr_srcptr b)
+{
+  if (operation == Operation::kAtan2 && mpfr_zero_p(a) != 0 && mpfr_zero_p(b) != 0) {
+    return Outcome::kUndefined;
+  }
+  mpfr_clear_overflow();
+  Compute(operation, result, a, b);
+  if (mpfr_number_p(result) != 0) {
+    // A zero of MPFR has a sign, which atan2 and divisions would show; ours has none.
+    if (mpfr_zero_p(result) != 0) mpfr_set_zero(result, 1);
+    return Outcome::kValue;
+  }
+  return mpfr_overflow_p() != 0 ? Outcome::kOutOfRange : Outcome::kUndefined;
+}
+
+}  // namespace varno::solve

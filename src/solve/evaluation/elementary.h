@@ -1,0 +1,25 @@
+#pragma once
+
+#include <mpfr.h>
+
+#include "solve/model/operation.h"
+
+namespace varno::solve {
+
+/// What became of an operation on numbers.
+enum class Outcome {
+  kValue,
+  kUndefined,    ///< outside the domain: ln(-1), 1/0, 0/0
+  kNoSeries,     ///< a value, but no Taylor series: a root or power of 0; never from Apply
+  kOutOfRange,   ///< too large for the arithmetic, beyond about 10^(10^18)
+};
+
+/// Sets result, at its precision, to an operation on one or two numbers, rounded to nearest.
+///
+/// Angles are in radians. Roots of negative numbers (but cbrt), logarithms of numbers <= 0, powers
+/// of negative numbers to anything but an integer, and quotients by 0 are undefined; 0^0 is 1;
+/// acot(x) is atan(1/x), and pi/2 at 0. `b` is looked at by binary operations only. result may be
+/// an operand. Not for leaves.
+Outcome Apply(Operation operation, mpfr_ptr result, mpfr_srcptr a, mpfr_srcptr b);
+
+}  // namespace varno::solve

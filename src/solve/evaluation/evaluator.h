@@ -1,0 +1,45 @@
+#pragma once
+
+#include <span>
+#include <vector>
+
+#include "solve/model/graph.h"
+#include "solve/number/real.h"
+
+namespace varno::solve {
+
+/// Computes the values of expressions by MPFR, operation by operation.
+///
+/// This is the plain way: it serves constants, columns and checks. The integration has its own
+/// (series/). Graphs with kParameter leaves are not for it: bind the parameters first.
+class Evaluator {
+ public:
+  /// For these nodes. What is needed of the graph is copied.
+  Evaluator(const Graph& graph, std::vector<NodeId> roots, mpfr_prec_t bits);
+
+  /// Computes all roots. `time` and `states` have any precision. Throws DomainError.
+  void Evaluate(mpfr_srcptr time, std::span<const Real> states);
+  /// Value of root number i after Evaluate.
+  const Real& operator[](std::size_t i) const { return values[rootPlaces[i]]; }
+  std::size_t Size() const { return rootPlaces.size(); }
+
+ private:
+  struct Step {
+    Operation operation;
+    NodeId node;
+    std::uint32_t a, b;    // places of the operands in `values`
+    std::uint32_t index;   // of a state
+  };
+
+  void Compute(std::size_t place, mpfr_srcptr time, std::span<const Real> states);
+
+  std::vector<Step> steps;
+  std::vector<Real> values;
+  std::vector<std::uint32_t> rootPlaces;
+};
+
+/// The value of one expression that depends neither on t nor on states, with a few bits lost to
+/// rounding at most where nothing cancels. Throws DomainError.
+Real EvaluateConstant(const Graph& graph, NodeId node, mpfr_prec_t bits);
+
+}  // namespace varno::solve

@@ -1,0 +1,143 @@
+#include "solve/integration/run.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "solve/evaluation/domain_error.h"
+
+namespace varno::solve {
+
+namespace {
+
+double Log2Size(const Moment& moment)
+{
+  Real value(53);
+  moment.Evaluate(value);
+  if (value.IsZero()) return -INFINITY;
+  long exponent = 0;
+  const double mantissa = mpfr_get_d_2exp(&exponent, value, MPFR_RNDN);
+  return std::log2(std::abs(mantissa)) + static_cast<double>(exponent);
+}
+
+/// When time needs more precision, some more is taken at once, so that this is rare.
+constexpr mpfr_prec_t kSpareTimeBits = 64;
+
+bool HasTimeLine(const Tape& tape)
+{
+  return std::ranges::any_of(tape.lines, [](const Line& line) { return line.kind == LineKind::kTime; });
+}
+
+Moment ToMoment(const StepLength& length)
+{
+  Rational value = length.mantissa;
+  if (length.exponent >= 0) {
+    mpq_mul_2exp(value.get_mpq_t(), value.get_mpq_t(), static_cast<mp_bitcnt_t>(length.exponent));
+  } else {
+    mpq_div_2exp(value.get_mpq_t(), value.get_mpq_t(), static_cast<mp_bitcnt_t>(-length.exponent));
+  }
+  return Moment(value);
+}
+
+}  // namespace
+
+Run::Run(const Tape& tape, const RunSettings& settings, const Moment& start, std::vector<Real> initial,
+         const Moment& reach)
+    : tape(tape), settings(settings), control(tape, settings), bits(settings.bits), start(start),
+      begin(start), end(start), reach(reach), backwards(reach < start), usesTime(HasTimeLine(tape)),
+      states(std::move(initial))
+{
+  RequireBits(settings.bits + (usesTime ? BitsForTime(Log2Size(reach - start)) : 0));
+}
+
+/// How many bits the time takes more than a step of this length.
+mpfr_prec_t Run::BitsForTime(double stepLog2) const
+{
+  const double time = std::max(Log2Size(end), Log2Size(reach));
+  if (!std::isfinite(time) || !std::isfinite(stepLog2)) return 0;
+  return static_cast<mpfr_prec_t>(std::ceil(std::max(0.0, time - stepLog2)));
+}
+
+/// Computes with at least this precision from now on.
+void Run::RequireBits(mpfr_prec_t wanted)
+{
+  if (series != nullptr && wanted <= bits) return;
+  bits = std::max(bits, wanted);
+  series = MakeSeries(tape, bits, settings.order);
+  for (Real& state : states) {
+    Real wider(bits);
+    mpfr_set(wider, state, MPFR_RNDN);
+    state = std::move(wider);
+  }
+}
+
+/// The series about `end`, and what it allows.
+StepBound Run::PrepareSeries()
+{
+  Real time(bits);
+  end.Evaluate(time);
+  scaleExponent = nextScaleExponent;
+  series->Begin(time, states, backwards, scaleExponent);
+  StepBound bound = control.Choose(*series);
+  bound.log2 += static_cast<double>(scaleExponent);
+  return bound;
+}
+
+StepLength Run::ChooseLength(const StepBound& bound) const
+{
+  // Where nothing bounds the step it may go well beyond the end, but not for ever: a power of 2, so
+  // that it does not depend on where exactly the rows end.
+  const double remaining = Log2Size(reach - end);
+  const double longest = std::isfinite(remaining) ? std::ceil(remaining) + 1 : 0;
+  return StepLength::AtMost(std::min(bound.log2, longest));
+}
+
+/// Ends the run where the step is nothing beside the way behind it.
+void Run::RequireProgress(const StepBound& bound) const
+{
+  const double way = Log2Size(end - start);
+  if (bound.log2 > way - static_cast<double>(settings.bits)) return;
+  throw Singularity{end, bound.line == kNone ? 0 : tape.lines[bound.line].node};
+}
+
+std::vector<Real> Run::SumStates(mpfr_srcptr offset) const
+{
+  std::vector<Real> sums(states.size(), Real(bits));
+  for (std::size_t i = 0; i < sums.size(); ++i) series->Sum(static_cast<LineId>(i), offset, sums[i]);
+  return sums;
+}
+
+void Run::Step()
+{
+  StepBound bound = PrepareSeries();
+  if (usesTime) {
+    const mpfr_prec_t needed = settings.bits + BitsForTime(bound.log2);
+    if (needed > bits) {
+      RequireBits(needed + kSpareTimeBits);
+      bound = PrepareSeries();
+    }
+  }
+  RequireProgress(bound);
+  const StepLength length = ChooseLength(bound);
+
+  Real offset(64);
+  length.InUnits(scaleExponent, offset);
+  states = SumStates(offset);
+  begin = end;
+  const Moment advance = ToMoment(length);
+  end = backwards ? end - advance : end + advance;
+  nextScaleExponent = static_cast<long>(std::floor(length.Log2()));
+  order = series->Order();
+  ++steps;
+}
+
+std::vector<Real> Run::StatesAt(const Moment& time) const
+{
+  if (time == end) return states;
+  Real offset(bits);
+  (backwards ? begin - time : time - begin).Evaluate(offset);
+  mpfr_mul_2si(offset, offset, -scaleExponent, MPFR_RNDN);
+  return SumStates(offset);
+}
+
+}  // namespace varno::solve

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "solve/integration/run_settings.h"
+#include "solve/integration/step_control.h"
+#include "solve/integration/step_length.h"
+#include "solve/number/moment.h"
+#include "solve/series/series.h"
+#include "solve/tape/tape.h"
+
+namespace varno::solve {
+
+/// The end of a run in one point: the steps shrink to nothing there.
+struct Singularity {
+  Moment time;  ///< as near as the steps came
+  NodeId node;  ///< the expression that made the steps short, in the tape's graph
+};
+
+/// One integration of a tape from one point in one direction, step by step.
+///
+/// A run knows nothing of rows: it goes its own steps, and the series of the latest step gives the
+/// states anywhere within it. Times are exact.
+class Run {
+ public:
+  /// Begins at `start` with these states. The tape must outlive the run. `reach` is how far the
+  /// run will be asked to go at most; it bounds a step that nothing else bounds. Throws
+  /// DomainError where a constant has no value.
+  Run(const Tape& tape, const RunSettings& settings, const Moment& start, std::vector<Real> states, const Moment& reach);
+
+  /// Makes one step. Throws DomainError or Singularity; End() and the states there stay then.
+  void Step();
+
+  /// The latest step is from Begin() to End(), both at the start before the first one.
+  const Moment& Begin() const { return begin; }
+  const Moment& End() const { return end; }
+  /// Whether a time lies beyond the latest step, in the direction of the run.
+  bool IsBehind(const Moment& time) const { return backwards ? time < end : time > end; }
+  /// The states at a time within the latest step, or at its end.
+  std::vector<Real> StatesAt(const Moment& time) const;
+
+  std::int64_t Steps() const { return steps; }
+  int Order() const { return order; }
+  mpfr_prec_t Bits() const { return bits; }
+
+ private:
+  StepBound PrepareSeries();
+  void RequireBits(mpfr_prec_t wanted);
+  mpfr_prec_t BitsForTime(double stepLog2) const;
+  StepLength ChooseLength(const StepBound& bound) const;
+  void RequireProgress(const StepBound& bound) const;
+  std::vector<Real> SumStates(mpfr_srcptr offset) const;
+
+  const Tape& tape;
+  RunSettings settings;
+  StepControl control;
+  mpfr_prec_t bits;
+  std::unique_ptr<Series> series;
+  Moment start, begin, end, reach;
+  bool backwards;
+  bool usesTime;
+  std::vector<Real> states;  // at `end`
+  long scaleExponent = 0;      // of the series in use
+  long nextScaleExponent = 0;
+  std::int64_t steps = 0;
+  int order = 0;
+};
+
+}  // namespace varno::solve

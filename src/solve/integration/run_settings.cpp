@@ -1,0 +1,26 @@
+#include "solve/integration/run_settings.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace varno::solve {
+
+namespace {
+
+constexpr double kLeastDecimals = 12;
+constexpr int kLeastOrder = 12;
+
+}  // namespace
+
+RunSettings SettingsFor(double decimals)
+{
+  const double logTolerance = -std::max(decimals, kLeastDecimals) * std::numbers::ln10;
+  const int order = std::max(kLeastOrder, static_cast<int>(std::ceil(1 - logTolerance / 2)));
+  const double toleranceBits = -logTolerance / std::numbers::ln2;
+  // The recurrences of quotients, roots and logarithms lose some bits with the order.
+  const double guardBits = 30 + 0.15 * order;
+  return {toleranceBits, order, static_cast<mpfr_prec_t>(std::ceil(toleranceBits + guardBits))};
+}
+
+}  // namespace varno::solve

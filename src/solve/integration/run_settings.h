@@ -1,0 +1,21 @@
+#pragma once
+
+#include <mpfr.h>
+
+namespace varno::solve {
+
+/// How exactly one run computes.
+struct RunSettings {
+  double toleranceBits;  ///< -log2 of the relative error that a step may make in a line
+  int order;             ///< of the series, usually
+  mpfr_prec_t bits;      ///< of the arithmetic
+};
+
+/// The settings of a run with a relative error of about 10^-decimals in each step.
+///
+/// Order 1 - ln(tol)/2 needs the least work for a tolerance when a term costs the sum of those before it (Jorba
+/// and Zou, A software package for the numerical integration of ODEs by means of high-order Taylor
+/// methods, Experimental Mathematics 14, 2005). Below 10^-12 and order 12 nothing is saved.
+RunSettings SettingsFor(double decimals);
+
+}  // namespace varno::solve

@@ -1,0 +1,150 @@
+#include "solve/integration/step_control.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "solve/integration/line_sizes.h"
+
+namespace varno::solve {
+
+namespace {
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+/// The radius of convergence is taken from this many terms that are not zero.
+constexpr int kTermsForRadius = 5;
+/// How far the order may grow beyond the usual one for lines whose terms vanish.
+constexpr int kMostOrderFactor = 6;
+/// The terms of a divisor or radicand behind the first may make up this part of it: no root then.
+constexpr double kMostOfFirstTerm = 0.9;
+/// A step that a domain bounds is tried shorter by this factor (log2).
+constexpr double kShorterLog2 = -0.25;
+/// Trials of a shorter step: beyond it the step is as good as gone.
+constexpr int kMostTrials = 200;
+
+/// Lines that must stay away from 0 within a step.
+std::vector<LineId> DomainLines(const Tape& tape)
+{
+  std::vector<LineId> found;
+  for (const Line& line : tape.lines) {
+    switch (line.kind) {
+      case LineKind::kQuotient:
+      case LineKind::kIntegralOfQuotient: found.push_back(line.b); break;
+      case LineKind::kSquareRoot:
+      case LineKind::kPower: found.push_back(line.a); break;
+      case LineKind::kAngle: found.push_back(line.c); break;
+      default: break;
+    }
+  }
+  std::ranges::sort(found);
+  found.erase(std::unique(found.begin(), found.end()), found.end());
+  return found;
+}
+
+/// Whether the terms of a line end by its structure before the usual order.
+bool IsShortPolynomial(const Line& line, int order) { return line.degree >= 0 && line.degree < order; }
+
+}  // namespace
+
+StepControl::StepControl(const Tape& tape, const RunSettings& settings)
+    : tape(tape), settings(settings), domainLines(DomainLines(tape)), settledLines(tape.lines.size(), false)
+{
+}
+
+/// Whether a line shows too few terms to tell how far its series reaches.
+bool StepControl::NeedsMoreTerms(const Series& series, LineId id)
+{
+  if (IsShortPolynomial(tape.lines[id], series.Order() + 1)) return false;
+  int found = 0;
+  for (int k = series.Order(); k > 0 && found < kTermsForRadius; --k) {
+    if (series.Log2(id, k) > -kInfinity) ++found;
+  }
+  if (found >= kTermsForRadius) {
+    settledLines[id] = false;
+    return false;
+  }
+  return !settledLines[id];
+}
+
+/// Raises the order until every line shows enough terms, or to the highest. A line that shows none
+/// even there is taken for what it seems in the steps that follow, until it moves.
+void StepControl::ExtendFlatLines(Series& series)
+{
+  const int most = kMostOrderFactor * settings.order;
+  for (LineId id = 0; id < tape.lines.size(); ++id) {
+    while (NeedsMoreTerms(series, id)) {
+      if (series.Order() >= most) {
+        settledLines[id] = true;
+        break;
+      }
+      series.ExtendTo(std::min(most, series.Order() + std::max(4, settings.order / 4)));
+    }
+  }
+}
+
+/// log2 of the longest step for which the terms of a line fall as they should: the least over its last
+/// orders k of  max over j < k of (tol |c_j| / |c_k|)^(1/(k-j)) * tol^(1/p - 1/k).
+double StepControl::AccuracyBound(const Series& series, LineId id, double size) const
+{
+  const int order = series.Order();
+  const double tolerance = -settings.toleranceBits;
+  const double usual = 1.0 / settings.order;
+  // What rounding leaves of the line is no smaller than this, whatever its first term is.
+  const double rounding = size - static_cast<double>(settings.bits);
+  const double first = std::max(series.Log2(id, 0), rounding);
+
+  double bound = kInfinity;
+  int found = 0;
+  for (int k = order; k > 0 && found < kTermsForRadius; --k) {
+    const double term = series.Log2(id, k);
+    if (term == -kInfinity) continue;
+    ++found;
+    double longest = first == -kInfinity ? -kInfinity : (tolerance + first - term) / k;
+    for (int j = 1; j < k; ++j) {
+      longest = std::max(longest, (tolerance + series.Log2(id, j) - term) / (k - j));
+    }
+    // The first term of all that is not zero says nothing by itself.
+    if (longest == -kInfinity) continue;
+    bound = std::min(bound, longest + tolerance * (usual - 1.0 / k));
+  }
+  return bound;
+}
+
+/// The longest step not above 2^log2 in which the terms k > 0 of a line cannot outweigh term 0.
+double StepControl::DomainBound(const Series& series, LineId id, double log2) const
+{
+  const double first = series.Log2(id, 0);
+  if (log2 == kInfinity) {
+    // Nothing bounds the step yet: begin where the largest term equals the first one.
+    for (int k = 1; k <= series.Order(); ++k) log2 = std::min(log2, (first - series.Log2(id, k)) / k);
+    if (log2 == kInfinity) return log2;
+  }
+  for (int trial = 0; trial < kMostTrials; ++trial) {
+    double others = 0;
+    for (int k = 1; k <= series.Order(); ++k) others += std::exp2(series.Log2(id, k) + k * log2 - first);
+    if (others < kMostOfFirstTerm) return log2;
+    log2 += kShorterLog2;
+  }
+  return -kInfinity;
+}
+
+StepBound StepControl::Choose(Series& series)
+{
+  series.ExtendTo(settings.order);
+  ExtendFlatLines(series);
+  const std::vector<double> sizes = LineSizes(tape, series);
+
+  StepBound bound{kInfinity, kNone};
+  const auto lower = [&](double log2, LineId id) {
+    // NaN, from terms that are no numbers, counts as no step at all.
+    if (!(log2 >= bound.log2)) bound = {std::isnan(log2) ? -kInfinity : log2, id};
+  };
+  for (LineId id = 0; id < tape.lines.size(); ++id) {
+    if (IsShortPolynomial(tape.lines[id], series.Order() + 1)) continue;
+    lower(AccuracyBound(series, id, sizes[id]), id);
+  }
+  for (const LineId id : domainLines) lower(DomainBound(series, id, bound.log2), id);
+  return bound;
+}
+
+}  // namespace varno::solve

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <vector>
+
+#include "solve/integration/run_settings.h"
+#include "solve/series/series.h"
+#include "solve/tape/tape.h"
+
+namespace varno::solve {
+
+/// What a step may be at most, and what set the bound.
+struct StepBound {
+  double log2;  ///< log2 of the length in units of the series' scale; +infinity: no bound
+  LineId line;  ///< the line that set it, kNone when none did
+};
+
+/// Chooses the order and the length of each step of one run.
+///
+/// Every line of the tape counts, not the states alone: a function that is about to move while all
+/// states rest would be stepped over otherwise. The radius of convergence is estimated from the last orders of each
+/// line (Jorba and Zou 2005), as many as it takes to see five terms that are not zero, so that
+/// series with gaps are not mistaken for short ones.
+class StepControl {
+ public:
+  StepControl(const Tape& tape, const RunSettings& settings);
+
+  /// Extends the series, begun, to the order that the step needs, and bounds the step.
+  StepBound Choose(Series& series);
+
+ private:
+  void ExtendFlatLines(Series& series);
+  bool NeedsMoreTerms(const Series& series, LineId id);
+  double AccuracyBound(const Series& series, LineId id, double size) const;
+  double DomainBound(const Series& series, LineId id, double log2) const;
+
+  const Tape& tape;
+  RunSettings settings;
+  std::vector<LineId> domainLines;      // divisors, radicands, bases: must not have a root in the step
+  std::vector<bool> settledLines;       // too few terms even at the highest order, in the step before
+};
+
+}  // namespace varno::solve

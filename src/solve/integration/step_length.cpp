@@ -1,0 +1,30 @@
+#include "solve/integration/step_length.h"
+
+#include <cmath>
+
+namespace varno::solve {
+
+namespace {
+
+constexpr int kMantissaBits = 12;
+
+}  // namespace
+
+StepLength StepLength::AtMost(double log2)
+{
+  const double whole = std::floor(log2);
+  const double mantissa = std::floor(std::ldexp(std::exp2(log2 - whole), kMantissaBits - 1));
+  return {static_cast<long>(mantissa), static_cast<long>(whole) - (kMantissaBits - 1)};
+}
+
+double StepLength::Log2() const
+{
+  return std::log2(static_cast<double>(mantissa)) + static_cast<double>(exponent);
+}
+
+void StepLength::InUnits(long unitExponent, mpfr_ptr result) const
+{
+  mpfr_set_si_2exp(result, mantissa, exponent - unitExponent, MPFR_RNDN);
+}
+
+}  // namespace varno::solve

@@ -1,0 +1,99 @@
+#include "solve/number/moment.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace varno::solve {
+
+namespace {
+
+/// How many bits may cancel between the parts of a moment before it counts as 0.
+constexpr mpfr_prec_t kMostCancelledBits = 20'000;
+
+}  // namespace
+
+Moment::Moment(std::shared_ptr<const Constant> constant)
+{
+  multiples.push_back({1, std::move(constant)});
+}
+
+void Moment::Add(const Rational& factor, const std::shared_ptr<const Constant>& constant)
+{
+  const auto same = std::ranges::find(multiples, constant, &Multiple::constant);
+  if (same == multiples.end()) {
+    multiples.push_back({factor, constant});
+    return;
+  }
+  same->factor += factor;
+  if (sgn(same->factor) == 0) multiples.erase(same);
+}
+
+Moment& Moment::operator+=(const Moment& other)
+{
+  rational += other.rational;
+  for (const Multiple& multiple : other.multiples) Add(multiple.factor, multiple.constant);
+  return *this;
+}
+
+Moment& Moment::operator-=(const Moment& other)
+{
+  rational -= other.rational;
+  for (const Multiple& multiple : other.multiples) Add(-multiple.factor, multiple.constant);
+  return *this;
+}
+
+Moment& Moment::operator*=(const Rational& factor)
+{
+  rational *= factor;
+  if (sgn(factor) == 0) multiples.clear();
+  for (Multiple& multiple : multiples) multiple.factor *= factor;
+  return *this;
+}
+
+void Moment::Evaluate(mpfr_ptr result) const
+{
+  if (IsRational()) {
+    mpfr_set_q(result, rational.get_mpq_t(), MPFR_RNDN);
+    return;
+  }
+  const mpfr_prec_t wanted = mpfr_get_prec(result);
+  for (mpfr_prec_t cancelled = 32;; cancelled *= 2) {
+    // The parts are right to about 2^-(wanted + cancelled - 8) of the largest, far better than
+    // needed unless the sum is smaller than the largest part by more than 2^-(cancelled - 16).
+    const mpfr_prec_t bits = wanted + cancelled;
+    Real sum(bits), part(bits);
+    mpfr_set_q(sum, rational.get_mpq_t(), MPFR_RNDN);
+    mpfr_exp_t largest = sum.IsZero() ? mpfr_get_emin() : mpfr_get_exp(sum);
+    for (const Multiple& multiple : multiples) {
+      (*multiple.constant)(part);
+      mpfr_mul_q(part, part, multiple.factor.get_mpq_t(), MPFR_RNDN);
+      if (!part.IsZero()) largest = std::max(largest, mpfr_get_exp(part));
+      mpfr_add(sum, sum, part, MPFR_RNDN);
+    }
+    if (!sum.IsZero() && mpfr_get_exp(sum) > largest - (cancelled - 16)) {
+      mpfr_set(result, sum, MPFR_RNDN);
+      return;
+    }
+    if (cancelled > kMostCancelledBits) {
+      mpfr_set_zero(result, 1);
+      return;
+    }
+  }
+}
+
+double Moment::ToDouble() const
+{
+  Real value(53);
+  Evaluate(value);
+  return value.ToDouble();
+}
+
+int Moment::Sign() const
+{
+  if (IsRational()) return sgn(rational);
+  Real value(32);
+  Evaluate(value);
+  return mpfr_sgn(static_cast<mpfr_srcptr>(value));
+}
+
+}  // namespace varno::solve

@@ -1,0 +1,346 @@
+#include "solve/series/mpfr_series.h"
+
+#include <cmath>
+#include <limits>
+
+#include "solve/evaluation/domain_error.h"
+#include "solve/evaluation/elementary.h"
+#include "solve/evaluation/evaluator.h"
+
+namespace varno::solve {
+
+namespace {
+
+constexpr mpfr_rnd_t kNearest = MPFR_RNDN;
+/// Constants are computed with this many bits more, against what cancels inside them.
+constexpr mpfr_prec_t kConstantGuardBits = 64;
+
+double Log2Of(mpfr_srcptr x)
+{
+  if (mpfr_zero_p(x) != 0) return -std::numeric_limits<double>::infinity();
+  if (mpfr_number_p(x) == 0) return std::numeric_limits<double>::infinity();
+  long exponent = 0;
+  const double mantissa = mpfr_get_d_2exp(&exponent, x, MPFR_RNDZ);
+  return static_cast<double>(exponent) + std::log2(std::abs(mantissa));
+}
+
+/// The lines of which recurrences need j times term j.
+std::vector<bool> NeedDerivatives(const Tape& tape)
+{
+  std::vector<bool> needed(tape.lines.size(), false);
+  for (LineId id = 0; id < tape.lines.size(); ++id) {
+    const Line& line = tape.lines[id];
+    switch (line.kind) {
+      case LineKind::kPower:
+      case LineKind::kIntegralOfProduct: needed[line.a] = true; break;
+      case LineKind::kIntegralOfQuotient: needed[id] = true; break;
+      case LineKind::kAngle: needed[id] = needed[line.a] = needed[line.b] = true; break;
+      default: break;
+    }
+  }
+  return needed;
+}
+
+}  // namespace
+
+MpfrSeries::MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder)
+    : tape(tape), bits(bits), terms(tape.lines.size(), usualOrder + 2, bits),
+      derivativeRows(tape.lines.size(), kNone), derivatives(0, usualOrder + 2, bits), scale(2),
+      zero(2), product(bits), sum(bits), weighted(bits)
+{
+  AssignDerivatives();
+  ComputeConstants(bits);
+}
+
+void MpfrSeries::AssignDerivatives()
+{
+  const std::vector<bool> needed = NeedDerivatives(tape);
+  std::uint32_t count = 0;
+  for (LineId id = 0; id < needed.size(); ++id) {
+    if (needed[id]) derivativeRows[id] = count++;
+  }
+  derivatives = TermStore(count, terms.TermCount(), bits);
+}
+
+void MpfrSeries::ComputeConstants(mpfr_prec_t precision)
+{
+  Evaluator evaluator(tape.graph, tape.constants, precision + kConstantGuardBits);
+  evaluator.Evaluate(zero, {});
+  for (std::size_t i = 0; i < tape.constants.size(); ++i) {
+    constants.emplace_back(precision);
+    mpfr_set(constants.back(), evaluator[i], kNearest);
+  }
+  powerExponentsPlusOne.assign(constants.size(), Real(precision));
+  for (const Line& line : tape.lines) {
+    if (line.kind != LineKind::kPower || line.constant == kNone) continue;
+    mpfr_add_ui(powerExponentsPlusOne[line.constant], constants[line.constant], 1, kNearest);
+  }
+}
+
+mpfr_srcptr MpfrSeries::Constant(ConstantId constant) const
+{
+  return constant == kNone ? zero : constants[constant];
+}
+
+// ---------------------------------------------------------------------------------------------
+// Term 0
+
+void MpfrSeries::Begin(mpfr_srcptr time, std::span<const Real> states, bool backwards, long scaleExponent)
+{
+  mpfr_set_si_2exp(scale, backwards ? -1 : 1, scaleExponent, kNearest);
+  for (LineId id = 0; id < tape.lines.size(); ++id) {
+    const Line& line = tape.lines[id];
+    mpfr_ptr s = Terms(id);
+    Start(line, s, time, states);
+    Check(line, s);
+  }
+  order = 0;
+}
+
+void MpfrSeries::Start(const Line& line, mpfr_ptr s, mpfr_srcptr time, std::span<const Real> states)
+{
+  switch (line.kind) {
+    case LineKind::kConstant: mpfr_set(s, Constant(line.constant), kNearest); return;
+    case LineKind::kTime: mpfr_set(s, time, kNearest); return;
+    case LineKind::kState: mpfr_set(s, states[line.index], kNearest); return;
+    case LineKind::kCombination:
+      Combination(line, s, 0);
+      mpfr_add(s, s, Constant(line.constant), kNearest);
+      return;
+    case LineKind::kProduct: mpfr_mul(s, Terms(line.a), Terms(line.b), kNearest); return;
+    case LineKind::kSquare: mpfr_sqr(s, Terms(line.a), kNearest); return;
+    case LineKind::kQuotient: StartQuotient(line, s); return;
+    case LineKind::kSquareRoot:
+    case LineKind::kPower: StartRoot(line, s); return;
+    case LineKind::kIntegralOfProduct:
+    case LineKind::kIntegralOfQuotient:
+    case LineKind::kAngle: StartFunction(line, s); return;
+  }
+}
+
+void MpfrSeries::StartQuotient(const Line& line, mpfr_ptr s)
+{
+  mpfr_srcptr b = Terms(line.b);
+  if (mpfr_zero_p(b) != 0) throw DomainError{Outcome::kUndefined, line.node, Real(bits)};
+  mpfr_div(s, Terms(line.a), b, kNearest);
+}
+
+/// Roots and powers have no Taylor series about 0.
+void MpfrSeries::StartRoot(const Line& line, mpfr_ptr s)
+{
+  mpfr_srcptr a = Terms(line.a);
+  const Operation function = line.kind == LineKind::kSquareRoot ? Operation::kSqrt : line.function;
+  const Outcome outcome = mpfr_zero_p(a) != 0 ? Outcome::kNoSeries : Apply(function, s, a, Constant(line.constant));
+  if (outcome == Outcome::kValue) return;
+  Real argument(bits);
+  mpfr_set(argument, a, kNearest);
+  throw DomainError{outcome, line.node, argument};
+}
+
+void MpfrSeries::StartFunction(const Line& line, mpfr_ptr s)
+{
+  mpfr_srcptr a = Terms(line.a);
+  const bool isAngle = line.kind == LineKind::kAngle;
+  const Outcome outcome = Apply(isAngle ? Operation::kAtan2 : line.function, s, a, isAngle ? Terms(line.b) : a);
+  if (outcome == Outcome::kValue) return;
+  Real argument(bits);
+  mpfr_set(argument, a, kNearest);
+  throw DomainError{outcome, line.node, argument};
+}
+
+void MpfrSeries::Check(const Line& line, mpfr_srcptr s) const
+{
+  if (mpfr_number_p(s) == 0) throw DomainError{Outcome::kOutOfRange, line.node, Real(bits)};
+}
+
+// ---------------------------------------------------------------------------------------------
+// Term k > 0
+
+void MpfrSeries::ExtendTo(int wanted)
+{
+  terms.Grow(wanted + 1);
+  derivatives.Grow(wanted + 1);
+  for (int k = order + 1; k <= wanted; ++k) {
+    AdvanceStates(k);
+    for (LineId id = 0; id < tape.lines.size(); ++id) {
+      const Line& line = tape.lines[id];
+      mpfr_ptr s = Terms(id);
+      switch (line.kind) {
+        case LineKind::kIntegralOfQuotient: IntegralOfQuotient(line, id, s, k); break;
+        case LineKind::kAngle: Angle(line, id, s, k); break;
+        default: ComputeTerm(line, s, k); break;
+      }
+      if (derivativeRows[id] != kNone) mpfr_mul_si(DerivativeTerms(id) + k, s + k, k, kNearest);
+    }
+    order = k;
+  }
+}
+
+/// x' = f: term k of x is scale / k times term k-1 of f.
+void MpfrSeries::AdvanceStates(int k)
+{
+  for (std::size_t i = 0; i < tape.rightHandSides.size(); ++i) {
+    mpfr_ptr x = Terms(static_cast<LineId>(i)) + k;
+    mpfr_mul(x, Terms(tape.rightHandSides[i]) + (k - 1), scale, kNearest);
+    mpfr_div_si(x, x, k, kNearest);
+  }
+}
+
+void MpfrSeries::ComputeTerm(const Line& line, mpfr_ptr s, int k)
+{
+  switch (line.kind) {
+    case LineKind::kConstant: mpfr_set_zero(s + k, 1); return;
+    case LineKind::kTime:
+      if (k == 1) {
+        mpfr_set(s + k, scale, kNearest);
+      } else {
+        mpfr_set_zero(s + k, 1);
+      }
+      return;
+    case LineKind::kState: return;  // AdvanceStates
+    case LineKind::kCombination: Combination(line, s + k, k); return;
+    case LineKind::kProduct: Convolve(Terms(line.a), Terms(line.b), 0, k, k, s + k); return;
+    case LineKind::kSquare: Square(Terms(line.a), s, k); return;
+    case LineKind::kQuotient: Quotient(line, s, k); return;
+    case LineKind::kSquareRoot: SquareRoot(line, s, k); return;
+    case LineKind::kPower: Power(line, s, k); return;
+    case LineKind::kIntegralOfProduct: IntegralOfProduct(line, s, k); return;
+    case LineKind::kIntegralOfQuotient:
+    case LineKind::kAngle: return;  // need their own number: ExtendTo
+  }
+}
+
+void MpfrSeries::Convolve(mpfr_srcptr a, mpfr_srcptr b, int first, int last, int k, mpfr_ptr result)
+{
+  mpfr_set_zero(result, 1);
+  for (int j = first; j <= last; ++j) {
+    if (mpfr_zero_p(a + j) != 0 || mpfr_zero_p(b + (k - j)) != 0) continue;
+    mpfr_mul(product, a + j, b + (k - j), kNearest);
+    mpfr_add(result, result, product, kNearest);
+  }
+}
+
+void MpfrSeries::AddScaled(const Factor& factor, mpfr_ptr result, int k)
+{
+  mpfr_srcptr a = Terms(factor.line) + k;
+  if (mpfr_zero_p(a) != 0) return;
+  switch (factor.whole) {
+    case 1: mpfr_add(result, result, a, kNearest); return;
+    case -1: mpfr_sub(result, result, a, kNearest); return;
+    case 0: mpfr_mul(product, a, constants[factor.constant], kNearest); break;
+    default: mpfr_mul_si(product, a, factor.whole, kNearest); break;
+  }
+  mpfr_add(result, result, product, kNearest);
+}
+
+/// s[k] = sum of factor * a[k]; the constant belongs to term 0 only.
+void MpfrSeries::Combination(const Line& line, mpfr_ptr s, int k)
+{
+  mpfr_set_zero(s, 1);
+  for (std::uint32_t i = 0; i < line.factorCount; ++i) AddScaled(tape.factors[line.firstFactor + i], s, k);
+}
+
+/// s[k] = 2 (sum over j < k/2 of a[j] a[k-j]) + a[k/2]^2, the last for even k
+void MpfrSeries::Square(mpfr_srcptr a, mpfr_ptr s, int k)
+{
+  Convolve(a, a, 0, (k - 1) / 2, k, s + k);
+  mpfr_mul_2ui(s + k, s + k, 1, kNearest);
+  if (k % 2 != 0) return;
+  mpfr_sqr(product, a + k / 2, kNearest);
+  mpfr_add(s + k, s + k, product, kNearest);
+}
+
+/// s b = a: s[k] = (a[k] - sum over j = 1..k of b[j] s[k-j]) / b[0]
+void MpfrSeries::Quotient(const Line& line, mpfr_ptr s, int k)
+{
+  mpfr_srcptr a = Terms(line.a), b = Terms(line.b);
+  Convolve(b, s, 1, k, k, sum);
+  mpfr_sub(sum, a + k, sum, kNearest);
+  mpfr_div(s + k, sum, b, kNearest);
+}
+
+/// s^2 = a: s[k] = (a[k] - sum over j = 1..k-1 of s[j] s[k-j]) / (2 s[0]), the sum by halves
+void MpfrSeries::SquareRoot(const Line& line, mpfr_ptr s, int k)
+{
+  Convolve(s, s, 1, (k - 1) / 2, k, sum);
+  mpfr_mul_2ui(sum, sum, 1, kNearest);
+  if (k % 2 == 0) {
+    mpfr_sqr(product, s + k / 2, kNearest);
+    mpfr_add(sum, sum, product, kNearest);
+  }
+  mpfr_sub(sum, Terms(line.a) + k, sum, kNearest);
+  mpfr_div_2ui(sum, sum, 1, kNearest);
+  mpfr_div(s + k, sum, s, kNearest);
+}
+
+/// a s' = e s a': k a[0] s[k] = sum over j = 1..k of ((e + 1) j - k) a[j] s[k-j]
+void MpfrSeries::Power(const Line& line, mpfr_ptr s, int k)
+{
+  mpfr_srcptr a = Terms(line.a);
+  Convolve(DerivativeTerms(line.a), s, 1, k, k, weighted);
+  Convolve(a, s, 1, k, k, sum);
+  if (line.constant != kNone) mpfr_mul(weighted, weighted, powerExponentsPlusOne[line.constant], kNearest);
+  mpfr_div_si(weighted, weighted, k, kNearest);
+  mpfr_sub(sum, weighted, sum, kNearest);
+  mpfr_div(s + k, sum, a, kNearest);
+}
+
+/// s' = +-b a': k s[k] = +-(sum over j = 1..k of j a[j] b[k-j])
+void MpfrSeries::IntegralOfProduct(const Line& line, mpfr_ptr s, int k)
+{
+  Convolve(DerivativeTerms(line.a), Terms(line.b), 1, k, k, sum);
+  mpfr_div_si(s + k, sum, line.negative ? -k : k, kNearest);
+}
+
+/// b s' = +-a': k b[0] s[k] = +-k a[k] - sum over j = 1..k-1 of j s[j] b[k-j]
+void MpfrSeries::IntegralOfQuotient(const Line& line, LineId id, mpfr_ptr s, int k)
+{
+  mpfr_srcptr b = Terms(line.b);
+  Convolve(DerivativeTerms(id), b, 1, k - 1, k, sum);
+  mpfr_mul_si(product, Terms(line.a) + k, line.negative ? -k : k, kNearest);
+  mpfr_sub(sum, product, sum, kNearest);
+  mpfr_div(sum, sum, b, kNearest);
+  mpfr_div_si(s + k, sum, k, kNearest);
+}
+
+/// c s' = b a' - a b' with c = a^2 + b^2: k c[0] s[k] =
+/// sum over j = 1..k of (j a[j] b[k-j] - j b[j] a[k-j]) - sum over j = 1..k-1 of j s[j] c[k-j]
+void MpfrSeries::Angle(const Line& line, LineId id, mpfr_ptr s, int k)
+{
+  mpfr_srcptr c = Terms(line.c);
+  Convolve(DerivativeTerms(line.a), Terms(line.b), 1, k, k, sum);
+  Convolve(DerivativeTerms(line.b), Terms(line.a), 1, k, k, weighted);
+  mpfr_sub(sum, sum, weighted, kNearest);
+  Convolve(DerivativeTerms(id), c, 1, k - 1, k, weighted);
+  mpfr_sub(sum, sum, weighted, kNearest);
+  mpfr_div(sum, sum, c, kNearest);
+  mpfr_div_si(s + k, sum, k, kNearest);
+}
+
+// ---------------------------------------------------------------------------------------------
+// What others ask
+
+double MpfrSeries::Log2(LineId line, int k) const { return Log2Of(Terms(line) + k); }
+
+double MpfrSeries::Log2Constant(ConstantId constant) const { return Log2Of(Constant(constant)); }
+
+void MpfrSeries::Term(LineId line, int k, mpfr_ptr result) const { mpfr_set(result, Terms(line) + k, kNearest); }
+
+void MpfrSeries::Sum(LineId line, mpfr_srcptr offset, mpfr_ptr result) const
+{
+  // Horner's scheme, from the highest term down
+  mpfr_srcptr a = Terms(line);
+  Real value(bits);
+  for (int k = order; k >= 0; --k) {
+    mpfr_mul(value, value, offset, kNearest);
+    mpfr_add(value, value, a + k, kNearest);
+  }
+  mpfr_set(result, value, kNearest);
+}
+
+std::unique_ptr<Series> MakeSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder)
+{
+  return std::make_unique<MpfrSeries>(tape, bits, usualOrder);
+}
+
+}  // namespace varno::solve

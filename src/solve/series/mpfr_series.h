@@ -1,0 +1,68 @@
+#pragma once
+
+#include <vector>
+
+#include "solve/series/series.h"
+#include "solve/series/term_store.h"
+
+namespace varno::solve {
+
+/// The Taylor terms of a tape with one MPFR number for each term, all of the same precision.
+///
+/// The recurrences are those of docs/solve/recurrences.md, in the letters used there.
+class MpfrSeries final : public Series {
+ public:
+  MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder);
+
+  void Begin(mpfr_srcptr time, std::span<const Real> states, bool backwards, long scaleExponent) override;
+  void ExtendTo(int order) override;
+  int Order() const override { return order; }
+  double Log2(LineId line, int k) const override;
+  double Log2Constant(ConstantId constant) const override;
+  void Sum(LineId line, mpfr_srcptr offset, mpfr_ptr result) const override;
+  void Term(LineId line, int k, mpfr_ptr result) const override;
+
+ private:
+  void ComputeConstants(mpfr_prec_t bits);
+  void AssignDerivatives();
+  mpfr_srcptr Constant(ConstantId constant) const;
+
+  void Start(const Line& line, mpfr_ptr s, mpfr_srcptr time, std::span<const Real> states);
+  void StartQuotient(const Line& line, mpfr_ptr s);
+  void StartRoot(const Line& line, mpfr_ptr s);
+  void StartFunction(const Line& line, mpfr_ptr s);
+  void Check(const Line& line, mpfr_srcptr s) const;
+
+  void ComputeTerm(const Line& line, mpfr_ptr s, int k);
+  void Combination(const Line& line, mpfr_ptr s, int k);
+  void AddScaled(const Factor& factor, mpfr_ptr sum, int k);
+  void Square(mpfr_srcptr a, mpfr_ptr s, int k);
+  void Quotient(const Line& line, mpfr_ptr s, int k);
+  void SquareRoot(const Line& line, mpfr_ptr s, int k);
+  void Power(const Line& line, mpfr_ptr s, int k);
+  void IntegralOfProduct(const Line& line, mpfr_ptr s, int k);
+  void IntegralOfQuotient(const Line& line, LineId id, mpfr_ptr s, int k);
+  void Angle(const Line& line, LineId id, mpfr_ptr s, int k);
+  void AdvanceStates(int k);
+
+  /// sum = sum over j = first..last of a[j] b[k-j]
+  void Convolve(mpfr_srcptr a, mpfr_srcptr b, int first, int last, int k, mpfr_ptr sum);
+
+  /// The terms of a line, and j times them where a recurrence needs these.
+  mpfr_ptr Terms(LineId line) { return terms.Row(line); }
+  mpfr_srcptr Terms(LineId line) const { return terms.Row(line); }
+  mpfr_ptr DerivativeTerms(LineId line) { return derivatives.Row(derivativeRows[line]); }
+
+  const Tape& tape;
+  mpfr_prec_t bits;
+  TermStore terms;
+  std::vector<std::uint32_t> derivativeRows;  // kNone where a line needs none
+  TermStore derivatives;
+  std::vector<Real> constants;
+  std::vector<Real> powerExponentsPlusOne;  // by constant; 0 where it is no exponent
+  Real scale;
+  Real zero, product, sum, weighted;
+  int order = -1;
+};
+
+}  // namespace varno::solve
