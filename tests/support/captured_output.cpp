@@ -1,4 +1,4 @@
-#include "support/captured_output.h"
+#include "tests/support/captured_output.h"
 
 #include <iostream>
 

@@ -1,4 +1,4 @@
-#include "support/number_samples.h"
+#include "tests/support/number_samples.h"
 
 namespace varno {
 

@@ -2,8 +2,8 @@
 
 #include <vector>
 
-#include "numeric/mpf.h"
-#include "support/rational.h"
+#include "arith/mpf.h"
+#include "tests/support/rational.h"
 
 namespace varno {
 

@@ -1,4 +1,4 @@
-#include "support/rational.h"
+#include "tests/support/rational.h"
 
 namespace varno {
 

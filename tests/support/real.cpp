@@ -1,4 +1,4 @@
-#include "support/real.h"
+#include "tests/support/real.h"
 
 #include <ostream>
 

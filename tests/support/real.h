@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 #include <mpfr.h>
 
-#include "support/rational.h"
+#include "tests/support/rational.h"
 
 namespace varno {
 
