@@ -14,6 +14,10 @@
 #include "varno/functions/functions.h"
 
 namespace varno {
+
+using arith::Convolve;
+using arith::Mpf;
+using arith::TermArray;
 namespace {
 
 /// 1/3, 1/5, 1/7, ... with signs that follow no rule: digits in all limbs, sums and differences.

@@ -15,6 +15,8 @@
 
 namespace varno {
 
+using arith::Mpf;
+
 namespace {
 
 /// The terms of a node from which on all are 0.

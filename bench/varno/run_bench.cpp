@@ -17,6 +17,8 @@
 #include "varno/solver/integration.h"
 
 namespace varno {
+
+using arith::Mpf;
 namespace {
 
 OperationCount CountRun(const Problem& problem)

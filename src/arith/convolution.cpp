@@ -3,7 +3,7 @@
 #include "arith/limb_accumulator.h"
 #include "arith/scratch.h"
 
-namespace varno {
+namespace arith {
 
 namespace {
 
@@ -58,4 +58,4 @@ void Convolve(mpf_t& sum, mpf_srcptr ascending, mpf_srcptr descending, int count
   }
 }
 
-}  // namespace varno
+}  // namespace arith

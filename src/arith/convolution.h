@@ -2,7 +2,7 @@
 
 #include <gmp.h>
 
-namespace varno {
+namespace arith {
 
 /// Sets sum to ascending[0] descending[0] + ascending[1] descending[-1] + ..., `count` products of
 /// numbers that lie one behind the other, added in this order.
@@ -12,4 +12,4 @@ namespace varno {
 /// is computed by limb_accumulator.h wherever the numbers allow.
 void Convolve(mpf_t& sum, mpf_srcptr ascending, mpf_srcptr descending, int count);
 
-}  // namespace varno
+}  // namespace arith

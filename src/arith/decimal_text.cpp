@@ -7,7 +7,7 @@
 #include "arith/range.h"
 #include "varno/sys/messages.h"
 
-namespace varno {
+namespace arith {
 
 namespace {
 
@@ -34,9 +34,9 @@ bool SetFromDecimal(Mpf& number, const char* text)
   // The digits tell whether the text is a number at all, or a 0, which has any exponent.
   Mpf digits;
   if (mpf_set_str(digits, (std::string(text, exponent) + '0').c_str(), 10) != 0) return false;
-  if (digits.Sign() != 0) Fail(std::string("Number \"") + text + "\" is out of range");
+  if (digits.Sign() != 0) varno::Fail(std::string("Number \"") + text + "\" is out of range");
   mpf_set_ui(number, 0);
   return true;
 }
 
-}  // namespace varno
+}  // namespace arith

@@ -2,7 +2,7 @@
 
 #include "arith/mpf.h"
 
-namespace varno {
+namespace arith {
 
 /// Sets `number`, at its own precision, to the value of a decimal text ("1.5", "-2e-30", blanks are
 /// skipped). Returns false and keeps the old value when the text is no number. Ends the run with
@@ -10,4 +10,4 @@ namespace varno {
 /// exponents would soon overflow.
 bool SetFromDecimal(Mpf& number, const char* text);
 
-}  // namespace varno
+}  // namespace arith

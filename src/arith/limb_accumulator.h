@@ -5,7 +5,7 @@
 
 #include <gmp.h>
 
-namespace varno {
+namespace arith {
 
 /// A sum of products of GMP floats with a precision of kLimbs limbs, as far as possible held in
 /// registers.
@@ -234,4 +234,4 @@ class LimbAccumulator {
   bool isNegative = false;
 };
 
-}  // namespace varno
+}  // namespace arith

@@ -6,7 +6,7 @@
 
 #include "arith/scratch.h"
 
-namespace varno {
+namespace arith {
 
 /// The absolute value of a number, by reference: a view of its digits without the sign, for
 /// comparisons. It must not outlive the number.
@@ -41,4 +41,4 @@ inline bool IsBelowProduct(mpf_srcptr x, mpf_srcptr a, mpf_srcptr b)
   return mpf_cmp(Magnitude(x), Magnitude(product)) < 0;
 }
 
-}  // namespace varno
+}  // namespace arith

@@ -2,7 +2,7 @@
 
 #include <gmp.h>
 
-namespace varno {
+namespace arith {
 
 /// A GMP float that initialises and clears itself and is accepted wherever GMP takes one.
 ///
@@ -39,4 +39,4 @@ class Mpf {
   mpf_t number;
 };
 
-}  // namespace varno
+}  // namespace arith

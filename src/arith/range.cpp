@@ -4,12 +4,12 @@
 
 #include "varno/sys/messages.h"
 
-namespace varno {
+namespace arith {
 
 void FailOutOfRange()
 {
-  Fail("A number is out of range: its decimal exponent is beyond +-" +
-       std::to_string(kLargestExponent));
+  varno::Fail("A number is out of range: its decimal exponent is beyond +-" +
+              std::to_string(kLargestExponent));
 }
 
-}  // namespace varno
+}  // namespace arith

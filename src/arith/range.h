@@ -4,7 +4,7 @@
 
 #include <gmp.h>
 
-namespace varno {
+namespace arith {
 
 /// Writes "#(ERR) A number is out of range: ..." and ends the process with status 1.
 [[noreturn]] void FailOutOfRange();
@@ -21,4 +21,4 @@ inline void RequireRange(mpf_srcptr x)
   if (std::abs(x->_mp_exp) > kLargestExponent / kDecimalDigitsPerLimb) FailOutOfRange();
 }
 
-}  // namespace varno
+}  // namespace arith

@@ -1,6 +1,6 @@
 #include "arith/scratch.h"
 
-namespace varno {
+namespace arith {
 
 Mpf& Scratch()
 {
@@ -9,4 +9,4 @@ Mpf& Scratch()
   return scratch;
 }
 
-}  // namespace varno
+}  // namespace arith

@@ -2,11 +2,11 @@
 
 #include "arith/mpf.h"
 
-namespace varno {
+namespace arith {
 
 /// A number at the precision in force for an intermediate result that nothing outlives: whoever
 /// calls anything else that computes must expect another value in it afterwards. It saves the
 /// integration loop from making numbers.
 Mpf& Scratch();
 
-}  // namespace varno
+}  // namespace arith

@@ -6,7 +6,7 @@
 #include "arith/mpf.h"
 #include "varno/sys/memory.h"
 
-namespace varno {
+namespace arith {
 
 TermArray::TermArray(int termCount) : size(static_cast<std::size_t>(std::max(termCount, 0)) + 1)
 {
@@ -14,7 +14,7 @@ TermArray::TermArray(int termCount) : size(static_cast<std::size_t>(std::max(ter
   // GMP writes up to one limb more than the precision has.
   const std::size_t limbsEach =
       static_cast<std::size_t>(static_cast<mpf_srcptr>(zero)->_mp_prec) + 1;
-  RequireMemory(size * (sizeof(mpf_t) + limbsEach * sizeof(mp_limb_t)));
+  varno::RequireMemory(size * (sizeof(mpf_t) + limbsEach * sizeof(mp_limb_t)));
   numbers = std::make_unique<mpf_t[]>(size);
   limbs = std::make_unique<mp_limb_t[]>(size * limbsEach);
   for (std::size_t k = 0; k < size; ++k) {
@@ -23,4 +23,4 @@ TermArray::TermArray(int termCount) : size(static_cast<std::size_t>(std::max(ter
   }
 }
 
-}  // namespace varno
+}  // namespace arith

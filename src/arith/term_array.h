@@ -5,7 +5,7 @@
 
 #include <gmp.h>
 
-namespace varno {
+namespace arith {
 
 /// The numbers 0..termCount at the precision in force when the array is made, first 0; or none.
 ///
@@ -31,4 +31,4 @@ class TermArray {
   std::unique_ptr<mp_limb_t[]> limbs;
 };
 
-}  // namespace varno
+}  // namespace arith

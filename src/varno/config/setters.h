@@ -9,6 +9,8 @@
 
 namespace varno {
 
+using arith::SetFromDecimal;
+
 // How a text from an option or from the settings file changes the record, and how the usage text
 // shows a field. Named by a field of the record, so that the tables of options and of keywords have
 // one line for each setting.

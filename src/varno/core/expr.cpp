@@ -15,6 +15,10 @@
 
 namespace varno {
 
+using arith::Magnitude;
+using arith::RequireRange;
+using arith::Scratch;
+
 // In this order: nodes read the record when they are built. Both live as long as the process.
 GlobalData* Expr::Global = new GlobalData;
 Expr* Expr::Nothing = new NothingExpr;

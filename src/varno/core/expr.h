@@ -11,6 +11,9 @@
 
 namespace varno {
 
+using arith::Mpf;
+using arith::TermArray;
+
 struct GlobalData;
 
 /// The terms 0..k of an expression, by reference: `count` numbers, and zeros from there on.

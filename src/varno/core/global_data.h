@@ -11,6 +11,9 @@
 
 namespace varno {
 
+using arith::Mpf;
+using arith::TermArray;
+
 /// Start values by variable name; a derivative is named by the variable and its apostrophes.
 using StartValueTable = std::map<std::string, Mpf>;
 

@@ -9,6 +9,8 @@
 
 namespace varno {
 
+using arith::RequireRange;
+
 namespace {
 
 template <auto kOperation>

@@ -11,6 +11,9 @@
 
 namespace varno {
 
+using arith::IsBelowProduct;
+using arith::RequireRange;
+
 namespace {
 
 /// On purpose a plain search for "NAME:": a listed name also selects every name that it ends with,

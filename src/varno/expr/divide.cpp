@@ -6,6 +6,8 @@
 
 namespace varno {
 
+using arith::Convolve;
+
 void Divide::GetDY(int k, mpf_t& out)
 {
   // term k = (a[k] - sum over j = 0..k-1 of c[j] b[k-j]) / b[0], c[j] being this node's own terms

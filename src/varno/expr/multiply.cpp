@@ -6,6 +6,8 @@
 
 namespace varno {
 
+using arith::Convolve;
+
 void Multiply::GetDY(int k, mpf_t& out)
 {
   if (k < 0) {

@@ -8,6 +8,8 @@
 
 namespace varno {
 
+using arith::Mpf;
+
 /// Writes a number in the one format of all output, governed by the settings: in the exponent form
 /// " 1.50000000000e+00" (or, with `_FMT_FLAG` off, the fixed-point form), or in the plain form
 /// " 0.15e1" while PlainNumbersOn is in force. The stream's fill character may be left at '0'.

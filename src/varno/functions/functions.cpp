@@ -13,6 +13,9 @@
 
 namespace varno::functions {
 
+using arith::Mpf;
+using arith::RequireRange;
+
 namespace {
 
 constexpr const char* kPole = "1e999999";

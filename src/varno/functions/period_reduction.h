@@ -4,6 +4,8 @@
 
 namespace varno {
 
+using arith::Mpf;
+
 /// Subtracts the period, which is above 1, from a as often as it fits in, at a's precision.
 ///
 /// The value is, to the last bit, that of one mpf_sub after the other, however large a is; only the

@@ -10,6 +10,8 @@
 
 namespace varno {
 
+using arith::Mpf;
+
 void DumpTerms(mpf_srcptr startTime)
 {
   std::clog << tag::kTermDump << "Dumping DYs (START) ###############################" << std::endl;

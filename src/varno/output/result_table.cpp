@@ -10,6 +10,8 @@
 
 namespace varno {
 
+using arith::BinaryExponent;
+
 namespace {
 
 bool HasTemporaryName(const Differential& variable)

@@ -9,6 +9,8 @@
 
 namespace varno {
 
+using arith::Mpf;
+
 // What the rules of the grammar do.
 
 /// Enters "name' = rightHandSide & initialValue" into the tables. Order 0 makes an algebraic

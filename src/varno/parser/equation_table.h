@@ -7,6 +7,8 @@
 
 namespace varno {
 
+using arith::Mpf;
+
 /// The name of a derivative: that of the variable with an apostrophe for each order.
 std::string DerivativeName(const std::string& name, int order);
 

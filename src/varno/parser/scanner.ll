@@ -49,7 +49,7 @@ int OrderFrom(const char* digits)
 /// An integer keeps its exact value, however long it is, as far as the precision goes.
 void SetNumber(varno::SemanticValue* value, const char* text)
 {
-  varno::SetFromDecimal(value->number.emplace(), text);
+  arith::SetFromDecimal(value->number.emplace(), text);
 }
 
 }  // namespace

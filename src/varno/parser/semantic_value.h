@@ -8,6 +8,8 @@
 
 namespace varno {
 
+using arith::Mpf;
+
 /// The value of a grammar symbol; each symbol uses one member. The values own what they hold and go
 /// with the parser's stack, however the parse ends.
 struct SemanticValue {

@@ -5,6 +5,8 @@
 
 namespace varno {
 
+using arith::Mpf;
+
 /// The integration from time 0 to `_TMAX` by Taylor series of variable order and step.
 ///
 /// A pass sums every variable's series over the step h. The number of terms that counted is the

@@ -10,6 +10,9 @@
 
 namespace varno {
 
+using arith::Magnitude;
+using arith::Scratch;
+
 PeriodSamples::PeriodSamples(int bufferSize) : bufferSize(bufferSize) {}
 
 bool PeriodSamples::Repeats(mpf_srcptr y)

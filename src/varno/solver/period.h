@@ -7,6 +7,8 @@
 
 namespace varno {
 
+using arith::Mpf;
+
 /// The samples of a watched value, with the number of times that each came back.
 class PeriodSamples {
  public:

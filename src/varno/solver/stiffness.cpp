@@ -13,6 +13,11 @@
 
 namespace varno {
 
+using arith::BinaryExponent;
+using arith::Magnitude;
+using arith::Mpf;
+using arith::Scratch;
+
 namespace {
 
 /// The values that stand for "none".

@@ -10,7 +10,7 @@
 #include "arith/mpf.h"
 #include "arith/term_array.h"
 
-namespace varno {
+namespace arith {
 namespace {
 
 /// Sets the default precision for a test.
@@ -136,4 +136,4 @@ TEST(Convolution, PairsAscendingWithDescending)
 }
 
 }  // namespace
-}  // namespace varno
+}  // namespace arith

@@ -8,7 +8,10 @@
 #include "tests/support/rational.h"
 #include "tests/varno/support/scoped_global.h"
 
-namespace varno {
+namespace arith {
+
+using namespace support;
+using varno::ScopedGlobal;
 namespace {
 
 TEST(DecimalTextTest, SetsTheValueOfADecimalText)
@@ -75,4 +78,4 @@ TEST(DecimalTextTest, AnExponentBeyondThemEndsTheRun)
 }
 
 }  // namespace
-}  // namespace varno
+}  // namespace arith

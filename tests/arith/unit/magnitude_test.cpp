@@ -7,7 +7,9 @@
 #include "arith/mpf.h"
 #include "tests/varno/support/scoped_global.h"
 
-namespace varno {
+namespace arith {
+
+using varno::ScopedGlobal;
 namespace {
 
 TEST(Magnitude, IsTheAbsoluteValue)
@@ -69,4 +71,4 @@ TEST(IsBelowProduct, ComparesWithTheProductOfGmp)
 }
 
 }  // namespace
-}  // namespace varno
+}  // namespace arith

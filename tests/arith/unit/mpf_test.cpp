@@ -8,7 +8,10 @@
 #include "tests/support/rational.h"
 #include "tests/varno/support/scoped_global.h"
 
-namespace varno {
+namespace arith {
+
+using namespace support;
+using varno::ScopedGlobal;
 namespace {
 
 /// At 80 bits; GMP counts precision in whole limbs.
@@ -115,4 +118,4 @@ TEST_F(MpfTest, TellsTheSign)
 }
 
 }  // namespace
-}  // namespace varno
+}  // namespace arith

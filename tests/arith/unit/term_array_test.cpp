@@ -11,7 +11,10 @@
 #include "tests/varno/support/scoped_global.h"
 #include "varno/sys/memory.h"
 
-namespace varno {
+namespace arith {
+
+using namespace support;
+using varno::ScopedGlobal;
 namespace {
 
 TEST(TermArrayTest, HoldsTheTermsUpToTheCount)
@@ -71,7 +74,7 @@ TEST(TermArrayTest, ACountBeyondAllMemoryEndsTheRun)
 {
   // 2^31 numbers of 2^30 bits are more than any machine has.
   const auto allocate = [] {
-    InstallMemoryLimits();
+    varno::InstallMemoryLimits();
     mpf_set_default_prec(mp_bitcnt_t{1} << 30);
     const TermArray terms(INT_MAX);
   };
@@ -79,4 +82,4 @@ TEST(TermArrayTest, ACountBeyondAllMemoryEndsTheRun)
 }
 
 }  // namespace
-}  // namespace varno
+}  // namespace arith

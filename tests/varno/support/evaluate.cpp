@@ -6,6 +6,8 @@
 
 namespace varno {
 
+using namespace support;
+
 Mpf Evaluate(MpfFunction function, const Mpf& x)
 {
   Mpf value, argument(x);

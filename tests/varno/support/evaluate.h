@@ -4,6 +4,8 @@
 
 namespace varno {
 
+using arith::Mpf;
+
 /// An elementary function on GMP floats.
 using MpfFunction = void (*)(mpf_t& result, mpf_ptr x);
 

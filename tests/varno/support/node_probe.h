@@ -7,6 +7,8 @@
 
 namespace varno {
 
+using arith::Mpf;
+
 // Short ways to build nodes, to ask them something and to step as the integration loop does.
 
 /// A constant.

@@ -22,6 +22,8 @@
 
 namespace varno {
 
+using namespace support;
+
 namespace {
 
 using Arguments = std::vector<std::string>;

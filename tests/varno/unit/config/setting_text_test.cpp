@@ -11,6 +11,9 @@
 #include "tests/varno/support/scoped_global.h"
 
 namespace varno {
+
+using arith::Mpf;
+using namespace support;
 namespace {
 
 TEST(SettingTextTest, AnIntegerIsTheNumberThatTheTextBeginsWith)

@@ -17,6 +17,8 @@
 
 namespace varno {
 
+using namespace support;
+
 namespace {
 
 using namespace std::literals;

@@ -18,6 +18,8 @@
 #include "varno/expr/un_op.h"
 
 namespace varno {
+
+using namespace support;
 namespace {
 
 using Ref = Expr::Ref;

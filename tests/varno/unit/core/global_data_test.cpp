@@ -21,6 +21,8 @@
 #include "varno/sys/memory.h"
 
 namespace varno {
+
+using namespace support;
 namespace {
 
 using Ref = Expr::Ref;

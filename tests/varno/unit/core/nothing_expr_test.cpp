@@ -7,6 +7,8 @@
 #include "tests/varno/support/scoped_global.h"
 
 namespace varno {
+
+using namespace support;
 namespace {
 
 TEST(NothingExprTest, HasNoValueNoDerivativeAndNoOtherForm)

@@ -14,6 +14,8 @@
 #include "varno/parser/equation_table.h"
 
 namespace varno {
+
+using namespace support;
 namespace {
 
 using Ref = Expr::Ref;

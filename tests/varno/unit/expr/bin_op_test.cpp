@@ -13,6 +13,8 @@
 #include "varno/expr/multiply.h"
 
 namespace varno {
+
+using namespace support;
 namespace {
 
 using Ref = Expr::Ref;

@@ -16,6 +16,8 @@
 #include "varno/solver/driver.h"
 
 namespace varno {
+
+using namespace support;
 namespace {
 
 using Texts = std::vector<std::string>;

@@ -14,6 +14,8 @@
 #include "varno/expr/time.h"
 
 namespace varno {
+
+using namespace support;
 namespace {
 
 using Ref = Expr::Ref;

@@ -10,6 +10,8 @@
 #include "tests/varno/support/scoped_global.h"
 
 namespace varno {
+
+using namespace support;
 namespace {
 
 using Ref = Expr::Ref;

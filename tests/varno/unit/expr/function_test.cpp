@@ -17,6 +17,8 @@
 #include "varno/functions/functions.h"
 
 namespace varno {
+
+using namespace support;
 namespace {
 
 using Ref = Expr::Ref;

@@ -9,6 +9,8 @@
 #include "varno/expr/differential.h"
 
 namespace varno {
+
+using namespace support;
 namespace {
 
 using Ref = Expr::Ref;

@@ -12,6 +12,8 @@
 #include "varno/expr/equation.h"
 
 namespace varno {
+
+using namespace support;
 namespace {
 
 using Ref = Expr::Ref;

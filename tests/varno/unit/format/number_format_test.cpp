@@ -13,6 +13,8 @@
 
 namespace varno {
 
+using arith::Mpf;
+
 namespace {
 
 std::string Formatted(const char* decimal)

@@ -13,6 +13,8 @@
 #include "varno/functions/functions.h"
 
 namespace varno {
+
+using namespace support;
 namespace {
 
 class FunctionFailures : public testing::TestWithParam<bool> {

@@ -12,6 +12,8 @@
 #include "varno/functions/functions.h"
 
 namespace varno {
+
+using namespace support;
 namespace {
 
 // --- Terms number j = 0, 1, ... of the series, in closed form ---

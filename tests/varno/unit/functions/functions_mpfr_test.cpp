@@ -10,6 +10,8 @@
 #include "varno/functions/functions.h"
 
 namespace varno {
+
+using namespace support;
 namespace {
 
 using Reference = Real (*)(const Real& x);

@@ -12,6 +12,8 @@
 #include "varno/functions/functions.h"
 
 namespace varno {
+
+using namespace support;
 namespace {
 
 class SpecialValues : public testing::TestWithParam<int> {

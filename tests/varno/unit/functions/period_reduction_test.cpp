@@ -11,6 +11,8 @@
 #include "varno/core/global_data.h"
 
 namespace varno {
+
+using namespace support;
 namespace {
 
 constexpr long kLimbBits = GMP_NUMB_BITS;

@@ -16,6 +16,8 @@
 
 namespace varno {
 
+using namespace support;
+
 namespace {
 
 Expr::Ref NewDifferential(const std::string& name)

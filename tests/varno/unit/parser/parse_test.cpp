@@ -11,6 +11,8 @@
 
 namespace varno {
 
+using arith::Mpf;
+
 namespace {
 
 class Parse : public testing::Test {

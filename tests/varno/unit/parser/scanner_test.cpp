@@ -18,6 +18,9 @@
 
 namespace varno {
 
+using arith::Mpf;
+using namespace support;
+
 namespace {
 
 using namespace std::literals;

@@ -12,6 +12,8 @@
 #include "varno/core/global_data.h"
 
 namespace varno {
+
+using namespace support;
 namespace {
 
 class PeriodSamplesTest : public testing::Test {

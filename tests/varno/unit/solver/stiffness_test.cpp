@@ -15,6 +15,8 @@
 #include "varno/parser/equation_table.h"
 
 namespace varno {
+
+using namespace support;
 namespace {
 
 class StiffnessTest : public testing::Test {

@@ -35,6 +35,8 @@ extern "C" void LoadByteAt(const void* address);
 #endif
 
 namespace varno {
+
+using arith::Mpf;
 namespace {
 
 constexpr const char* kMenu = "#(SYS) e) exit, c) continue, p) print&continue, x) print&exit\n";
