@@ -82,28 +82,30 @@ void StepControl::ExtendFlatLines(Series& series)
   }
 }
 
-/// log2 of the longest step for which the terms of a line fall as they should: the least over its last
-/// orders k of  max over j < k of (tol |c_j| / |c_k|)^(1/(k-j)) * tol^(1/p - 1/k).
-double StepControl::AccuracyBound(const Series& series, LineId id, double size) const
+void StepControl::ReadTerms(const Series& series, LineId id)
 {
-  const int order = series.Order();
+  terms.clear();
+  for (int k = 0; k <= series.Order(); ++k) terms.push_back(series.Log2(id, k));
+}
+
+/// log2 of the longest step for which the terms of a line fall as they should: the least over its
+/// last orders k of  max over j < k of (tol |c_j| / |c_k|)^(1/(k-j)) * tol^(1/p - 1/k).
+double StepControl::AccuracyBound(double size) const
+{
   const double tolerance = -settings.toleranceBits;
   const double usual = 1.0 / settings.order;
   // What rounding leaves of the line is no smaller than this, whatever its first term is.
   const double rounding = size - static_cast<double>(settings.bits);
-  const double first = std::max(series.Log2(id, 0), rounding);
+  const double first = std::max(terms[0], rounding);
 
   double bound = kInfinity;
   int found = 0;
-  for (int k = order; k > 0 && found < kTermsForRadius; --k) {
-    const double term = series.Log2(id, k);
-    if (term == -kInfinity) continue;
+  for (int k = static_cast<int>(terms.size()) - 1; k > 0 && found < kTermsForRadius; --k) {
+    if (terms[k] == -kInfinity) continue;
     ++found;
-    double longest = first == -kInfinity ? -kInfinity : (tolerance + first - term) / k;
-    for (int j = 1; j < k; ++j) {
-      longest = std::max(longest, (tolerance + series.Log2(id, j) - term) / (k - j));
-    }
-    // The first term of all that is not zero says nothing by itself.
+    double longest = first == -kInfinity ? -kInfinity : (tolerance + first - terms[k]) / k;
+    for (int j = 1; j < k; ++j) longest = std::max(longest, (tolerance + terms[j] - terms[k]) / (k - j));
+    // The first of all terms that are not zero says nothing by itself.
     if (longest == -kInfinity) continue;
     bound = std::min(bound, longest + tolerance * (usual - 1.0 / k));
   }
@@ -111,17 +113,17 @@ double StepControl::AccuracyBound(const Series& series, LineId id, double size) 
 }
 
 /// The longest step not above 2^log2 in which the terms k > 0 of a line cannot outweigh term 0.
-double StepControl::DomainBound(const Series& series, LineId id, double log2) const
+double StepControl::DomainBound(double log2) const
 {
-  const double first = series.Log2(id, 0);
+  const int order = static_cast<int>(terms.size()) - 1;
   if (log2 == kInfinity) {
     // Nothing bounds the step yet: begin where the largest term equals the first one.
-    for (int k = 1; k <= series.Order(); ++k) log2 = std::min(log2, (first - series.Log2(id, k)) / k);
+    for (int k = 1; k <= order; ++k) log2 = std::min(log2, (terms[0] - terms[k]) / k);
     if (log2 == kInfinity) return log2;
   }
   for (int trial = 0; trial < kMostTrials; ++trial) {
     double others = 0;
-    for (int k = 1; k <= series.Order(); ++k) others += std::exp2(series.Log2(id, k) + k * log2 - first);
+    for (int k = 1; k <= order; ++k) others += std::exp2(terms[k] + k * log2 - terms[0]);
     if (others < kMostOfFirstTerm) return log2;
     log2 += kShorterLog2;
   }
@@ -141,9 +143,13 @@ StepBound StepControl::Choose(Series& series)
   };
   for (LineId id = 0; id < tape.lines.size(); ++id) {
     if (IsShortPolynomial(tape.lines[id], series.Order() + 1)) continue;
-    lower(AccuracyBound(series, id, sizes[id]), id);
+    ReadTerms(series, id);
+    lower(AccuracyBound(sizes[id]), id);
   }
-  for (const LineId id : domainLines) lower(DomainBound(series, id, bound.log2), id);
+  for (const LineId id : domainLines) {
+    ReadTerms(series, id);
+    lower(DomainBound(bound.log2), id);
+  }
   return bound;
 }
 

@@ -30,13 +30,15 @@ class StepControl {
  private:
   void ExtendFlatLines(Series& series);
   bool NeedsMoreTerms(const Series& series, LineId id);
-  double AccuracyBound(const Series& series, LineId id, double size) const;
-  double DomainBound(const Series& series, LineId id, double log2) const;
+  void ReadTerms(const Series& series, LineId id);
+  double AccuracyBound(double size) const;
+  double DomainBound(double log2) const;
 
   const Tape& tape;
   RunSettings settings;
   std::vector<LineId> domainLines;      // divisors, radicands, bases: must not have a root in the step
   std::vector<bool> settledLines;       // too few terms even at the highest order, in the step before
+  std::vector<double> terms;            // log2 of the sizes of the terms of the line looked at
 };
 
 }  // namespace varno::solve

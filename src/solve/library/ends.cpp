@@ -1,0 +1,79 @@
+#include "solve/library/ends.h"
+
+#include <string>
+
+#include <fmt/format.h>
+
+#include "solve/source/diagnostics.h"
+
+namespace varno::solve {
+
+namespace {
+
+/// A number in messages: a few digits, as people write it.
+std::string Short(mpfr_srcptr number) { return fmt::format("{:.6g}", mpfr_get_d(number, MPFR_RNDN)); }
+
+std::string Reason(const Graph& graph, const DomainError& error)
+{
+  const std::string argument = Short(error.argument);
+  switch (error.outcome) {
+    case Outcome::kOutOfRange: return "is too large for the arithmetic";
+    case Outcome::kNoSeries: return "has no Taylor series, because it is a root or power of 0,";
+    case Outcome::kUndefined:
+    case Outcome::kValue: break;
+  }
+  if (graph[error.node].operation == Operation::kDivide) return "divides by 0";
+  return "is not defined for the argument " + argument;
+}
+
+}  // namespace
+
+std::string Ends::TimeText(const Moment& time) const
+{
+  Real value(static_cast<mpfr_prec_t>(4 * digits + 64));
+  time.Evaluate(value);
+  // Digits as asked for, without the zeros that end them.
+  char* buffer = nullptr;
+  mpfr_asprintf(&buffer, "%.*Rg", digits, static_cast<mpfr_srcptr>(value));
+  std::string text(buffer);
+  mpfr_free_str(buffer);
+  return text;
+}
+
+/// The message with the place of the expression that it is about.
+std::string Ends::Described(NodeId node, const std::string& message) const
+{
+  const Place place = graph[node].place;
+  if (place.begin == place.end) return message;
+  Diagnostics diagnostics;
+  diagnostics.Error(place, message);
+  return Render(diagnostics, sources);
+}
+
+RunEnded Ends::Of(const DomainError& error, const Moment& time) const
+{
+  const std::string message = fmt::format("'{}' {} at t = {}", sources.Text(graph[error.node].place),
+                                          Reason(graph, error), TimeText(time));
+  const bool outOfRange = error.outcome == Outcome::kOutOfRange;
+  return {outOfRange ? EndReason::kOutOfRange : EndReason::kLostDomain, Described(error.node, message)};
+}
+
+RunEnded Ends::Of(const Singularity& singularity) const
+{
+  const std::string message =
+      fmt::format("the solution cannot be continued beyond t = {}: a pole, or the edge of the domain of '{}'",
+                  TimeText(singularity.time), sources.Text(graph[singularity.node].place));
+  return {EndReason::kSingularity, Described(singularity.node, message)};
+}
+
+RunEnded Ends::AtLimit(const std::string& limit, const Moment& time) const
+{
+  return {EndReason::kLimit, fmt::format("{} reached at t = {}", limit, TimeText(time))};
+}
+
+RunEnded Ends::Interrupted(const Moment& time) const
+{
+  return {EndReason::kInterrupted, fmt::format("interrupted at t = {}", TimeText(time))};
+}
+
+}  // namespace varno::solve

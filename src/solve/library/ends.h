@@ -1,0 +1,38 @@
+#pragma once
+
+#include <string>
+
+#include <varno/solve.h>
+
+#include "solve/evaluation/domain_error.h"
+#include "solve/integration/run.h"
+#include "solve/number/moment.h"
+#include "solve/source/sources.h"
+
+namespace varno::solve {
+
+/// Says in words why runs of one problem end early.
+class Ends {
+ public:
+  /// `graph` is the one whose nodes the errors name; `digits` are those of the times.
+  Ends(const Sources& sources, const Graph& graph, int digits)
+      : sources(sources), graph(graph), digits(digits)
+  {
+  }
+
+  RunEnded Of(const DomainError& error, const Moment& time) const;
+  RunEnded Of(const Singularity& singularity) const;
+  /// "max-steps: 100 steps reach t = 0.5"
+  RunEnded AtLimit(const std::string& limit, const Moment& time) const;
+  RunEnded Interrupted(const Moment& time) const;
+
+ private:
+  std::string Described(NodeId node, const std::string& message) const;
+  std::string TimeText(const Moment& time) const;
+
+  const Sources& sources;
+  const Graph& graph;
+  int digits;
+};
+
+}  // namespace varno::solve
