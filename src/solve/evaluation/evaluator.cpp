@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "solve/evaluation/domain_error.h"
 #include "solve/evaluation/elementary.h"
@@ -14,12 +15,11 @@ namespace {
 std::vector<NodeId> Below(const Graph& graph, const std::vector<NodeId>& roots)
 {
   std::vector<NodeId> found, open = roots;
-  std::vector<bool> seen(graph.Size(), false);
+  std::unordered_set<NodeId> seen;
   while (!open.empty()) {
     const NodeId id = open.back();
     open.pop_back();
-    if (seen[id]) continue;
-    seen[id] = true;
+    if (!seen.insert(id).second) continue;
     found.push_back(id);
     const Node& node = graph[id];
     for (int i = 0; i < node.operandCount; ++i) open.push_back(node.operands[i]);

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <varno/solve.h>
+
+#include "solve/integration/path.h"
+#include "solve/integration/run_settings.h"
+#include "solve/library/column_values.h"
+#include "solve/library/ends.h"
+#include "solve/library/option_constants.h"
+#include "solve/library/problem_data.h"
+#include "solve/library/row_schedule.h"
+#include "solve/rows/number_format.h"
+#include "solve/rows/time_format.h"
+#include "solve/tape/tape.h"
+
+namespace varno::solve {
+
+/// What a Solution holds: the problem with its parameters bound, and the run.
+struct Solution::Implementation {
+  Implementation(const Problem::Implementation& problem, Options options);
+  // The run refers to the tape, which therefore must not move.
+  Implementation(const Implementation&) = delete;
+  Implementation& operator=(const Implementation&) = delete;
+
+  std::optional<Row> Next();
+  Summary Summarise() const;
+  std::string Explain() const;
+
+  void ChooseColumns();
+  Interval ReadInterval();
+  RowSchedule ReadSchedule();
+  void Begin();
+  std::vector<Real> StartStates() const;
+  void Watch(const Run& run) const;
+  Row MakeRow(const Moment& time);
+  double SecondsSinceBegin() const;
+
+  Sources sources;
+  Options options;
+  Model model;
+  Tape tape;
+  OptionConstants constants;
+  RunSettings settings;
+  NumberFormat numberFormat;
+  TimeFormat timeFormat;
+  std::vector<std::string> names;
+  std::vector<NodeId> columns;
+  Interval interval;
+  RowSchedule schedule;
+  Ends ends;
+  std::optional<ColumnValues> columnValues;
+  std::optional<Path> path;
+  std::chrono::steady_clock::time_point begin;
+};
+
+}  // namespace varno::solve
