@@ -1,0 +1,3 @@
+#include "solve/rows/number_format.h"
+
+#include <gtest/gtest.h>
