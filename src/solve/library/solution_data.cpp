@@ -18,12 +18,7 @@ namespace varno::solve {
 
 namespace {
 
-/// The decimals that a run computes with beyond those asked for.
-constexpr double kExtraDecimals = 7;
 constexpr int kMostDigits = 10'000;
-/// Columns are computed from the states with this many bits more.
-constexpr mpfr_prec_t kColumnGuardBits = 64;
-
 int CheckedDigits(int digits)
 {
   if (digits >= 1 && digits <= kMostDigits) return digits;
@@ -39,25 +34,18 @@ NumberFormat CheckedFormat(const Options& options)
   }
 }
 
-/// How many bits the larger of two times takes before the point.
-mpfr_prec_t WholeBits(const Moment& a, const Moment& b)
-{
-  const double largest = std::max(std::abs(a.ToDouble()), std::abs(b.ToDouble()));
-  return largest < 1 ? 0 : static_cast<mpfr_prec_t>(std::ilogb(largest)) + 1;
-}
-
 }  // namespace
 
 Solution::Implementation::Implementation(const Problem::Implementation& problem, Options given)
     : sources(problem.sources), options(std::move(given)), model(BindParameters(problem.model)),
-      tape(Compile(model)), constants(model, sources), settings(SettingsFor(options.digits + kExtraDecimals)),
+      tape(Compile(model)), constants(model, sources),
       numberFormat(CheckedFormat(options)), timeFormat(options.digits), interval(ReadInterval()),
       schedule(ReadSchedule()), ends(sources, tape.graph, options.digits)
 {
   ChooseColumns();
-  if (settings.bits > options.maxBits) {
-    throw InputError(fmt::format("--max-bits {}: {} digits need {} bits", options.maxBits, options.digits, settings.bits));
-  }
+  rows.emplace(model, tape, interval, schedule,
+               RowsWanted{columns, options.digits, options.check, options.maxBits},
+               [this](const Run& run) { Watch(run); });
 }
 
 void Solution::Implementation::ChooseColumns()
@@ -106,25 +94,6 @@ RowSchedule Solution::Implementation::ReadSchedule()
   return {interval, RowTimes::Last(to)};
 }
 
-std::vector<Real> Solution::Implementation::StartStates() const
-{
-  std::vector<NodeId> starts;
-  for (const State& state : model.states) starts.push_back(state.start);
-  Evaluator evaluator(model.graph, starts, settings.bits + kColumnGuardBits);
-  evaluator.Evaluate(Real(), {});
-  std::vector<Real> states;
-  for (std::size_t i = 0; i < starts.size(); ++i) states.push_back(evaluator[i]);
-  return states;
-}
-
-void Solution::Implementation::Begin()
-{
-  begin = std::chrono::steady_clock::now();
-  const mpfr_prec_t columnBits = settings.bits + kColumnGuardBits + WholeBits(interval.from, interval.to);
-  columnValues.emplace(model.graph, columns, columnBits);
-  path.emplace(tape, settings, interval, StartStates(), schedule.Early(), [this](const Run& run) { Watch(run); });
-}
-
 double Solution::Implementation::SecondsSinceBegin() const
 {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
@@ -151,41 +120,60 @@ void Solution::Implementation::Watch(const Run& run) const
 
 std::optional<Row> Solution::Implementation::Next()
 {
-  if (!path) Begin();
+  if (begin == std::chrono::steady_clock::time_point()) begin = std::chrono::steady_clock::now();
   try {
-    const std::optional<Moment> time = schedule.Next(*path);
-    if (!time) return std::nullopt;
-    return MakeRow(*time);
+    const std::optional<VerifiedRow> row = rows->Next();
+    if (!row) return std::nullopt;
+    return MakeRow(*row);
   } catch (const DomainError& error) {
-    throw ends.Of(error, path->LatestRun().End());
+    throw ends.Of(error, rows->Integration() != nullptr ? rows->Integration()->Best().End() : interval.start);
   } catch (const Singularity& singularity) {
     throw ends.Of(singularity);
+  } catch (const PrecisionExhausted& exhausted) {
+    throw ends.AtLimit(fmt::format("{} digits need more than --max-bits {}; limit", options.digits, options.maxBits),
+                       exhausted.time);
+  } catch (const WrongRow& wrong) {
+    throw WrongRowEnd(wrong.time);
   }
 }
 
-Row Solution::Implementation::MakeRow(const Moment& time)
+RunEnded Solution::Implementation::WrongRowEnd(const Moment& time) const
 {
-  const std::vector<Real> states = path->StatesAt(time);
-  Real timeNumber(settings.bits);
-  time.Evaluate(timeNumber);
-  Row row{Value(timeFormat.Text(time), timeNumber), {}};
-  Real undefined(2);
-  mpfr_set_nan(undefined);
-  for (const std::optional<Real>& value : columnValues->At(time, states)) {
-    const Real& number = value ? *value : undefined;
-    row.values.emplace_back(numberFormat.Text(number), number);
-  }
-  return row;
+  return {EndReason::kWrongRow,
+          fmt::format("the row at t = {} was wrong: a more exact attempt gives other digits", timeFormat.Text(time))};
+}
+
+Value Solution::Implementation::MakeValue(const RowNumber& number) const
+{
+  Real value(2);
+  mpfr_set_nan(value);
+  if (number.value) value = *number.value;
+  if (number.zeroUnit) return {NumberFormat::ZeroText(*number.zeroUnit), value};
+  return {numberFormat.Text(value), value};
+}
+
+Row Solution::Implementation::MakeRow(const VerifiedRow& row) const
+{
+  Real time(rows->Integration()->Best().Bits());
+  row.time.Evaluate(time);
+  Row result{Value(timeFormat.Text(row.time), time), {}};
+  for (const RowNumber& number : row.numbers) result.values.push_back(MakeValue(number));
+  return result;
 }
 
 Summary Solution::Implementation::Summarise() const
 {
-  Summary summary{.digits = options.digits};
-  if (!path) return summary;
+  Summary summary{.digits = options.digits, .verified = options.check};
+  const Path* const path = rows->Integration();
+  if (path == nullptr) return summary;
   summary.steps = path->Steps();
-  summary.order = path->LatestRun().Order();
-  summary.bits = path->LatestRun().Bits();
+  summary.order = path->Best().Order();
+  summary.bits = path->Best().Bits();
   summary.seconds = SecondsSinceBegin();
+  if (rows->Restarts() > 0) {
+    summary.remark = fmt::format("the problem cost up to {:.0f} digits: computed with {:.0f} more than asked for, restarts: {}",
+                                 rows->SpareDecimals(), rows->SpareDecimals(), rows->Restarts());
+  }
   return summary;
 }
 
@@ -193,11 +181,12 @@ std::string Solution::Implementation::Explain() const
 {
   std::vector<std::string> stateNames;
   for (const State& state : model.states) stateNames.push_back(state.name);
+  const RunSettings settings = SettingsFor(options.digits + rows->SpareDecimals());
   const std::size_t termCount = tape.lines.size() * static_cast<std::size_t>(settings.order + 1);
   const double mebibytes = static_cast<double>(termCount) * (static_cast<double>(settings.bits) / 8 + 32) / (1 << 20);
-  return Print(model) + fmt::format("\nOperations after sharing:\n{}\nOrder {}, {} bits, tolerance 1e-{:.0f}, about {:.1f} MiB of terms\n",
-                                    Print(tape, stateNames), settings.order, settings.bits,
-                                    settings.toleranceBits * 0.30103, mebibytes);
+  return Print(model) +
+         fmt::format("\nOperations after sharing:\n{}\nOrder {}, {} bits, tolerance 1e-{:.0f}, about {:.1f} MiB of terms\n",
+                     Print(tape, stateNames), settings.order, settings.bits, settings.toleranceBits * 0.30103, mebibytes);
 }
 
 }  // namespace varno::solve

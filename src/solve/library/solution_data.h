@@ -7,16 +7,13 @@
 
 #include <varno/solve.h>
 
-#include "solve/integration/path.h"
-#include "solve/integration/run_settings.h"
-#include "solve/library/column_values.h"
 #include "solve/library/ends.h"
 #include "solve/library/option_constants.h"
 #include "solve/library/problem_data.h"
-#include "solve/library/row_schedule.h"
 #include "solve/rows/number_format.h"
 #include "solve/rows/time_format.h"
 #include "solve/tape/tape.h"
+#include "solve/verification/verified_rows.h"
 
 namespace varno::solve {
 
@@ -34,10 +31,10 @@ struct Solution::Implementation {
   void ChooseColumns();
   Interval ReadInterval();
   RowSchedule ReadSchedule();
-  void Begin();
-  std::vector<Real> StartStates() const;
   void Watch(const Run& run) const;
-  Row MakeRow(const Moment& time);
+  Row MakeRow(const VerifiedRow& row) const;
+  Value MakeValue(const RowNumber& number) const;
+  RunEnded WrongRowEnd(const Moment& time) const;
   double SecondsSinceBegin() const;
 
   Sources sources;
@@ -45,7 +42,6 @@ struct Solution::Implementation {
   Model model;
   Tape tape;
   OptionConstants constants;
-  RunSettings settings;
   NumberFormat numberFormat;
   TimeFormat timeFormat;
   std::vector<std::string> names;
@@ -53,8 +49,7 @@ struct Solution::Implementation {
   Interval interval;
   RowSchedule schedule;
   Ends ends;
-  std::optional<ColumnValues> columnValues;
-  std::optional<Path> path;
+  std::optional<VerifiedRows> rows;
   std::chrono::steady_clock::time_point begin;
 };
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <deque>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -18,6 +19,10 @@ class RowSchedule {
   /// Rows at both ends of the interval, at the start if that lies inside, and at the end of each
   /// step between them that does not come before the start.
   static RowSchedule AtSteps(const Interval& interval) { return RowSchedule(interval); }
+
+  /// Begins with the times of rows that were given before, where the times depend on the steps: other
+  /// steps would make other rows.
+  void Replay(std::size_t count, const std::function<Moment(std::size_t)>& timeOf);
 
   /// The times that come before the start, in order.
   const std::vector<Moment>& Early() const { return early; }

@@ -1,4 +1,4 @@
-#include "solve/library/row_schedule.h"
+#include "solve/verification/row_schedule.h"
 
 #include <utility>
 
@@ -20,6 +20,12 @@ RowSchedule::RowSchedule(const Interval& interval) : interval(interval), waiting
   early.push_back(interval.from);
   waiting.push_back(interval.IsEarly(interval.to) ? interval.to : interval.start);
   if (interval.IsEarly(interval.to)) early.push_back(interval.to);
+}
+
+void RowSchedule::Replay(std::size_t count, const std::function<Moment(std::size_t)>& timeOf)
+{
+  if (times) return;
+  for (std::size_t row = waiting.size(); row < count; ++row) waiting.push_back(timeOf(row));
 }
 
 std::optional<Moment> RowSchedule::Next(Path& path)

@@ -1,4 +1,4 @@
-#include "solve/library/column_values.h"
+#include "solve/verification/column_values.h"
 
 #include "solve/evaluation/domain_error.h"
 
@@ -17,22 +17,24 @@ ColumnValues::ColumnValues(const Graph& graph, const std::vector<NodeId>& nodes,
   }
 }
 
-std::optional<Real> ColumnValues::Value(Column& column, mpfr_srcptr time, std::span<const Real> states)
+SizedNumber ColumnValues::Value(Column& column, mpfr_srcptr time, const SizedStates& states)
 {
-  if (!column.definition) return states[column.state];
+  if (!column.definition) return {states.values[column.state], states.sizes[column.state]};
+  Evaluator& definition = *column.definition;
   try {
-    column.definition->Evaluate(time, states);
-    return (*column.definition)[0];
+    definition.Evaluate(time, states.values);
+    definition.EvaluateSizes(states.sizes);
+    return {definition[0], definition.Size(0)};
   } catch (const DomainError&) {
-    return std::nullopt;
+    return {std::nullopt, 0};
   }
 }
 
-std::vector<std::optional<Real>> ColumnValues::At(const Moment& time, std::span<const Real> states)
+std::vector<SizedNumber> ColumnValues::At(const Moment& time, const SizedStates& states)
 {
   Real exactTime(bits);
   time.Evaluate(exactTime);
-  std::vector<std::optional<Real>> values;
+  std::vector<SizedNumber> values;
   for (Column& column : columns) values.push_back(Value(column, exactTime, states));
   return values;
 }

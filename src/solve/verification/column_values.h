@@ -1,11 +1,13 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
-#include <span>
 #include <vector>
 
 #include "solve/evaluation/evaluator.h"
+#include "solve/integration/path.h"
 #include "solve/number/moment.h"
+#include "solve/verification/agreement.h"
 
 namespace varno::solve {
 
@@ -15,8 +17,8 @@ class ColumnValues {
  public:
   ColumnValues(const Graph& graph, const std::vector<NodeId>& columns, mpfr_prec_t bits);
 
-  /// One for each column; none where a definition is undefined.
-  std::vector<std::optional<Real>> At(const Moment& time, std::span<const Real> states);
+  /// One for each column.
+  std::vector<SizedNumber> At(const Moment& time, const SizedStates& states);
 
  private:
   struct Column {
@@ -24,7 +26,7 @@ class ColumnValues {
     std::optional<Evaluator> definition;  // none for a variable
   };
 
-  std::optional<Real> Value(Column& column, mpfr_srcptr time, std::span<const Real> states);
+  static SizedNumber Value(Column& column, mpfr_srcptr time, const SizedStates& states);
 
   mpfr_prec_t bits;
   std::vector<Column> columns;
