@@ -12,12 +12,12 @@ There must be one NAME=EXPRESSION for each column, in their order, as the progra
     x='cos(t)' "x'"='-sin(t)' e=1
 
 An expression is Python with the functions and constants of mpmath (sin, exp, sqrt, ellipfun, airyai,
-besselj, quad, findroot, pi, e, ...). `t` is the time of the row, `k` the number of the row from 0, `mpf`
-turns a text or an integer into a number: write mpf(1)/3 or t/3, never 1/3 (of two integers mpmath
-knows nothing) nor 0.1 (a double is not one tenth). The value nan stands for "no value here".
+besselj, quad, findroot, pi, e, ...). `t` is the time of the row, `k` the number of the row from 0.
+Numbers are exactly what is written: 1/3 is a third and 0.1 a tenth, not the doubles next to them.
+(They are integers only as an index and as arguments of range.) nan stands for "no value here".
 
 Options:
-  --times EXPRESSION   the exact time of row k: `k/mpf(10)`, `10*pi*k/100`, `[0, 1, pi][k]`. The
+  --times EXPRESSION   the exact time of row k: `k/10`, `10*pi*k/100`, `[0, 1, pi][k]`. The
                        printed times are compared with it. Without it the printed times are taken
                        as exact, which is wrong for rounded ones such as 0.333333333333333.
   --rows N             there must be exactly N rows; without it at least one
@@ -45,10 +45,9 @@ Needs mpmath, as Debian's python3-mpmath installs it; hence the interpreter in t
 """
 
 import argparse
+import ast
 import csv
-import io
 import json
-import math
 import re
 import sys
 from fractions import Fraction
@@ -249,16 +248,43 @@ def namespace(definitions):
     """What expressions can use. Definitions are evaluated anew for each precision."""
     names = {name: getattr(mpmath, name) for name in dir(mpmath) if not name.startswith("_")}
     names.update(abs=abs, min=min, max=max, sum=sum, range=range, len=len, int=int, nan=mpmath.nan,
-                 floor=mpmath.floor, ceil=mpmath.ceil, Fraction=Fraction, math=math)
+                 floor=mpmath.floor, ceil=mpmath.ceil)
     for name, code in definitions:
         names[name] = eval(code, names)
     return names
 
 
+class ExactLiterals(ast.NodeTransformer):
+    """Makes mpmath's numbers of the literals of an expression, from their text."""
+
+    def __init__(self, source):
+        self.source = source
+
+    def visit_Constant(self, node):
+        if isinstance(node.value, bool) or not isinstance(node.value, (int, float)):
+            return node
+        text = ast.get_source_segment(self.source, node)
+        return ast.Call(ast.Name("mpf", ast.Load()), [ast.Constant(text)], [])
+
+    def visit_Subscript(self, node):
+        node.value = self.visit(node.value)
+        return node
+
+    def visit_Call(self, node):
+        if isinstance(node.func, ast.Name) and node.func.id == "range":
+            return node
+        return self.generic_visit(node)
+
+
+def compile_exactly(text):
+    tree = ExactLiterals(text).visit(ast.parse(text, mode="eval"))
+    return compile(ast.fix_missing_locations(tree), text, "eval")
+
+
 def compile_expression(text, definitions):
     """A function of t and k."""
-    code = compile(text.strip(), text, "eval")
-    codes = [(name, compile(value.strip(), value, "eval")) for name, value in definitions]
+    code = compile_exactly(text.strip())
+    codes = [(name, compile_exactly(value.strip())) for name, value in definitions]
     cache = {}
 
     def evaluate(t, k):
@@ -288,7 +314,7 @@ def main(arguments):
         time = compile_expression(options.times, options.define)
 
         def times(k):
-            return time(None, mpmath.mpf(k) if "[k" not in options.times else k)
+            return time(None, k)
 
     faults = compare(sys.stdin.read(), columns, times=times, rows=options.rows,
                      digits=options.digits, units=to_mpf(options.units))

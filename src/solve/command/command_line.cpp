@@ -33,10 +33,12 @@ struct Texts {
 /// Lists the options for readers.
 class HelpFormatter final : public CLI::Formatter {
  public:
-  std::string make_usage(const CLI::App* /*app*/, std::string name) const override
+  std::string make_usage(const CLI::App* app, std::string name) const override
   {
-    return "\nUsage: " + name + " [OPTIONS] FILE\n";
+    return "Usage: " + name + " [OPTIONS] FILE\n" + app->get_description() + "\n";
   }
+
+  std::string make_description(const CLI::App* /*app*/) const override { return {}; }
 
   std::string make_group(std::string group, bool isPositional,
                          std::vector<const CLI::Option*> options) const override
@@ -49,7 +51,13 @@ class HelpFormatter final : public CLI::Formatter {
     return text;
   }
 
-  std::string make_footer(const CLI::App* /*app*/) const override { return {}; }
+  std::string make_help(const CLI::App* app, std::string name,
+                        CLI::AppFormatMode mode) const override
+  {
+    std::string text = CLI::Formatter::make_help(app, std::move(name), mode);
+    text.pop_back();  // an empty line at the end
+    return text;
+  }
 
   std::string make_option(const CLI::Option* option, bool /*isPositional*/) const override
   {

@@ -67,7 +67,10 @@ std::vector<std::string> ExpandLongOptions(const CLI::App& app,
       others.push_back(argument);
       continue;
     }
-    if (!argument.starts_with("--")) throw UsageError("unknown option '" + argument + "'");
+    if (!argument.starts_with("--")) {
+      throw UsageError("unknown option '" + argument +
+                       "'; options are written in full, as in --digits 30");
+    }
 
     const std::size_t equals = argument.find('=');
     const LongOption& option = Find(options, std::string_view(argument).substr(0, equals));

@@ -40,7 +40,7 @@ int RunProgram(const std::vector<std::string>& arguments, const Console& console
     return Run(std::get<CommandLine>(request), console);
   } catch (const UsageError& error) {
     console.Say(error.what());
-    console.Say("try 'varno-solve --help'");
+    console.Print("Try 'varno-solve --help' for more information.");
     return kFailure;
   }
 }

@@ -134,9 +134,9 @@ TEST(NumberFormat, TinyIsADecimalNumber)
   for (const char* good : {"1e-1000", "0", "0.0", "00e5", "1.", ".5", "2E+3", "1e-30"}) {
     EXPECT_NO_THROW(NumberFormat(15, good)) << good;
   }
-  for (const char* bad : {"", "x", "-1", "+1", "1e", "1e-", ".", "e5", "1..2", "nan", "inf", "0x1p3",
-                          "1 ", " 1", "1,5", "1e5x", "@inf@", "1e-99999999999999999999",
-                          "1e99999999999999999999"}) {
+  for (const char* bad :
+       {"", "x", "-1", "+1", "1e", "1e-", ".", "e5", "1..2", "nan", "inf", "0x1p3", "1 ", " 1",
+        "1,5", "1e5x", "@inf@", "1e-99999999999999999999", "1e99999999999999999999"}) {
     EXPECT_THROW(NumberFormat(15, bad), std::invalid_argument) << bad;
   }
 }

@@ -22,9 +22,9 @@ Moment M(const char* text)
 Moment PiTimes(const Rational& factor)
 {
   // A constant of its own each time, as two texts of a command line have.
-  return Moment(std::make_shared<const Constant>([](mpfr_ptr result) {
-           mpfr_const_pi(result, MPFR_RNDN);
-         })) * factor;
+  return Moment(std::make_shared<const Constant>(
+             [](mpfr_ptr result) { mpfr_const_pi(result, MPFR_RNDN); })) *
+         factor;
 }
 
 std::string CountOf(const RowTimes& times)
@@ -95,7 +95,8 @@ TEST(RowTimesEvery, PartsOfPi)
             (Strings{"0", "1.5708", "3.1416"}));
   EXPECT_EQ(Texts(RowTimes::Every(M("0"), PiTimes(1), M("1"))),
             (Strings{"0", "1", "2", "3", "3.1416"}));
-  EXPECT_EQ(CountOf(RowTimes::Every(M("0"), PiTimes(1'000'000), PiTimes(Rational(1, 7)))), "7000001");
+  EXPECT_EQ(CountOf(RowTimes::Every(M("0"), PiTimes(1'000'000), PiTimes(Rational(1, 7)))),
+            "7000001");
   // 355/113 is a little above pi.
   EXPECT_EQ(CountOf(RowTimes::Every(M("0"), M("355/113"), PiTimes(1))), "3");
   EXPECT_EQ(CountOf(RowTimes::Every(M("0"), M("-355/113"), PiTimes(1))), "3");
@@ -120,8 +121,7 @@ TEST(RowTimesEvery, IntervalMustBePositive)
 
 TEST(RowTimesPoints, EqualParts)
 {
-  EXPECT_EQ(Texts(RowTimes::Points(M("0"), M("1"), 4)),
-            (Strings{"0", "0.25", "0.5", "0.75", "1"}));
+  EXPECT_EQ(Texts(RowTimes::Points(M("0"), M("1"), 4)), (Strings{"0", "0.25", "0.5", "0.75", "1"}));
   EXPECT_EQ(Texts(RowTimes::Points(M("1"), M("-1"), 2)), (Strings{"1", "0", "-1"}));
   EXPECT_EQ(Texts(RowTimes::Points(M("0"), M("1"), 1)), (Strings{"0", "1"}));
 }
@@ -156,7 +156,9 @@ TEST(RowTimesAt, InOrderAndEachOnce)
 
 TEST(RowTimesAt, OutsideOfTheIntervalIsAnError)
 {
-  EXPECT_EQ(MessageOf([] { RowTimes::At(M("0"), M("1"), {M("1/2"), M("5/2")}); }),
+  EXPECT_EQ(MessageOf([] {
+              RowTimes::At(M("0"), M("1"), {M("1/2"), M("5/2")});
+            }),
             "t = 2.5 lies outside the interval from 0 to 1");
   EXPECT_EQ(MessageOf([] { RowTimes::At(M("1"), M("0"), {M("-1/2")}); }),
             "t = -0.5 lies outside the interval from 1 to 0");
@@ -187,12 +189,12 @@ TEST(RowTimesWidth, BoundOfMany)
   const TimeFormat format(15);
   const Sample samples[] = {
       {M("0"), M("1000000"), M("1"), 7},
-      {M("0"), M("200"), M("1/1000"), 7},       // 199.999
-      {M("0"), M("-200"), M("1/1000"), 8},      // -199.999
-      {M("1/16"), M("200000"), M("1"), 11},     // 199999.0625
+      {M("0"), M("200"), M("1/1000"), 7},              // 199.999
+      {M("0"), M("-200"), M("1/1000"), 8},             // -199.999
+      {M("1/16"), M("200000"), M("1"), 11},            // 199999.0625
       {M("0"), M("1/10000"), M("1/10000000000"), 12},  // 0.0000000001 or an exponent
-      {M("0"), M("100001"), M("1/3"), 16},      // 33333.3333333333
-      {M("0"), PiTimes(100'000), M("1"), 16},   // 314159.265358979
+      {M("0"), M("100001"), M("1/3"), 16},             // 33333.3333333333
+      {M("0"), PiTimes(100'000), M("1"), 16},          // 314159.265358979
   };
   for (const Sample& sample : samples) {
     RowTimes times = RowTimes::Every(sample.from, sample.to, sample.interval);

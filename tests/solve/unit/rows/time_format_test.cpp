@@ -18,8 +18,8 @@ Moment Fraction(const char* text)
 
 Moment PiTimes(const char* factor)
 {
-  static const auto kPi = std::make_shared<const Constant>(
-      [](mpfr_ptr result) { mpfr_const_pi(result, MPFR_RNDN); });
+  static const auto kPi =
+      std::make_shared<const Constant>([](mpfr_ptr result) { mpfr_const_pi(result, MPFR_RNDN); });
   return Moment(kPi) * Fraction(factor).RationalPart();
 }
 

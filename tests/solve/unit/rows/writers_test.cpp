@@ -1,3 +1,4 @@
+#include <nlohmann/json.hpp>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -5,7 +6,6 @@
 #include <vector>
 
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
 #include "solve/rows/csv_writer.h"
 #include "solve/rows/json_writer.h"
@@ -31,8 +31,7 @@ class FullSink final : public TextSink {
   void Write(std::string_view) override { throw std::runtime_error("full"); }
 };
 
-void WriteRow(RowWriter& writer, std::string_view time,
-              std::vector<std::string_view> values)
+void WriteRow(RowWriter& writer, std::string_view time, std::vector<std::string_view> values)
 {
   writer.Write(time, values);
 }
@@ -45,7 +44,8 @@ TEST(TableWriter, ColumnsAreAligned)
   TableWriter table(sink, {"a", "p"}, 2, 30);
   table.Begin();
   WriteRow(table, "0", {"2.00000000000000000000000000000e+00", "0"});
-  WriteRow(table, "2", {"1.46966235155697942570376505176e-01", "-1.67652421620050017604502156991e+00"});
+  WriteRow(table, "2",
+           {"1.46966235155697942570376505176e-01", "-1.67652421620050017604502156991e+00"});
   WriteRow(table, "10", {"-1.00000000000000000000000000000e+00", "0e-30"});
   EXPECT_EQ(sink.text,
             "# t  a  p\n"
