@@ -1,10 +1,12 @@
 #include "solve/library/option_constants.h"
 
-#include <varno/solve.h>
+#include <string>
+#include <utility>
 
 #include "solve/evaluation/domain_error.h"
 #include "solve/evaluation/evaluator.h"
-#include "solve/model/constant_expression.h"
+#include "solve/model/binding.h"
+#include "solve/model/build_model.h"
 #include "solve/source/diagnostics.h"
 
 namespace varno::solve {
@@ -13,34 +15,41 @@ namespace {
 
 /// With which precision a constant is tried, to see whether it has a value.
 constexpr mpfr_prec_t kTrialBits = 64;
-/// Bits beyond those asked for, against what cancels inside an expression.
-constexpr mpfr_prec_t kGuardBits = 64;
 
 }  // namespace
 
-Moment OptionConstants::Read(const std::string& option, const std::string& text)
+BoundProblem Bind(const Model& model, const Options& options, Sources& sources)
 {
-  Diagnostics diagnostics;
-  const std::optional<NodeId> constant = ReadConstantExpression(option, text, model, sources, diagnostics);
-  if (!constant) throw InputError(Render(diagnostics, sources));
-  return Of(*constant);
+  Model reading = model;
+  const auto read = [&](const char* option, const std::string& text) { return AddConstant(reading, text, option, sources); };
+  OptionConstants constants{.from = {}, .every = {}, .to = read("--to", options.to), .at = {}};
+  if (options.from) constants.from = read("--from", *options.from);
+  if (const auto* every = std::get_if<RowsEvery>(&options.rows)) constants.every = read("--every", every->interval);
+  if (const auto* at = std::get_if<RowsAt>(&options.rows)) {
+    for (const std::string& time : at->times) constants.at.push_back(read("--at", time));
+  }
+
+  std::vector<NodeId*> all{&constants.to};
+  if (constants.from) all.push_back(&*constants.from);
+  if (constants.every) all.push_back(&*constants.every);
+  for (NodeId& time : constants.at) all.push_back(&time);
+  return {BindParameters(reading, all), std::move(constants)};
 }
 
-Moment OptionConstants::Of(NodeId constant)
+Moment ConstantMoments::operator()(NodeId constant)
 {
-  if (model.graph.IsNumber(constant)) return Moment(model.graph.Value(constant));
+  if (graph.IsNumber(constant)) return Moment(graph.Value(constant));
   try {
-    EvaluateConstant(model.graph, constant, kTrialBits);
+    EvaluateConstant(graph, constant, kTrialBits);
   } catch (const DomainError& error) {
     Diagnostics diagnostics;
-    diagnostics.Error(model.graph[error.node].place, "this constant has no value");
+    diagnostics.Error(graph[error.node].place, "this constant has no value");
     throw InputError(Render(diagnostics, sources));
   }
   std::shared_ptr<const Constant>& value = known[constant];
   if (value == nullptr) {
-    value = std::make_shared<const Constant>([&graph = model.graph, constant](mpfr_ptr result) {
-      const Real exact = EvaluateConstant(graph, constant, mpfr_get_prec(result) + kGuardBits);
-      mpfr_set(result, exact, MPFR_RNDN);
+    value = std::make_shared<const Constant>([&graph = graph, constant](mpfr_ptr result) {
+      mpfr_set(result, EvaluateConstant(graph, constant, mpfr_get_prec(result)), MPFR_RNDN);
     });
   }
   return Moment(value);

@@ -1,8 +1,11 @@
 #pragma once
 
-#include <map>
 #include <memory>
-#include <string>
+#include <optional>
+#include <unordered_map>
+#include <vector>
+
+#include <varno/solve.h>
 
 #include "solve/model/model.h"
 #include "solve/number/moment.h"
@@ -10,22 +13,36 @@
 
 namespace varno::solve {
 
-/// Reads the constant expressions of options, such as --to 10*pi, and the constants of a model, as
-/// exact times. Equal constants are the same one in all moments, so that their difference is 0.
-class OptionConstants {
- public:
-  /// The model's parameters are bound; both must outlive this and the moments that it makes.
-  OptionConstants(Model& model, Sources& sources) : model(model), sources(sources) {}
+/// The constant expressions among the options of a run, as nodes of a model's graph.
+struct OptionConstants {
+  std::optional<NodeId> from, every;
+  NodeId to;
+  std::vector<NodeId> at;
+};
 
-  /// Throws InputError, in which `option` names the text.
-  Moment Read(const std::string& option, const std::string& text);
+/// A model with its parameters bound, and the options' constants in its graph.
+struct BoundProblem {
+  Model model;
+  OptionConstants constants;
+};
+
+/// Reads the constants of the options, which may use the model's parameters. Throws ProblemError.
+BoundProblem Bind(const Model& model, const Options& options, Sources& sources);
+
+/// Makes exact times of constants. Equal constants are the same one in all moments, so that their
+/// difference is 0.
+class ConstantMoments {
+ public:
+  /// The graph must outlive the moments.
+  ConstantMoments(const Graph& graph, const Sources& sources) : graph(graph), sources(sources) {}
+
   /// Throws InputError where the constant has no value.
-  Moment Of(NodeId constant);
+  Moment operator()(NodeId constant);
 
  private:
-  Model& model;
-  Sources& sources;
-  std::map<NodeId, std::shared_ptr<const Constant>> known;
+  const Graph& graph;
+  const Sources& sources;
+  std::unordered_map<NodeId, std::shared_ptr<const Constant>> known;
 };
 
 }  // namespace varno::solve

@@ -8,9 +8,8 @@
 #include <fmt/format.h>
 
 #include "solve/evaluation/domain_error.h"
-#include "solve/evaluation/evaluator.h"
-#include "solve/model/binding.h"
 #include "solve/model/print.h"
+#include "solve/source/diagnostics.h"
 #include "solve/tape/compile.h"
 #include "solve/tape/print.h"
 
@@ -34,13 +33,22 @@ NumberFormat CheckedFormat(const Options& options)
   }
 }
 
+BoundProblem BindOrThrow(const Model& model, const Options& options, Sources& sources)
+{
+  try {
+    return Bind(model, options, sources);
+  } catch (const ProblemError& error) {
+    throw InputError(error.what());
+  }
+}
+
 }  // namespace
 
 Solution::Implementation::Implementation(const Problem::Implementation& problem, Options given)
-    : sources(problem.sources), options(std::move(given)), model(BindParameters(problem.model)),
-      tape(Compile(model)), constants(model, sources),
-      numberFormat(CheckedFormat(options)), timeFormat(options.digits), interval(ReadInterval()),
-      schedule(ReadSchedule()), ends(sources, tape.graph, options.digits)
+    : sources(problem.sources), options(std::move(given)), bound(BindOrThrow(problem.model, options, sources)),
+      model(bound.model), tape(Compile(model)), moments(model.graph, sources),
+      numberFormat(CheckedFormat(options)), timeFormat(options.digits), interval(MakeInterval()),
+      schedule(MakeSchedule()), ends(sources, tape.graph, options.digits)
 {
   ChooseColumns();
   rows.emplace(model, tape, interval, schedule,
@@ -61,30 +69,32 @@ void Solution::Implementation::ChooseColumns()
   }
 }
 
-Interval Solution::Implementation::ReadInterval()
+Interval Solution::Implementation::MakeInterval()
 {
-  const auto start = model.startPoint ? std::optional(constants.Of(*model.startPoint)) : std::nullopt;
-  const Moment from = options.from ? constants.Read("--from", *options.from) : start.value_or(Moment(Rational(0)));
-  return {start.value_or(from), from, constants.Read("--to", options.to)};
+  std::optional<Moment> start;
+  if (model.startPoint) start = moments(*model.startPoint);
+  const auto& given = bound.constants.from;
+  const Moment from = given ? moments(*given) : start.value_or(Moment(Rational(0)));
+  return {start.value_or(from), from, moments(bound.constants.to)};
 }
 
-RowSchedule Solution::Implementation::ReadSchedule()
+RowSchedule Solution::Implementation::MakeSchedule()
 {
   const Moment &from = interval.from, &to = interval.to;
   std::string option;
   try {
-    if (const auto* every = std::get_if<RowsEvery>(&options.rows)) {
+    if (bound.constants.every) {
       option = "--every";
-      return {interval, RowTimes::Every(from, to, constants.Read(option, every->interval))};
+      return {interval, RowTimes::Every(from, to, moments(*bound.constants.every))};
     }
     if (const auto* points = std::get_if<RowsPoints>(&options.rows)) {
       option = "--points";
       return {interval, RowTimes::Points(from, to, points->count)};
     }
-    if (const auto* at = std::get_if<RowsAt>(&options.rows)) {
+    if (std::holds_alternative<RowsAt>(options.rows)) {
       option = "--at";
       std::vector<Moment> times;
-      for (const std::string& time : at->times) times.push_back(constants.Read(option, time));
+      for (const NodeId time : bound.constants.at) times.push_back(moments(time));
       return {interval, RowTimes::At(from, to, std::move(times))};
     }
   } catch (const std::invalid_argument& error) {
@@ -184,7 +194,7 @@ std::string Solution::Implementation::Explain() const
   const RunSettings settings = SettingsFor(options.digits + rows->SpareDecimals());
   const std::size_t termCount = tape.lines.size() * static_cast<std::size_t>(settings.order + 1);
   const double mebibytes = static_cast<double>(termCount) * (static_cast<double>(settings.bits) / 8 + 32) / (1 << 20);
-  return Print(model) +
+  return PrintModel(model) +
          fmt::format("\nOperations after sharing:\n{}\nOrder {}, {} bits, tolerance 1e-{:.0f}, about {:.1f} MiB of terms\n",
                      Print(tape, stateNames), settings.order, settings.bits, settings.toleranceBits * 0.30103, mebibytes);
 }

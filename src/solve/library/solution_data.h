@@ -29,8 +29,8 @@ struct Solution::Implementation {
   std::string Explain() const;
 
   void ChooseColumns();
-  Interval ReadInterval();
-  RowSchedule ReadSchedule();
+  Interval MakeInterval();
+  RowSchedule MakeSchedule();
   void Watch(const Run& run) const;
   Row MakeRow(const VerifiedRow& row) const;
   Value MakeValue(const RowNumber& number) const;
@@ -39,9 +39,10 @@ struct Solution::Implementation {
 
   Sources sources;
   Options options;
-  Model model;
+  BoundProblem bound;
+  const Model& model;
   Tape tape;
-  OptionConstants constants;
+  ConstantMoments moments;
   NumberFormat numberFormat;
   TimeFormat timeFormat;
   std::vector<std::string> names;
