@@ -8,14 +8,16 @@ namespace varno::solve {
 
 namespace {
 
-void Parse(TokenKind text, const Sources& sources, std::uint32_t source, Syntax& syntax, Diagnostics& diagnostics)
+void Parse(TokenKind text, const Sources& sources, std::uint32_t source, Syntax& syntax,
+           Diagnostics& diagnostics)
 {
   TokenStream tokens(text, sources, source, diagnostics);
   SyntaxActions actions(sources, syntax, diagnostics);
   Grammar(tokens, actions).parse();
   // Names of which only a broken statement tells are not reported as undefined as well.
   if (diagnostics.HasErrors()) {
-    syntax.lostNames.insert(syntax.lostNames.end(), tokens.DefinedNames().begin(), tokens.DefinedNames().end());
+    syntax.lostNames.insert(syntax.lostNames.end(), tokens.DefinedNames().begin(),
+                            tokens.DefinedNames().end());
   }
 }
 
@@ -28,7 +30,8 @@ Syntax ParseProblem(const Sources& sources, std::uint32_t source, Diagnostics& d
   return syntax;
 }
 
-void ParseSetting(const Sources& sources, std::uint32_t source, Syntax& syntax, Diagnostics& diagnostics)
+void ParseSetting(const Sources& sources, std::uint32_t source, Syntax& syntax,
+                  Diagnostics& diagnostics)
 {
   Parse(Grammar::token::TOKEN_SETTING_TEXT, sources, source, syntax, diagnostics);
 }

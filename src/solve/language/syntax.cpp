@@ -21,7 +21,8 @@ bool IsCondition(ExpressionKind kind)
 ExpressionId Syntax::AddLeaf(ExpressionKind kind, Place place, std::uint32_t order)
 {
   const auto id = static_cast<ExpressionId>(expressions.size());
-  expressions.push_back({kind, false, order, id, static_cast<std::uint32_t>(operandLists.size()), 0, place, place});
+  expressions.push_back(
+      {kind, false, order, id, static_cast<std::uint32_t>(operandLists.size()), 0, place, place});
   return id;
 }
 
@@ -32,7 +33,8 @@ ExpressionId Syntax::AddName(Place name, std::uint32_t order, Place place)
   return id;
 }
 
-ExpressionId Syntax::Add(ExpressionKind kind, std::span<const ExpressionId> operands, Place place, Place name)
+ExpressionId Syntax::Add(ExpressionKind kind, std::span<const ExpressionId> operands, Place place,
+                         Place name)
 {
   const ExpressionId id = AddLeaf(kind, place);
   Expression& added = expressions[id];

@@ -114,7 +114,8 @@ class Syntax {
   ExpressionId AddLeaf(ExpressionKind kind, Place place, std::uint32_t order = 0);
   ExpressionId AddName(Place name, std::uint32_t order, Place place);
   /// `name` is the operator, or the name of the function.
-  ExpressionId Add(ExpressionKind kind, std::span<const ExpressionId> operands, Place place, Place name);
+  ExpressionId Add(ExpressionKind kind, std::span<const ExpressionId> operands, Place place,
+                   Place name);
   /// Notes the parentheses around an expression.
   ExpressionId Parenthesise(ExpressionId id, Place place);
 

@@ -9,7 +9,8 @@
 
 namespace varno::solve {
 
-void SyntaxActions::AddEquation(const Head& head, ExpressionId right, std::optional<ExpressionId> start)
+void SyntaxActions::AddEquation(const Head& head, ExpressionId right,
+                                std::optional<ExpressionId> start)
 {
   if (CheckHead(head)) syntax.equations.push_back({head, right, start});
 }
@@ -31,7 +32,8 @@ void SyntaxActions::AddFunction(Place name, std::vector<Place> parameters, Expre
     const std::string_view text = sources.Text(parameter);
     CheckNewName(parameter);
     if (!seen.insert(text).second) {
-      diagnostics.Error(parameter, "two parameters of this function are named '" + std::string(text) + "'");
+      diagnostics.Error(parameter,
+                        "two parameters of this function are named '" + std::string(text) + "'");
     }
   }
   syntax.functions.push_back({name, std::move(parameters), body});
@@ -51,7 +53,8 @@ void SyntaxActions::AddEvent(Place name, ExpressionId expression, const std::vec
       event.crossing = Crossing::kFalling;
     } else {
       diagnostics.Error(word, "unexpected '" + std::string(text) + "' in an event",
-                        "an event is written: event name: expression rising stop; or falling, or neither for both");
+                        "an event is written: event name: expression rising stop; or falling, or "
+                        "neither for both");
     }
   }
   for (const Assignment& assignment : event.assignments) CheckHead(assignment.head);
@@ -63,7 +66,8 @@ bool SyntaxActions::CheckHead(const Head& head)
 {
   if (!CheckNewName(head.name)) return false;
   if (head.order <= kMaxOrder) return true;
-  diagnostics.Error(head.place, "derivative order too large", "the highest order is " + std::to_string(kMaxOrder));
+  diagnostics.Error(head.place, "derivative order too large",
+                    "the highest order is " + std::to_string(kMaxOrder));
   syntax.lostNames.push_back(head.name);
   return false;
 }
@@ -72,7 +76,9 @@ bool SyntaxActions::CheckNewName(Place name)
 {
   const std::string_view text = sources.Text(name);
   if (text != "t" && text != "pi") return true;
-  diagnostics.Error(name, text == "t" ? "'t' is the time and cannot be defined" : "'pi' is a number and cannot be defined",
+  diagnostics.Error(name,
+                    text == "t" ? "'t' is the time and cannot be defined"
+                                : "'pi' is a number and cannot be defined",
                     "choose another name");
   return false;
 }
@@ -92,17 +98,19 @@ ExpressionId SyntaxActions::Unary(ExpressionKind kind, ExpressionId a, Place pla
   return syntax.Add(kind, {&a, 1}, place, sign);
 }
 
-ExpressionId SyntaxActions::Binary(ExpressionKind kind, ExpressionId a, ExpressionId b, Place place, Place sign)
+ExpressionId SyntaxActions::Binary(ExpressionKind kind, ExpressionId a, ExpressionId b, Place place,
+                                   Place sign)
 {
   const std::array operands = {a, b};
   return syntax.Add(kind, operands, place, sign);
 }
 
-ExpressionId SyntaxActions::Compare(ExpressionKind kind, ExpressionId a, ExpressionId b, Place place, Place sign)
+ExpressionId SyntaxActions::Compare(ExpressionKind kind, ExpressionId a, ExpressionId b,
+                                    Place place, Place sign)
 {
   const auto isComparison = [](const Expression& expression) {
-    return expression.kind >= ExpressionKind::kLess && expression.kind <= ExpressionKind::kGreaterEqual &&
-           !expression.parenthesised;
+    return expression.kind >= ExpressionKind::kLess &&
+           expression.kind <= ExpressionKind::kGreaterEqual && !expression.parenthesised;
   };
   if (isComparison(syntax[a])) {
     diagnostics.Error(sign, "comparisons cannot be chained", "write a < b and b < c");
@@ -110,7 +118,8 @@ ExpressionId SyntaxActions::Compare(ExpressionKind kind, ExpressionId a, Express
   return Binary(kind, a, b, place, sign);
 }
 
-ExpressionId SyntaxActions::Call(Place name, const std::vector<ExpressionId>& arguments, Place place)
+ExpressionId SyntaxActions::Call(Place name, const std::vector<ExpressionId>& arguments,
+                                 Place place)
 {
   return syntax.Add(ExpressionKind::kCall, arguments, place, name);
 }
@@ -120,17 +129,20 @@ ExpressionId SyntaxActions::Parenthesise(ExpressionId id, Place place)
   return syntax.Parenthesise(id, place);
 }
 
-ExpressionId SyntaxActions::Step(ExpressionId subject, const std::vector<ExpressionId>& segments, Place place, Place sign)
+ExpressionId SyntaxActions::Step(ExpressionId subject, const std::vector<ExpressionId>& segments,
+                                 Place place, Place sign)
 {
   std::vector<ExpressionId> operands = {subject};
   operands.insert(operands.end(), segments.begin(), segments.end());
   return syntax.Add(ExpressionKind::kStep, operands, place, sign);
 }
 
-ExpressionId SyntaxActions::Segment(std::vector<ExpressionId> limits, ExpressionId value, Place place, Place colon)
+ExpressionId SyntaxActions::Segment(std::vector<ExpressionId> limits, ExpressionId value,
+                                    Place place, Place colon)
 {
   if (limits.size() > 2) {
-    diagnostics.Error(syntax[limits[2]].place, "a segment of a step function has at most two limits",
+    diagnostics.Error(syntax[limits[2]].place,
+                      "a segment of a step function has at most two limits",
                       "a, b : v is v for a <= t < b");
   }
   limits.push_back(value);
@@ -142,7 +154,8 @@ void SyntaxActions::Report(Place place, const std::string& message)
   diagnostics.Error(place, message);
 }
 
-void SyntaxActions::ReportSyntaxError(const TokenStream& tokens, std::span<const Grammar::symbol_kind_type> expected)
+void SyntaxActions::ReportSyntaxError(const TokenStream& tokens,
+                                      std::span<const Grammar::symbol_kind_type> expected)
 {
   const SyntaxError error = DescribeSyntaxError(tokens, expected, sources);
   diagnostics.Error(error.place, error.message, error.hint);

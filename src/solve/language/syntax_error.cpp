@@ -33,6 +33,9 @@ std::string NameOfFound(const TokenStream& tokens)
   switch (token.kind) {
     case Kind::TOKEN_END:
       return "unexpected end of the text";
+    case Kind::TOKEN_SEMICOLON:
+      // Where it was missing as well
+      return "unexpected end of the statement";
     case Kind::TOKEN_NUMBER:
       return "unexpected number " + Quoted(text);
     case Kind::TOKEN_NAME:
@@ -71,7 +74,7 @@ constexpr Expectation kExpectations[] = {
     {Symbol::S_SEPARATOR, "';'"},
     {Symbol::S_AMPERSAND, "'&'"},
     {Symbol::S_SEMICOLON, "';'"},
-    {Symbol::S_END, "the end of the text"},
+    {Symbol::S_YYEOF, "the end of the text"},
 };
 
 std::string ListOfExpected(std::span<const Grammar::symbol_kind_type> expected)
@@ -89,7 +92,8 @@ std::string ListOfExpected(std::span<const Grammar::symbol_kind_type> expected)
     if (!isExpected(each.symbol)) continue;
     if (each.symbol == Symbol::S_PLUS && expression) continue;
     if (each.symbol == Symbol::S_LESS && operation) continue;
-    if ((each.symbol == Symbol::S_NAME || each.symbol == Symbol::S_LEFT_PARENTHESIS) && expression) continue;
+    if (each.symbol == Symbol::S_NAME && expression) continue;
+    if (each.symbol == Symbol::S_LEFT_PARENTHESIS && (expression || operation)) continue;
     if (!list.empty()) list += " or ";
     list += each.text;
   }
@@ -105,7 +109,8 @@ struct Habit {
 };
 
 constexpr std::string_view kProductHint = "a product is written with '*', as in 2*x";
-constexpr std::string_view kDerivativeMarkHint = "derivatives are marked with the apostrophe ', as in y' and y''";
+constexpr std::string_view kDerivativeMarkHint =
+    "derivatives are marked with the apostrophe ', as in y' and y''";
 constexpr std::string_view kParameterHint = "a parameter is written mu = 3;";
 
 /// Operators and characters of other languages.
@@ -178,8 +183,8 @@ bool Touch(const Token& left, const Token& right)
 
 bool BeginsOperand(TokenKind kind)
 {
-  return kind == Kind::TOKEN_NAME || kind == Kind::TOKEN_NUMBER || kind == Kind::TOKEN_PI || kind == Kind::TOKEN_TIME ||
-         kind == Kind::TOKEN_LEFT_PARENTHESIS;
+  return kind == Kind::TOKEN_NAME || kind == Kind::TOKEN_NUMBER || kind == Kind::TOKEN_PI ||
+         kind == Kind::TOKEN_TIME || kind == Kind::TOKEN_LEFT_PARENTHESIS;
 }
 
 /// "dx/dt = ...", "d/dt x = ...": the slash after the beginning of a statement.
@@ -200,9 +205,11 @@ std::string JuxtapositionHint(const TokenStream& tokens)
   if (!BeginsOperand(right.kind)) return {};
   switch (left.kind) {
     case Kind::TOKEN_NUMBER:
-      return "a product is written with '*': " + std::string(tokens.Text(left).substr(0, kMaxQuoted)) + "*" +
-             (right.kind == Kind::TOKEN_LEFT_PARENTHESIS ? "(...)"
-                                                         : std::string(tokens.Text(right).substr(0, kMaxQuoted)));
+      return "a product is written with '*': " +
+             std::string(tokens.Text(left).substr(0, kMaxQuoted)) + "*" +
+             (right.kind == Kind::TOKEN_LEFT_PARENTHESIS
+                  ? "(...)"
+                  : std::string(tokens.Text(right).substr(0, kMaxQuoted)));
     case Kind::TOKEN_DERIVATIVE:
       if (right.kind != Kind::TOKEN_LEFT_PARENTHESIS) return std::string(kProductHint);
       return "a start value cannot be read back; give it a name: v0 = 1; y'(0) = v0;";
@@ -212,7 +219,8 @@ std::string JuxtapositionHint(const TokenStream& tokens)
       return std::string(kProductHint);
     case Kind::TOKEN_RIGHT_PARENTHESIS:
     case Kind::TOKEN_RIGHT_BRACKET:
-      return Touch(left, right) || right.kind != Kind::TOKEN_NAME ? std::string(kProductHint) : std::string();
+      return Touch(left, right) || right.kind != Kind::TOKEN_NAME ? std::string(kProductHint)
+                                                                  : std::string();
     default:
       return {};
   }
@@ -228,17 +236,22 @@ std::string HintOn(const TokenStream& tokens)
     case Kind::TOKEN_SLASH:
       return LeibnizHint(tokens);
     case Kind::TOKEN_COMMA:
-      if (before.kind == Kind::TOKEN_NUMBER && tokens.At(1).kind == Kind::TOKEN_NUMBER && Touch(before, found)) {
-        return "decimals are written with a point: " + std::string(tokens.Text(before).substr(0, kMaxQuoted)) + "." +
+      if (before.kind == Kind::TOKEN_NUMBER && tokens.At(1).kind == Kind::TOKEN_NUMBER &&
+          Touch(before, found)) {
+        return "decimals are written with a point: " +
+               std::string(tokens.Text(before).substr(0, kMaxQuoted)) + "." +
                std::string(tokens.Text(tokens.At(1)).substr(0, kMaxQuoted));
       }
       return {};
     case Kind::TOKEN_LEFT_BRACKET:
       return before.kind == Kind::TOKEN_NAME ? "names have no indices; write x1, x2" : "";
     case Kind::TOKEN_EQUALS:
-      return tokens.BeginsStatement(0) ? "" : "comparisons are <, <=, > and >=; '=' stands in statements only";
+      return tokens.BeginsStatement(0)
+                 ? ""
+                 : "comparisons are <, <=, > and >=; '=' stands in statements only";
     case Kind::TOKEN_COLON:
-      return tokens.BeginsStatement(-1) ? "write name = expression; or event name: expression;" : "";
+      return tokens.BeginsStatement(-1) ? "write name = expression; or event name: expression;"
+                                        : "";
     case Kind::TOKEN_RIGHT_PARENTHESIS:
     case Kind::TOKEN_RIGHT_BRACKET:
     case Kind::TOKEN_RIGHT_BRACE:
@@ -247,7 +260,8 @@ std::string HintOn(const TokenStream& tokens)
     default:
       break;
   }
-  if (before.kind == Kind::TOKEN_NAME && tokens.BeginsStatement(-1) && found.kind == Kind::TOKEN_NAME) {
+  if (before.kind == Kind::TOKEN_NAME && tokens.BeginsStatement(-1) &&
+      found.kind == Kind::TOKEN_NAME) {
     return HintFor(kDeclarations, tokens.Text(before));
   }
   return JuxtapositionHint(tokens);
@@ -258,17 +272,19 @@ std::string HintOnUnclosed(const TokenStream& tokens, const Sources& sources)
   const std::optional<Place> bracket = tokens.Unclosed();
   if (!bracket) return {};
   const Position position = sources.Begin(*bracket);
-  return "the " + Quoted(sources.Text(*bracket)) + " of line " + std::to_string(position.line) + ", column " +
-         std::to_string(position.column) + " is not closed";
+  return "the " + Quoted(sources.Text(*bracket)) + " of line " + std::to_string(position.line) +
+         ", column " + std::to_string(position.column) + " is not closed";
 }
 
 }  // namespace
 
-SyntaxError DescribeSyntaxError(const TokenStream& tokens, std::span<const Grammar::symbol_kind_type> expected,
+SyntaxError DescribeSyntaxError(const TokenStream& tokens,
+                                std::span<const Grammar::symbol_kind_type> expected,
                                 const Sources& sources)
 {
   SyntaxError error{tokens.At(0).place, NameOfFound(tokens), HintOn(tokens)};
-  if (const std::string list = ListOfExpected(expected); !list.empty()) error.message += ", expected " + list;
+  if (const std::string list = ListOfExpected(expected); !list.empty())
+    error.message += ", expected " + list;
   if (error.hint.empty()) error.hint = HintOnUnclosed(tokens, sources);
   return error;
 }

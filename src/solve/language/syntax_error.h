@@ -18,7 +18,8 @@ struct SyntaxError {
 
 /// What to say of the token that the grammar took last and has no rule for: what it is, what could
 /// stand there instead, and how to write what was probably meant.
-SyntaxError DescribeSyntaxError(const TokenStream& tokens, std::span<const Grammar::symbol_kind_type> expected,
+SyntaxError DescribeSyntaxError(const TokenStream& tokens,
+                                std::span<const Grammar::symbol_kind_type> expected,
                                 const Sources& sources);
 
 }  // namespace varno::solve

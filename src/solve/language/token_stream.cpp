@@ -100,7 +100,8 @@ class Classification {
       default:
         break;
     }
-    if (scanned[i].kind == Kind::TOKEN_EQUALS || scanned[i].kind == Kind::TOKEN_COLON) statementIsUnderWay = true;
+    if (scanned[i].kind == Kind::TOKEN_EQUALS || scanned[i].kind == Kind::TOKEN_COLON)
+      statementIsUnderWay = true;
     Append(scanned[i]);
   }
 
@@ -157,7 +158,8 @@ class Classification {
     if (EndsOperand(tokens.back().kind)) {
       if (text == "and") return Kind::TOKEN_AND;
       if (text == "or") return Kind::TOKEN_OR;
-    } else if (text == "not" && BeginsOperand(i + 1) && tokens.back().kind != Kind::TOKEN_FUNCTION) {
+    } else if (text == "not" && BeginsOperand(i + 1) &&
+               tokens.back().kind != Kind::TOKEN_FUNCTION) {
       return Kind::TOKEN_NOT;
     }
     return Kind::TOKEN_NAME;
@@ -193,7 +195,8 @@ class Classification {
   void NoteLeibniz(std::size_t i)
   {
     const bool fraction = KindAt(i + 1) == Kind::TOKEN_SLASH && TextAt(i + 2) == "dt";
-    if (!fraction || !statementBegins || TextAt(i).size() < 2 || !TextAt(i).starts_with('d')) return;
+    if (!fraction || !statementBegins || TextAt(i).size() < 2 || !TextAt(i).starts_with('d'))
+      return;
     Place name = scanned[i].place;
     ++name.begin;
     definedNames.push_back(name);
@@ -201,8 +204,8 @@ class Classification {
 
   // --- Semicolons
 
-  /// True before a name that begins the next statement although the one before has no end: inside an
-  /// expression no name follows an operand, and none stands before "=".
+  /// True before a name that begins the next statement although the one before has no end: inside
+  /// an expression no name follows an operand, and none stands before "=".
   bool LacksSemicolon(std::size_t i) const
   {
     if (!statementIsUnderWay || statementBegins || !EndsOperand(tokens.back().kind)) return false;
@@ -226,7 +229,8 @@ class Classification {
     NoteUnclosed();
     Token token = scanned[i];
     // What was opened inside brackets must be closed inside.
-    while (!open.empty() && (scanned[open.back()].kind == Kind::TOKEN_LEFT_PARENTHESIS || IsBroken(open.back(), i))) {
+    while (!open.empty() && (scanned[open.back()].kind == Kind::TOKEN_LEFT_PARENTHESIS ||
+                             IsBroken(open.back(), i))) {
       open.pop_back();
     }
     if (!open.empty()) token.kind = Kind::TOKEN_SEPARATOR;
@@ -234,7 +238,8 @@ class Classification {
     if (open.empty()) EndStatement();
   }
 
-  /// True for a bracket that will not be closed: then a mistake in one statement does not swallow the others.
+  /// True for a bracket that will not be closed: then a mistake in one statement does not swallow
+  /// the others.
   bool IsBroken(std::size_t bracket, std::size_t semicolon) const
   {
     if (scanned[bracket].kind == Kind::TOKEN_LEFT_BRACE) return !closed[bracket];
@@ -253,7 +258,8 @@ class Classification {
 
 }  // namespace
 
-TokenStream::TokenStream(TokenKind text, const Sources& sources, std::uint32_t source, Diagnostics& diagnostics)
+TokenStream::TokenStream(TokenKind text, const Sources& sources, std::uint32_t source,
+                         Diagnostics& diagnostics)
     : sources(sources)
 {
   Classification classes(sources, Scan(sources, source, diagnostics), diagnostics);
@@ -277,7 +283,9 @@ const Token& TokenStream::At(std::ptrdiff_t offset) const
 {
   const std::ptrdiff_t index = static_cast<std::ptrdiff_t>(given) - 2 + offset;
   if (index < 0) return first;
-  return index < static_cast<std::ptrdiff_t>(tokens.size()) ? tokens[static_cast<std::size_t>(index)] : tokens.back();
+  return index < static_cast<std::ptrdiff_t>(tokens.size())
+             ? tokens[static_cast<std::size_t>(index)]
+             : tokens.back();
 }
 
 bool TokenStream::BeginsStatement(std::ptrdiff_t offset) const

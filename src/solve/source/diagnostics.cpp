@@ -19,7 +19,6 @@ void Diagnostics::Note(Place place, std::string message, std::string hint)
 
 ProblemError::ProblemError(Diagnostics diagnostics, const Sources& sources)
     : std::runtime_error(Render(diagnostics, sources)), remarks(std::move(diagnostics))
-{
-}
+{}
 
 }  // namespace varno::solve

@@ -152,7 +152,8 @@ std::string Render(const Diagnostics& diagnostics, const Sources& sources)
     if (all[group.first].severity == Severity::kError && ++errors > kMaxErrors) continue;
     for (std::size_t i = 0; i < group.count; ++i) text += Render(all[group.first + i], sources);
   }
-  if (errors > kMaxErrors) text += std::to_string(errors - kMaxErrors) + " more errors are not shown\n";
+  if (errors > kMaxErrors)
+    text += std::to_string(errors - kMaxErrors) + " more errors are not shown\n";
   return text;
 }
 

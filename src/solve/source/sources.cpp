@@ -38,14 +38,17 @@ std::string_view Sources::Text(Place place) const
 std::size_t Sources::LineIndex(Place place) const
 {
   const std::vector<std::uint32_t>& starts = entries.at(place.source).lineStarts;
-  return static_cast<std::size_t>(std::upper_bound(starts.begin(), starts.end(), place.begin) - starts.begin()) - 1;
+  return static_cast<std::size_t>(std::upper_bound(starts.begin(), starts.end(), place.begin) -
+                                  starts.begin()) -
+         1;
 }
 
 Position Sources::Begin(Place place) const
 {
   const std::size_t line = LineIndex(place);
   const std::uint32_t start = entries[place.source].lineStarts[line];
-  const std::string_view before = std::string_view(Text(place.source)).substr(start, place.begin - start);
+  const std::string_view before =
+      std::string_view(Text(place.source)).substr(start, place.begin - start);
   return {static_cast<int>(line + 1), static_cast<int>(CountCharacters(before) + 1)};
 }
 
