@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <unordered_map>
 #include <vector>
@@ -31,8 +32,9 @@ struct Node {
 
 /// Expressions with their common parts shared: building the same operation over the same operands
 /// twice gives the same node. A graph only grows. Numbers are exact, and operations over numbers
-/// alone are carried out exactly while their results stay small (4096 bits); nothing else is simplified but
-/// what is an identity for all values (x+0, 1*x, x^1, -(-x)).
+/// alone are carried out exactly while their results stay small (4096 bits); nothing else is
+/// simplified but what is an identity for all values (x+0, 1*x, x/1, x^1, -(-x); 0-x and -1*x are
+/// -x). a+b and b+a are one node, so are a*b and b*a.
 class Graph {
  public:
   NodeId Number(const Rational& value, Place place);
@@ -60,11 +62,13 @@ class Graph {
   struct KeyHash {
     std::size_t operator()(const Key& key) const;
   };
-  NodeId Intern(const Node& node);
+  NodeId Intern(Node node, bool commutative);
+  Dependence DependenceOf(const Node& node) const;
 
   std::vector<Node> nodes;
   std::vector<Rational> numbers;
   std::unordered_map<Key, NodeId, KeyHash> known;
+  std::unordered_multimap<std::size_t, NodeId> knownNumbers;  // by the hash of the value
 };
 
 }  // namespace varno::solve
