@@ -1,6 +1,5 @@
 #include "varno/config/command_line.h"
 
-#include <cstdio>
 #include <cstring>
 #include <iostream>
 #include <unistd.h>
@@ -8,7 +7,6 @@
 #include "varno/config/options.h"
 #include "varno/config/usage_text.h"
 #include "varno/core/global_data.h"
-#include "varno/parser/scanner.h"
 #include "varno/sys/messages.h"
 
 namespace varno {
@@ -40,25 +38,6 @@ void ApplyOption(int letter, const char* argument)
   option->apply(argument);
 }
 
-/// Whether something can be read: directories, for one, open without an error.
-bool IsReadable(std::FILE* file)
-{
-  const int first = std::getc(file);
-  if (first == EOF) return std::ferror(file) == 0;
-  std::ungetc(first, file);
-  return true;
-}
-
-void OpenInput(const char* name)
-{
-  std::FILE* const file = std::fopen(name, "r");
-  if (file == nullptr || !IsReadable(file)) {
-    std::perror("#(WARN) Error by opening input file");
-    Exit(kFailure);
-  }
-  SetScannerInput(file);
-}
-
 /// A negative interval -n asks for n equally spaced rows up to Tmax.
 void SettlePrintInterval()
 {
@@ -70,18 +49,17 @@ void SettlePrintInterval()
 
 }  // namespace
 
-int ReadCommandLine(int argc, char** argv)
+CommandLine ReadCommandLine(int argc, char** argv)
 {
   const std::string letters = OptionString();
   for (int letter = 0; (letter = getopt(argc, argv, letters.c_str())) != -1;) {
     ApplyOption(letter, optarg);
   }
-  if (optind < argc && std::strcmp(argv[optind], "-") != 0) OpenInput(argv[optind]);
-  if (optind + 1 < argc) {
-    std::clog << tag::kWarning << "Some unused parameters in the way..." << std::endl;
-  }
   SettlePrintInterval();
-  return 0;
+  CommandLine rest;
+  if (optind < argc && std::strcmp(argv[optind], "-") != 0) rest.inputFile = argv[optind];
+  rest.hasUnusedArguments = optind + 1 < argc;
+  return rest;
 }
 
 }  // namespace varno

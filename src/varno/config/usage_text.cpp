@@ -5,7 +5,7 @@
 #include <string>
 
 #include "varno/config/options.h"
-#include "varno/format/number_format.h"
+#include "varno/core/number_output.h"
 
 namespace varno {
 

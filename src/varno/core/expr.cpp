@@ -6,17 +6,16 @@
 #include <vector>
 
 #include "arith/magnitude.h"
-#include "arith/range.h"
 #include "arith/scratch.h"
 #include "varno/core/global_data.h"
 #include "varno/core/nothing_expr.h"
 #include "varno/sys/messages.h"
+#include "varno/sys/number_checks.h"
 #include "varno/sys/stack_guard.h"
 
 namespace varno {
 
 using arith::Magnitude;
-using arith::RequireRange;
 using arith::Scratch;
 
 // In this order: nodes read the record when they are built. Both live as long as the process.
@@ -70,7 +69,7 @@ void Expr::Ref::Drop(Expr* node) noexcept
 
 void Expr::PrepareTerms()
 {
-  if (terms.IsEmpty()) terms = TermArray(keepsLatestTermOnly ? 0 : Global->_NTERMS);
+  if (terms.IsEmpty()) terms = MakeTermArray(keepsLatestTermOnly ? 0 : Global->_NTERMS);
 }
 
 void Expr::ResetTerms()
@@ -109,6 +108,7 @@ void Expr::ReleaseReferences(std::vector<Ref>& released)
 {
   released.push_back(std::move(derivative));
   released.push_back(std::move(converted));
+  for (Ref& operand : Operands()) released.push_back(std::move(operand));
 }
 
 mpf_srcptr Expr::Term(int k)

@@ -4,17 +4,16 @@
 #include <string_view>
 
 #include "arith/mpf.h"
-#include "arith/range.h"
 #include "varno/core/expr.h"
 #include "varno/core/global_data.h"
 #include "varno/functions/period_reduction.h"
 #include "varno/sys/assertion.h"
 #include "varno/sys/messages.h"
+#include "varno/sys/number_checks.h"
 
 namespace varno::functions {
 
 using arith::Mpf;
-using arith::RequireRange;
 
 namespace {
 
@@ -49,6 +48,14 @@ constexpr CircularChecks kCosChecks = {
 void Check(bool holds, const char* text, unsigned line, const CircularChecks& checks)
 {
   Assert(holds, text, {"functions", line, checks.function});
+}
+
+/// Subtracts 2 pi as often as possible.
+void ReduceCircular(Mpf& a)
+{
+  if (!SubtractPeriods(a, Global()._PI_2)) {
+    Fail("sin(x), cos(x): |x| is so large that subtracting 2 pi leaves it as it is");
+  }
 }
 
 /// Checks 0 <= a < 2 pi.
@@ -193,7 +200,7 @@ void sin(mpf_t& result, mpf_ptr x)
   const bool negative = mpf_sgn(x) < 0;
   Mpf a;
   mpf_abs(a, x);
-  SubtractPeriods(a, Global()._PI_2);
+  ReduceCircular(a);
   if (IsNegligible(a)) {
     mpf_set(result, Global()._ZERO);
     return;
@@ -212,7 +219,7 @@ void cos(mpf_t& result, mpf_ptr x)
 {
   Mpf a;
   mpf_abs(a, x);
-  SubtractPeriods(a, Global()._PI_2);
+  ReduceCircular(a);
   CheckReduced(a, kCosChecks);
   if (IsNegligible(a)) {
     mpf_set(result, Global()._ONE);

@@ -6,7 +6,7 @@
 
 #include "arith/magnitude.h"
 #include "varno/core/global_data.h"
-#include "varno/format/number_format.h"
+#include "varno/core/number_output.h"
 
 namespace varno {
 

@@ -5,7 +5,7 @@
 #include <sstream>
 
 #include "varno/core/global_data.h"
-#include "varno/format/number_format.h"
+#include "varno/core/number_output.h"
 #include "varno/output/dumps.h"
 #include "varno/output/result_table.h"
 #include "varno/solver/stiffness.h"

@@ -11,7 +11,7 @@
 
 #include "tests/varno/support/scoped_global.h"
 #include "varno/core/global_data.h"
-#include "varno/format/number_format.h"
+#include "varno/core/number_output.h"
 
 namespace varno {
 
