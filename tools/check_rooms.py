@@ -24,8 +24,8 @@ from dataclasses import dataclass
 from pathlib import Path
 
 SUFFIXES = {".h", ".cpp", ".ll", ".yy"}
-# Made by the build, in the room of the grammar.
-GENERATED = {"grammar.h"}
+# Made by the build: in the room of the grammar, and by cmake/Version.cmake.
+GENERATED = {"grammar.h", "version.h"}
 INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"', re.MULTILINE)
 
 

@@ -8,6 +8,7 @@
 #include "varno/config/usage_text.h"
 #include "varno/core/global_data.h"
 #include "varno/sys/messages.h"
+#include "version.h"
 
 namespace varno {
 
@@ -24,7 +25,7 @@ void ApplyOption(int letter, const char* argument)
       WriteUsage(std::clog);
       Exit(kFailure);
     case 'v':
-      std::cout << "VARNO/C version 1.0\n";
+      std::cout << "VARNO/C version " << kVersion << '\n';
       FinishOutput();
       Exit(kSuccess);
     default:
@@ -41,10 +42,9 @@ void ApplyOption(int letter, const char* argument)
 /// A negative interval -n asks for n equally spaced rows up to Tmax.
 void SettlePrintInterval()
 {
-  GlobalData& global = *Expr::Global;
-  if (mpf_cmp(global._PRINTEVERY, global._ZERO) >= 0) return;
-  mpf_neg(global._PRINTEVERY, global._PRINTEVERY);
-  mpf_div(global._PRINTEVERY, global._TMAX, global._PRINTEVERY);
+  if (mpf_cmp(Expr::Global->_PRINTEVERY, Expr::Global->_ZERO) >= 0) return;
+  mpf_neg(Expr::Global->_PRINTEVERY, Expr::Global->_PRINTEVERY);
+  mpf_div(Expr::Global->_PRINTEVERY, Expr::Global->_TMAX, Expr::Global->_PRINTEVERY);
 }
 
 }  // namespace

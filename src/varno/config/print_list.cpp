@@ -16,9 +16,8 @@ bool IsListed(const std::string& list, const std::string& name)
 
 bool IsSelectedForPrint(const std::string& name)
 {
-  const GlobalData& global = *Expr::Global;
-  const bool wanted = global._PRINTLIST.empty() || IsListed(global._PRINTLIST, name);
-  return wanted && !IsListed(global._NOPRINTLIST, name);
+  const bool wanted = Expr::Global->_PRINTLIST.empty() || IsListed(Expr::Global->_PRINTLIST, name);
+  return wanted && !IsListed(Expr::Global->_NOPRINTLIST, name);
 }
 
 }  // namespace varno

@@ -13,13 +13,12 @@ namespace {
 
 NumberFormat CurrentFormat()
 {
-  const GlobalData& global = *Expr::Global;
-  return {.width = global._PRINTWIDTH,
-          .digits = global._PRINTCHARS,
-          .exponentForm = global._FMT_FLAG,
-          .exponentDigits = global._FMT_INT,
-          .plain = global._FMT_FLAG2,
-          .noSign = global._FILLCHAR};
+  return {.width = Expr::Global->_PRINTWIDTH,
+          .digits = Expr::Global->_PRINTCHARS,
+          .exponentForm = Expr::Global->_FMT_FLAG,
+          .exponentDigits = Expr::Global->_FMT_INT,
+          .plain = Expr::Global->_FMT_FLAG2,
+          .noSign = Expr::Global->_FILLCHAR};
 }
 
 }  // namespace

@@ -10,16 +10,15 @@ namespace varno {
 
 void InitializeEquations()
 {
-  GlobalData& global = *Expr::Global;
   // Temporary equations enter the table meanwhile. Their names sort before all others, so that the
   // walk does not meet them.
-  for (const auto& [name, entry] : global._EQUATIONS) {
+  for (const auto& [name, entry] : Expr::Global->_EQUATIONS) {
     Differential& variable = VariableOf(entry);
     if (variable.UsesStepFunction()) {
       Fail("Equation \"" + name + "\" uses a step function, which has no value");
     }
     variable.SetRightHandSide(variable.RightHandSide()->Convert());
-    const auto start = global._STARTVALUES.try_emplace(name, global._ZERO).first;
+    const auto start = Expr::Global->_STARTVALUES.try_emplace(name, Expr::Global->_ZERO).first;
     variable.SetStartValue(start->second);
   }
   ShareSubexpressions();

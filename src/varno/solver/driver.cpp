@@ -27,9 +27,8 @@ constexpr mp_bitcnt_t kDefaultPrecisionBits = 80;
 /// order on purpose: the first `_STEPDIV` is older than the default precision and does not have it.
 void ReadSettings(int argc, char** argv)
 {
-  GlobalData& global = *Expr::Global;
-  global.SetTermCount(kDefaultMaximumOrder + global._ZEROTERMS);
-  mpf_set_str(global._ACCURACY, "1e-10", 10);
+  Expr::Global->SetTermCount(kDefaultMaximumOrder + Expr::Global->_ZEROTERMS);
+  mpf_set_str(Expr::Global->_ACCURACY, "1e-10", 10);
   mpf_set_default_prec(kDefaultPrecisionBits);
   ReadSettingsFile();
   const CommandLine commandLine = ReadCommandLine(argc, argv);

@@ -14,6 +14,7 @@
 #include "tests/varno/support/scoped_global.h"
 #include "varno/config/usage_text.h"
 #include "varno/core/global_data.h"
+#include "version.h"
 
 namespace varno {
 
@@ -123,7 +124,8 @@ TEST_F(CommandLineTest, VersionGoesToStandardOutput)
     dup2(STDERR_FILENO, STDOUT_FILENO);
     Read({"-v"});
   };
-  EXPECT_EXIT(readWithOutputAsError(), kSucceeds, ExactText("VARNO/C version 1.0\n"));
+  EXPECT_EXIT(readWithOutputAsError(), kSucceeds,
+              ExactText(std::string("VARNO/C version ") + kVersion + '\n'));
 }
 
 TEST_F(CommandLineTest, AVersionThatCannotBeWrittenIsAnError)
