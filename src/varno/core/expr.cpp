@@ -24,9 +24,9 @@ Expr* Expr::Nothing = new NothingExpr;
 
 Expr::Expr(ExprType type, bool withTerms)
     : valueStamp(Global->_STEPNO - 1),
-      termStamp(Global->_STEPNO - 1),
       type(type),
-      hasTerms(withTerms)
+      hasTerms(withTerms),
+      termStamp(Global->_STEPNO - 1)
 {}
 
 namespace {
@@ -42,11 +42,11 @@ Expr* EmptyNode(Expr* first)
 
 Expr::Expr()
     : valueStamp(Global->_STEPNO - 1),
-      termStamp(Global->_STEPNO - 1),
       type(kNothing),
-      derivative(EmptyNode(this)),
       converted(EmptyNode(this)),
-      hasTerms(false)
+      hasTerms(false),
+      termStamp(Global->_STEPNO - 1),
+      derivative(EmptyNode(this))
 {}
 
 void Expr::Ref::Drop(Expr* node) noexcept

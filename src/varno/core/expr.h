@@ -151,46 +151,36 @@ class Expr {
   /// The handles that point at the node.
   int RefCount() const { return refs; }
 
- protected:
-  /// The empty node. The first node that is ever built is Expr::Nothing itself.
-  Expr();
-
  private:
   /// Computes term k, unless it is there, and keeps it at `place`.
   void UpdateTerm(int k, int place);
 
+  /// Stands first: the handles among the members below may point at the node itself.
   int refs = 0;
-
- protected:
-  /// Makes room for the terms when they are first needed: most nodes that conversion replaces never
-  /// need them, and nodes that are computed one after the other get neighbouring places.
-  void PrepareTerms();
-
-  TermArray terms;  ///< terms of the current step, computed up to index `valid`; or that term only
-  int valid = -1;
-  Mpf value;  ///< constant, or value at the start of the step
-
- private:
   int valueStamp;  ///< step number under which `result` was computed
-
- protected:
-  int termStamp;  ///< step number under which `terms` are computed
-  Mpf result;     ///< value at the end of the step
-
- private:
   ExprType type;
-
- protected:
-  Ref derivative;
-  Mpf initValue;
-
- private:
   /// Empty when the node stands for itself: a handle to itself would keep it alive for ever.
   Ref converted;
   bool standsForItself = false;  ///< seen by Convert; never reset
   bool steady = false;
   const bool hasTerms;
   bool keepsLatestTermOnly = false;
+
+ protected:
+  /// The empty node. The first node that is ever built is Expr::Nothing itself.
+  Expr();
+
+  /// Makes room for the terms when they are first needed: most nodes that conversion replaces never
+  /// need them, and nodes that are computed one after the other get neighbouring places.
+  void PrepareTerms();
+
+  TermArray terms;  ///< terms of the current step, computed up to index `valid`; or that term only
+  int valid = -1;
+  int termStamp;  ///< step number under which `terms` are computed
+  Mpf value;      ///< constant, or value at the start of the step
+  Mpf result;     ///< value at the end of the step
+  Mpf initValue;  ///< value at the initial time
+  Ref derivative;
 };
 
 /// The handles through which a node holds its operands, at most two, to be walked by a range-based
