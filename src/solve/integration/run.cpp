@@ -94,7 +94,7 @@ StepLength Run::ChooseLength(const StepBound& bound) const
 void Run::RequireProgress(const StepBound& bound) const
 {
   const double way = Log2Moment(end - start);
-  if (bound.log2 > way - static_cast<double>(settings.bits)) return;
+  if (bound.log2 > way - settings.placeBits) return;
   throw Singularity{end, bound.line == kNone ? 0 : tape.lines[bound.line].node};
 }
 

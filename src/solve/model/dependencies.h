@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "solve/model/declarations.h"
-#include "solve/model/graph.h"
+#include "solve/graph/graph.h"
 #include "solve/model/resolution.h"
 #include "solve/source/diagnostics.h"
 

@@ -1,6 +1,6 @@
 #include "solve/model/exact_values.h"
 
-#include "solve/model/fold.h"
+#include "solve/graph/fold.h"
 
 namespace varno::solve {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "solve/model/graph.h"
+#include "solve/graph/graph.h"
 #include "solve/model/model.h"
 #include "solve/number/rational.h"
 

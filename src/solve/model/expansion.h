@@ -10,7 +10,7 @@
 
 #include "solve/model/declarations.h"
 #include "solve/model/exact_values.h"
-#include "solve/model/graph.h"
+#include "solve/graph/graph.h"
 #include "solve/model/resolution.h"
 #include "solve/source/diagnostics.h"
 #include "solve/source/sources.h"

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "solve/model/operation.h"
+#include "solve/graph/operation.h"
 
 namespace varno::solve {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "solve/model/graph.h"
+#include "solve/graph/graph.h"
 #include "solve/source/place.h"
 
 namespace varno::solve {

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "solve/model/evaluate_constant.h"
+#include "solve/model/equal_constants.h"
 #include "solve/model/near_name.h"
 
 namespace varno::solve {

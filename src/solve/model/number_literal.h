@@ -3,7 +3,7 @@
 #include <optional>
 #include <string_view>
 
-#include "solve/model/graph.h"
+#include "solve/graph/graph.h"
 
 namespace varno::solve {
 

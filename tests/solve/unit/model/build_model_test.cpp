@@ -6,9 +6,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "solve/model/evaluate_constant.h"
+#include "solve/evaluation/evaluator.h"
 #include "solve/model/print.h"
-#include "solve/support/read_problem.h"
+#include "tests/solve/support/read_problem.h"
 
 namespace varno::solve {
 namespace {
@@ -624,8 +624,9 @@ TEST(AddConstant, MayUseParameters)
 {
   ReadProblem problem("period = 2*pi; x' = period;");
   const NodeId node = AddConstant(problem.model, "10*period + 1/2", "--to", problem.sources);
-  Real value(100), expected(100);
-  EvaluateConstant(value, problem.model.graph, problem.model.parameters, node);
+  const std::vector<NodeId> parameters{problem.model.parameters[0].value};
+  const Real value = EvaluateConstant(problem.model.graph, node, 100, parameters);
+  Real expected(100);
   mpfr_const_pi(expected, MPFR_RNDN);
   mpfr_mul_ui(expected, expected, 20, MPFR_RNDN);
   mpfr_add_d(expected, expected, 0.5, MPFR_RNDN);

@@ -1,4 +1,4 @@
-#include "solve/model/fold.h"
+#include "solve/graph/fold.h"
 
 #include <algorithm>
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 namespace varno::solve {
 
@@ -45,5 +46,8 @@ enum class Operation : std::uint8_t {
   // Of two: the angle of the point (second, first), as atan2(y, x)
   kAtan2,
 };
+
+/// The name of a function as the language writes it, such as "sin".
+std::string_view FunctionName(Operation operation);
 
 }  // namespace varno::solve

@@ -6,7 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "solve/model/operation.h"
+#include "solve/graph/operation.h"
 #include "solve/number/rational.h"
 #include "solve/source/place.h"
 

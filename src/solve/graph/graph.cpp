@@ -1,10 +1,10 @@
-#include "solve/model/graph.h"
+#include "solve/graph/graph.h"
 
 #include <algorithm>
 #include <optional>
 #include <span>
 
-#include "solve/model/fold.h"
+#include "solve/graph/fold.h"
 
 namespace varno::solve {
 

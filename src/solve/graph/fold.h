@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <optional>
 
-#include "solve/model/operation.h"
+#include "solve/graph/operation.h"
 #include "solve/number/rational.h"
 
 namespace varno::solve {
