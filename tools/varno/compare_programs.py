@@ -30,7 +30,7 @@ import run_case
 from equation_generator import Generator
 
 CASES = ROOT / "tests" / "varno" / "cases"
-CPU_SECONDS = 2
+CPU_SECONDS = 1
 CASE_CPU_SECONDS = 60
 MOST_OUTPUT_BYTES = 20_000_000
 
