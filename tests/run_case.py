@@ -52,7 +52,7 @@ DESCRIPTION_FILES = {
     "status", "check", "not_instrumented",
 }
 DEFAULT_TIMEOUT_SECONDS = 60
-SOURCE_ROOT = Path(__file__).resolve().parent.parent
+SOURCE_ROOT = Path(__file__).resolve().parents[1]
 MAX_DIFF_LINES = 200
 
 

@@ -1,8 +1,8 @@
-#include "support/captured_output.h"
+#include "tests/support/captured_output.h"
 
 #include <iostream>
 
-namespace varno {
+namespace support {
 
 CapturedOutput::CapturedOutput()
     : savedOut(std::cout.rdbuf(out.rdbuf())), savedLog(std::clog.rdbuf(log.rdbuf()))
@@ -24,4 +24,4 @@ std::vector<std::string> LinesStarting(const std::string& text, const std::strin
   return lines;
 }
 
-}  // namespace varno
+}  // namespace support

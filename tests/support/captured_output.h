@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace varno {
+namespace support {
 
 /// Collects what is written to std::cout and to std::clog for the length of the scope.
 class CapturedOutput {
@@ -28,4 +28,4 @@ class CapturedOutput {
 /// The lines of a text that begin with `start`, without their ends.
 std::vector<std::string> LinesStarting(const std::string& text, const std::string& start);
 
-}  // namespace varno
+}  // namespace support

@@ -254,8 +254,8 @@ def split_assignment(text):
 def namespace(definitions):
     """What expressions can use. Definitions are evaluated anew for each precision."""
     names = {name: getattr(mpmath, name) for name in dir(mpmath) if not name.startswith("_")}
-    names.update(abs=abs, min=min, max=max, sum=sum, range=range, len=len, int=int, float=float, nan=mpmath.nan,
-                 floor=mpmath.floor, ceil=mpmath.ceil)
+    names.update(abs=abs, min=min, max=max, sum=sum, range=range, len=len, int=int, float=float)
+    names["nan"] = mpmath.nan
     for name, code in definitions:
         names[name] = eval(code, names)
     return names
@@ -284,7 +284,10 @@ class ExactLiterals(ast.NodeTransformer):
 
 
 def compile_exactly(text):
-    tree = ExactLiterals(text).visit(ast.parse(text, mode="eval"))
+    try:
+        tree = ExactLiterals(text).visit(ast.parse(text, mode="eval"))
+    except SyntaxError as problem:
+        raise argparse.ArgumentTypeError(f"no expression: {text!r}: {problem}")
     return compile(ast.fix_missing_locations(tree), text, "eval")
 
 
@@ -315,15 +318,17 @@ def main(arguments):
                         metavar="NAME=EXPRESSION")
     options = parser.parse_args(arguments)
 
-    columns = {name: compile_expression(text, options.define) for name, text in options.columns}
-    times = None
-    if options.times:
-        time = compile_expression(options.times, options.define)
+    try:
+        columns = {name: compile_expression(text, options.define) for name, text in options.columns}
+        time = compile_expression(options.times or "t", options.define)
+    except argparse.ArgumentTypeError as problem:
+        parser.error(str(problem))
 
-        def times(k):
-            return time(None, k)
+    def times(k):
+        return time(None, k)
 
-    faults = compare(sys.stdin.read(), columns, times=times, rows=options.rows,
+    faults = compare(sys.stdin.read(), columns, times=times if options.times else None,
+                     rows=options.rows,
                      digits=options.digits, units=to_mpf(options.units))
     for fault in faults[:MOST_FAULTS_SHOWN]:
         print(fault)

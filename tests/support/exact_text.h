@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace varno {
+namespace support {
 
 /// For EXPECT_EXIT: the whole standard error must be this text, to the byte.
 inline testing::Matcher<const std::string&> ExactText(const std::string& text)
@@ -12,4 +12,4 @@ inline testing::Matcher<const std::string&> ExactText(const std::string& text)
   return {text};
 }
 
-}  // namespace varno
+}  // namespace support

@@ -1,6 +1,6 @@
-#include "support/number_samples.h"
+#include "tests/support/number_samples.h"
 
-namespace varno {
+namespace support {
 
 std::vector<Mpf> RandomNumbers(int count, double low, double high)
 {
@@ -28,4 +28,4 @@ Mpf Rounded(const Rational& x)
   return rounded;
 }
 
-}  // namespace varno
+}  // namespace support

@@ -2,10 +2,12 @@
 
 #include <vector>
 
-#include "numeric/mpf.h"
-#include "support/rational.h"
+#include "arith/mpf.h"
+#include "tests/support/rational.h"
 
-namespace varno {
+namespace support {
+
+using arith::Mpf;
 
 /// Pseudo-random numbers between low and high, with all limbs that the default precision in force
 /// gives a number; the same ones in every run.
@@ -14,4 +16,4 @@ std::vector<Mpf> RandomNumbers(int count, double low, double high);
 /// x at the default precision in force.
 Mpf Rounded(const Rational& x);
 
-}  // namespace varno
+}  // namespace support

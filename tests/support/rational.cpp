@@ -1,6 +1,6 @@
-#include "support/rational.h"
+#include "tests/support/rational.h"
 
-namespace varno {
+namespace support {
 
 Rational Exact(mpf_srcptr x)
 {
@@ -31,4 +31,4 @@ testing::AssertionResult IsExactly(const Rational& expected, mpf_srcptr actual)
   return testing::AssertionFailure() << value.get_str() << "\nis not " << expected.get_str();
 }
 
-}  // namespace varno
+}  // namespace support

@@ -3,7 +3,7 @@
 #include <gmpxx.h>
 #include <gtest/gtest.h>
 
-namespace varno {
+namespace support {
 
 /// An exact fraction.
 using Rational = mpq_class;
@@ -20,4 +20,4 @@ Rational Floor(const Rational& x);
 /// actual = expected, to the last bit
 testing::AssertionResult IsExactly(const Rational& expected, mpf_srcptr actual);
 
-}  // namespace varno
+}  // namespace support

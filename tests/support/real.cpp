@@ -1,8 +1,8 @@
-#include "support/real.h"
+#include "tests/support/real.h"
 
 #include <ostream>
 
-namespace varno {
+namespace support {
 
 namespace {
 
@@ -114,4 +114,4 @@ testing::AssertionResult IsWithin(const Real& bound, mpf_srcptr actual, const Re
          << value << "\nis not " << expected << "\nwithin " << bound << "; error " << error;
 }
 
-}  // namespace varno
+}  // namespace support

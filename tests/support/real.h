@@ -6,9 +6,9 @@
 #include <gtest/gtest.h>
 #include <mpfr.h>
 
-#include "support/rational.h"
+#include "tests/support/rational.h"
 
-namespace varno {
+namespace support {
 
 /// A real number by MPFR, at 2600 bits: the reference for what varno computes at up to 1024 bits.
 class Real {
@@ -44,4 +44,4 @@ std::ostream& operator<<(std::ostream& out, const Real& x);
 /// |actual - expected| <= bound
 testing::AssertionResult IsWithin(const Real& bound, mpf_srcptr actual, const Real& expected);
 
-}  // namespace varno
+}  // namespace support

@@ -1,9 +1,9 @@
-#include "support/temp_home.h"
+#include "tests/support/temp_home.h"
 
 #include <cstdlib>
 #include <fstream>
 
-namespace varno {
+namespace support {
 
 namespace {
 
@@ -38,4 +38,4 @@ std::string TempHome::Write(const std::string& name, std::string_view text) cons
   return path;
 }
 
-}  // namespace varno
+}  // namespace support

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace varno {
+namespace support {
 
 /// A new folder that is HOME for the length of the scope.
 class TempHome {
@@ -24,4 +24,4 @@ class TempHome {
   std::optional<std::string> savedHome;
 };
 
-}  // namespace varno
+}  // namespace support

@@ -1,0 +1,77 @@
+// The Kepler problem by Boost.Odeint, as a user would write it: what varno is compared with.
+//
+// Usage: odeint_kepler DIGITS TOLERANCE TIME prints seconds of processor time, x and y at TIME.
+// DIGITS 0 computes in double precision.
+
+#include <array>
+#include <boost/multiprecision/gmp.hpp>
+#include <boost/numeric/odeint.hpp>
+#include <cstdlib>
+#include <iomanip>
+#include <iostream>
+
+#include "bench/varno/cpu_clock.h"
+
+using Multiprecision = boost::multiprecision::number<boost::multiprecision::gmp_float<0>,
+                                                     boost::multiprecision::et_off>;
+
+namespace boost::numeric::odeint::detail {
+
+// Odeint looks for the numbers inside of whatever has a value_type, as this number has.
+template <>
+struct extract_value_type<Multiprecision, void> {
+  using type = Multiprecision;
+};
+
+}  // namespace boost::numeric::odeint::detail
+
+namespace {
+
+namespace odeint = boost::numeric::odeint;
+
+/// x, y and the velocities u, v.
+template <class Real>
+using State = std::array<Real, 4>;
+
+template <class Real>
+void Kepler(const State<Real>& state, State<Real>& derivative, const Real&)
+{
+  using std::sqrt;
+  const auto& [x, y, u, v] = state;
+  const Real square = x * x + y * y;
+  const Real inverseCube = 1 / (square * sqrt(square));
+  derivative = {u, v, -x * inverseCube, -y * inverseCube};
+}
+
+template <class Real>
+void Solve(const char* toleranceText, const char* timeText, int digits)
+{
+  using std::sqrt;
+  using Stepper = odeint::runge_kutta_fehlberg78<State<Real>, Real, State<Real>, Real>;
+  const Real tolerance(std::atof(toleranceText));
+  const Real finalTime(std::atof(timeText));
+  State<Real> state = {Real(0.5), Real(0), Real(0), sqrt(Real(3))};
+  const double start = varno::CpuSeconds();
+  odeint::integrate_adaptive(odeint::make_controlled<Stepper>(tolerance, tolerance), Kepler<Real>,
+                             state, Real(0), finalTime, Real(0.01));
+  const double seconds = varno::CpuSeconds() - start;
+  std::cout << seconds << ' ' << std::setprecision(digits) << state[0] << ' ' << state[1] << '\n';
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+  if (argc != 4) {
+    std::cerr << "Usage: odeint_kepler DIGITS TOLERANCE TIME\n";
+    return 1;
+  }
+  const int digits = std::atoi(argv[1]);
+  if (digits == 0) {
+    Solve<double>(argv[2], argv[3], 17);
+  } else {
+    Multiprecision::default_precision(static_cast<unsigned>(digits));
+    Solve<Multiprecision>(argv[2], argv[3], digits);
+  }
+  return 0;
+}
