@@ -50,11 +50,12 @@ Rational ParseDecimal(const std::string& text)
   return exponent < 0 ? Rational(whole / power) : Rational(whole * power);
 }
 
-/// "3", "-0.1", "1e9", "1/3", "10*pi", "pi".
+/// "3", "-0.1", "1e9", "1/3", "10*pi", "pi", "pi/3".
 Moment ParseTime(const std::string& option, const std::string& text)
 {
   try {
     if (text == "pi") return Moment(Pi());
+    if (text.starts_with("pi/")) return Moment(Pi()) * Rational(1 / ParseDecimal(text.substr(3)));
     if (const auto star = text.find("*pi"); star != std::string::npos) {
       return Moment(Pi()) * ParseDecimal(text.substr(0, star));
     }
