@@ -54,8 +54,8 @@ ExpressionId Syntax::Parenthesise(ExpressionId id, Place place)
 
 std::span<const ExpressionId> Syntax::Operands(ExpressionId id) const
 {
-  const Expression& expression = expressions[id];
-  return std::span(operandLists).subspan(expression.operandBegin, expression.operandCount);
+  const Expression& user = expressions[id];
+  return std::span(operandLists).subspan(user.operandBegin, user.operandCount);
 }
 
 }  // namespace varno::solve

@@ -13,7 +13,7 @@ namespace varno::solve {
 using ExpressionId = std::uint32_t;
 
 enum class ExpressionKind : std::uint8_t {
-  kNumber,  ///< its text is what the place holds
+  kNumber,  ///< its text is what `name` holds
   kPi,
   kTime,
   kName,  ///< with the order of its derivative marks
@@ -48,8 +48,8 @@ struct Expression {
   ExpressionId first;
   std::uint32_t operandBegin;
   std::uint32_t operandCount;
-  Place place;
-  /// The name of a kName or kCall, else the operator.
+  Place place;  ///< with the parentheses around it
+  /// The token that makes it what it is: the name of a kName or kCall, the number, the operator.
   Place name;
 };
 

@@ -77,19 +77,20 @@ constexpr Expectation kExpectations[] = {
     {Symbol::S_YYEOF, "the end of the text"},
 };
 
+bool IsExpected(std::span<const Grammar::symbol_kind_type> expected,
+                Grammar::symbol_kind_type symbol)
+{
+  return std::find(expected.begin(), expected.end(), symbol) != expected.end();
+}
+
 std::string ListOfExpected(std::span<const Grammar::symbol_kind_type> expected)
 {
-  const auto isExpected = [expected](Grammar::symbol_kind_type symbol) {
-    return std::find(expected.begin(), expected.end(), symbol) != expected.end();
-  };
-  const bool expression = isExpected(Symbol::S_NUMBER);
-  const bool operation = isExpected(Symbol::S_PLUS) && !expression;
-  const bool statement = isExpected(Symbol::S_FUNCTION);
-
-  if (statement) return "a statement, as in y' = expression;";
+  const bool expression = IsExpected(expected, Symbol::S_NUMBER);
+  const bool operation = IsExpected(expected, Symbol::S_PLUS) && !expression;
+  if (IsExpected(expected, Symbol::S_FUNCTION)) return "a statement, as in y' = expression;";
   std::string list;
   for (const Expectation& each : kExpectations) {
-    if (!isExpected(each.symbol)) continue;
+    if (!IsExpected(expected, each.symbol)) continue;
     if (each.symbol == Symbol::S_PLUS && expression) continue;
     if (each.symbol == Symbol::S_LESS && operation) continue;
     if (each.symbol == Symbol::S_NAME && expression) continue;
@@ -226,7 +227,8 @@ std::string JuxtapositionHint(const TokenStream& tokens)
   }
 }
 
-std::string HintOn(const TokenStream& tokens)
+/// `afterOperand` tells that an operator was expected.
+std::string HintOn(const TokenStream& tokens, bool afterOperand)
 {
   const Token& found = tokens.At(0);
   const Token& before = tokens.At(-1);
@@ -264,7 +266,7 @@ std::string HintOn(const TokenStream& tokens)
       found.kind == Kind::TOKEN_NAME) {
     return HintFor(kDeclarations, tokens.Text(before));
   }
-  return JuxtapositionHint(tokens);
+  return afterOperand ? JuxtapositionHint(tokens) : "";
 }
 
 std::string HintOnUnclosed(const TokenStream& tokens, const Sources& sources)
@@ -282,7 +284,9 @@ SyntaxError DescribeSyntaxError(const TokenStream& tokens,
                                 std::span<const Grammar::symbol_kind_type> expected,
                                 const Sources& sources)
 {
-  SyntaxError error{tokens.At(0).place, NameOfFound(tokens), HintOn(tokens)};
+  const bool afterOperand =
+      IsExpected(expected, Symbol::S_PLUS) && !IsExpected(expected, Symbol::S_NUMBER);
+  SyntaxError error{tokens.At(0).place, NameOfFound(tokens), HintOn(tokens, afterOperand)};
   if (const std::string list = ListOfExpected(expected); !list.empty())
     error.message += ", expected " + list;
   if (error.hint.empty()) error.hint = HintOnUnclosed(tokens, sources);

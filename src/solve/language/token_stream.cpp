@@ -186,6 +186,7 @@ class Classification {
   /// "name =", "name' ="
   bool SeemsDefined(std::size_t i) const
   {
+    if (i > 0 && KindAt(i - 1) == Kind::TOKEN_SLASH) return false;  // dx/dt =
     const std::size_t next = KindAt(i + 1) == Kind::TOKEN_DERIVATIVE ? i + 2 : i + 1;
     return KindAt(next) == Kind::TOKEN_EQUALS ||
            (i > 0 && TextAt(i - 1) == "function" && KindAt(next) == Kind::TOKEN_LEFT_PARENTHESIS);

@@ -5,6 +5,7 @@
 #include "solve/evaluation/domain_error.h"
 #include "solve/evaluation/evaluator.h"
 #include "solve/model/exact_values.h"
+#include "solve/number/exponent_range.h"
 
 namespace varno::solve {
 
@@ -22,6 +23,7 @@ bool AreEqualConstants(const Graph& graph, const std::vector<Parameter>& paramet
   const std::optional<Rational> exactA = exact.Of(a), exactB = exact.Of(b);
   if (exactA && exactB) return *exactA == *exactB;
 
+  const ScopedExponentRange range;
   std::vector<NodeId> values;
   for (const Parameter& parameter : parameters) values.push_back(parameter.value);
   try {

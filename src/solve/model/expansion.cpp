@@ -13,7 +13,7 @@ namespace {
 
 /// Functions of functions can grow without bounds; so many operations are no problem of a human any
 /// more, and take some hundred MB.
-constexpr std::size_t kMaxExpanded = 4'000'000;
+constexpr std::size_t kMaxExpanded = 1'000'000;
 
 std::optional<Operation> OperationOf(ExpressionKind kind)
 {
@@ -240,7 +240,8 @@ Expansion::Result Expansion::Evaluate(ExpressionId id)
 
 Expansion::Result Expansion::EvaluateNumber(const Expression& number)
 {
-  const std::optional<NodeId> node = AddNumber(graph, sources.Text(number.place), number.place);
+  // The place may cover parentheses; the name does not.
+  const std::optional<NodeId> node = AddNumber(graph, sources.Text(number.name), number.place);
   if (node) return *node;
   diagnostics.Error(number.place, "the exponent of this number is too large",
                     "exponents go from -10^18 to 10^18");

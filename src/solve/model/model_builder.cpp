@@ -345,11 +345,11 @@ void ModelBuilder::ReportEvents()
 void ModelBuilder::AddNotes()
 {
   if (diagnostics.HasErrors()) return;
-  if (const Place* derivative = resolution.FirstDerivative()) {
-    const std::string text(sources.Text(*derivative));
-    const std::string name = text.substr(0, text.find('\''));
-    diagnostics.Note(*derivative,
-                     "'" + text + "' is the derivative here; in varno it means '" + name + "'");
+  if (const Expression* derivative = resolution.FirstDerivative()) {
+    const std::string_view name = sources.Text(derivative->name);
+    diagnostics.Note(derivative->place, Quoted(DerivativeName(name, derivative->order)) +
+                                            " is the derivative here; in varno it means " +
+                                            Quoted(name));
   }
 }
 

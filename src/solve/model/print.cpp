@@ -17,6 +17,8 @@ constexpr std::uint32_t kMaxOperations = 60;
 constexpr std::size_t kMaxLength = 2000;
 /// Numbers with more characters are shortened.
 constexpr std::size_t kMaxDigits = 60;
+/// The longest decimals that are written without an exponent.
+constexpr long kMaxPlainDigits = 20;
 
 // How tightly operators bind
 constexpr int kSum = 1;
@@ -41,30 +43,47 @@ std::string_view OperatorText(Operation operation)
   }
 }
 
+/// digits * 10^exponent, as people write it: 0.05, 120, 1e300, 1.5e-40; long ones shortened.
+std::string DecimalText(std::string digits, long exponent)
+{
+  const std::size_t last = digits.find_last_not_of('0');
+  exponent += static_cast<long>(digits.size() - last - 1);
+  digits.resize(last + 1);
+
+  const auto count = static_cast<long>(digits.size());
+  const long point = count + exponent;  // how many digits stand before the point
+  if (exponent >= 0 && point <= kMaxPlainDigits)
+    return digits + std::string(static_cast<std::size_t>(exponent), '0');
+  if (exponent < 0 && point > 0 && count <= kMaxPlainDigits) {
+    return digits.substr(0, static_cast<std::size_t>(point)) + "." +
+           digits.substr(static_cast<std::size_t>(point));
+  }
+  if (exponent < 0 && point <= 0 && count - point <= kMaxPlainDigits) {
+    return "0." + std::string(static_cast<std::size_t>(-point), '0') + digits;
+  }
+  std::string text = digits.substr(0, 1);
+  if (count > 1) text += "." + digits.substr(1, kMaxDigits);
+  if (count > static_cast<long>(kMaxDigits)) text += "...";
+  return text + "e" + std::to_string(point - 1);
+}
+
 /// Exactly, as a decimal where that ends, else as a fraction; long ones shortened.
 std::string NumberText(const Rational& value)
 {
-  Integer denominator = value.get_den();
+  if (value == 0) return "0";
+  const std::string sign = value < 0 ? "-" : "";
   const Integer two = 2, five = 5;
-  const unsigned long twos =
-      mpz_remove(denominator.get_mpz_t(), denominator.get_mpz_t(), two.get_mpz_t());
-  const unsigned long fives =
-      mpz_remove(denominator.get_mpz_t(), denominator.get_mpz_t(), five.get_mpz_t());
-  const unsigned long places = std::max(twos, fives);
-  std::string text;
-  if (denominator != 1 || places > kMaxDigits) {
-    text = value.get_str();
-  } else {
+  Integer rest;
+  const mp_bitcnt_t twos = mpz_remove(rest.get_mpz_t(), value.get_den_mpz_t(), two.get_mpz_t());
+  const mp_bitcnt_t fives = mpz_remove(rest.get_mpz_t(), rest.get_mpz_t(), five.get_mpz_t());
+  if (rest == 1) {
+    const mp_bitcnt_t places = std::max(twos, fives);
     Integer scaled;
     mpz_ui_pow_ui(scaled.get_mpz_t(), 10, places);
     scaled = abs(value.get_num()) * scaled / value.get_den();
-    text = scaled.get_str();
-    if (places > 0) {
-      if (text.size() <= places) text.insert(0, places + 1 - text.size(), '0');
-      text.insert(text.size() - places, ".");
-    }
-    if (value < 0) text.insert(0, "-");
+    return sign + DecimalText(scaled.get_str(), -static_cast<long>(places));
   }
+  std::string text = value.get_str();
   if (text.size() > kMaxDigits) text = text.substr(0, kMaxDigits) + "...";
   return text;
 }

@@ -92,10 +92,7 @@ Binding Resolution::ResolveName(const Expression& name, std::span<const Place> p
 Binding Resolution::ResolveVariable(const Expression& name, const Declaration& variable,
                                     std::uint32_t number)
 {
-  if (name.order > 0 && !hasDerivative) {
-    hasDerivative = true;
-    firstDerivative = name.place;
-  }
+  if (name.order > 0 && !firstDerivative) firstDerivative = name;
   if (name.order < variable.order) return {Binding::Kind::kState, variable.firstState + name.order};
   if (name.order == variable.order) return {Binding::Kind::kDeclaration, number};
   diagnostics.Error(name.place, "this derivative of " + Quoted(variable.name) + " is not known",

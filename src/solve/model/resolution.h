@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <unordered_map>
@@ -48,8 +49,11 @@ class Resolution {
 
   const std::vector<Binding>& Of(const Syntax& syntax) const { return bindings.at(&syntax); }
 
-  /// The first place where a derivative was used, as y' in an expression.
-  const Place* FirstDerivative() const { return hasDerivative ? &firstDerivative : nullptr; }
+  /// The first y' in an expression, null when there is none.
+  const Expression* FirstDerivative() const
+  {
+    return firstDerivative ? &*firstDerivative : nullptr;
+  }
 
  private:
   Binding ResolveName(const Expression& name, std::span<const Place> parameters);
@@ -71,8 +75,7 @@ class Resolution {
   std::unordered_map<const Syntax*, std::vector<Binding>> bindings;
   std::unordered_set<std::string_view> reported;  // undefined names
   int searches = 0;                               // for near names
-  bool hasDerivative = false;
-  Place firstDerivative;
+  std::optional<Expression> firstDerivative;
 };
 
 }  // namespace varno::solve

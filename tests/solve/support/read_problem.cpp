@@ -1,4 +1,4 @@
-#include "solve/support/read_problem.h"
+#include "tests/solve/support/read_problem.h"
 
 #include <algorithm>
 #include <stdexcept>

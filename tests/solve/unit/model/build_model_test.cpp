@@ -167,7 +167,7 @@ TEST(BuildModel, ExponentialFunctionsAreRefused)
   const ReadProblem problem(text);
   ASSERT_EQ(problem.Errors().size(), 1U);
   EXPECT_THAT(problem.Errors()[0],
-              HasSubstr("the functions expand to more than 4000000 operations"));
+              HasSubstr("the functions expand to more than 1000000 operations"));
 }
 
 TEST(BuildModel, ADefinitionOfTheTextsOwnWinsOverNewFunctions)
@@ -217,6 +217,14 @@ TEST(BuildModel, NumbersAreExact)
   EXPECT_EQ(graph.Value(problem.StateNamed("y").rightHandSide), Rational(power));
   mpz_ui_pow_ui(power.get_mpz_t(), 10, 1000);
   EXPECT_EQ(graph.Value(problem.StateNamed("y").start), Rational(power));
+}
+
+TEST(BuildModel, ParenthesesChangeNothingButTheGrouping)
+{
+  const ReadProblem problem("x' = (((0.5)))*((t)) + (x) & (3); y' = (sin)*2;");
+  EXPECT_EQ(problem.RightHandSide("x"), "0.5*t + x");
+  EXPECT_EQ(problem.Start("x"), "3");
+  EXPECT_EQ(problem.Errors().size(), 1U);
 }
 
 TEST(BuildModel, SignsAndPowers)
