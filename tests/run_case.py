@@ -27,7 +27,8 @@ A case is a folder. Only `why` is required.
 
 Everything else in the folder (input.varno, for one) is copied into the working folder,
 which is temporary, as is the home folder. The scripts find the program's path in
-VARNO_PROGRAM and can import the modules of tests/support. Two things vary from run to
+VARNO_PROGRAM, can run what stands in tests/support (closed_form.py, which compares rows with a closed
+form) and can import it. Two things vary from run to
 run or from build to build and are masked on both sides, see mask_time_report and
 mask_build_date; nothing else is.
 
@@ -245,6 +246,7 @@ def run_case(program, case, scratch):
     script_environment = {
         **environment,
         "VARNO_PROGRAM": str(program),
+        "PATH": f"{SOURCE_ROOT / 'tests' / 'support'}{os.pathsep}{environment['PATH']}",
         "PYTHONPATH": str(SOURCE_ROOT / "tests" / "support"),
         "PYTHONDONTWRITEBYTECODE": "1",
     }

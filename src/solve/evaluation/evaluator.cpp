@@ -1,25 +1,33 @@
 #include "solve/evaluation/evaluator.h"
 
 #include <algorithm>
+#include <limits>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "solve/evaluation/domain_error.h"
 #include "solve/evaluation/elementary.h"
+#include "solve/evaluation/size.h"
 
 namespace varno::solve {
 
 namespace {
 
+/// Bits beyond those asked for when a constant is computed: at first, and at most.
+constexpr mpfr_prec_t kFirstGuardBits = 64;
+constexpr mpfr_prec_t kMostGuardBits = 4096;
+/// Bits that the roundings of the operations themselves may cost.
+constexpr double kRoundingBits = 24;
+
 /// All nodes below the roots and the roots, each once, operands first.
 std::vector<NodeId> Below(const Graph& graph, const std::vector<NodeId>& roots)
 {
   std::vector<NodeId> found, open = roots;
-  std::vector<bool> seen(graph.Size(), false);
+  std::unordered_set<NodeId> seen;
   while (!open.empty()) {
     const NodeId id = open.back();
     open.pop_back();
-    if (seen[id]) continue;
-    seen[id] = true;
+    if (!seen.insert(id).second) continue;
     found.push_back(id);
     const Node& node = graph[id];
     for (int i = 0; i < node.operandCount; ++i) open.push_back(node.operands[i]);
@@ -69,11 +77,41 @@ void Evaluator::Evaluate(mpfr_srcptr time, std::span<const Real> states)
   for (std::size_t place = 0; place < steps.size(); ++place) Compute(place, time, states);
 }
 
+double Evaluator::ComputeSize(std::size_t place, std::span<const double> stateSizes) const
+{
+  const Step& step = steps[place];
+  switch (step.operation) {
+    case Operation::kNumber:
+    case Operation::kPi:
+    case Operation::kTime: return Log2Size(values[place]);
+    case Operation::kState: return std::max(Log2Size(values[place]), stateSizes[step.index]);
+    default: break;
+  }
+  return SizeOfResult(step.operation, values[place], {values[step.a], sizes[step.a]},
+                      {values[step.b], sizes[step.b]});
+}
+
+void Evaluator::EvaluateSizes(std::span<const double> stateSizes)
+{
+  sizes.resize(steps.size());
+  for (std::size_t place = 0; place < steps.size(); ++place) sizes[place] = ComputeSize(place, stateSizes);
+}
+
 Real EvaluateConstant(const Graph& graph, NodeId node, mpfr_prec_t bits)
 {
-  Evaluator evaluator(graph, {node}, bits);
-  evaluator.Evaluate(nullptr, {});
-  return evaluator[0];
+  for (mpfr_prec_t guard = kFirstGuardBits;; guard *= 4) {
+    Evaluator evaluator(graph, {node}, bits + guard);
+    evaluator.Evaluate(nullptr, {});
+    evaluator.EvaluateSizes({});
+    const double cancelled = evaluator.Size(0) - Log2Size(evaluator[0]);
+    const bool isExact = evaluator[0].IsZero() && evaluator.Size(0) == -std::numeric_limits<double>::infinity();
+    Real result(bits);
+    if (isExact || cancelled < static_cast<double>(guard) - kRoundingBits) {
+      mpfr_set(result, evaluator[0], MPFR_RNDN);
+      return result;
+    }
+    if (guard > kMostGuardBits) return result;
+  }
 }
 
 }  // namespace varno::solve

@@ -19,9 +19,14 @@ class Evaluator {
 
   /// Computes all roots. `time` and `states` have any precision. Throws DomainError.
   void Evaluate(mpfr_srcptr time, std::span<const Real> states);
+  /// Computes the sizes of all roots, after Evaluate, from log2 of the sizes of the states.
+  void EvaluateSizes(std::span<const double> stateSizes);
+
   /// Value of root number i after Evaluate.
   const Real& operator[](std::size_t i) const { return values[rootPlaces[i]]; }
-  std::size_t Size() const { return rootPlaces.size(); }
+  /// log2 of the size of root number i after EvaluateSizes.
+  double Size(std::size_t i) const { return sizes[rootPlaces[i]]; }
+  std::size_t Count() const { return rootPlaces.size(); }
 
  private:
   struct Step {
@@ -32,14 +37,17 @@ class Evaluator {
   };
 
   void Compute(std::size_t place, mpfr_srcptr time, std::span<const Real> states);
+  double ComputeSize(std::size_t place, std::span<const double> stateSizes) const;
 
   std::vector<Step> steps;
   std::vector<Real> values;
+  std::vector<double> sizes;
   std::vector<std::uint32_t> rootPlaces;
 };
 
-/// The value of one expression that depends neither on t nor on states, with a few bits lost to
-/// rounding at most where nothing cancels. Throws DomainError.
+/// The value of an expression that depends neither on t nor on states, right to about its precision
+/// however much cancels inside it: it is computed with more and more bits until enough of them
+/// remain. What thousands of bits cannot tell from 0 is 0, as sin(pi). Throws DomainError.
 Real EvaluateConstant(const Graph& graph, NodeId node, mpfr_prec_t bits);
 
 }  // namespace varno::solve

@@ -5,53 +5,53 @@
 
 namespace varno::solve {
 
-Path::Path(const Tape& tape, const RunSettings& settings, const Interval& interval,
-           std::vector<Real> startStates, std::vector<Moment> early, StepWatch watch)
-    : tape(tape), settings(settings), interval(interval), startStates(std::move(startStates)),
-      watch(std::move(watch)), early(std::move(early))
+Path::Path(Problem given, std::vector<Moment> earlyTimes)
+    : problem(std::move(given)), early(std::move(earlyTimes))
 {
-  run.emplace(tape, settings, interval.start, this->startStates, this->early.empty() ? interval.to : this->early.front());
+  Depart(early.empty() ? problem.interval.to : early.front());
 }
 
-void Path::Reach(const Moment& time)
+void Path::Depart(const Moment& reach)
 {
-  while (run->IsBehind(time)) {
-    run->Step();
-    watch(*run);
-  }
+  lockstep.emplace(problem.tape, problem.settings, problem.interval.start, problem.startStates, reach,
+                   problem.watch, problem.compare);
+}
+
+std::vector<SizedStates> Path::LatestStates(const Moment& time) const
+{
+  std::vector<SizedStates> states;
+  for (const Run& run : lockstep->Runs()) states.push_back({run.StatesAt(time), run.StateSizes()});
+  return states;
 }
 
 /// Goes from the start to the first of the early times, and begins anew for the others.
 void Path::IntegrateEarly()
 {
   for (const Moment& time : early | std::views::reverse) {
-    Reach(time);
-    earlyStates.push_back(run->StatesAt(time));
+    lockstep->Reach(time);
+    earlyStates.push_back(LatestStates(time));
   }
   early.clear();
-  earlySteps = run->Steps();
-  run.emplace(tape, settings, interval.start, startStates, interval.to);
+  earlySteps = Best().Steps();
+  Depart(problem.interval.to);
 }
 
-std::vector<Real> Path::StatesAt(const Moment& time)
+std::vector<SizedStates> Path::StatesAt(const Moment& time)
 {
   if (!early.empty()) IntegrateEarly();
   if (!earlyStates.empty()) {
-    std::vector<Real> states = std::move(earlyStates.back());
+    std::vector<SizedStates> states = std::move(earlyStates.back());
     earlyStates.pop_back();
     return states;
   }
-  Reach(time);
-  return run->StatesAt(time);
+  lockstep->Reach(time);
+  return LatestStates(time);
 }
 
 Moment Path::NextStepEnd(const Moment& time)
 {
-  do {
-    run->Step();
-    watch(*run);
-  } while (!(interval.IsBackwards() ? run->End() < time : run->End() > time));
-  return run->End();
+  lockstep->ReachNextStep(time);
+  return Best().End();
 }
 
 }  // namespace varno::solve

@@ -1,57 +1,56 @@
 #pragma once
 
-#include <functional>
 #include <optional>
 #include <vector>
 
-#include "solve/integration/run.h"
+#include "solve/integration/lockstep.h"
 
 namespace varno::solve {
 
-/// Where a problem begins, and which stretch of time is asked for.
-struct Interval {
-  Moment start;  ///< the point of the start values
-  Moment from, to;
-
-  bool IsBackwards() const { return to < from; }
-  /// Whether a time comes before the start on the way from `from` to `to`.
-  bool IsEarly(const Moment& time) const { return IsBackwards() ? time > start : time < start; }
+/// The states of one run at a time, with log2 of their sizes.
+struct SizedStates {
+  std::vector<Real> values;
+  std::vector<double> sizes;
 };
 
-/// Called after each step; may throw to end the run.
-using StepWatch = std::function<void(const Run&)>;
-
-/// The states of one solution at times in order, whichever way the integration has to go: where the
-/// start lies inside the interval, the early times are integrated first, against the order.
+/// The states of a solution at times in order, by one or several runs, whichever way the integration
+/// has to go: where the start lies inside the interval, the early times are integrated first, against
+/// the order.
 class Path {
  public:
-  /// `early` are the times before the start that will be asked for, in order. The tape must outlive the path.
-  Path(const Tape& tape, const RunSettings& settings, const Interval& interval,
-       std::vector<Real> startStates, std::vector<Moment> early, StepWatch watch);
+  struct Problem {
+    const Tape& tape;
+    Interval interval;
+    /// For each run.
+    std::vector<RunSettings> settings;
+    std::vector<std::vector<Real>> startStates;
+    StepWatch watch;
+    Lockstep::Compare compare;
+  };
 
-  /// The states at a time; times must be asked for in order.
-  std::vector<Real> StatesAt(const Moment& time);
-  /// The end of the next step beyond a time, in the order of the interval and not early.
+  /// `early` are the times before the start that will be asked for, in order.
+  Path(Problem problem, std::vector<Moment> early);
+
+  /// The states at a time, for each run; times must be asked for in order.
+  std::vector<SizedStates> StatesAt(const Moment& time);
+  /// The end of the next step of the best run beyond a time, in order and not early.
   Moment NextStepEnd(const Moment& time);
 
-  /// The run that the latest states came from.
-  const Run& LatestRun() const { return *run; }
-  /// All steps made, in both directions.
-  std::int64_t Steps() const { return earlySteps + run->Steps(); }
+  /// The most exact run that the latest states came from.
+  const Run& Best() const { return lockstep->Best(); }
+  /// The steps that the best run made, in both directions.
+  std::int64_t Steps() const { return earlySteps + Best().Steps(); }
 
  private:
-  void Reach(const Moment& time);
+  void Depart(const Moment& reach);
+  std::vector<SizedStates> LatestStates(const Moment& time) const;
   void IntegrateEarly();
 
-  const Tape& tape;
-  RunSettings settings;
-  Interval interval;
-  std::vector<Real> startStates;
-  StepWatch watch;
+  Problem problem;
   std::vector<Moment> early;
-  std::vector<std::vector<Real>> earlyStates;  // from the last early time to the first
+  std::vector<std::vector<SizedStates>> earlyStates;  // from the last early time to the first
   std::int64_t earlySteps = 0;
-  std::optional<Run> run;
+  std::optional<Lockstep> lockstep;
 };
 
 }  // namespace varno::solve

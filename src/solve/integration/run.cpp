@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "solve/evaluation/domain_error.h"
+#include "solve/evaluation/size.h"
 
 namespace varno::solve {
 
@@ -14,10 +15,7 @@ double Log2Size(const Moment& moment)
 {
   Real value(53);
   moment.Evaluate(value);
-  if (value.IsZero()) return -INFINITY;
-  long exponent = 0;
-  const double mantissa = mpfr_get_d_2exp(&exponent, value, MPFR_RNDN);
-  return std::log2(std::abs(mantissa)) + static_cast<double>(exponent);
+  return Log2Size(static_cast<mpfr_srcptr>(value));
 }
 
 /// When time needs more precision, some more is taken at once, so that this is rare.
@@ -127,17 +125,39 @@ void Run::Step()
   const Moment advance = ToMoment(length);
   end = backwards ? end - advance : end + advance;
   nextScaleExponent = static_cast<long>(std::floor(length.Log2()));
+  stepLog2 = length.Log2();
   order = series->Order();
   ++steps;
 }
 
-std::vector<Real> Run::StatesAt(const Moment& time) const
+/// How far a time lies from the begin of the latest step, in units of the series' scale.
+Real Run::Offset(const Moment& time) const
 {
-  if (time == end) return states;
   Real offset(bits);
   (backwards ? begin - time : time - begin).Evaluate(offset);
   mpfr_mul_2si(offset, offset, -scaleExponent, MPFR_RNDN);
-  return SumStates(offset);
+  return offset;
+}
+
+std::vector<Real> Run::StatesAt(const Moment& time) const
+{
+  return time == end ? states : SumStates(Offset(time));
+}
+
+std::vector<double> Run::StateSizes() const
+{
+  std::vector<double> sizes;
+  if (steps == 0) {
+    for (const Real& state : states) sizes.push_back(Log2Size(state));
+    return sizes;
+  }
+  const double offset = stepLog2 - static_cast<double>(scaleExponent);
+  for (LineId state = 0; state < states.size(); ++state) {
+    double size = control.Sizes()[tape.rightHandSides[state]] + stepLog2;
+    for (int k = 0; k <= order; ++k) size = std::max(size, series->Log2(state, k) + k * offset);
+    sizes.push_back(size);
+  }
+  return sizes;
 }
 
 }  // namespace varno::solve

@@ -41,6 +41,11 @@ class Run {
   /// The states at a time within the latest step, or at its end.
   std::vector<Real> StatesAt(const Moment& time) const;
 
+  /// log2 of the sizes of the states over the latest step: the largest terms of their sums, and what the size of
+  /// the derivative makes of the step. What is far below it may be the rest of a cancellation.
+  std::vector<double> StateSizes() const;
+  const Moment& Start() const { return start; }
+
   std::int64_t Steps() const { return steps; }
   int Order() const { return order; }
   mpfr_prec_t Bits() const { return bits; }
@@ -51,6 +56,7 @@ class Run {
   mpfr_prec_t BitsForTime(double stepLog2) const;
   StepLength ChooseLength(const StepBound& bound) const;
   void RequireProgress(const StepBound& bound) const;
+  Real Offset(const Moment& time) const;
   std::vector<Real> SumStates(mpfr_srcptr offset) const;
 
   const Tape& tape;
@@ -64,6 +70,7 @@ class Run {
   std::vector<Real> states;  // at `end`
   long scaleExponent = 0;      // of the series in use
   long nextScaleExponent = 0;
+  double stepLog2 = 0;  // of the length of the latest step
   std::int64_t steps = 0;
   int order = 0;
 };

@@ -134,7 +134,7 @@ StepBound StepControl::Choose(Series& series)
 {
   series.ExtendTo(settings.order);
   ExtendFlatLines(series);
-  const std::vector<double> sizes = LineSizes(tape, series);
+  sizes = LineSizes(tape, series);
 
   StepBound bound{kInfinity, kNone};
   const auto lower = [&](double log2, LineId id) {

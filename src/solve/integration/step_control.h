@@ -26,6 +26,8 @@ class StepControl {
 
   /// Extends the series, begun, to the order that the step needs, and bounds the step.
   StepBound Choose(Series& series);
+  /// log2 of the sizes of all lines at the start of the step chosen last.
+  const std::vector<double>& Sizes() const { return sizes; }
 
  private:
   void ExtendFlatLines(Series& series);
@@ -38,6 +40,7 @@ class StepControl {
   RunSettings settings;
   std::vector<LineId> domainLines;      // divisors, radicands, bases: must not have a root in the step
   std::vector<bool> settledLines;       // too few terms even at the highest order, in the step before
+  std::vector<double> sizes;
   std::vector<double> terms;            // log2 of the sizes of the terms of the line looked at
 };
 

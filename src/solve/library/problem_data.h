@@ -1,12 +1,10 @@
 #pragma once
 
-#include <memory>
 #include <string>
 #include <vector>
 
 #include <varno/solve.h>
 
-#include "solve/language/syntax.h"
 #include "solve/model/model.h"
 #include "solve/source/sources.h"
 
@@ -14,8 +12,10 @@ namespace varno::solve {
 
 /// What a Problem holds: the texts, and what they were understood as.
 struct Problem::Implementation {
+  /// Throws InputError.
+  Implementation(std::string text, std::string name, std::vector<std::string> settings);
+
   Sources sources;
-  Syntax syntax;
   std::vector<std::string> settings;
   Model model;
   std::string notes;

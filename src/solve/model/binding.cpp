@@ -29,7 +29,7 @@ NodeId Copy(const Model& from, NodeId id, const std::vector<NodeId>& copies, Gra
 
 }  // namespace
 
-Model BindParameters(const Model& model)
+Model BindParameters(const Model& model, const std::vector<NodeId*>& others)
 {
   Model bound;
   bound.startPoint = model.startPoint;
@@ -44,6 +44,7 @@ Model BindParameters(const Model& model)
   bound.columns = model.columns;
   for (Column& column : bound.columns) column.value = copies[column.value];
   if (bound.startPoint) bound.startPoint = copies[*bound.startPoint];
+  for (NodeId* const node : others) *node = copies[*node];
   return bound;
 }
 

@@ -1,28 +1,15 @@
 #include "solve/series/mpfr_series.h"
 
-#include <cmath>
-#include <limits>
-
 #include "solve/evaluation/domain_error.h"
 #include "solve/evaluation/elementary.h"
 #include "solve/evaluation/evaluator.h"
+#include "solve/evaluation/size.h"
 
 namespace varno::solve {
 
 namespace {
 
 constexpr mpfr_rnd_t kNearest = MPFR_RNDN;
-/// Constants are computed with this many bits more, against what cancels inside them.
-constexpr mpfr_prec_t kConstantGuardBits = 64;
-
-double Log2Of(mpfr_srcptr x)
-{
-  if (mpfr_zero_p(x) != 0) return -std::numeric_limits<double>::infinity();
-  if (mpfr_number_p(x) == 0) return std::numeric_limits<double>::infinity();
-  long exponent = 0;
-  const double mantissa = mpfr_get_d_2exp(&exponent, x, MPFR_RNDZ);
-  return static_cast<double>(exponent) + std::log2(std::abs(mantissa));
-}
 
 /// The lines of which recurrences need j times term j.
 std::vector<bool> NeedDerivatives(const Tape& tape)
@@ -64,11 +51,8 @@ void MpfrSeries::AssignDerivatives()
 
 void MpfrSeries::ComputeConstants(mpfr_prec_t precision)
 {
-  Evaluator evaluator(tape.graph, tape.constants, precision + kConstantGuardBits);
-  evaluator.Evaluate(zero, {});
-  for (std::size_t i = 0; i < tape.constants.size(); ++i) {
-    constants.emplace_back(precision);
-    mpfr_set(constants.back(), evaluator[i], kNearest);
+  for (const NodeId constant : tape.constants) {
+    constants.push_back(EvaluateConstant(tape.graph, constant, precision));
   }
   powerExponentsPlusOne.assign(constants.size(), Real(precision));
   for (const Line& line : tape.lines) {
@@ -320,9 +304,9 @@ void MpfrSeries::Angle(const Line& line, LineId id, mpfr_ptr s, int k)
 // ---------------------------------------------------------------------------------------------
 // What others ask
 
-double MpfrSeries::Log2(LineId line, int k) const { return Log2Of(Terms(line) + k); }
+double MpfrSeries::Log2(LineId line, int k) const { return Log2Size(Terms(line) + k); }
 
-double MpfrSeries::Log2Constant(ConstantId constant) const { return Log2Of(Constant(constant)); }
+double MpfrSeries::Log2Constant(ConstantId constant) const { return Log2Size(Constant(constant)); }
 
 void MpfrSeries::Term(LineId line, int k, mpfr_ptr result) const { mpfr_set(result, Terms(line) + k, kNearest); }
 

@@ -37,6 +37,7 @@ enum class EndReason {
   kOutOfRange,    ///< a number is too large or too small for the arithmetic
   kLimit,         ///< one of the limits of Options was reached
   kInterrupted,   ///< Options::interrupted said so
+  kWrongRow,      ///< a better attempt found a row wrong that was already given: what() names it
 };
 
 /// A run that ended early. All rows given before are right. what() says how far it got and why.

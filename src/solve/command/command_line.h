@@ -1,0 +1,34 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <variant>
+#include <varno/solve.h>
+#include <vector>
+
+namespace varno::solve {
+
+enum class Format { kTable, kCsv, kJson };
+
+/// What a command line asks for.
+struct CommandLine {
+  std::string file;  ///< "-": standard input
+  Options options;
+  std::vector<std::string> settings;  ///< of --set, in order
+  Format format = Format::kTable;
+  std::optional<std::string> output;  ///< a file for the rows
+  bool explain = false;
+  bool hold = false;      ///< no row before all are there
+  bool progress = false;  ///< a progress line also where none would be shown
+  bool quiet = false;
+};
+
+/// A text that was asked for instead: the help, or the version.
+struct Information {
+  std::string text;
+};
+
+/// Understands the arguments, without the program's name. Throws UsageError.
+std::variant<CommandLine, Information> ParseCommandLine(const std::vector<std::string>& arguments);
+
+}  // namespace varno::solve

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+#include <varno/solve.h>
+
+#include "solve/command/console.h"
+
+namespace varno::solve {
+
+/// Tells how far a run is: "t = 3.25, 32 % after 120 steps, latest 0.031, 4.1 s".
+///
+/// On a terminal it is one line that is written anew, ten times a second at most, and first after
+/// half a second; elsewhere a line of its own each second, the first one at once.
+class ProgressLine {
+ public:
+  enum class Mode { kOff, kOn };
+  ProgressLine(const Console& console, Mode mode) : console(console), mode(mode) {}
+
+  void Update(const Progress& progress);
+  /// Takes the line away, so that something else can be written there.
+  void Clear();
+
+ private:
+  const Console& console;
+  Mode mode;
+  bool isShown = false;
+  double nextSeconds = -1;  ///< not before this time; < 0: nothing was shown yet
+};
+
+/// The text of the line.
+std::string ProgressText(const Progress& progress);
+
+}  // namespace varno::solve

@@ -1,0 +1,137 @@
+#include "solve/command/run.h"
+
+#include <csignal>
+#include <filesystem>
+#include <new>
+#include <string>
+#include <system_error>
+
+#include "solve/command/exit_status.h"
+#include "solve/command/input_file.h"
+#include "solve/command/interruption.h"
+#include "solve/command/output_file.h"
+#include "solve/command/progress_line.h"
+#include "solve/command/row_output.h"
+#include "solve/command/summary_text.h"
+#include "solve/command/usage_error.h"
+
+namespace varno::solve {
+
+namespace {
+
+bool IsInterrupted()
+{
+  return Interruption::Signal() != 0;
+}
+
+Problem ReadProblem(const CommandLine& commandLine)
+{
+  InputFile input = ReadInputFile(commandLine.file);
+  Problem problem = Problem::Parse(std::move(input.text), std::move(input.name));
+  for (const std::string& setting : commandLine.settings) problem.Set(setting);
+  return problem;
+}
+
+/// Rows into the file of the equations would destroy them.
+void RefuseOutputIntoInput(const std::string& output, const std::string& input)
+{
+  namespace fs = std::filesystem;
+  std::error_code ignored;
+  if (fs::is_regular_file(output, ignored) && fs::equivalent(output, input, ignored)) {
+    throw UsageError("--output '" + output + "' is the file of the equations");
+  }
+}
+
+OutputFile OpenOutput(const CommandLine& commandLine)
+{
+  if (!commandLine.output || *commandLine.output == "-") {
+    return OutputFile::StandardOutput(IsInterrupted);
+  }
+  RefuseOutputIntoInput(*commandLine.output, commandLine.file);
+  return OutputFile::Open(*commandLine.output, IsInterrupted);
+}
+
+/// Prints row after row until the last one, or until something ends the run.
+int PrintRows(Solution& solution, RowOutput& output, ProgressLine& progressLine,
+              const Console& console)
+{
+  const bool shareTerminal = console.errorsAreTerminal && output.GoesToTerminal();
+  try {
+    while (!IsInterrupted()) {
+      const std::optional<Row> row = solution.Next();
+      if (!row) return kSuccess;
+      if (shareTerminal) progressLine.Clear();
+      output.Print(*row);
+    }
+    progressLine.Clear();
+    console.Say("interrupted");
+  } catch (const RunEnded& end) {
+    progressLine.Clear();
+    console.Say(end.what());
+    if (end.Reason() != EndReason::kInterrupted) return kEndedEarly;
+  } catch (const OutputInterrupted&) {
+    progressLine.Clear();
+    console.Say("interrupted; the row that was being written is lost");
+  } catch (const std::bad_alloc&) {
+    progressLine.Clear();
+    console.Say("out of memory");
+    return kEndedEarly;
+  }
+  return kSignalBase + Interruption::Signal();
+}
+
+int Solve(const CommandLine& commandLine, const Console& console)
+{
+  const Problem problem = ReadProblem(commandLine);
+  if (!commandLine.quiet) console.Print(problem.Notes());
+
+  const bool wantsProgress =
+      commandLine.progress || (console.errorsAreTerminal && !commandLine.quiet);
+  ProgressLine progressLine(console,
+                            wantsProgress ? ProgressLine::Mode::kOn : ProgressLine::Mode::kOff);
+  Options options = commandLine.options;
+  options.interrupted = IsInterrupted;
+  options.progress = [&progressLine](const Progress& progress) { progressLine.Update(progress); };
+  Solution solution(problem, std::move(options));
+
+  if (commandLine.explain) {
+    OutputFile output = OpenOutput(commandLine);
+    output.Write(solution.Explain());
+    output.Close();
+    return kSuccess;
+  }
+
+  const Interruption interruption;
+  RowOutput output(OpenOutput(commandLine), commandLine, solution);
+  const int status = PrintRows(solution, output, progressLine, console);
+  output.Finish();
+  progressLine.Clear();
+  if (!commandLine.quiet) console.Print(SummaryText(solution.Summarise()));
+  return status;
+}
+
+}  // namespace
+
+int Run(const CommandLine& commandLine, const Console& console)
+{
+  try {
+    return Solve(commandLine, console);
+  } catch (const InputError& error) {
+    console.Print(error.what());
+  } catch (const InputFileError& error) {
+    console.Say(error.what());
+  } catch (const UsageError& error) {
+    console.Say(error.what());
+  } catch (const OutputError& error) {
+    console.Say(error.what());
+    return kOutputLost;
+  } catch (const OutputClosed&) {
+    // Quietly, with the status that the shell shows for programs that SIGPIPE ends.
+    return kSignalBase + SIGPIPE;
+  } catch (const std::bad_alloc&) {
+    console.Say("out of memory");
+  }
+  return kFailure;
+}
+
+}  // namespace varno::solve

@@ -1,0 +1,58 @@
+#include "solve/library/option_constants.h"
+
+#include <string>
+#include <utility>
+
+#include "solve/evaluation/domain_error.h"
+#include "solve/evaluation/evaluator.h"
+#include "solve/model/binding.h"
+#include "solve/model/build_model.h"
+#include "solve/source/diagnostics.h"
+
+namespace varno::solve {
+
+namespace {
+
+/// With which precision a constant is tried, to see whether it has a value.
+constexpr mpfr_prec_t kTrialBits = 64;
+
+}  // namespace
+
+BoundProblem Bind(const Model& model, const Options& options, Sources& sources)
+{
+  Model reading = model;
+  const auto read = [&](const char* option, const std::string& text) { return AddConstant(reading, text, option, sources); };
+  OptionConstants constants{.from = {}, .every = {}, .to = read("--to", options.to), .at = {}};
+  if (options.from) constants.from = read("--from", *options.from);
+  if (const auto* every = std::get_if<RowsEvery>(&options.rows)) constants.every = read("--every", every->interval);
+  if (const auto* at = std::get_if<RowsAt>(&options.rows)) {
+    for (const std::string& time : at->times) constants.at.push_back(read("--at", time));
+  }
+
+  std::vector<NodeId*> all{&constants.to};
+  if (constants.from) all.push_back(&*constants.from);
+  if (constants.every) all.push_back(&*constants.every);
+  for (NodeId& time : constants.at) all.push_back(&time);
+  return {BindParameters(reading, all), std::move(constants)};
+}
+
+Moment ConstantMoments::operator()(NodeId constant)
+{
+  if (graph.IsNumber(constant)) return Moment(graph.Value(constant));
+  try {
+    EvaluateConstant(graph, constant, kTrialBits);
+  } catch (const DomainError& error) {
+    Diagnostics diagnostics;
+    diagnostics.Error(graph[error.node].place, "this constant has no value");
+    throw InputError(Render(diagnostics, sources));
+  }
+  std::shared_ptr<const Constant>& value = known[constant];
+  if (value == nullptr) {
+    value = std::make_shared<const Constant>([&graph = graph, constant](mpfr_ptr result) {
+      mpfr_set(result, EvaluateConstant(graph, constant, mpfr_get_prec(result)), MPFR_RNDN);
+    });
+  }
+  return Moment(value);
+}
+
+}  // namespace varno::solve

@@ -1,0 +1,30 @@
+#include <utility>
+
+#include <varno/solve.h>
+
+#include "solve/library/solution_data.h"
+
+namespace varno::solve {
+
+Solution::Solution(const Problem& problem, Options options)
+    : implementation(std::make_unique<Implementation>(*problem.implementation, std::move(options)))
+{
+}
+
+Solution::Solution(Solution&&) noexcept = default;
+Solution& Solution::operator=(Solution&&) noexcept = default;
+Solution::~Solution() = default;
+
+const std::vector<std::string>& Solution::Columns() const { return implementation->names; }
+
+int Solution::TimeWidth() const { return implementation->schedule.Width(implementation->timeFormat); }
+
+std::optional<Row> Solution::Next() { return implementation->Next(); }
+
+Summary Solution::Summarise() const { return implementation->Summarise(); }
+
+std::string Solution::Explain() const { return implementation->Explain(); }
+
+std::string_view Version() { return "1.0"; }
+
+}  // namespace varno::solve

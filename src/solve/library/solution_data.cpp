@@ -1,0 +1,202 @@
+#include "solve/library/solution_data.h"
+
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "solve/evaluation/domain_error.h"
+#include "solve/model/print.h"
+#include "solve/source/diagnostics.h"
+#include "solve/tape/compile.h"
+#include "solve/tape/print.h"
+
+namespace varno::solve {
+
+namespace {
+
+constexpr int kMostDigits = 10'000;
+int CheckedDigits(int digits)
+{
+  if (digits >= 1 && digits <= kMostDigits) return digits;
+  throw InputError(fmt::format("--digits {}: between 1 and {} digits can be asked for", digits, kMostDigits));
+}
+
+NumberFormat CheckedFormat(const Options& options)
+{
+  try {
+    return NumberFormat(CheckedDigits(options.digits), options.tiny);
+  } catch (const std::invalid_argument& error) {
+    throw InputError(fmt::format("--tiny {}: {}", options.tiny, error.what()));
+  }
+}
+
+BoundProblem BindOrThrow(const Model& model, const Options& options, Sources& sources)
+{
+  try {
+    return Bind(model, options, sources);
+  } catch (const ProblemError& error) {
+    throw InputError(error.what());
+  }
+}
+
+}  // namespace
+
+Solution::Implementation::Implementation(const Problem::Implementation& problem, Options given)
+    : sources(problem.sources), options(std::move(given)), bound(BindOrThrow(problem.model, options, sources)),
+      model(bound.model), tape(Compile(model)), moments(model.graph, sources),
+      numberFormat(CheckedFormat(options)), timeFormat(options.digits), interval(MakeInterval()),
+      schedule(MakeSchedule()), ends(sources, tape.graph, options.digits)
+{
+  ChooseColumns();
+  rows.emplace(model, tape, interval, schedule,
+               RowsWanted{columns, options.digits, options.check, options.maxBits},
+               [this](const Run& run) { Watch(run); });
+}
+
+void Solution::Implementation::ChooseColumns()
+{
+  if (options.columns.empty()) {
+    for (const Column& column : model.columns) options.columns.push_back(column.name);
+  }
+  for (const std::string& name : options.columns) {
+    const auto column = std::ranges::find(model.columns, name, &Column::name);
+    if (column == model.columns.end()) throw InputError(fmt::format("--columns: there is no column '{}'", name));
+    names.push_back(name);
+    columns.push_back(column->value);
+  }
+}
+
+Interval Solution::Implementation::MakeInterval()
+{
+  std::optional<Moment> start;
+  if (model.startPoint) start = moments(*model.startPoint);
+  const auto& given = bound.constants.from;
+  const Moment from = given ? moments(*given) : start.value_or(Moment(Rational(0)));
+  return {start.value_or(from), from, moments(bound.constants.to)};
+}
+
+RowSchedule Solution::Implementation::MakeSchedule()
+{
+  const Moment &from = interval.from, &to = interval.to;
+  std::string option;
+  try {
+    if (bound.constants.every) {
+      option = "--every";
+      return {interval, RowTimes::Every(from, to, moments(*bound.constants.every))};
+    }
+    if (const auto* points = std::get_if<RowsPoints>(&options.rows)) {
+      option = "--points";
+      return {interval, RowTimes::Points(from, to, points->count)};
+    }
+    if (std::holds_alternative<RowsAt>(options.rows)) {
+      option = "--at";
+      std::vector<Moment> times;
+      for (const NodeId time : bound.constants.at) times.push_back(moments(time));
+      return {interval, RowTimes::At(from, to, std::move(times))};
+    }
+  } catch (const std::invalid_argument& error) {
+    throw InputError(fmt::format("{}: {}", option, error.what()));
+  }
+  if (std::holds_alternative<RowsAtSteps>(options.rows)) return RowSchedule::AtSteps(interval);
+  return {interval, RowTimes::Last(to)};
+}
+
+double Solution::Implementation::SecondsSinceBegin() const
+{
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+}
+
+/// After each step: limits, interruption, progress.
+void Solution::Implementation::Watch(const Run& run) const
+{
+  const std::int64_t steps = run.Steps();
+  if (options.interrupted && options.interrupted()) throw ends.Interrupted(run.End());
+  if (options.maxSteps && steps >= *options.maxSteps) {
+    throw ends.AtLimit(fmt::format("--max-steps {}", *options.maxSteps), run.End());
+  }
+  const double seconds = SecondsSinceBegin();
+  if (options.maxSeconds && seconds >= *options.maxSeconds) {
+    throw ends.AtLimit(fmt::format("--max-seconds {}", *options.maxSeconds), run.End());
+  }
+  if (run.Bits() > options.maxBits) throw ends.AtLimit(fmt::format("--max-bits {}", options.maxBits), run.End());
+  if (!options.progress) return;
+  const double way = (interval.to - interval.from).ToDouble(), done = (run.End() - interval.from).ToDouble();
+  options.progress({.time = run.End().ToDouble(), .fraction = way == 0 ? 1 : std::clamp(done / way, 0.0, 1.0),
+                    .steps = steps, .step = std::abs((run.End() - run.Begin()).ToDouble()), .seconds = seconds});
+}
+
+std::optional<Row> Solution::Implementation::Next()
+{
+  if (begin == std::chrono::steady_clock::time_point()) begin = std::chrono::steady_clock::now();
+  try {
+    const std::optional<VerifiedRow> row = rows->Next();
+    if (!row) return std::nullopt;
+    return MakeRow(*row);
+  } catch (const DomainError& error) {
+    throw ends.Of(error, rows->Integration() != nullptr ? rows->Integration()->Best().End() : interval.start);
+  } catch (const Singularity& singularity) {
+    throw ends.Of(singularity);
+  } catch (const PrecisionExhausted& exhausted) {
+    throw ends.AtLimit(fmt::format("{} digits need more than --max-bits {}; limit", options.digits, options.maxBits),
+                       exhausted.time);
+  } catch (const WrongRow& wrong) {
+    throw WrongRowEnd(wrong.time);
+  }
+}
+
+RunEnded Solution::Implementation::WrongRowEnd(const Moment& time) const
+{
+  return {EndReason::kWrongRow,
+          fmt::format("the row at t = {} was wrong: a more exact attempt gives other digits", timeFormat.Text(time))};
+}
+
+Value Solution::Implementation::MakeValue(const RowNumber& number) const
+{
+  Real value(2);
+  mpfr_set_nan(value);
+  if (number.value) value = *number.value;
+  if (number.zeroUnit) return {NumberFormat::ZeroText(*number.zeroUnit), value};
+  return {numberFormat.Text(value), value};
+}
+
+Row Solution::Implementation::MakeRow(const VerifiedRow& row) const
+{
+  Real time(rows->Integration()->Best().Bits());
+  row.time.Evaluate(time);
+  Row result{Value(timeFormat.Text(row.time), time), {}};
+  for (const RowNumber& number : row.numbers) result.values.push_back(MakeValue(number));
+  return result;
+}
+
+Summary Solution::Implementation::Summarise() const
+{
+  Summary summary{.digits = options.digits, .verified = options.check};
+  const Path* const path = rows->Integration();
+  if (path == nullptr) return summary;
+  summary.steps = path->Steps();
+  summary.order = path->Best().Order();
+  summary.bits = path->Best().Bits();
+  summary.seconds = SecondsSinceBegin();
+  if (rows->Restarts() > 0) {
+    summary.remark = fmt::format("the problem cost up to {:.0f} digits: computed with {:.0f} more than asked for, restarts: {}",
+                                 rows->SpareDecimals(), rows->SpareDecimals(), rows->Restarts());
+  }
+  return summary;
+}
+
+std::string Solution::Implementation::Explain() const
+{
+  std::vector<std::string> stateNames;
+  for (const State& state : model.states) stateNames.push_back(state.name);
+  const RunSettings settings = SettingsFor(options.digits + rows->SpareDecimals());
+  const std::size_t termCount = tape.lines.size() * static_cast<std::size_t>(settings.order + 1);
+  const double mebibytes = static_cast<double>(termCount) * (static_cast<double>(settings.bits) / 8 + 32) / (1 << 20);
+  return PrintModel(model) +
+         fmt::format("\nOperations after sharing:\n{}\nOrder {}, {} bits, tolerance 1e-{:.0f}, about {:.1f} MiB of terms\n",
+                     Print(tape, stateNames), settings.order, settings.bits, settings.toleranceBits * 0.30103, mebibytes);
+}
+
+}  // namespace varno::solve

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <varno/solve.h>
+
+#include "solve/library/ends.h"
+#include "solve/library/option_constants.h"
+#include "solve/library/problem_data.h"
+#include "solve/rows/number_format.h"
+#include "solve/rows/time_format.h"
+#include "solve/tape/tape.h"
+#include "solve/verification/verified_rows.h"
+
+namespace varno::solve {
+
+/// What a Solution holds: the problem with its parameters bound, and the run.
+struct Solution::Implementation {
+  Implementation(const Problem::Implementation& problem, Options options);
+  // The run refers to the tape, which therefore must not move.
+  Implementation(const Implementation&) = delete;
+  Implementation& operator=(const Implementation&) = delete;
+
+  std::optional<Row> Next();
+  Summary Summarise() const;
+  std::string Explain() const;
+
+  void ChooseColumns();
+  Interval MakeInterval();
+  RowSchedule MakeSchedule();
+  void Watch(const Run& run) const;
+  Row MakeRow(const VerifiedRow& row) const;
+  Value MakeValue(const RowNumber& number) const;
+  RunEnded WrongRowEnd(const Moment& time) const;
+  double SecondsSinceBegin() const;
+
+  Sources sources;
+  Options options;
+  BoundProblem bound;
+  const Model& model;
+  Tape tape;
+  ConstantMoments moments;
+  NumberFormat numberFormat;
+  TimeFormat timeFormat;
+  std::vector<std::string> names;
+  std::vector<NodeId> columns;
+  Interval interval;
+  RowSchedule schedule;
+  Ends ends;
+  std::optional<VerifiedRows> rows;
+  std::chrono::steady_clock::time_point begin;
+};
+
+}  // namespace varno::solve

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "solve/rows/row_writer.h"
+#include "solve/rows/text_sink.h"
+
+namespace varno::solve {
+
+/// Comma-separated values as RFC 4180 describes them, with line feeds alone at the ends of lines: a
+/// header line `t,x,v`, then rows, without blanks. Names are quoted where they need it.
+class CsvWriter final : public RowWriter {
+ public:
+  CsvWriter(TextSink& sink, std::vector<std::string> columns);
+  void Begin() override;
+  void Write(std::string_view time, std::span<const std::string_view> values) override;
+
+ private:
+  TextSink& sink;
+  std::vector<std::string> columns;
+  std::string line;
+};
+
+}  // namespace varno::solve

@@ -1,0 +1,34 @@
+#include "solve/rows/json_writer.h"
+
+#include <nlohmann/json.hpp>
+
+namespace varno::solve {
+
+namespace {
+
+/// A string of JSON with its quotes; bytes that are no UTF-8 become U+FFFD.
+std::string Quoted(const std::string& text)
+{
+  return nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+}
+
+}  // namespace
+
+JsonWriter::JsonWriter(TextSink& sink, const std::vector<std::string>& columns) : sink(sink)
+{
+  for (const std::string& column : columns) keys.push_back("\"," + Quoted(column) + ":\"");
+}
+
+void JsonWriter::Write(std::string_view time, std::span<const std::string_view> values)
+{
+  line = "{\"t\":\"";
+  line += time;
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    line += keys[i];
+    line += values[i];
+  }
+  line += "\"}\n";
+  sink.Write(line);
+}
+
+}  // namespace varno::solve

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "solve/rows/row_writer.h"
+#include "solve/rows/text_sink.h"
+
+namespace varno::solve {
+
+/// One JSON object a line: {"t":"0.1","x":"1.0e+00"}. Numbers are strings, because readers of JSON
+/// would round them to double precision.
+class JsonWriter final : public RowWriter {
+ public:
+  JsonWriter(TextSink& sink, const std::vector<std::string>& columns);
+  void Begin() override {}
+  void Write(std::string_view time, std::span<const std::string_view> values) override;
+
+ private:
+  TextSink& sink;
+  std::vector<std::string> keys;  ///< as they stand between two values: `","x":"`
+  std::string line;
+};
+
+}  // namespace varno::solve

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <span>
+#include <string_view>
+
+namespace varno::solve {
+
+/// Writes rows in one format. A row reaches the sink in one piece, with its line end.
+class RowWriter {
+ public:
+  virtual ~RowWriter() = default;
+  /// What stands before the first row, if anything does.
+  virtual void Begin() = 0;
+  /// A row: the text of its time, and of each of its values in the order of the columns.
+  virtual void Write(std::string_view time, std::span<const std::string_view> values) = 0;
+};
+
+}  // namespace varno::solve

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <optional>
+
+#include "solve/number/real.h"
+
+namespace varno::solve {
+
+/// A number of a row as one run gives it: none where a definition is undefined. `size` is log2 of
+/// how large it would be if nothing cancelled.
+struct SizedNumber {
+  std::optional<Real> value;
+  double size;
+};
+
+enum class Verdict {
+  kAgree,    ///< to a quarter of the last digit's unit
+  kZero,     ///< both are nothing beside their size: 0 to the unit of a verified zero
+  kDiffer,
+  kBlurred,  ///< differ, and are so small beside their size that they may be zero
+};
+
+/// How far two runs agree on a number.
+struct Agreement {
+  Verdict verdict;
+  /// Of a difference: how many decimals the runs have in common, counted from the number's size or, if that is larger, from the number.
+  double commonDecimals;
+};
+
+/// What rows ask of two runs.
+struct AgreementRule {
+  int digits;           ///< significant digits that must agree
+  bool mayDeclareZero;  ///< whether the runs are exact enough to call a number zero
+};
+
+/// A number below 10^-(digits + kZeroGuardDigits) of its size is not chased further.
+inline constexpr int kZeroGuardDigits = 15;
+
+Agreement Compare(const SizedNumber& a, const SizedNumber& b, const AgreementRule& rule);
+
+/// The power of ten to which a number of this size (log2) is a verified zero.
+long ZeroUnit(double size, int digits);
+
+}  // namespace varno::solve

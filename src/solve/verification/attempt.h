@@ -1,0 +1,31 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "solve/integration/path.h"
+#include "solve/model/model.h"
+#include "solve/verification/agreement.h"
+#include "solve/verification/column_values.h"
+
+namespace varno::solve {
+
+/// The columns of a problem by one run, or by two of different exactness.
+class Attempt {
+ public:
+  /// The runs compute with `decimals` decimals each. Throws DomainError where a constant has no value.
+  Attempt(const Model& model, const std::vector<NodeId>& columns, Path::Problem problem,
+          const std::vector<Moment>& early);
+
+  /// For each run the numbers of a row; times must be asked for in order.
+  std::vector<std::vector<SizedNumber>> RowAt(const Moment& time);
+
+  Path& Integration() { return path; }
+  const Path& Integration() const { return path; }
+
+ private:
+  std::vector<ColumnValues> columnValues;  // for each run
+  Path path;
+};
+
+}  // namespace varno::solve

@@ -1,0 +1,173 @@
+#include "solve/verification/verified_rows.h"
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <utility>
+
+#include "solve/evaluation/evaluator.h"
+#include "solve/evaluation/size.h"
+
+namespace varno::solve {
+
+namespace {
+
+/// Decimals beyond the digits asked for: in the first attempt, and of the second run beyond the first.
+constexpr double kFirstSpareDecimals = 7;
+constexpr double kSecondRunDecimals = 3;
+/// What the extrapolated loss is multiplied with.
+constexpr double kLossMargin = 1.1;
+constexpr double kLog2Of10 = 3.3219280948873626;
+
+void Mix(std::size_t& hash, std::size_t part) { hash ^= part + 0x9E3779B97F4A7C15u + (hash << 6) + (hash >> 2); }
+
+/// The digits of a number as they are printed, whatever its precision.
+std::size_t HashDigits(const Real& value, int digits)
+{
+  mpfr_exp_t exponent = 0;
+  char* const text = mpfr_get_str(nullptr, &exponent, 10, static_cast<std::size_t>(std::max(digits, 2)), value, MPFR_RNDN);
+  std::size_t hash = std::hash<std::string_view>{}(text);
+  mpfr_free_str(text);
+  Mix(hash, static_cast<std::size_t>(exponent));
+  return hash;
+}
+
+}  // namespace
+
+VerifiedRows::VerifiedRows(const Model& model, const Tape& tape, const Interval& interval,
+                           RowSchedule schedule, RowsWanted wanted, StepWatch watch)
+    : model(model), tape(tape), interval(interval), fullSchedule(std::move(schedule)),
+      wanted(std::move(wanted)), watch(std::move(watch)), spareDecimals(kFirstSpareDecimals)
+{
+}
+
+std::vector<RunSettings> VerifiedRows::Settings() const
+{
+  const double decimals = wanted.digits + spareDecimals;
+  std::vector<RunSettings> settings{SettingsFor(decimals)};
+  if (wanted.check) settings.push_back(SettingsFor(decimals + kSecondRunDecimals));
+  return settings;
+}
+
+std::vector<Real> VerifiedRows::StartStates(mpfr_prec_t bits) const
+{
+  std::vector<Real> states;
+  for (const State& state : model.states) states.push_back(EvaluateConstant(model.graph, state.start, bits));
+  return states;
+}
+
+void VerifiedRows::Begin()
+{
+  Path::Problem problem{.tape = tape, .interval = interval, .settings = Settings(), .startStates = {},
+                        .watch = watch,
+                        .compare = [this](const Moment& time, const Run& a, const Run& b) { CompareStates(time, a, b); }};
+  if (problem.settings.back().bits > wanted.maxBits) throw PrecisionExhausted{interval.start};
+  for (const RunSettings& settings : problem.settings) problem.startStates.push_back(StartStates(settings.bits));
+  schedule = fullSchedule;
+  schedule->Replay(given.size(), [this](std::size_t row) { return given[row].time; });
+  attempt = std::make_unique<Attempt>(model, wanted.columns, std::move(problem), schedule->Early());
+  rowsDone = 0;
+}
+
+std::optional<VerifiedRow> VerifiedRows::Next()
+{
+  for (;;) {
+    try {
+      if (attempt == nullptr) Begin();
+      return TryRow();
+    } catch (const Failure& failure) {
+      Escalate(failure);
+    } catch (const Disagreement& disagreement) {
+      Escalate({disagreement.time, 0, false});
+    }
+  }
+}
+
+/// The next row that was not given yet; rows given are only compared.
+std::optional<VerifiedRow> VerifiedRows::TryRow()
+{
+  for (;;) {
+    const std::optional<Moment> time = schedule->Next(attempt->Integration());
+    if (!time) return std::nullopt;
+    VerifiedRow row = Judge(*time, attempt->RowAt(*time));
+    const std::size_t hash = Hash(row);
+    if (rowsDone++ >= given.size()) {
+      given.push_back({*time, hash});
+      return row;
+    }
+    if (given[rowsDone - 1].hash != hash) throw WrongRow{*time};
+  }
+}
+
+bool VerifiedRows::MayDeclareZero() const { return !wanted.check || spareDecimals >= kZeroGuardDigits; }
+
+/// The row, when the runs agree on it. Throws Failure.
+VerifiedRow VerifiedRows::Judge(const Moment& time, const std::vector<std::vector<SizedNumber>>& runs) const
+{
+  const AgreementRule rule{wanted.digits, MayDeclareZero()};
+  const std::vector<SizedNumber>&first = runs.front(), &best = runs.back();
+  VerifiedRow row{time, {}};
+  std::optional<Failure> failure;
+  for (std::size_t i = 0; i < best.size(); ++i) {
+    const Agreement agreement = Compare(first[i], best[i], rule);
+    RowNumber& number = row.numbers.emplace_back(best[i].value, std::nullopt);
+    if (agreement.verdict == Verdict::kAgree) continue;
+    if (agreement.verdict == Verdict::kZero) {
+      number.zeroUnit = ZeroUnit(std::max(first[i].size, best[i].size), wanted.digits);
+      continue;
+    }
+    const bool blurred = agreement.verdict == Verdict::kBlurred;
+    if (!failure) failure = Failure{time, agreement.commonDecimals, blurred};
+    failure->commonDecimals = std::min(failure->commonDecimals, agreement.commonDecimals);
+    failure->blurred |= blurred;
+  }
+  if (failure) throw *failure;
+  return row;
+}
+
+/// At the ends of steps half the digits must agree: a run that has lost its way and came back to an
+/// attractor would agree with the other one again at the rows.
+void VerifiedRows::CompareStates(const Moment& time, const Run& a, const Run& b) const
+{
+  const std::vector<Real> first = a.StatesAt(time), second = b.StatesAt(time);
+  const std::vector<double> sizes = b.StateSizes();
+  Real difference(64);
+  for (std::size_t i = 0; i < first.size(); ++i) {
+    mpfr_sub(difference, first[i], second[i], MPFR_RNDN);
+    const double common = (std::max(sizes[i], Log2Size(second[i])) - Log2Size(difference)) / kLog2Of10;
+    if (common < wanted.digits / 2.0) throw Failure{time, common, false};
+  }
+}
+
+/// Begins again with more decimals: twice as many to spare, or what the loss so far will come to.
+void VerifiedRows::Escalate(const Failure& failure)
+{
+  const double decimals = wanted.digits + spareDecimals;
+  const double loss = std::clamp(decimals - failure.commonDecimals, 0.0, decimals);
+  const double done = std::abs((failure.time - interval.start).ToDouble());
+  const double whole = std::max(std::abs((interval.to - interval.start).ToDouble()),
+                                std::abs((interval.from - interval.start).ToDouble()));
+  const double extrapolated = done > 0 ? loss * std::max(1.0, whole / done) : 0;
+  double spare = std::max(2 * spareDecimals, kLossMargin * extrapolated + kFirstSpareDecimals);
+  if (failure.blurred) spare = std::max(spare, kZeroGuardDigits + kFirstSpareDecimals);
+  spareDecimals = spare;
+  ++restarts;
+  attempt.reset();
+  if (SettingsFor(wanted.digits + spareDecimals + kSecondRunDecimals).bits > wanted.maxBits) {
+    throw PrecisionExhausted{failure.time};
+  }
+}
+
+/// What of a row is printed; a zero counts as zero whatever it was verified to.
+std::size_t VerifiedRows::Hash(const VerifiedRow& row) const
+{
+  std::size_t hash = 0;
+  for (const RowNumber& number : row.numbers) {
+    const bool isZero = number.zeroUnit || (number.value && number.value->IsZero());
+    Mix(hash, isZero ? 0 : number.value ? HashDigits(*number.value, wanted.digits) : 1);
+  }
+  return hash;
+}
+
+}  // namespace varno::solve

@@ -1,0 +1,107 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "solve/integration/path.h"
+#include "solve/model/model.h"
+#include "solve/tape/tape.h"
+#include "solve/verification/agreement.h"
+#include "solve/verification/attempt.h"
+#include "solve/verification/row_schedule.h"
+
+namespace varno::solve {
+
+/// What rows are asked for.
+struct RowsWanted {
+  std::vector<NodeId> columns;  ///< in the model's graph
+  int digits;                   ///< significant digits of each number
+  bool check;                   ///< by two runs; else one, and nothing is verified
+  long maxBits;                 ///< the highest precision to try
+};
+
+/// A number of a row: the best run's, or a verified zero.
+struct RowNumber {
+  std::optional<Real> value;     ///< none where a definition is undefined
+  std::optional<long> zeroUnit;  ///< the number is 0 to this power of ten
+};
+
+struct VerifiedRow {
+  Moment time;
+  std::vector<RowNumber> numbers;
+};
+
+/// The digits asked for cannot be had within the highest precision.
+struct PrecisionExhausted {
+  Moment time;
+};
+
+/// A row that was given turned out to be wrong by a more exact attempt.
+struct WrongRow {
+  Moment time;
+};
+
+/// The rows of a problem, each verified before it is given.
+///
+/// The problem is integrated by two runs of different tolerance, order and precision. A row counts
+/// when both agree to a quarter of its last unit. Where they do not, or contradict each other on
+/// the way, the loss of digits so far is extrapolated to the end of the interval and both runs
+/// begin again, with at least twice the spare digits; rows already given are compared again.
+class VerifiedRows {
+ public:
+  /// The model's parameters are bound; model and tape must outlive this.
+  VerifiedRows(const Model& model, const Tape& tape, const Interval& interval, RowSchedule schedule,
+               RowsWanted wanted, StepWatch watch);
+
+  /// The next row, none after the last. Throws what Path throws but Disagreement, PrecisionExhausted
+  /// and WrongRow.
+  std::optional<VerifiedRow> Next();
+
+  /// The run behind the latest row; null before the first.
+  const Path* Integration() const { return attempt ? &attempt->Integration() : nullptr; }
+  /// How often the runs began again.
+  int Restarts() const { return restarts; }
+  /// The decimals that the runs compute with beyond those asked for.
+  double SpareDecimals() const { return spareDecimals; }
+
+ private:
+  struct GivenRow {
+    Moment time;
+    std::size_t hash;
+  };
+  /// Why an attempt has to be given up.
+  struct Failure {
+    Moment time;
+    double commonDecimals;
+    bool blurred;
+  };
+
+  void Begin();
+  std::vector<RunSettings> Settings() const;
+  std::vector<Real> StartStates(mpfr_prec_t bits) const;
+  std::optional<VerifiedRow> TryRow();
+  VerifiedRow Judge(const Moment& time, const std::vector<std::vector<SizedNumber>>& runs) const;
+  void CompareStates(const Moment& time, const Run& a, const Run& b) const;
+  void Escalate(const Failure& failure);
+  bool MayDeclareZero() const;
+  std::size_t Hash(const VerifiedRow& row) const;
+
+  const Model& model;
+  const Tape& tape;
+  Interval interval;
+  RowSchedule fullSchedule;  // as given; each attempt goes through a copy
+  RowsWanted wanted;
+  StepWatch watch;
+
+  std::unique_ptr<Attempt> attempt;
+  std::optional<RowSchedule> schedule;
+  double spareDecimals;
+  int restarts = 0;
+  std::vector<GivenRow> given;
+  std::size_t rowsDone = 0;  // of the present attempt
+};
+
+}  // namespace varno::solve

@@ -1,0 +1,15 @@
+# varno_cases(PROGRAM): each folder cases/SUBJECT/NAME is one run of the program.
+function(varno_cases program)
+  file(GLOB cases CONFIGURE_DEPENDS LIST_DIRECTORIES true cases/*/*)
+  foreach(case IN LISTS cases)
+    if(NOT IS_DIRECTORY "${case}")
+      continue()
+    endif()
+    if((VARNO_SANITIZE OR VARNO_COVERAGE) AND EXISTS "${case}/not_instrumented")
+      continue()
+    endif()
+    file(RELATIVE_PATH name "${CMAKE_CURRENT_SOURCE_DIR}/cases" "${case}")
+    add_test(NAME "case.${program}/${name}" COMMAND Python3::Interpreter
+      "${PROJECT_SOURCE_DIR}/tests/run_case.py" $<TARGET_FILE:${program}> "${case}")
+  endforeach()
+endfunction()
