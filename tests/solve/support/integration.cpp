@@ -14,7 +14,7 @@ constexpr int kSpareDigits = 7;
 
 }  // namespace
 
-Arrival Integrate(const Model& model, const Moment& from, const Moment& to, int digits)
+Arrival Integrate(const Model& model, const Rational& from, const Rational& to, int digits)
 {
   const mpfr_prec_t bits = SettingsFor(digits + kSpareDigits).bits;
   std::vector<Real> start;
@@ -22,12 +22,13 @@ Arrival Integrate(const Model& model, const Moment& from, const Moment& to, int 
   return Integrate(model, std::move(start), from, to, digits);
 }
 
-Arrival Integrate(const Model& model, std::vector<Real> start, const Moment& from, const Moment& to, int digits)
+Arrival Integrate(const Model& model, std::vector<Real> start, const Rational& from, const Rational& to, int digits)
 {
   const Tape tape = Compile(model);
-  Run run(tape, SettingsFor(digits + kSpareDigits), from, std::move(start), to);
-  while (run.IsBehind(to)) run.Step();
-  return {run.StatesAt(to), run.Steps()};
+  const Moment end(to);
+  Run run(tape, SettingsFor(digits + kSpareDigits), Moment(from), std::move(start), end);
+  while (run.IsBehind(end)) run.Step();
+  return {run.StatesAt(end), run.Steps()};
 }
 
 }  // namespace varno::solve::support

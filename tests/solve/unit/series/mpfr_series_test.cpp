@@ -91,7 +91,7 @@ TEST(MpfrSeries, StatesFollowTheirDerivatives)
   const Expression y = equations.Variable("y", 1);
   equations.SetDerivative(y, y);
   const Model& model = equations.Finished();
-  const PowerSeries terms = RightHandSideTerms(model, {.bits = 256, .order = 40, .scaleExponent = 3})[0];
+  const PowerSeries terms = support::RightHandSideTerms(model, {.bits = 256, .order = 40, .scaleExponent = 3})[0];
   Real expected(300);
   mpfr_set_ui(expected, 1, MPFR_RNDN);
   for (unsigned k = 1; k < terms.size(); ++k) {
