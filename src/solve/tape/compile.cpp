@@ -126,7 +126,8 @@ LinearForm Compiler::Power(NodeId base, NodeId exponent, NodeId id)
   if (IsConstant(exponent)) {
     if (graph.IsNumber(exponent)) {
       const Rational& value = graph.Value(exponent);
-      if (value.get_den() == 1 && abs(value.get_num()) <= kLargestProductPower && sgn(value) != 0) {
+      if (sgn(value) == 0) return arithmetic.Constant(arithmetic.One());  // of 0, too
+      if (value.get_den() == 1 && abs(value.get_num()) <= kLargestProductPower) {
         return IntegerPower(Take(base), Integer(value.get_num()), id);
       }
       if (value == Rational(1, 2)) {

@@ -101,9 +101,10 @@ LineId AddFunction(LineTable& lines, LinearArithmetic& arithmetic, Operation fun
 
 LineId AddAngle(LineTable& lines, LinearArithmetic& arithmetic, LineId y, LineId x, NodeId id)
 {
-  const LinearForm squares = arithmetic.Add(arithmetic.Single(lines.Product(y, y, id)),
-                                            arithmetic.Single(lines.Product(x, x, id)));
-  return lines.Angle(y, x, lines.Materialise(squares, id), id);
+  // One after the other: the order of the lines must not depend on the compiler.
+  const LinearForm ySquare = arithmetic.Single(lines.Product(y, y, id));
+  const LinearForm xSquare = arithmetic.Single(lines.Product(x, x, id));
+  return lines.Angle(y, x, lines.Materialise(arithmetic.Add(ySquare, xSquare), id), id);
 }
 
 }  // namespace varno::solve
