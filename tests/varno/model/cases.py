@@ -1,6 +1,7 @@
 """Runs program and model on one input, a case or a random system, and tells what differs."""
 
 import difflib
+import io
 import shutil
 import sys
 import tempfile
@@ -47,10 +48,11 @@ def _difference(name, of_program, of_model):
 
 def _compare_runs(program, arguments, folder, home, stdin_path, timeout, effort):
     encoded = [argument.encode(errors="surrogateescape") for argument in arguments]
+    stdout, stderr = io.BytesIO(), io.BytesIO()
     with open(stdin_path, "rb") as stdin:
-        *streams, status = run(
-            str(program).encode(), encoded, stdin.read, folder, home, effort=effort)
-    of_model = [*streams, status.encode() + b"\n"]
+        status = run(
+            str(program).encode(), encoded, stdin.read, folder, home, stdout, stderr, effort)
+    of_model = [stdout.getvalue(), stderr.getvalue(), status.encode() + b"\n"]
 
     in_time = runner.run_program(
         [program, *arguments], folder, runner.make_environment(home), stdin_path, timeout)
@@ -59,10 +61,8 @@ def _compare_runs(program, arguments, folder, home, stdin_path, timeout, effort)
     if not in_time:
         of_program[-1] = b"stopped: it does not end\n"
 
-    return [
-        _difference(name, ours, theirs)
-        for name, ours, theirs in zip(names, map(runner.mask, of_program), map(runner.mask, of_model))
-        if ours != theirs]
+    pairs = zip(names, map(runner.mask, of_program), map(runner.mask, of_model))
+    return [_difference(name, ours, theirs) for name, ours, theirs in pairs if ours != theirs]
 
 
 @contextmanager

@@ -1,6 +1,5 @@
 """One run of the program from the command line to the closing reports."""
 
-import io
 import os
 import sys
 import threading
@@ -55,29 +54,25 @@ def _solve(record, program, arguments, stdin, folder, home):
         write_tail(record)
 
 
-def run(program, arguments, stdin, folder, home, stdout=None, stderr=None, effort=None):
-    """Runs the model. program: argument 0; arguments: bytes; stdin: called for the bytes of
-    standard input when it is to be read; folder: where relative
-    paths start; home: the folder of the settings file; effort: the number of Taylor terms, or of
-    passes, after which NotModelled is raised.
+def run(program, arguments, stdin, folder, home, stdout, stderr, effort=None):
+    """Runs the model; returns the exit status as a text, or the name of a signal.
 
-    Returns standard output, standard error and the status: a number or the name of a signal. With
-    streams given, writes to these instead.
+    program, arguments: bytes; stdin: called for the bytes of standard input, if they are wanted;
+    folder: where relative paths start; home: the folder of the settings file; stdout, stderr:
+    streams of bytes; effort: the number of Taylor terms, or of passes, after which the run is too
+    long. Raises NotModelled.
     """
-    stdout, stderr = stdout or io.BytesIO(), stderr or io.BytesIO()
     record = Record(os.path.basename(program), stdout, stderr)
     record.effort = effort
-    status = "0"
     try:
         _solve(record, program, arguments, stdin, folder, home)
     except Ended as end:
-        status = str(end.status)
+        return str(end.status)
     except KilledBySignal as end:
-        status = end.signal_name
+        return end.signal_name
     except RecursionError:
         raise NotModelled("nesting too deep for Python") from None
-    return (stdout.getvalue(), stderr.getvalue(), status) if isinstance(
-        stdout, io.BytesIO) else (b"", b"", status)
+    return "0"
 
 
 def with_deep_stack(function):

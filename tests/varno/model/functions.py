@@ -22,8 +22,8 @@ def _domain_error(record, text):
 def _require(record, holds, line, function, expression):
     if not holds:
         record.stderr.write(
-            b"%s: functions:%d: void %s(__mpf_struct (&)[1], __mpf_struct*): Assertion `%s' failed.\n"
-            % (record.program_name, line, function, expression))
+            b"%s: functions:%d: void %s(__mpf_struct (&)[1], __mpf_struct*): "
+            b"Assertion `%s' failed.\n" % (record.program_name, line, function, expression))
         raise KilledBySignal("SIGABRT")
 
 

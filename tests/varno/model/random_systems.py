@@ -5,6 +5,7 @@ import random
 FUNCTIONS = (
     "cos", "tg", "arctg", "acotan", "sinh", "cosh", "tgh", "exp", "exp", "cos", "atan", "tanh",
     "argtanh", "argcotgh", "cotanh")
+# These end the run for many arguments, or always.
 PARTIAL_FUNCTIONS = (
     "sin", "sin", "tan", "cotan", "asin", "acos", "acosh", "asinh", "sqrt", "sqrt", "ln", "ln",
     "trunc", "acosh", "atanh")
@@ -16,35 +17,56 @@ RARE_NUMBERS = (
     "5.99999999999999999999e-5", "0.99999999999999999949", "1e999999", "1e-999999", "2147483647",
     "2147483648", "9.5e300", "00.10e-002")
 NAMES = ("a", "b", "x", "y", "y1", "y2", "z", "_u", "Y", "alpha", "xy2")
-DAMAGE = (";", "", "(", ")", "^", "'", "&", "=", "[", "/* ", "//", "1.5", "t", "$", "\n", "*", "y'(1) = 2;",
-    "[t < 1, 2 : 3; 4 : 5]", "[y < pi : 2*3]", "/* \n */", "// note\n", "1e", "y''2", "\t\v\f\r ",
-    "sin", "ln(-1)", "1/0", "w", "'10001", ".")
+# What may come into the text where it does not belong.
+DAMAGE = (
+    ";", "", "(", ")", "^", "'", "&", "=", "[", "/* ", "//", "1.5", "t", "$", "\n", "*", ".", "1e",
+    "y''2", "y'(1) = 2;", "[t < 1, 2 : 3; 4 : 5]", "[y < pi : 2*3]", "/* \n */", "// note\n",
+    "\t\v\f\r ", "sin", "ln(-1)", "1/0", "w", "'10001")
 
 OPTIONS = {
-    "-U": ("1",), "-i": ("0", "0", "1"), "-d": ("1",), "-D": ("1", "2", "3", "3"), "-T": ("1",),
-    "-W": ("53", "64", "100", "128", "200", "300"), "-o": ("4", "8", "10", "15", "20", "40", "60"),
-    "-z": ("1", "2", "3", "6"), "-F": ("-3", "-7", "0.1", "0.3", "2"), "-L": ("1",),
-    "-3": ("1", "2", "3"), "-A": ("1",), "-S": ("1", "2", "3"),
+    "-3": ("1", "2", "3"),
+    "-A": ("1",),
+    "-D": ("1", "2", "3", "3"),
+    "-F": ("-3", "-7", "0.1", "0.3", "2"),
+    "-G": ("plot",),
+    "-L": ("1",),
+    "-N": ("y:", "%1:x:", "z:a:"),
+    "-O": ("0",),
+    "-P": ("y:", "x:y:%0:", "a:b:x:", "2:"),
+    "-R": ("0", "1", "0", "5"),
+    "-S": ("1", "2", "3"),
+    "-T": ("1",),
+    "-U": ("1",),
+    "-W": ("53", "64", "100", "128", "200", "300"),
+    "-X": ("1",),
+    "-a": ("1e-30", "1e-20", "1e-15", "1e-5", "1e-3", "1e-8"),
+    "-d": ("1",),
+    "-f": ("1", "1", "0"),
+    "-g": ("png", "x11", "svg"),
+    "-i": ("0", "0", "1"),
+    "-o": ("4", "8", "10", "15", "20", "40", "60"),
+    "-p": ("-3", "0", "1", "3", "8", "15", "20", "25", "40"),
+    "-r": ("y:3:0", "x:1:0.5", "nosuch:2:0", ":3:0"),
     "-s": ("0.5", "0.25", "0.01", "2", "1e-3", "-0.1", "0.3"),
-    "-a": ("1e-30", "1e-20", "1e-15", "1e-5", "1e-3", "1e-8"), "-X": ("1",), "-x": ("2", "5", "10", "40"),
     "-t": ("0", "0.5", "2", "3", "0.1", "-0.5", "1e-3"),
     "-w": ("0", "-3", "-2", "1", "2", "5", "8", "10", "20", "30", "11", "60"),
-    "-p": ("-3", "0", "1", "3", "8", "15", "20", "25", "40"), "-O": ("0",), "-g": ("png", "x11", "svg"), "-G": ("plot",),
-    "-P": ("y:", "x:y:%0:", "a:b:x:", "2:"), "-N": ("y:", "%1:x:", "z:a:"),
-    "-r": ("y:3:0", "x:1:0.5", "nosuch:2:0", ":3:0"), "-R": ("0", "1", "0", "5"), "-f": ("1", "1", "0"),
+    "-x": ("2", "5", "10", "40"),
+    "-z": ("1", "2", "3", "6"),
 }
-# Odd arguments, which stand anywhere on the command line.
+# Odd arguments, which may stand anywhere among the options.
 ODD_ARGUMENTS = (
-    ("-h",), ("-v",), ("-Z",), ("-t",), ("-f1",), ("-o", "text"), ("-t", "text"), ("-s", "0.25x"), ("-t", "5abc"),
-    ("-F", ".1"), ("-F", "text"), ("-a", "0x1p-20"), ("missing.varno",), ("--",), ("-",), ("-r", "y"), ("-r", "y:2"),
-    ("-r", "y:x:y:1"), ("-O0", "-d1"), ("-f", "2"), ("-w", " 12"), ("-p", "+6"), ("another",), ("-t", ""),
-    ("-o", "-9", "-f", "1"), ("-z", "0", "-f", "1"), ("-z", "-3", "-f", "1"), ("-s", "0"), ("-hv",), ("-G", ""))
+    ("-h",), ("-v",), ("-hv",), ("-Z",), ("-t",), ("-f1",), ("-O0", "-d1"), ("-f", "2"), ("--",),
+    ("-",), ("missing.varno",), ("another",), ("-o", "text"), ("-t", "text"), ("-t", ""),
+    ("-t", "5abc"), ("-s", "0.25x"), ("-s", "0"), ("-F", ".1"), ("-F", "text"), ("-a", "0x1p-20"),
+    ("-r", "y"), ("-r", "y:2"), ("-r", "y:x:y:1"), ("-w", " 12"), ("-p", "+6"), ("-G", ""),
+    ("-o", "-9", "-f", "1"), ("-z", "0", "-f", "1"), ("-z", "-3", "-f", "1"))
 SETTINGS = (
-    "TMAX = 2", "tmax: 5e-1  # soon", "MAX ORDER = 20", "printord = 0", "ALL3DVALUES=1", "ACCURACY = 1e-20",
-    "DUMPTREE = 1", "DUMPDY = 1", "FIXEDSTEP = 1", "GNUPLOT_FILENAME = my_plot", "GNUPLOT_OUTPUT: png",
-    "SIMPLIFYSMALLNUMBERS = 0", "PRINTONLYTMAX = 1", "PRINTNUMCHARS = 6", "INITIALINTSTEP = 2e-1",
-    "STOPSTEADYSTATE = 2", "PRINTNUMWIDTH = 20", "GMPWORDSIZE = 128", "ZEROTAYLORTERMS = 3",
-    "PRINTTEMPQ = 1", "PRINTEVERYRESULT = -4", "STIFFSYSTEMDETECTEXPDIFF = 6", "USEALLTERMS = 1",
+    "TMAX = 2", "tmax: 5e-1  # soon", "MAX ORDER = 20", "printord = 0", "ALL3DVALUES=1",
+    "ACCURACY = 1e-20", "DUMPTREE = 1", "DUMPDY = 1", "FIXEDSTEP = 1",
+    "GNUPLOT_FILENAME = my_plot", "GNUPLOT_OUTPUT: png", "SIMPLIFYSMALLNUMBERS = 0",
+    "PRINTONLYTMAX = 1", "PRINTNUMCHARS = 6", "INITIALINTSTEP = 2e-1", "STOPSTEADYSTATE = 2",
+    "PRINTNUMWIDTH = 20", "GMPWORDSIZE = 128", "ZEROTAYLORTERMS = 3", "PRINTTEMPQ = 1",
+    "PRINTEVERYRESULT = -4", "STIFFSYSTEMDETECTEXPDIFF = 6", "USEALLTERMS = 1",
     "STIFFDETECTEVERYSTEP = 1", "FOO = 1", "TMAX := 5", "; nothing", "", "   ", "TMAX", "= 3")
 
 
@@ -74,7 +96,8 @@ class RandomSystem:
             self.settings = "\n".join(lines) + self.random.choice(("\n", ""))
 
     def describe(self):
-        return f"arguments {self.arguments}, settings {self.settings!r}\n{self.text.decode('latin-1')}"
+        text = self.text.decode("latin-1")
+        return f"arguments {self.arguments}, settings {self.settings!r}\n{text}"
 
     def number(self):
         return self.random.choice(NUMBERS if self.random.random() < 0.97 else RARE_NUMBERS)

@@ -16,13 +16,11 @@ from ends import NotModelled
 def main():
     arguments = [os.fsencode(argument) for argument in sys.argv[1:]]
     home = Path(os.environ.get("HOME", "."))
-
     try:
-        _, _, status = with_deep_stack(lambda: run(
+        status = with_deep_stack(lambda: run(
             b"varno", arguments, sys.stdin.buffer.read, Path.cwd(), home,
             sys.stdout.buffer, sys.stderr.buffer))
     except NotModelled as reason:
-        sys.stdout.flush()
         sys.exit(f"varno_model.py: not modelled: {reason}")
     sys.stdout.flush()
     sys.stderr.flush()
