@@ -3,7 +3,7 @@
 import re
 
 import mpf
-from texts import to_double, to_flag, to_int
+from texts import to_finite_double, to_flag, to_int
 
 BLANKS = b" \t"
 WHITE_SPACE = b" \t\n\v\f\r"
@@ -15,6 +15,14 @@ def _tmax(record, value):
 
 def _print_every(record, value):
     mpf.set_text(record.print_every, value)
+
+
+def _accuracy(record, value):
+    mpf.set_double(record.accuracy, to_finite_double(record, value))
+
+
+def _step(record, value):
+    record.set_step_from_double(to_finite_double(record, value))
 
 
 def _gnuplot(record, value):
@@ -35,7 +43,7 @@ KEYWORDS = {
     b"MAXORDER": ("MaxOrder", lambda r, v: r.set_term_count(to_int(v) + r.zero_terms)),
     b"PRINTORD": ("Print order", _setting("print_order", to_flag)),
     b"ALL3DVALUES": ("Print all values (3D)", _setting("all_matrices", to_flag)),
-    b"ACCURACY": ("Accuracy", lambda r, v: mpf.set_double(r.accuracy, to_double(v))),
+    b"ACCURACY": ("Accuracy", _accuracy),
     b"DUMPTREE": ("Dump tree", _setting("dump_tree", to_flag)),
     b"DUMPDY": ("Dump DY values", _setting("dump_terms", to_int)),
     b"FIXEDSTEP": ("Fixed int.step", _setting("fixed_step", to_flag)),
@@ -44,7 +52,7 @@ KEYWORDS = {
     b"SIMPLIFYSMALLNUMBERS": ("Ignore small numbers", _setting("simplify_small", to_flag)),
     b"PRINTONLYTMAX": ("Print only Tmax", _setting("print_only_tmax", to_flag)),
     b"PRINTNUMCHARS": ("Characters of number to print", _setting("digits", to_int)),
-    b"INITIALINTSTEP": ("Initial step size", lambda r, v: r.set_step_from_double(to_double(v))),
+    b"INITIALINTSTEP": ("Initial step size", _step),
     b"STOPSTEADYSTATE": ("Step when steady solution is found", _setting("steady_stop", to_int)),
     b"PRINTNUMWIDTH": ("Number digits to print", _setting("width", to_int)),
     b"GMPWORDSIZE": ("GMP word size", _word_size),

@@ -1,6 +1,9 @@
 """Conversions of text to integers and doubles as the C library makes them."""
 
 import ctypes
+import math
+
+from ends import Ended
 
 _libc = ctypes.CDLL(None)
 _libc.strtol.argtypes = [ctypes.c_char_p, ctypes.c_void_p, ctypes.c_int]
@@ -15,15 +18,21 @@ def int32(value):
 
 
 def to_int(text):
-    return int32(_libc.strtol(text, None, 10))
+    """Where 32 bits do not hold the number, the nearest that they hold."""
+    return max(-2**31, min(2**31 - 1, _libc.strtol(text, None, 10)))
 
 
 def to_flag(text):
-    return to_int(text) == 1
+    return _libc.strtol(text, None, 10) == 1
 
 
-def to_double(text):
-    return _libc.strtod(text, None)
+def to_finite_double(record, text):
+    """Ends the run where there is no such number."""
+    value = _libc.strtod(text, None)
+    if not math.isfinite(value):
+        record.stderr.write(b"#(ERR) Number \"" + text + b"\" is out of range\n")
+        raise Ended(1)
+    return value
 
 
 def quotient(a, b):

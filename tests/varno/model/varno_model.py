@@ -25,7 +25,9 @@ def main():
     sys.stdout.flush()
     sys.stderr.flush()
     if not status.isdecimal():
-        os.kill(os.getpid(), signal.Signals[status])
+        number = signal.Signals[status]
+        signal.signal(number, signal.SIG_DFL)  # whatever the parent set
+        os.kill(os.getpid(), number)
     sys.exit(int(status))
 
 
