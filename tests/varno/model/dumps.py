@@ -33,6 +33,7 @@ def dump_derivatives(record, equations, start_time):
             # k! / h^k
             mul_ui(factor.p, factor.p, k)
             mpf.div(factor, factor, record.step)
+            factor.check_range(mpf.LARGEST_FACTOR_EXPONENT)
             mul(derivative.p, equation.get_term(k).p, factor.p)
             record.stderr.write(b"#(DER) d%s^[%d](%d) = %s\n" % (
                 equation.name, k, equation.term_stamp, number(record, derivative)))

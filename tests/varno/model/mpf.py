@@ -7,6 +7,7 @@ Operations take addresses (Mpf.p), which is what makes them fast enough.
 
 import ctypes
 import ctypes.util
+import re
 
 from ends import KilledBySignal, NotModelled
 
@@ -43,7 +44,6 @@ _set_d = _bind("set_d", _P, ctypes.c_double)
 _set_si = _bind("set_si", _P, ctypes.c_long)
 _set_str = _bind("set_str", _P, ctypes.c_char_p, ctypes.c_int, result=ctypes.c_int)
 _get_str = _bind("get_str", _P, _LONG_P, ctypes.c_int, ctypes.c_size_t, _P, result=_P)
-_get_d_2exp = _bind("get_d_2exp", _LONG_P, _P, result=ctypes.c_double)
 _div = _bind("div", _P, _P, _P)
 _sqrt = _bind("sqrt", _P, _P)
 _libc.free.argtypes = [_P]
@@ -62,10 +62,13 @@ absolute = _bind("abs", _P, _P)
 trunc = _bind("trunc", _P, _P)
 cmp = _bind("cmp", _P, _P, result=ctypes.c_int)
 
-# Exponents (of limbs) beyond this come near to the end of GMP's own range; what happens there is
-# a matter of the program's checks.
-LARGEST_EXPONENT = 2**57
-LONGEST_EXPONENT_TEXT = 17
+LIMB_BITS = 64
+# Beyond these exponents, in limbs and in decimal digits, GMP does not convert into digits, and the
+# program refuses numbers: when it does so is a matter of its checks.
+LARGEST_EXPONENT = 2**58
+LARGEST_DECIMAL_EXPONENT = 5_553*10**15
+# A factor that is never written may go further.
+LARGEST_FACTOR_EXPONENT = 2**61
 
 
 class Mpf:
@@ -93,8 +96,8 @@ class Mpf:
     def is_negative(self):
         return self.raw.size < 0
 
-    def check_range(self):
-        if abs(self.raw.exp) > LARGEST_EXPONENT:
+    def check_range(self, largest=LARGEST_EXPONENT):
+        if abs(self.raw.exp) > largest:
             raise NotModelled("a number near the end of GMP's exponents")
 
 
@@ -137,9 +140,9 @@ def set_double(x, value):
 
 def set_text(x, text):
     """Converts decimal text (bytes). A text that is no number leaves x as it is."""
-    exponent = text.lower().rpartition(b"e")[2] if b"e" in text.lower() else b""
-    if len(exponent.lstrip(b"+-")) > LONGEST_EXPONENT_TEXT:
-        raise NotModelled("a number text with a very large exponent")
+    exponent = re.search(rb"[eE@]([+-]?[0-9]+)", text)
+    if exponent and abs(int(exponent[1])) > LARGEST_DECIMAL_EXPONENT:
+        raise NotModelled("a number near the end of GMP's exponents")
     _set_str(x.p, text, 10)
 
 
@@ -169,7 +172,9 @@ def digits(x, count):
 
 
 def binary_exponent(x):
-    """e of x = d * 2^e with 0.5 <= |d| < 1."""
-    exponent = ctypes.c_long()
-    _get_d_2exp(exponent, x.p)
-    return exponent.value
+    """e of x = d * 2^e with 0.5 <= |d| < 1, and 0 for 0. (GMP's own function has 63 bits for it.)"""
+    size = abs(x.raw.size)
+    if size == 0:
+        return 0
+    limbs = ctypes.cast(x.raw.limbs, ctypes.POINTER(ctypes.c_uint64))
+    return (x.raw.exp - 1)*LIMB_BITS + limbs[size - 1].bit_length()
