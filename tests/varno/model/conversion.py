@@ -190,6 +190,8 @@ class Function(UnOp):
     def create_variables(self):
         record = self.record
         values = _CONVERSIONS[self.name][0](record, self.operand.get_init_value())
+        if self.variables is not None:
+            return  # asking for the initial value has led back here
         self.variables = []
         for value in values:
             variable = Differential(record, b"%%%d" % record.next_temporary)
