@@ -31,7 +31,8 @@ LEAST_SHARE_COMPARED = 0.7
 
 class AgreementTest(unittest.TestCase):
     def assert_agreement(self, report):
-        self.assertEqual(report.errors, [], "\n\n".join(report.errors))
+        if report.errors:
+            self.fail("\n\n".join(report.errors))
 
     def test_cases(self):
         report = with_deep_stack(
