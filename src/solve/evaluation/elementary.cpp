@@ -40,47 +40,104 @@ void ArcHyperbolicCotangent(mpfr_ptr result, mpfr_srcptr a)
 void Compute(Operation operation, mpfr_ptr result, mpfr_srcptr a, mpfr_srcptr b)
 {
   switch (operation) {
-    case Operation::kNegate: mpfr_neg(result, a, kNearest); return;
-    case Operation::kAdd: mpfr_add(result, a, b, kNearest); return;
-    case Operation::kSubtract: mpfr_sub(result, a, b, kNearest); return;
-    case Operation::kMultiply: mpfr_mul(result, a, b, kNearest); return;
-    case Operation::kDivide: mpfr_div(result, a, b, kNearest); return;
-    case Operation::kPower: mpfr_pow(result, a, b, kNearest); return;
-    case Operation::kSqrt: mpfr_sqrt(result, a, kNearest); return;
-    case Operation::kCbrt: mpfr_cbrt(result, a, kNearest); return;
-    case Operation::kExp: mpfr_exp(result, a, kNearest); return;
-    case Operation::kLn: mpfr_log(result, a, kNearest); return;
-    case Operation::kSin: mpfr_sin(result, a, kNearest); return;
-    case Operation::kCos: mpfr_cos(result, a, kNearest); return;
-    case Operation::kTan: mpfr_tan(result, a, kNearest); return;
-    case Operation::kCot: mpfr_cot(result, a, kNearest); return;
-    case Operation::kAsin: mpfr_asin(result, a, kNearest); return;
-    case Operation::kAcos: mpfr_acos(result, a, kNearest); return;
-    case Operation::kAtan: mpfr_atan(result, a, kNearest); return;
-    case Operation::kAcot: ArcCotangent(result, a); return;
-    case Operation::kSinh: mpfr_sinh(result, a, kNearest); return;
-    case Operation::kCosh: mpfr_cosh(result, a, kNearest); return;
-    case Operation::kTanh: mpfr_tanh(result, a, kNearest); return;
-    case Operation::kCoth: mpfr_coth(result, a, kNearest); return;
-    case Operation::kAsinh: mpfr_asinh(result, a, kNearest); return;
-    case Operation::kAcosh: mpfr_acosh(result, a, kNearest); return;
-    case Operation::kAtanh: mpfr_atanh(result, a, kNearest); return;
-    case Operation::kAcoth: ArcHyperbolicCotangent(result, a); return;
-    case Operation::kErf: mpfr_erf(result, a, kNearest); return;
-    case Operation::kAtan2: mpfr_atan2(result, a, b, kNearest); return;
+    case Operation::kNegate:
+      mpfr_neg(result, a, kNearest);
+      return;
+    case Operation::kAdd:
+      mpfr_add(result, a, b, kNearest);
+      return;
+    case Operation::kSubtract:
+      mpfr_sub(result, a, b, kNearest);
+      return;
+    case Operation::kMultiply:
+      mpfr_mul(result, a, b, kNearest);
+      return;
+    case Operation::kDivide:
+      mpfr_div(result, a, b, kNearest);
+      return;
+    case Operation::kPower:
+      mpfr_pow(result, a, b, kNearest);
+      return;
+    case Operation::kSqrt:
+      mpfr_sqrt(result, a, kNearest);
+      return;
+    case Operation::kCbrt:
+      mpfr_cbrt(result, a, kNearest);
+      return;
+    case Operation::kExp:
+      mpfr_exp(result, a, kNearest);
+      return;
+    case Operation::kLn:
+      mpfr_log(result, a, kNearest);
+      return;
+    case Operation::kSin:
+      mpfr_sin(result, a, kNearest);
+      return;
+    case Operation::kCos:
+      mpfr_cos(result, a, kNearest);
+      return;
+    case Operation::kTan:
+      mpfr_tan(result, a, kNearest);
+      return;
+    case Operation::kCot:
+      mpfr_cot(result, a, kNearest);
+      return;
+    case Operation::kAsin:
+      mpfr_asin(result, a, kNearest);
+      return;
+    case Operation::kAcos:
+      mpfr_acos(result, a, kNearest);
+      return;
+    case Operation::kAtan:
+      mpfr_atan(result, a, kNearest);
+      return;
+    case Operation::kAcot:
+      ArcCotangent(result, a);
+      return;
+    case Operation::kSinh:
+      mpfr_sinh(result, a, kNearest);
+      return;
+    case Operation::kCosh:
+      mpfr_cosh(result, a, kNearest);
+      return;
+    case Operation::kTanh:
+      mpfr_tanh(result, a, kNearest);
+      return;
+    case Operation::kCoth:
+      mpfr_coth(result, a, kNearest);
+      return;
+    case Operation::kAsinh:
+      mpfr_asinh(result, a, kNearest);
+      return;
+    case Operation::kAcosh:
+      mpfr_acosh(result, a, kNearest);
+      return;
+    case Operation::kAtanh:
+      mpfr_atanh(result, a, kNearest);
+      return;
+    case Operation::kAcoth:
+      ArcHyperbolicCotangent(result, a);
+      return;
+    case Operation::kErf:
+      mpfr_erf(result, a, kNearest);
+      return;
+    case Operation::kAtan2:
+      mpfr_atan2(result, a, b, kNearest);
+      return;
     case Operation::kNumber:
     case Operation::kPi:
     case Operation::kTime:
     case Operation::kState:
-    case Operation::kParameter: break;
+    case Operation::kParameter:
+      break;
   }
   assert(false && "a leaf is no operation");
 }
 
 bool TakesAngle(Operation operation)
 {
-  return operation == Operation::kSin || operation == Operation::kCos || operation == Operation::kTan ||
-         operation == Operation::kCot;
+  return operation == Operation::kSin || operation == Operation::kCos ||
+         operation == Operation::kTan || operation == Operation::kCot;
 }
 
 /// Tells what became of a result, by MPFR's flags.

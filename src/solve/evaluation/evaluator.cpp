@@ -22,7 +22,8 @@ constexpr double kRoundingBits = 24;
 constexpr std::uint32_t kNoExponent = UINT32_MAX;
 
 /// All nodes below the roots and the roots, each once, operands first.
-std::vector<NodeId> Below(const Graph& graph, const std::vector<NodeId>& roots, std::span<const NodeId> parameters)
+std::vector<NodeId> Below(const Graph& graph, const std::vector<NodeId>& roots,
+                          std::span<const NodeId> parameters)
 {
   std::vector<NodeId> found, open = roots;
   std::unordered_set<NodeId> seen;
@@ -78,15 +79,24 @@ void Evaluator::Compute(std::size_t place, mpfr_srcptr time, std::span<const Rea
   const Step& step = steps[place];
   switch (step.operation) {
     case Operation::kNumber:
-    case Operation::kPi: return;
-    case Operation::kTime: mpfr_set(values[place], time, MPFR_RNDN); return;
-    case Operation::kState: mpfr_set(values[place], states[step.index], MPFR_RNDN); return;
-    case Operation::kParameter: mpfr_set(values[place], values[step.a], MPFR_RNDN); return;
-    default: break;
+    case Operation::kPi:
+      return;
+    case Operation::kTime:
+      mpfr_set(values[place], time, MPFR_RNDN);
+      return;
+    case Operation::kState:
+      mpfr_set(values[place], states[step.index], MPFR_RNDN);
+      return;
+    case Operation::kParameter:
+      mpfr_set(values[place], values[step.a], MPFR_RNDN);
+      return;
+    default:
+      break;
   }
   const bool wholePower = step.operation == Operation::kPower && step.index != kNoExponent;
-  const Outcome outcome = wholePower ? ApplyPower(values[place], values[step.a], exponents[step.index])
-                                     : Apply(step.operation, values[place], values[step.a], values[step.b]);
+  const Outcome outcome =
+      wholePower ? ApplyPower(values[place], values[step.a], exponents[step.index])
+                 : Apply(step.operation, values[place], values[step.a], values[step.b]);
   if (outcome == Outcome::kValue) return;
   const bool second = step.operation == Operation::kDivide;
   throw DomainError{outcome, step.node, values[second ? step.b : step.a]};
@@ -103,10 +113,14 @@ double Evaluator::ComputeSize(std::size_t place, std::span<const double> stateSi
   switch (step.operation) {
     case Operation::kNumber:
     case Operation::kPi:
-    case Operation::kTime: return Log2Size(values[place]);
-    case Operation::kState: return std::max(Log2Size(values[place]), stateSizes[step.index]);
-    case Operation::kParameter: return sizes[step.a];
-    default: break;
+    case Operation::kTime:
+      return Log2Size(values[place]);
+    case Operation::kState:
+      return std::max(Log2Size(values[place]), stateSizes[step.index]);
+    case Operation::kParameter:
+      return sizes[step.a];
+    default:
+      break;
   }
   return SizeOfResult(step.operation, values[place], {values[step.a], sizes[step.a]},
                       {values[step.b], sizes[step.b]});
@@ -115,17 +129,20 @@ double Evaluator::ComputeSize(std::size_t place, std::span<const double> stateSi
 void Evaluator::EvaluateSizes(std::span<const double> stateSizes)
 {
   sizes.resize(steps.size());
-  for (std::size_t place = 0; place < steps.size(); ++place) sizes[place] = ComputeSize(place, stateSizes);
+  for (std::size_t place = 0; place < steps.size(); ++place)
+    sizes[place] = ComputeSize(place, stateSizes);
 }
 
-Real EvaluateConstant(const Graph& graph, NodeId node, mpfr_prec_t bits, std::span<const NodeId> parameters)
+Real EvaluateConstant(const Graph& graph, NodeId node, mpfr_prec_t bits,
+                      std::span<const NodeId> parameters)
 {
   for (mpfr_prec_t guard = kFirstGuardBits;; guard *= 4) {
     Evaluator evaluator(graph, {node}, bits + guard, parameters);
     evaluator.Evaluate(nullptr, {});
     evaluator.EvaluateSizes({});
     const double cancelled = evaluator.Size(0) - Log2Size(evaluator[0]);
-    const bool isExact = evaluator[0].IsZero() && evaluator.Size(0) == -std::numeric_limits<double>::infinity();
+    const bool isExact =
+        evaluator[0].IsZero() && evaluator.Size(0) == -std::numeric_limits<double>::infinity();
     Real result(bits);
     if (isExact || cancelled < static_cast<double>(guard) - kRoundingBits) {
       mpfr_set(result, evaluator[0], MPFR_RNDN);

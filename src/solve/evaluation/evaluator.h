@@ -17,7 +17,8 @@ class Evaluator {
  public:
   /// For these nodes. What is needed of the graph is copied.
   /// `parameters` are the nodes of the values of the parameters, if there are any.
-  Evaluator(const Graph& graph, const std::vector<NodeId>& roots, mpfr_prec_t bits, std::span<const NodeId> parameters = {});
+  Evaluator(const Graph& graph, const std::vector<NodeId>& roots, mpfr_prec_t bits,
+            std::span<const NodeId> parameters = {});
 
   /// Computes all roots. `time` and `states` have any precision. Throws DomainError.
   void Evaluate(mpfr_srcptr time, std::span<const Real> states);
@@ -34,8 +35,8 @@ class Evaluator {
   struct Step {
     Operation operation;
     NodeId node;
-    std::uint32_t a, b;    // places of the operands in `values`
-    std::uint32_t index;   // of a state, or of a whole exponent
+    std::uint32_t a, b;   // places of the operands in `values`
+    std::uint32_t index;  // of a state, or of a whole exponent
   };
 
   std::uint32_t AddExponent(const Graph& graph, const Node& node);
@@ -52,6 +53,7 @@ class Evaluator {
 /// The value of an expression that depends neither on t nor on states, right to about its precision
 /// however much cancels inside it: it is computed with more and more bits until enough of them
 /// remain. What thousands of bits cannot tell from 0 is 0, as sin(pi). Throws DomainError.
-Real EvaluateConstant(const Graph& graph, NodeId node, mpfr_prec_t bits, std::span<const NodeId> parameters = {});
+Real EvaluateConstant(const Graph& graph, NodeId node, mpfr_prec_t bits,
+                      std::span<const NodeId> parameters = {});
 
 }  // namespace varno::solve

@@ -22,29 +22,45 @@ double Log2Derivative(Operation function, mpfr_srcptr result, mpfr_srcptr argume
 {
   const double f = Log2Size(result), u = Log2Size(argument);
   switch (function) {
-    case Operation::kNegate: return 0;
-    case Operation::kSqrt: return -1 - f;
-    case Operation::kCbrt: return -std::log2(3.0) - 2 * f;
-    case Operation::kExp: return f;
-    case Operation::kLn: return -u;
-    case Operation::kSin: return u > 50 ? 0 : std::log2(std::abs(std::cos(mpfr_get_d(argument, MPFR_RNDN))));
-    case Operation::kCos: return u > 50 ? 0 : std::log2(std::abs(std::sin(mpfr_get_d(argument, MPFR_RNDN))));
+    case Operation::kNegate:
+      return 0;
+    case Operation::kSqrt:
+      return -1 - f;
+    case Operation::kCbrt:
+      return -std::log2(3.0) - 2 * f;
+    case Operation::kExp:
+      return f;
+    case Operation::kLn:
+      return -u;
+    case Operation::kSin:
+      return u > 50 ? 0 : std::log2(std::abs(std::cos(mpfr_get_d(argument, MPFR_RNDN))));
+    case Operation::kCos:
+      return u > 50 ? 0 : std::log2(std::abs(std::sin(mpfr_get_d(argument, MPFR_RNDN))));
     case Operation::kTan:
-    case Operation::kCot: return Log2OnePlusSquare(f, result, 1);
+    case Operation::kCot:
+      return Log2OnePlusSquare(f, result, 1);
     case Operation::kSinh:
-    case Operation::kCosh: return std::max(0.0, f);
+    case Operation::kCosh:
+      return std::max(0.0, f);
     case Operation::kTanh:
-    case Operation::kCoth: return Log2OnePlusSquare(f, result, -1);
+    case Operation::kCoth:
+      return Log2OnePlusSquare(f, result, -1);
     case Operation::kAsin:
     case Operation::kAcos:
-    case Operation::kAcosh: return -0.5 * Log2OnePlusSquare(u, argument, -1);
-    case Operation::kAsinh: return -0.5 * Log2OnePlusSquare(u, argument, 1);
+    case Operation::kAcosh:
+      return -0.5 * Log2OnePlusSquare(u, argument, -1);
+    case Operation::kAsinh:
+      return -0.5 * Log2OnePlusSquare(u, argument, 1);
     case Operation::kAtan:
-    case Operation::kAcot: return -Log2OnePlusSquare(u, argument, 1);
+    case Operation::kAcot:
+      return -Log2OnePlusSquare(u, argument, 1);
     case Operation::kAtanh:
-    case Operation::kAcoth: return -Log2OnePlusSquare(u, argument, -1);
-    case Operation::kErf: return u > 10 ? f : 0.17 - std::numbers::log2e * std::exp2(2 * u);
-    default: return 0;
+    case Operation::kAcoth:
+      return -Log2OnePlusSquare(u, argument, -1);
+    case Operation::kErf:
+      return u > 10 ? f : 0.17 - std::numbers::log2e * std::exp2(2 * u);
+    default:
+      return 0;
   }
 }
 
@@ -53,17 +69,22 @@ double Effect(Operation operation, mpfr_srcptr result, const SizedValue& a, cons
 {
   switch (operation) {
     case Operation::kAdd:
-    case Operation::kSubtract: return std::max(a.size, b.size);
-    case Operation::kMultiply: return std::max(a.size + Log2Size(b.value), Log2Size(a.value) + b.size);
-    case Operation::kDivide: return std::max(a.size, Log2Size(result) + b.size) - Log2Size(b.value);
+    case Operation::kSubtract:
+      return std::max(a.size, b.size);
+    case Operation::kMultiply:
+      return std::max(a.size + Log2Size(b.value), Log2Size(a.value) + b.size);
+    case Operation::kDivide:
+      return std::max(a.size, Log2Size(result) + b.size) - Log2Size(b.value);
     case Operation::kPower: {
       // a^b: relative errors b da/a and ln(a) db
       const double base = Log2Size(a.value);
       const double logarithm = std::log2(std::max(std::abs(base) * std::numbers::ln2, 1.0));
       return Log2Size(result) + std::max(Log2Size(b.value) + a.size - base, logarithm + b.size);
     }
-    case Operation::kAtan2: return std::max(a.size, b.size) - std::max(Log2Size(a.value), Log2Size(b.value));
-    default: return Log2Derivative(operation, result, a.value) + a.size;
+    case Operation::kAtan2:
+      return std::max(a.size, b.size) - std::max(Log2Size(a.value), Log2Size(b.value));
+    default:
+      return Log2Derivative(operation, result, a.value) + a.size;
   }
 }
 
@@ -78,7 +99,8 @@ double Log2Size(mpfr_srcptr x)
   return static_cast<double>(exponent) + std::log2(std::abs(mantissa));
 }
 
-double SizeOfResult(Operation operation, mpfr_srcptr result, const SizedValue& a, const SizedValue& b)
+double SizeOfResult(Operation operation, mpfr_srcptr result, const SizedValue& a,
+                    const SizedValue& b)
 {
   const double own = Log2Size(result), effect = Effect(operation, result, a, b);
   // NaN: a factor 0 beside an operand without bounds.

@@ -11,8 +11,8 @@ double Log2Size(mpfr_srcptr x);
 
 /// An operand or a result, with log2 of its size: how large it would be if nothing cancelled.
 ///
-/// A relative error of 2^-b anywhere above a value shows in it as about size * 2^-b. What is smaller than
-/// that cannot be told from 0 by b bits.
+/// A relative error of 2^-b anywhere above a value shows in it as about size * 2^-b. What is
+/// smaller than that cannot be told from 0 by b bits.
 struct SizedValue {
   mpfr_srcptr value;
   double size;
@@ -22,6 +22,7 @@ struct SizedValue {
 ///     size(a + b) = max(size a, size b),  size(a b) = max(size(a) |b|, |a| size(b)),
 ///     size(f(u)) = max(|f|, |f'| size(u)).
 /// `b` is looked at by binary operations only.
-double SizeOfResult(Operation operation, mpfr_srcptr result, const SizedValue& a, const SizedValue& b);
+double SizeOfResult(Operation operation, mpfr_srcptr result, const SizedValue& a,
+                    const SizedValue& b);
 
 }  // namespace varno::solve

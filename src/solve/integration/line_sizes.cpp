@@ -20,8 +20,9 @@ struct SizeRules {
     double size = series.Log2Constant(line.constant);
     for (std::uint32_t i = 0; i < line.factorCount; ++i) {
       const Factor& factor = tape.factors[line.firstFactor + i];
-      const double weight = factor.whole != 0 ? std::log2(std::abs(static_cast<double>(factor.whole)))
-                                              : series.Log2Constant(factor.constant);
+      const double weight = factor.whole != 0
+                                ? std::log2(std::abs(static_cast<double>(factor.whole)))
+                                : series.Log2Constant(factor.constant);
       size = std::max(size, weight + sizes[factor.line]);
     }
     return size;
@@ -38,18 +39,26 @@ struct SizeRules {
     switch (line.kind) {
       case LineKind::kConstant:
       case LineKind::kTime:
-      case LineKind::kState: return Value(id);
-      case LineKind::kCombination: return Combination(line);
-      case LineKind::kProduct: return Product(line.a, line.b);
-      case LineKind::kSquare: return Product(line.a, line.a) + 1;
+      case LineKind::kState:
+        return Value(id);
+      case LineKind::kCombination:
+        return Combination(line);
+      case LineKind::kProduct:
+        return Product(line.a, line.b);
+      case LineKind::kSquare:
+        return Product(line.a, line.a) + 1;
       case LineKind::kQuotient:
         return std::max(sizes[line.a], Value(id) + sizes[line.b]) - Value(line.b);
-      case LineKind::kSquareRoot: return sizes[line.a] - 1 - Value(id);
+      case LineKind::kSquareRoot:
+        return sizes[line.a] - 1 - Value(id);
       case LineKind::kPower:
         return series.Log2Constant(line.constant) + Value(id) + sizes[line.a] - Value(line.a);
-      case LineKind::kIntegralOfProduct: return Value(line.b) + sizes[line.a];
-      case LineKind::kIntegralOfQuotient: return sizes[line.a] - Value(line.b);
-      case LineKind::kAngle: return std::max(sizes[line.a], sizes[line.b]) - 0.5 * Value(line.c);
+      case LineKind::kIntegralOfProduct:
+        return Value(line.b) + sizes[line.a];
+      case LineKind::kIntegralOfQuotient:
+        return sizes[line.a] - Value(line.b);
+      case LineKind::kAngle:
+        return std::max(sizes[line.a], sizes[line.b]) - 0.5 * Value(line.c);
     }
     return Value(id);
   }

@@ -11,9 +11,9 @@ namespace varno::solve {
 ///
 /// The size of a line is how large it would be if nothing cancelled: a rounding error of one part
 /// in 2^b anywhere above it shows in it as about size * 2^-b. A sum has the largest size of its
-/// parts, a product a b the larger of size(a) |b| and |a| size(b), a function f(u) the larger of |f|
-/// and |f'| size(u); a constant, t and a state their own magnitude. -infinity for what is 0 with
-/// nothing behind it.
+/// parts, a product a b the larger of size(a) |b| and |a| size(b), a function f(u) the larger of
+/// |f| and |f'| size(u); a constant, t and a state their own magnitude. -infinity for what is 0
+/// with nothing behind it.
 std::vector<double> LineSizes(const Tape& tape, const Series& series);
 
 }  // namespace varno::solve

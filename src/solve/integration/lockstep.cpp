@@ -8,12 +8,13 @@
 namespace varno::solve {
 
 Lockstep::Lockstep(const Tape& tape, const std::vector<RunSettings>& settings, const Moment& start,
-                   const std::vector<std::vector<Real>>& states, const Moment& reach, StepWatch watch,
-                   Compare compare)
+                   const std::vector<std::vector<Real>>& states, const Moment& reach,
+                   StepWatch watch, Compare compare)
     : ends(settings.size()), reach(reach), watch(std::move(watch)), compare(std::move(compare))
 {
   runs.reserve(settings.size());
-  for (std::size_t i = 0; i < settings.size(); ++i) runs.emplace_back(tape, settings[i], start, states[i], reach);
+  for (std::size_t i = 0; i < settings.size(); ++i)
+    runs.emplace_back(tape, settings[i], start, states[i], reach);
 }
 
 /// The run that is farthest behind among those that have not ended; null when all have.
@@ -21,14 +22,16 @@ Run* Lockstep::RunBehind()
 {
   Run* behind = nullptr;
   for (std::size_t i = 0; i < runs.size(); ++i) {
-    if (ends[i] == nullptr && (behind == nullptr || runs[i].IsBehind(behind->End()))) behind = &runs[i];
+    if (ends[i] == nullptr && (behind == nullptr || runs[i].IsBehind(behind->End())))
+      behind = &runs[i];
   }
   return behind;
 }
 
 void Lockstep::Reach(const Moment& time)
 {
-  for (Run* run = RunBehind(); run != nullptr && run->IsBehind(time); run = RunBehind()) Advance(*run);
+  for (Run* run = RunBehind(); run != nullptr && run->IsBehind(time); run = RunBehind())
+    Advance(*run);
   ThrowIfEnded();
 }
 
@@ -75,7 +78,8 @@ void Lockstep::ThrowIfEnded() const
 {
   if (!AnyEnded()) return;
   const auto goesOn = std::ranges::find(ends, nullptr);
-  if (goesOn != ends.end()) throw Disagreement{runs[static_cast<std::size_t>(goesOn - ends.begin())].End()};
+  if (goesOn != ends.end())
+    throw Disagreement{runs[static_cast<std::size_t>(goesOn - ends.begin())].End()};
   std::rethrow_exception(ends.back());
 }
 

@@ -36,11 +36,12 @@ class Lockstep {
 
   /// The tape must outlive the runs.
   Lockstep(const Tape& tape, const std::vector<RunSettings>& settings, const Moment& start,
-           const std::vector<std::vector<Real>>& states, const Moment& reach, StepWatch watch, Compare compare);
+           const std::vector<std::vector<Real>>& states, const Moment& reach, StepWatch watch,
+           Compare compare);
 
   /// Integrates until every run has reached the time; the latest steps of all of them hold it then,
-  /// if times come in order. Throws DomainError or Singularity where all runs end alike, Disagreement
-  /// where one ends and another goes on.
+  /// if times come in order. Throws DomainError or Singularity where all runs end alike,
+  /// Disagreement where one ends and another goes on.
   void Reach(const Moment& time);
   /// Integrates until the best run has ended a step beyond the time. Throws as Reach does.
   void ReachNextStep(const Moment& time);

@@ -13,8 +13,8 @@ Path::Path(Problem given, std::vector<Moment> earlyTimes)
 
 void Path::Depart(const Moment& reach)
 {
-  lockstep.emplace(problem.tape, problem.settings, problem.interval.start, problem.startStates, reach,
-                   problem.watch, problem.compare);
+  lockstep.emplace(problem.tape, problem.settings, problem.interval.start, problem.startStates,
+                   reach, problem.watch, problem.compare);
 }
 
 std::vector<SizedStates> Path::LatestStates(const Moment& time) const

@@ -13,9 +13,9 @@ struct SizedStates {
   std::vector<double> sizes;
 };
 
-/// The states of a solution at times in order, by one or several runs, whichever way the integration
-/// has to go: where the start lies inside the interval, the early times are integrated first, against
-/// the order.
+/// The states of a solution at times in order, by one or several runs, whichever way the
+/// integration has to go: where the start lies inside the interval, the early times are integrated
+/// first, against the order.
 class Path {
  public:
   struct Problem {

@@ -23,7 +23,8 @@ constexpr mpfr_prec_t kSpareTimeBits = 64;
 
 bool HasTimeLine(const Tape& tape)
 {
-  return std::ranges::any_of(tape.lines, [](const Line& line) { return line.kind == LineKind::kTime; });
+  return std::ranges::any_of(tape.lines,
+                             [](const Line& line) { return line.kind == LineKind::kTime; });
 }
 
 Moment ToMoment(const StepLength& length)
@@ -39,10 +40,18 @@ Moment ToMoment(const StepLength& length)
 
 }  // namespace
 
-Run::Run(const Tape& tape, const RunSettings& settings, const Moment& start, std::vector<Real> initial,
-         const Moment& reach)
-    : tape(tape), settings(settings), control(tape, settings), bits(settings.bits), start(start),
-      begin(start), end(start), reach(reach), backwards(reach < start), usesTime(HasTimeLine(tape)),
+Run::Run(const Tape& tape, const RunSettings& settings, const Moment& start,
+         std::vector<Real> initial, const Moment& reach)
+    : tape(tape),
+      settings(settings),
+      control(tape, settings),
+      bits(settings.bits),
+      start(start),
+      begin(start),
+      end(start),
+      reach(reach),
+      backwards(reach < start),
+      usesTime(HasTimeLine(tape)),
       states(std::move(initial))
 {
   RequireBits(settings.bits + (usesTime ? BitsForTime(Log2Moment(reach - start)) : 0));
@@ -101,7 +110,8 @@ void Run::RequireProgress(const StepBound& bound) const
 std::vector<Real> Run::SumStates(mpfr_srcptr offset) const
 {
   std::vector<Real> sums(states.size(), Real(bits));
-  for (std::size_t i = 0; i < sums.size(); ++i) series->Sum(static_cast<LineId>(i), offset, sums[i]);
+  for (std::size_t i = 0; i < sums.size(); ++i)
+    series->Sum(static_cast<LineId>(i), offset, sums[i]);
   return sums;
 }
 

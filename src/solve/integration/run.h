@@ -28,7 +28,8 @@ class Run {
   /// Begins at `start` with these states. The tape must outlive the run. `reach` is how far the
   /// run will be asked to go at most; it bounds a step that nothing else bounds. Throws
   /// DomainError where a constant has no value.
-  Run(const Tape& tape, const RunSettings& settings, const Moment& start, std::vector<Real> states, const Moment& reach);
+  Run(const Tape& tape, const RunSettings& settings, const Moment& start, std::vector<Real> states,
+      const Moment& reach);
 
   /// Makes one step. Throws DomainError or Singularity; End() and the states there stay then.
   void Step();
@@ -41,8 +42,9 @@ class Run {
   /// The states at a time within the latest step, or at its end.
   std::vector<Real> StatesAt(const Moment& time) const;
 
-  /// log2 of the sizes of the states over the latest step: the largest terms of their sums, and what the size of
-  /// the derivative makes of the step. What is far below it may be the rest of a cancellation.
+  /// log2 of the sizes of the states over the latest step: the largest terms of their sums, and
+  /// what the size of the derivative makes of the step. What is far below it may be the rest of a
+  /// cancellation.
   std::vector<double> StateSizes() const;
   const Moment& Start() const { return start; }
 
@@ -68,7 +70,7 @@ class Run {
   bool backwards;
   bool usesTime;
   std::vector<Real> states;  // at `end`
-  long scaleExponent = 0;      // of the series in use
+  long scaleExponent = 0;    // of the series in use
   long nextScaleExponent = 0;
   double stepLog2 = 0;  // of the length of the latest step
   std::int64_t steps = 0;

@@ -15,9 +15,10 @@ struct RunSettings {
 /// The settings of a run with a relative error of about 10^-decimals in each step, which follows
 /// shrinking steps until they are 10^-placeDecimals of the way.
 ///
-/// Order 1 - ln(tol)/2 needs the least work for a tolerance when a term costs the sum of those before it (Jorba
-/// and Zou, A software package for the numerical integration of ODEs by means of high-order Taylor
-/// methods, Experimental Mathematics 14, 2005). Below 10^-12 and order 12 nothing is saved.
+/// Order 1 - ln(tol)/2 needs the least work for a tolerance when a term costs the sum of those
+/// before it (Jorba and Zou, A software package for the numerical integration of ODEs by means of
+/// high-order Taylor methods, Experimental Mathematics 14, 2005). Below 10^-12 and order 12 nothing
+/// is saved.
 RunSettings SettingsFor(double decimals, double placeDecimals);
 
 }  // namespace varno::solve

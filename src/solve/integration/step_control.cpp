@@ -29,11 +29,18 @@ std::vector<LineId> DomainLines(const Tape& tape)
   for (const Line& line : tape.lines) {
     switch (line.kind) {
       case LineKind::kQuotient:
-      case LineKind::kIntegralOfQuotient: found.push_back(line.b); break;
+      case LineKind::kIntegralOfQuotient:
+        found.push_back(line.b);
+        break;
       case LineKind::kSquareRoot:
-      case LineKind::kPower: found.push_back(line.a); break;
-      case LineKind::kAngle: found.push_back(line.c); break;
-      default: break;
+      case LineKind::kPower:
+        found.push_back(line.a);
+        break;
+      case LineKind::kAngle:
+        found.push_back(line.c);
+        break;
+      default:
+        break;
     }
   }
   std::ranges::sort(found);
@@ -42,14 +49,19 @@ std::vector<LineId> DomainLines(const Tape& tape)
 }
 
 /// Whether the terms of a line end by its structure before the usual order.
-bool IsShortPolynomial(const Line& line, int order) { return line.degree >= 0 && line.degree < order; }
+bool IsShortPolynomial(const Line& line, int order)
+{
+  return line.degree >= 0 && line.degree < order;
+}
 
 }  // namespace
 
 StepControl::StepControl(const Tape& tape, const RunSettings& settings)
-    : tape(tape), settings(settings), domainLines(DomainLines(tape)), settledLines(tape.lines.size(), false)
-{
-}
+    : tape(tape),
+      settings(settings),
+      domainLines(DomainLines(tape)),
+      settledLines(tape.lines.size(), false)
+{}
 
 /// Whether a line shows too few terms to tell how far its series reaches.
 bool StepControl::NeedsMoreTerms(const Series& series, LineId id)
@@ -104,7 +116,8 @@ double StepControl::AccuracyBound(double size) const
     if (terms[k] == -kInfinity) continue;
     ++found;
     double longest = first == -kInfinity ? -kInfinity : (tolerance + first - terms[k]) / k;
-    for (int j = 1; j < k; ++j) longest = std::max(longest, (tolerance + terms[j] - terms[k]) / (k - j));
+    for (int j = 1; j < k; ++j)
+      longest = std::max(longest, (tolerance + terms[j] - terms[k]) / (k - j));
     // The first of all terms that are not zero says nothing by itself.
     if (longest == -kInfinity) continue;
     bound = std::min(bound, longest + tolerance * (usual - 1.0 / k));

@@ -17,9 +17,9 @@ struct StepBound {
 /// Chooses the order and the length of each step of one run.
 ///
 /// Every line of the tape counts, not the states alone: a function that is about to move while all
-/// states rest would be stepped over otherwise. The radius of convergence is estimated from the last orders of each
-/// line (Jorba and Zou 2005), as many as it takes to see five terms that are not zero, so that
-/// series with gaps are not mistaken for short ones.
+/// states rest would be stepped over otherwise. The radius of convergence is estimated from the
+/// last orders of each line (Jorba and Zou 2005), as many as it takes to see five terms that are
+/// not zero, so that series with gaps are not mistaken for short ones.
 class StepControl {
  public:
   StepControl(const Tape& tape, const RunSettings& settings);
@@ -38,10 +38,10 @@ class StepControl {
 
   const Tape& tape;
   RunSettings settings;
-  std::vector<LineId> domainLines;      // divisors, radicands, bases: must not have a root in the step
-  std::vector<bool> settledLines;       // too few terms even at the highest order, in the step before
+  std::vector<LineId> domainLines;  // divisors, radicands, bases: must not have a root in the step
+  std::vector<bool> settledLines;   // too few terms even at the highest order, in the step before
   std::vector<double> sizes;
-  std::vector<double> terms;            // log2 of the sizes of the terms of the line looked at
+  std::vector<double> terms;  // log2 of the sizes of the terms of the line looked at
 };
 
 }  // namespace varno::solve

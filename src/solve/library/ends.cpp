@@ -11,16 +11,22 @@ namespace varno::solve {
 namespace {
 
 /// A number in messages: a few digits, as people write it.
-std::string Short(mpfr_srcptr number) { return fmt::format("{:.6g}", mpfr_get_d(number, MPFR_RNDN)); }
+std::string Short(mpfr_srcptr number)
+{
+  return fmt::format("{:.6g}", mpfr_get_d(number, MPFR_RNDN));
+}
 
 std::string Reason(const Graph& graph, const DomainError& error)
 {
   const std::string argument = Short(error.argument);
   switch (error.outcome) {
-    case Outcome::kOutOfRange: return "is too large for the arithmetic";
-    case Outcome::kNoSeries: return "has no Taylor series, because it is a root or power of 0,";
+    case Outcome::kOutOfRange:
+      return "is too large for the arithmetic";
+    case Outcome::kNoSeries:
+      return "has no Taylor series, because it is a root or power of 0,";
     case Outcome::kUndefined:
-    case Outcome::kValue: break;
+    case Outcome::kValue:
+      break;
   }
   if (graph[error.node].operation == Operation::kDivide) return "divides by 0";
   return "is not defined for the argument " + argument;
@@ -52,17 +58,19 @@ std::string Ends::Described(NodeId node, const std::string& message) const
 
 RunEnded Ends::Of(const DomainError& error, const Moment& time) const
 {
-  const std::string message = fmt::format("'{}' {} at t = {}", sources.Text(graph[error.node].place),
-                                          Reason(graph, error), TimeText(time));
+  const std::string message =
+      fmt::format("'{}' {} at t = {}", sources.Text(graph[error.node].place), Reason(graph, error),
+                  TimeText(time));
   const bool outOfRange = error.outcome == Outcome::kOutOfRange;
-  return {outOfRange ? EndReason::kOutOfRange : EndReason::kLostDomain, Described(error.node, message)};
+  return {outOfRange ? EndReason::kOutOfRange : EndReason::kLostDomain,
+          Described(error.node, message)};
 }
 
 RunEnded Ends::Of(const Singularity& singularity) const
 {
-  const std::string message =
-      fmt::format("the solution cannot be continued beyond t = {}: a pole, or the edge of the domain of '{}'",
-                  TimeText(singularity.time), sources.Text(graph[singularity.node].place));
+  const std::string message = fmt::format(
+      "the solution cannot be continued beyond t = {}: a pole, or the edge of the domain of '{}'",
+      TimeText(singularity.time), sources.Text(graph[singularity.node].place));
   return {EndReason::kSingularity, Described(singularity.node, message)};
 }
 

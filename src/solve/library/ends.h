@@ -2,12 +2,11 @@
 
 #include <string>
 
-#include <varno/solve.h>
-
 #include "solve/evaluation/domain_error.h"
 #include "solve/integration/run.h"
 #include "solve/number/moment.h"
 #include "solve/source/sources.h"
+#include <varno/solve.h>
 
 namespace varno::solve {
 
@@ -17,8 +16,7 @@ class Ends {
   /// `graph` is the one whose nodes the errors name; `digits` are those of the times.
   Ends(const Sources& sources, const Graph& graph, int digits)
       : sources(sources), graph(graph), digits(digits)
-  {
-  }
+  {}
 
   RunEnded Of(const DomainError& error, const Moment& time) const;
   RunEnded Of(const Singularity& singularity) const;

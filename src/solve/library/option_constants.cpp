@@ -21,10 +21,13 @@ constexpr mpfr_prec_t kTrialBits = 64;
 BoundProblem Bind(const Model& model, const Options& options, Sources& sources)
 {
   Model reading = model;
-  const auto read = [&](const char* option, const std::string& text) { return AddConstant(reading, text, option, sources); };
+  const auto read = [&](const char* option, const std::string& text) {
+    return AddConstant(reading, text, option, sources);
+  };
   OptionConstants constants{.from = {}, .every = {}, .to = read("--to", options.to), .at = {}};
   if (options.from) constants.from = read("--from", *options.from);
-  if (const auto* every = std::get_if<RowsEvery>(&options.rows)) constants.every = read("--every", every->interval);
+  if (const auto* every = std::get_if<RowsEvery>(&options.rows))
+    constants.every = read("--every", every->interval);
   if (const auto* at = std::get_if<RowsAt>(&options.rows)) {
     for (const std::string& time : at->times) constants.at.push_back(read("--at", time));
   }

@@ -5,11 +5,10 @@
 #include <unordered_map>
 #include <vector>
 
-#include <varno/solve.h>
-
 #include "solve/model/model.h"
 #include "solve/number/moment.h"
 #include "solve/source/sources.h"
+#include <varno/solve.h>
 
 namespace varno::solve {
 

@@ -1,15 +1,15 @@
 #include <memory>
 #include <utility>
 
-#include <varno/solve.h>
-
 #include "solve/library/problem_data.h"
 #include "solve/model/build_model.h"
 #include "solve/source/diagnostics.h"
+#include <varno/solve.h>
 
 namespace varno::solve {
 
-Problem::Implementation::Implementation(std::string text, std::string name, std::vector<std::string> given)
+Problem::Implementation::Implementation(std::string text, std::string name,
+                                        std::vector<std::string> given)
     : settings(std::move(given))
 {
   Diagnostics diagnostics;
@@ -22,16 +22,24 @@ Problem::Implementation::Implementation(std::string text, std::string name, std:
   notes = Render(diagnostics, sources);
 }
 
-Problem::Problem(std::unique_ptr<Implementation> implementation) : implementation(std::move(implementation)) {}
-Problem::Problem(const Problem& other) : implementation(std::make_unique<Implementation>(*other.implementation)) {}
-Problem& Problem::operator=(const Problem& other) { return *this = Problem(other); }
+Problem::Problem(std::unique_ptr<Implementation> implementation)
+    : implementation(std::move(implementation))
+{}
+Problem::Problem(const Problem& other)
+    : implementation(std::make_unique<Implementation>(*other.implementation))
+{}
+Problem& Problem::operator=(const Problem& other)
+{
+  return *this = Problem(other);
+}
 Problem::Problem(Problem&&) noexcept = default;
 Problem& Problem::operator=(Problem&&) noexcept = default;
 Problem::~Problem() = default;
 
 Problem Problem::Parse(std::string text, std::string name)
 {
-  return Problem(std::make_unique<Implementation>(std::move(text), std::move(name), std::vector<std::string>()));
+  return Problem(std::make_unique<Implementation>(std::move(text), std::move(name),
+                                                  std::vector<std::string>()));
 }
 
 void Problem::Set(std::string setting)
@@ -39,9 +47,13 @@ void Problem::Set(std::string setting)
   std::vector<std::string> settings = implementation->settings;
   settings.push_back(std::move(setting));
   const Sources& sources = implementation->sources;
-  implementation = std::make_unique<Implementation>(sources.Text(0), sources.Name(0), std::move(settings));
+  implementation =
+      std::make_unique<Implementation>(sources.Text(0), sources.Name(0), std::move(settings));
 }
 
-const std::string& Problem::Notes() const { return implementation->notes; }
+const std::string& Problem::Notes() const
+{
+  return implementation->notes;
+}
 
 }  // namespace varno::solve

@@ -3,10 +3,9 @@
 #include <string>
 #include <vector>
 
-#include <varno/solve.h>
-
 #include "solve/model/model.h"
 #include "solve/source/sources.h"
+#include <varno/solve.h>
 
 namespace varno::solve {
 

@@ -1,9 +1,8 @@
 #include <utility>
 
-#include <varno/solve.h>
-
 #include "solve/library/solution_data.h"
 #include "solve/number/exponent_range.h"
+#include <varno/solve.h>
 
 namespace varno::solve {
 
@@ -17,16 +16,34 @@ Solution::Solution(Solution&&) noexcept = default;
 Solution& Solution::operator=(Solution&&) noexcept = default;
 Solution::~Solution() = default;
 
-const std::vector<std::string>& Solution::Columns() const { return implementation->names; }
+const std::vector<std::string>& Solution::Columns() const
+{
+  return implementation->names;
+}
 
-int Solution::TimeWidth() const { return implementation->schedule.Width(implementation->timeFormat); }
+int Solution::TimeWidth() const
+{
+  return implementation->schedule.Width(implementation->timeFormat);
+}
 
-std::optional<Row> Solution::Next() { return implementation->Next(); }
+std::optional<Row> Solution::Next()
+{
+  return implementation->Next();
+}
 
-Summary Solution::Summarise() const { return implementation->Summarise(); }
+Summary Solution::Summarise() const
+{
+  return implementation->Summarise();
+}
 
-std::string Solution::Explain() const { return implementation->Explain(); }
+std::string Solution::Explain() const
+{
+  return implementation->Explain();
+}
 
-std::string_view Version() { return "1.0"; }
+std::string_view Version()
+{
+  return "1.0";
+}
 
 }  // namespace varno::solve

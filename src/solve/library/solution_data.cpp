@@ -22,7 +22,8 @@ constexpr int kMostDigits = 10'000;
 int CheckedDigits(int digits)
 {
   if (digits >= 1 && digits <= kMostDigits) return digits;
-  throw InputError(fmt::format("--digits {}: between 1 and {} digits can be asked for", digits, kMostDigits));
+  throw InputError(
+      fmt::format("--digits {}: between 1 and {} digits can be asked for", digits, kMostDigits));
 }
 
 NumberFormat CheckedFormat(const Options& options)
@@ -46,10 +47,17 @@ BoundProblem BindOrThrow(const Model& model, const Options& options, Sources& so
 }  // namespace
 
 Solution::Implementation::Implementation(const Problem::Implementation& problem, Options given)
-    : sources(problem.sources), options(std::move(given)), bound(BindOrThrow(problem.model, options, sources)),
-      model(bound.model), tape(Compile(model)), moments(model.graph, sources),
-      numberFormat(CheckedFormat(options)), timeFormat(options.digits), interval(MakeInterval()),
-      schedule(MakeSchedule()), ends(sources, tape.graph, options.digits)
+    : sources(problem.sources),
+      options(std::move(given)),
+      bound(BindOrThrow(problem.model, options, sources)),
+      model(bound.model),
+      tape(Compile(model)),
+      moments(model.graph, sources),
+      numberFormat(CheckedFormat(options)),
+      timeFormat(options.digits),
+      interval(MakeInterval()),
+      schedule(MakeSchedule()),
+      ends(sources, tape.graph, options.digits)
 {
   ChooseColumns();
   rows.emplace(model, tape, interval, schedule,
@@ -64,7 +72,8 @@ void Solution::Implementation::ChooseColumns()
   }
   for (const std::string& name : options.columns) {
     const auto column = std::ranges::find(model.columns, name, &Column::name);
-    if (column == model.columns.end()) throw InputError(fmt::format("--columns: there is no column '{}'", name));
+    if (column == model.columns.end())
+      throw InputError(fmt::format("--columns: there is no column '{}'", name));
     names.push_back(name);
     columns.push_back(column->value);
   }
@@ -122,11 +131,16 @@ void Solution::Implementation::Watch(const Run& run) const
   if (options.maxSeconds && seconds >= *options.maxSeconds) {
     throw ends.AtLimit(fmt::format("--max-seconds {}", *options.maxSeconds), run.End());
   }
-  if (run.Bits() > options.maxBits) throw ends.AtLimit(fmt::format("--max-bits {}", options.maxBits), run.End());
+  if (run.Bits() > options.maxBits)
+    throw ends.AtLimit(fmt::format("--max-bits {}", options.maxBits), run.End());
   if (!options.progress) return;
-  const double way = (interval.to - interval.from).ToDouble(), done = (run.End() - interval.from).ToDouble();
-  options.progress({.time = run.End().ToDouble(), .fraction = way == 0 ? 1 : std::clamp(done / way, 0.0, 1.0),
-                    .steps = steps, .step = std::abs((run.End() - run.Begin()).ToDouble()), .seconds = seconds});
+  const double way = (interval.to - interval.from).ToDouble(),
+               done = (run.End() - interval.from).ToDouble();
+  options.progress({.time = run.End().ToDouble(),
+                    .fraction = way == 0 ? 1 : std::clamp(done / way, 0.0, 1.0),
+                    .steps = steps,
+                    .step = std::abs((run.End() - run.Begin()).ToDouble()),
+                    .seconds = seconds});
 }
 
 std::optional<Row> Solution::Implementation::Next()
@@ -138,11 +152,13 @@ std::optional<Row> Solution::Implementation::Next()
     if (!row) return std::nullopt;
     return MakeRow(*row);
   } catch (const DomainError& error) {
-    throw ends.Of(error, rows->Integration() != nullptr ? rows->Integration()->Best().End() : interval.start);
+    throw ends.Of(
+        error, rows->Integration() != nullptr ? rows->Integration()->Best().End() : interval.start);
   } catch (const Singularity& singularity) {
     throw ends.Of(singularity);
   } catch (const PrecisionExhausted& exhausted) {
-    throw ends.AtLimit(fmt::format("{} digits need more than --max-bits {}; limit", options.digits, options.maxBits),
+    throw ends.AtLimit(fmt::format("{} digits need more than --max-bits {}; limit", options.digits,
+                                   options.maxBits),
                        exhausted.time);
   } catch (const WrongRow& wrong) {
     throw WrongRowEnd(wrong.time);
@@ -152,7 +168,8 @@ std::optional<Row> Solution::Implementation::Next()
 RunEnded Solution::Implementation::WrongRowEnd(const Moment& time) const
 {
   return {EndReason::kWrongRow,
-          fmt::format("the row at t = {} was wrong: a more exact attempt gives other digits", timeFormat.Text(time))};
+          fmt::format("the row at t = {} was wrong: a more exact attempt gives other digits",
+                      timeFormat.Text(time))};
 }
 
 Value Solution::Implementation::MakeValue(const RowNumber& number) const
@@ -185,8 +202,10 @@ Summary Solution::Implementation::Summarise() const
   summary.bits = path->Best().Bits();
   summary.seconds = SecondsSinceBegin();
   if (rows->Restarts() > 0) {
-    summary.remark = fmt::format("the problem cost up to {:.0f} digits: computed with {:.0f} more than asked for, restarts: {}",
-                                 rows->SpareDecimals(), rows->SpareDecimals(), rows->Restarts());
+    summary.remark = fmt::format(
+        "the problem cost up to {:.0f} digits: computed with {:.0f} more than asked for, restarts: "
+        "{}",
+        rows->SpareDecimals(), rows->SpareDecimals(), rows->Restarts());
   }
   return summary;
 }
@@ -197,10 +216,13 @@ std::string Solution::Implementation::Explain() const
   for (const State& state : model.states) stateNames.push_back(state.name);
   const RunSettings settings = rows->Settings().back();
   const std::size_t termCount = tape.lines.size() * static_cast<std::size_t>(settings.order + 1);
-  const double mebibytes = static_cast<double>(termCount) * (static_cast<double>(settings.bits) / 8 + 32) / (1 << 20);
-  return PrintModel(model) +
-         fmt::format("\nOperations after sharing:\n{}\nOrder {}, {} bits, tolerance 1e-{:.0f}, about {:.1f} MiB of terms\n",
-                     Print(tape, stateNames), settings.order, settings.bits, settings.toleranceBits * 0.30103, mebibytes);
+  const double mebibytes =
+      static_cast<double>(termCount) * (static_cast<double>(settings.bits) / 8 + 32) / (1 << 20);
+  return PrintModel(model) + fmt::format(
+                                 "\nOperations after sharing:\n{}\nOrder {}, {} bits, tolerance "
+                                 "1e-{:.0f}, about {:.1f} MiB of terms\n",
+                                 Print(tape, stateNames), settings.order, settings.bits,
+                                 settings.toleranceBits * 0.30103, mebibytes);
 }
 
 }  // namespace varno::solve

@@ -5,8 +5,6 @@
 #include <string>
 #include <vector>
 
-#include <varno/solve.h>
-
 #include "solve/library/ends.h"
 #include "solve/library/option_constants.h"
 #include "solve/library/problem_data.h"
@@ -14,6 +12,7 @@
 #include "solve/rows/time_format.h"
 #include "solve/tape/tape.h"
 #include "solve/verification/verified_rows.h"
+#include <varno/solve.h>
 
 namespace varno::solve {
 

@@ -19,8 +19,14 @@ Value::Value(std::string text, mpfr_srcptr number) : text(std::move(text))
   this->number = std::shared_ptr<__mpfr_struct>(copy.release(), Clear{});
 }
 
-mpfr_srcptr Value::Get() const { return number.get(); }
+mpfr_srcptr Value::Get() const
+{
+  return number.get();
+}
 
-double Value::ToDouble() const { return mpfr_get_d(number.get(), MPFR_RNDN); }
+double Value::ToDouble() const
+{
+  return mpfr_get_d(number.get(), MPFR_RNDN);
+}
 
 }  // namespace varno::solve

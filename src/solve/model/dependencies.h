@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "solve/model/declarations.h"
 #include "solve/graph/graph.h"
+#include "solve/model/declarations.h"
 #include "solve/model/resolution.h"
 #include "solve/source/diagnostics.h"
 

@@ -16,7 +16,8 @@ constexpr mpfr_exp_t kAgreeingBits = 1000;
 
 }  // namespace
 
-bool AreEqualConstants(const Graph& graph, const std::vector<Parameter>& parameters, NodeId a, NodeId b)
+bool AreEqualConstants(const Graph& graph, const std::vector<Parameter>& parameters, NodeId a,
+                       NodeId b)
 {
   if (a == b) return true;
   ExactValues exact(graph, parameters);

@@ -8,9 +8,9 @@
 #include <utility>
 #include <vector>
 
+#include "solve/graph/graph.h"
 #include "solve/model/declarations.h"
 #include "solve/model/exact_values.h"
-#include "solve/graph/graph.h"
 #include "solve/model/resolution.h"
 #include "solve/source/diagnostics.h"
 #include "solve/source/sources.h"

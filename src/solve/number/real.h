@@ -17,7 +17,10 @@ class Real {
     mpfr_init2(number, bits);
     mpfr_set_zero(number, 1);
   }
-  Real(const Real& other) : Real(mpfr_get_prec(other.number)) { mpfr_set(number, other.number, MPFR_RNDN); }
+  Real(const Real& other) : Real(mpfr_get_prec(other.number))
+  {
+    mpfr_set(number, other.number, MPFR_RNDN);
+  }
   Real(Real&& other) noexcept
   {
     number[0] = other.number[0];

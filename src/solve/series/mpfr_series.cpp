@@ -19,10 +19,17 @@ std::vector<bool> NeedDerivatives(const Tape& tape)
     const Line& line = tape.lines[id];
     switch (line.kind) {
       case LineKind::kPower:
-      case LineKind::kIntegralOfProduct: needed[line.a] = true; break;
-      case LineKind::kIntegralOfQuotient: needed[id] = true; break;
-      case LineKind::kAngle: needed[id] = needed[line.a] = needed[line.b] = true; break;
-      default: break;
+      case LineKind::kIntegralOfProduct:
+        needed[line.a] = true;
+        break;
+      case LineKind::kIntegralOfQuotient:
+        needed[id] = true;
+        break;
+      case LineKind::kAngle:
+        needed[id] = needed[line.a] = needed[line.b] = true;
+        break;
+      default:
+        break;
     }
   }
   return needed;
@@ -31,9 +38,16 @@ std::vector<bool> NeedDerivatives(const Tape& tape)
 }  // namespace
 
 MpfrSeries::MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder)
-    : tape(tape), bits(bits), terms(tape.lines.size(), usualOrder + 2, bits),
-      derivativeRows(tape.lines.size(), kNone), derivatives(0, usualOrder + 2, bits), scale(2),
-      zero(2), product(bits), sum(bits), weighted(bits)
+    : tape(tape),
+      bits(bits),
+      terms(tape.lines.size(), usualOrder + 2, bits),
+      derivativeRows(tape.lines.size(), kNone),
+      derivatives(0, usualOrder + 2, bits),
+      scale(2),
+      zero(2),
+      product(bits),
+      sum(bits),
+      weighted(bits)
 {
   AssignDerivatives();
   ComputeConstants(bits);
@@ -69,7 +83,8 @@ mpfr_srcptr MpfrSeries::Constant(ConstantId constant) const
 // ---------------------------------------------------------------------------------------------
 // Term 0
 
-void MpfrSeries::Begin(mpfr_srcptr time, std::span<const Real> states, bool backwards, long scaleExponent)
+void MpfrSeries::Begin(mpfr_srcptr time, std::span<const Real> states, bool backwards,
+                       long scaleExponent)
 {
   mpfr_set_si_2exp(scale, backwards ? -1 : 1, scaleExponent, kNearest);
   for (LineId id = 0; id < tape.lines.size(); ++id) {
@@ -84,21 +99,37 @@ void MpfrSeries::Begin(mpfr_srcptr time, std::span<const Real> states, bool back
 void MpfrSeries::Start(const Line& line, mpfr_ptr s, mpfr_srcptr time, std::span<const Real> states)
 {
   switch (line.kind) {
-    case LineKind::kConstant: mpfr_set(s, Constant(line.constant), kNearest); return;
-    case LineKind::kTime: mpfr_set(s, time, kNearest); return;
-    case LineKind::kState: mpfr_set(s, states[line.index], kNearest); return;
+    case LineKind::kConstant:
+      mpfr_set(s, Constant(line.constant), kNearest);
+      return;
+    case LineKind::kTime:
+      mpfr_set(s, time, kNearest);
+      return;
+    case LineKind::kState:
+      mpfr_set(s, states[line.index], kNearest);
+      return;
     case LineKind::kCombination:
       Combination(line, s, 0);
       mpfr_add(s, s, Constant(line.constant), kNearest);
       return;
-    case LineKind::kProduct: mpfr_mul(s, Terms(line.a), Terms(line.b), kNearest); return;
-    case LineKind::kSquare: mpfr_sqr(s, Terms(line.a), kNearest); return;
-    case LineKind::kQuotient: StartQuotient(line, s); return;
+    case LineKind::kProduct:
+      mpfr_mul(s, Terms(line.a), Terms(line.b), kNearest);
+      return;
+    case LineKind::kSquare:
+      mpfr_sqr(s, Terms(line.a), kNearest);
+      return;
+    case LineKind::kQuotient:
+      StartQuotient(line, s);
+      return;
     case LineKind::kSquareRoot:
-    case LineKind::kPower: StartRoot(line, s); return;
+    case LineKind::kPower:
+      StartRoot(line, s);
+      return;
     case LineKind::kIntegralOfProduct:
     case LineKind::kIntegralOfQuotient:
-    case LineKind::kAngle: StartFunction(line, s); return;
+    case LineKind::kAngle:
+      StartFunction(line, s);
+      return;
   }
 }
 
@@ -114,7 +145,8 @@ void MpfrSeries::StartRoot(const Line& line, mpfr_ptr s)
 {
   mpfr_srcptr a = Terms(line.a);
   const Operation function = line.kind == LineKind::kSquareRoot ? Operation::kSqrt : line.function;
-  const Outcome outcome = mpfr_zero_p(a) != 0 ? Outcome::kNoSeries : Apply(function, s, a, Constant(line.constant));
+  const Outcome outcome =
+      mpfr_zero_p(a) != 0 ? Outcome::kNoSeries : Apply(function, s, a, Constant(line.constant));
   if (outcome == Outcome::kValue) return;
   Real argument(bits);
   mpfr_set(argument, a, kNearest);
@@ -125,7 +157,8 @@ void MpfrSeries::StartFunction(const Line& line, mpfr_ptr s)
 {
   mpfr_srcptr a = Terms(line.a);
   const bool isAngle = line.kind == LineKind::kAngle;
-  const Outcome outcome = Apply(isAngle ? Operation::kAtan2 : line.function, s, a, isAngle ? Terms(line.b) : a);
+  const Outcome outcome =
+      Apply(isAngle ? Operation::kAtan2 : line.function, s, a, isAngle ? Terms(line.b) : a);
   if (outcome == Outcome::kValue) return;
   Real argument(bits);
   mpfr_set(argument, a, kNearest);
@@ -150,9 +183,15 @@ void MpfrSeries::ExtendTo(int wanted)
       const Line& line = tape.lines[id];
       mpfr_ptr s = Terms(id);
       switch (line.kind) {
-        case LineKind::kIntegralOfQuotient: IntegralOfQuotient(line, id, s, k); break;
-        case LineKind::kAngle: Angle(line, id, s, k); break;
-        default: ComputeTerm(line, s, k); break;
+        case LineKind::kIntegralOfQuotient:
+          IntegralOfQuotient(line, id, s, k);
+          break;
+        case LineKind::kAngle:
+          Angle(line, id, s, k);
+          break;
+        default:
+          ComputeTerm(line, s, k);
+          break;
       }
       if (derivativeRows[id] != kNone) mpfr_mul_si(DerivativeTerms(id) + k, s + k, k, kNearest);
     }
@@ -173,7 +212,9 @@ void MpfrSeries::AdvanceStates(int k)
 void MpfrSeries::ComputeTerm(const Line& line, mpfr_ptr s, int k)
 {
   switch (line.kind) {
-    case LineKind::kConstant: mpfr_set_zero(s + k, 1); return;
+    case LineKind::kConstant:
+      mpfr_set_zero(s + k, 1);
+      return;
     case LineKind::kTime:
       if (k == 1) {
         mpfr_set(s + k, scale, kNearest);
@@ -181,16 +222,32 @@ void MpfrSeries::ComputeTerm(const Line& line, mpfr_ptr s, int k)
         mpfr_set_zero(s + k, 1);
       }
       return;
-    case LineKind::kState: return;  // AdvanceStates
-    case LineKind::kCombination: Combination(line, s + k, k); return;
-    case LineKind::kProduct: Convolve(Terms(line.a), Terms(line.b), 0, k, k, s + k); return;
-    case LineKind::kSquare: Square(Terms(line.a), s, k); return;
-    case LineKind::kQuotient: Quotient(line, s, k); return;
-    case LineKind::kSquareRoot: SquareRoot(line, s, k); return;
-    case LineKind::kPower: Power(line, s, k); return;
-    case LineKind::kIntegralOfProduct: IntegralOfProduct(line, s, k); return;
+    case LineKind::kState:
+      return;  // AdvanceStates
+    case LineKind::kCombination:
+      Combination(line, s + k, k);
+      return;
+    case LineKind::kProduct:
+      Convolve(Terms(line.a), Terms(line.b), 0, k, k, s + k);
+      return;
+    case LineKind::kSquare:
+      Square(Terms(line.a), s, k);
+      return;
+    case LineKind::kQuotient:
+      Quotient(line, s, k);
+      return;
+    case LineKind::kSquareRoot:
+      SquareRoot(line, s, k);
+      return;
+    case LineKind::kPower:
+      Power(line, s, k);
+      return;
+    case LineKind::kIntegralOfProduct:
+      IntegralOfProduct(line, s, k);
+      return;
     case LineKind::kIntegralOfQuotient:
-    case LineKind::kAngle: return;  // need their own number: ExtendTo
+    case LineKind::kAngle:
+      return;  // need their own number: ExtendTo
   }
 }
 
@@ -209,10 +266,18 @@ void MpfrSeries::AddScaled(const Factor& factor, mpfr_ptr result, int k)
   mpfr_srcptr a = Terms(factor.line) + k;
   if (mpfr_zero_p(a) != 0) return;
   switch (factor.whole) {
-    case 1: mpfr_add(result, result, a, kNearest); return;
-    case -1: mpfr_sub(result, result, a, kNearest); return;
-    case 0: mpfr_mul(product, a, constants[factor.constant], kNearest); break;
-    default: mpfr_mul_si(product, a, factor.whole, kNearest); break;
+    case 1:
+      mpfr_add(result, result, a, kNearest);
+      return;
+    case -1:
+      mpfr_sub(result, result, a, kNearest);
+      return;
+    case 0:
+      mpfr_mul(product, a, constants[factor.constant], kNearest);
+      break;
+    default:
+      mpfr_mul_si(product, a, factor.whole, kNearest);
+      break;
   }
   mpfr_add(result, result, product, kNearest);
 }
@@ -221,7 +286,8 @@ void MpfrSeries::AddScaled(const Factor& factor, mpfr_ptr result, int k)
 void MpfrSeries::Combination(const Line& line, mpfr_ptr s, int k)
 {
   mpfr_set_zero(s, 1);
-  for (std::uint32_t i = 0; i < line.factorCount; ++i) AddScaled(tape.factors[line.firstFactor + i], s, k);
+  for (std::uint32_t i = 0; i < line.factorCount; ++i)
+    AddScaled(tape.factors[line.firstFactor + i], s, k);
 }
 
 /// s[k] = 2 (sum over j < k/2 of a[j] a[k-j]) + a[k/2]^2, the last for even k
@@ -263,7 +329,8 @@ void MpfrSeries::Power(const Line& line, mpfr_ptr s, int k)
   mpfr_srcptr a = Terms(line.a);
   Convolve(DerivativeTerms(line.a), s, 1, k, k, weighted);
   Convolve(a, s, 1, k, k, sum);
-  if (line.constant != kNone) mpfr_mul(weighted, weighted, powerExponentsPlusOne[line.constant], kNearest);
+  if (line.constant != kNone)
+    mpfr_mul(weighted, weighted, powerExponentsPlusOne[line.constant], kNearest);
   mpfr_div_si(weighted, weighted, k, kNearest);
   mpfr_sub(sum, weighted, sum, kNearest);
   mpfr_div(s + k, sum, a, kNearest);
@@ -304,11 +371,20 @@ void MpfrSeries::Angle(const Line& line, LineId id, mpfr_ptr s, int k)
 // ---------------------------------------------------------------------------------------------
 // What others ask
 
-double MpfrSeries::Log2(LineId line, int k) const { return Log2Size(Terms(line) + k); }
+double MpfrSeries::Log2(LineId line, int k) const
+{
+  return Log2Size(Terms(line) + k);
+}
 
-double MpfrSeries::Log2Constant(ConstantId constant) const { return Log2Size(Constant(constant)); }
+double MpfrSeries::Log2Constant(ConstantId constant) const
+{
+  return Log2Size(Constant(constant));
+}
 
-void MpfrSeries::Term(LineId line, int k, mpfr_ptr result) const { mpfr_set(result, Terms(line) + k, kNearest); }
+void MpfrSeries::Term(LineId line, int k, mpfr_ptr result) const
+{
+  mpfr_set(result, Terms(line) + k, kNearest);
+}
 
 void MpfrSeries::Sum(LineId line, mpfr_srcptr offset, mpfr_ptr result) const
 {

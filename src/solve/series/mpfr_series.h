@@ -14,7 +14,8 @@ class MpfrSeries final : public Series {
  public:
   MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder);
 
-  void Begin(mpfr_srcptr time, std::span<const Real> states, bool backwards, long scaleExponent) override;
+  void Begin(mpfr_srcptr time, std::span<const Real> states, bool backwards,
+             long scaleExponent) override;
   void ExtendTo(int order) override;
   int Order() const override { return order; }
   double Log2(LineId line, int k) const override;

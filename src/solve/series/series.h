@@ -10,17 +10,18 @@ namespace varno::solve {
 
 /// The Taylor terms of all lines of a tape about one point in time.
 ///
-/// Term k of a line u is scale^k u^(k) / k!, where scale = +-2^exponent is the unit in which time is
-/// counted: with a scale near the step the terms fall, and the sign makes a run backwards look like
-/// one forwards. This is the one place where the arithmetic of a run is chosen; everything around it
-/// asks for magnitudes and sums only.
+/// Term k of a line u is scale^k u^(k) / k!, where scale = +-2^exponent is the unit in which time
+/// is counted: with a scale near the step the terms fall, and the sign makes a run backwards look
+/// like one forwards. This is the one place where the arithmetic of a run is chosen; everything
+/// around it asks for magnitudes and sums only.
 class Series {
  public:
   virtual ~Series() = default;
 
   /// Forgets all terms and computes term 0 of every line. Throws DomainError where a line has no
   /// value or, at a root or power of 0, no Taylor series.
-  virtual void Begin(mpfr_srcptr time, std::span<const Real> states, bool backwards, long scaleExponent) = 0;
+  virtual void Begin(mpfr_srcptr time, std::span<const Real> states, bool backwards,
+                     long scaleExponent) = 0;
   /// Computes the terms up to this order; those that are there stay.
   virtual void ExtendTo(int order) = 0;
   /// The highest order computed.
@@ -30,7 +31,8 @@ class Series {
   virtual double Log2(LineId line, int k) const = 0;
   /// log2 |constant|.
   virtual double Log2Constant(ConstantId constant) const = 0;
-  /// Sets result to the sum of term k * offset^k, k = 0..Order(): the value at start + offset * scale.
+  /// Sets result to the sum of term k * offset^k, k = 0..Order(): the value at start + offset *
+  /// scale.
   virtual void Sum(LineId line, mpfr_srcptr offset, mpfr_ptr result) const = 0;
   /// Sets result to term k.
   virtual void Term(LineId line, int k, mpfr_ptr result) const = 0;

@@ -5,7 +5,10 @@
 namespace varno::solve {
 
 TermStore::TermStore(std::size_t rowCount, int termCount, mpfr_prec_t bits)
-    : rowCount(rowCount), termCount(termCount), bits(bits), numbers(rowCount * static_cast<std::size_t>(termCount))
+    : rowCount(rowCount),
+      termCount(termCount),
+      bits(bits),
+      numbers(rowCount * static_cast<std::size_t>(termCount))
 {
   const std::size_t limbsPerNumber = mpfr_custom_get_size(bits) / sizeof(mp_limb_t);
   limbs = std::make_unique_for_overwrite<mp_limb_t[]>(numbers.size() * limbsPerNumber);

@@ -19,7 +19,10 @@ class TermStore {
 
   int TermCount() const { return termCount; }
   mpfr_ptr Row(std::size_t row) { return &numbers[row * static_cast<std::size_t>(termCount)]; }
-  mpfr_srcptr Row(std::size_t row) const { return &numbers[row * static_cast<std::size_t>(termCount)]; }
+  mpfr_srcptr Row(std::size_t row) const
+  {
+    return &numbers[row * static_cast<std::size_t>(termCount)];
+  }
 
  private:
   std::size_t rowCount;

@@ -50,8 +50,7 @@ Compiler::Compiler(const Model& model)
     : tape{.lines = {}, .factors = {}, .constants = {}, .rightHandSides = {}, .graph = model.graph},
       arithmetic(tape.graph),
       lines(tape, arithmetic)
-{
-}
+{}
 
 /// Counts for each node how many needed nodes use it; 0 for those that no right-hand side needs.
 void Compiler::CountUses(const Model& model)
@@ -95,13 +94,15 @@ LinearForm Compiler::Product(LinearForm a, LinearForm b, NodeId id)
 LinearForm Compiler::Quotient(LinearForm a, LinearForm b, NodeId id)
 {
   const auto [q, v] = lines.FactorAndLine(std::move(b), id);
-  const NodeId inverse = tape.graph.Make(Operation::kDivide, arithmetic.One(), q, tape.graph[id].place);
+  const NodeId inverse =
+      tape.graph.Make(Operation::kDivide, arithmetic.One(), q, tape.graph[id].place);
   if (a.terms.empty()) {
     const LineId reciprocal = lines.Quotient(lines.Constant(arithmetic.One(), id), v, id);
     return arithmetic.Scale(arithmetic.Scale(arithmetic.Single(reciprocal), a.constant), inverse);
   }
   const auto [p, u] = lines.FactorAndLine(std::move(a), id);
-  return arithmetic.Scale(arithmetic.Scale(arithmetic.Single(lines.Quotient(u, v, id)), p), inverse);
+  return arithmetic.Scale(arithmetic.Scale(arithmetic.Single(lines.Quotient(u, v, id)), p),
+                          inverse);
 }
 
 /// base^exponent by squaring and multiplying.
@@ -134,7 +135,8 @@ LinearForm Compiler::Power(NodeId base, NodeId exponent, NodeId id)
         return arithmetic.Single(lines.SquareRoot(lines.Materialise(Take(base), id), id));
       }
     }
-    return arithmetic.Single(lines.Power(lines.Materialise(Take(base), id), Operation::kPower, exponent, id));
+    return arithmetic.Single(
+        lines.Power(lines.Materialise(Take(base), id), Operation::kPower, exponent, id));
   }
   // b^u = exp(u ln b)
   if (IsConstant(base)) {
@@ -151,13 +153,18 @@ LinearForm Compiler::Power(NodeId base, NodeId exponent, NodeId id)
 LinearForm Compiler::FormOf(const Node& node, NodeId id)
 {
   switch (node.operation) {
-    case Operation::kTime: return arithmetic.Single(lines.Time(id));
-    case Operation::kState: return arithmetic.Single(node.index);
-    case Operation::kNegate: return Scaled(Take(node.operands[0]), arithmetic.MinusOne(), id);
-    case Operation::kAdd: return arithmetic.Add(Take(node.operands[0]), Take(node.operands[1]));
+    case Operation::kTime:
+      return arithmetic.Single(lines.Time(id));
+    case Operation::kState:
+      return arithmetic.Single(node.index);
+    case Operation::kNegate:
+      return Scaled(Take(node.operands[0]), arithmetic.MinusOne(), id);
+    case Operation::kAdd:
+      return arithmetic.Add(Take(node.operands[0]), Take(node.operands[1]));
     case Operation::kSubtract: {
       LinearForm a = Take(node.operands[0]);
-      return arithmetic.Add(std::move(a), Scaled(Take(node.operands[1]), arithmetic.MinusOne(), id));
+      return arithmetic.Add(std::move(a),
+                            Scaled(Take(node.operands[1]), arithmetic.MinusOne(), id));
     }
     case Operation::kMultiply: {
       if (IsConstant(node.operands[0])) return Scaled(Take(node.operands[1]), node.operands[0], id);
@@ -172,7 +179,8 @@ LinearForm Compiler::FormOf(const Node& node, NodeId id)
           tape.graph.Make(Operation::kDivide, arithmetic.One(), node.operands[1], node.place);
       return Scaled(std::move(a), inverse, id);
     }
-    case Operation::kPower: return Power(node.operands[0], node.operands[1], id);
+    case Operation::kPower:
+      return Power(node.operands[0], node.operands[1], id);
     case Operation::kAtan2: {
       const LineId y = lines.Materialise(Take(node.operands[0]), id);
       const LineId x = lines.Materialise(Take(node.operands[1]), id);
@@ -200,12 +208,14 @@ Tape Compiler::Run(const Model& model) &&
 {
   CountUses(model);
   forms.resize(uses.size());
-  for (std::uint32_t i = 0; i < model.states.size(); ++i) lines.AddState(i, model.states[i].rightHandSide);
+  for (std::uint32_t i = 0; i < model.states.size(); ++i)
+    lines.AddState(i, model.states[i].rightHandSide);
   for (NodeId id = 0; id < forms.size(); ++id) {
     if (uses[id] > 0 && !IsConstant(id)) forms[id] = Form(id);
   }
   for (const State& state : model.states) {
-    tape.rightHandSides.push_back(lines.Materialise(Take(state.rightHandSide), state.rightHandSide));
+    tape.rightHandSides.push_back(
+        lines.Materialise(Take(state.rightHandSide), state.rightHandSide));
   }
   SetDegrees(tape);
   return std::move(tape);
@@ -213,6 +223,9 @@ Tape Compiler::Run(const Model& model) &&
 
 }  // namespace
 
-Tape Compile(const Model& model) { return Compiler(model).Run(model); }
+Tape Compile(const Model& model)
+{
+  return Compiler(model).Run(model);
+}
 
 }  // namespace varno::solve

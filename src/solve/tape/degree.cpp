@@ -13,7 +13,10 @@ constexpr std::int32_t kLargestDegree = 1'000'000;
 /// length gain nothing.
 constexpr int kMostPasses = 64;
 
-std::int32_t Limited(std::int32_t degree) { return degree > kLargestDegree ? kNoPolynomial : degree; }
+std::int32_t Limited(std::int32_t degree)
+{
+  return degree > kLargestDegree ? kNoPolynomial : degree;
+}
 
 std::int32_t CombinationDegree(const Tape& tape, const Line& line)
 {
@@ -29,13 +32,16 @@ std::int32_t CombinationDegree(const Tape& tape, const Line& line)
 std::int32_t Degree(const Tape& tape, const Line& line)
 {
   switch (line.kind) {
-    case LineKind::kConstant: return 0;
-    case LineKind::kTime: return 1;
+    case LineKind::kConstant:
+      return 0;
+    case LineKind::kTime:
+      return 1;
     case LineKind::kState: {
       const std::int32_t derivative = tape.lines[tape.rightHandSides[line.index]].degree;
       return derivative == kNoPolynomial ? kNoPolynomial : Limited(derivative + 1);
     }
-    case LineKind::kCombination: return CombinationDegree(tape, line);
+    case LineKind::kCombination:
+      return CombinationDegree(tape, line);
     case LineKind::kProduct: {
       const std::int32_t a = tape.lines[line.a].degree, b = tape.lines[line.b].degree;
       return a == kNoPolynomial || b == kNoPolynomial ? kNoPolynomial : Limited(a + b);
@@ -44,7 +50,8 @@ std::int32_t Degree(const Tape& tape, const Line& line)
       const std::int32_t a = tape.lines[line.a].degree;
       return a == kNoPolynomial ? kNoPolynomial : Limited(2 * a);
     }
-    default: return kNoPolynomial;
+    default:
+      return kNoPolynomial;
   }
 }
 

@@ -20,11 +20,18 @@ struct FunctionLines {
     return lines.Materialise(form, id);
   }
   LineId OnePlusSquare(LineId u) const { return PlusSquare(arithmetic.One(), arithmetic.One(), u); }
-  LineId OneMinusSquare(LineId u) const { return PlusSquare(arithmetic.One(), arithmetic.MinusOne(), u); }
-  LineId SquareMinusOne(LineId u) const { return PlusSquare(arithmetic.MinusOne(), arithmetic.One(), u); }
+  LineId OneMinusSquare(LineId u) const
+  {
+    return PlusSquare(arithmetic.One(), arithmetic.MinusOne(), u);
+  }
+  LineId SquareMinusOne(LineId u) const
+  {
+    return PlusSquare(arithmetic.MinusOne(), arithmetic.One(), u);
+  }
 
   /// first' = second, second' = +- first. Both are made, whichever is asked for.
-  LineId Pair(Operation first, Operation second, bool secondNegative, Operation wanted, LineId u) const
+  LineId Pair(Operation first, Operation second, bool secondNegative, Operation wanted,
+              LineId u) const
   {
     const LineId f = lines.FunctionOf(first, u, false, id);
     const LineId g = lines.FunctionOf(second, u, secondNegative, id);
@@ -54,7 +61,8 @@ struct FunctionLines {
     const LineId argument =
         lines.Materialise(arithmetic.Scale(arithmetic.Single(square), arithmetic.MinusOne()), id);
     const LinearForm bell = arithmetic.Single(Exponential(argument));
-    const LineId derivative = lines.Materialise(arithmetic.Scale(bell, arithmetic.TwoBySqrtPi()), id);
+    const LineId derivative =
+        lines.Materialise(arithmetic.Scale(bell, arithmetic.TwoBySqrtPi()), id);
     return lines.IntegralOfProduct(Operation::kErf, u, derivative, false, id);
   }
 };
@@ -72,28 +80,46 @@ LineId AddFunction(LineTable& lines, LinearArithmetic& arithmetic, Operation fun
     return lines.IntegralOfQuotient(function, u, divisor, negative, id);
   };
   switch (function) {
-    case Operation::kSqrt: return lines.SquareRoot(u, id);
-    case Operation::kCbrt: return lines.Power(u, function, arithmetic.OneThird(), id);
-    case Operation::kExp: return make.Exponential(u);
-    case Operation::kLn: return over(u, false);
+    case Operation::kSqrt:
+      return lines.SquareRoot(u, id);
+    case Operation::kCbrt:
+      return lines.Power(u, function, arithmetic.OneThird(), id);
+    case Operation::kExp:
+      return make.Exponential(u);
+    case Operation::kLn:
+      return over(u, false);
     case Operation::kSin:
-    case Operation::kCos: return make.Pair(Operation::kSin, Operation::kCos, true, function, u);
+    case Operation::kCos:
+      return make.Pair(Operation::kSin, Operation::kCos, true, function, u);
     case Operation::kSinh:
-    case Operation::kCosh: return make.Pair(Operation::kSinh, Operation::kCosh, false, function, u);
-    case Operation::kTan: return make.OfOwnSquare(function, arithmetic.One(), false, u);
-    case Operation::kCot: return make.OfOwnSquare(function, arithmetic.One(), true, u);
+    case Operation::kCosh:
+      return make.Pair(Operation::kSinh, Operation::kCosh, false, function, u);
+    case Operation::kTan:
+      return make.OfOwnSquare(function, arithmetic.One(), false, u);
+    case Operation::kCot:
+      return make.OfOwnSquare(function, arithmetic.One(), true, u);
     case Operation::kTanh:
-    case Operation::kCoth: return make.OfOwnSquare(function, arithmetic.MinusOne(), false, u);
-    case Operation::kAsin: return overRoot(make.OneMinusSquare(u), false);
-    case Operation::kAcos: return overRoot(make.OneMinusSquare(u), true);
-    case Operation::kAtan: return over(make.OnePlusSquare(u), false);
-    case Operation::kAcot: return over(make.OnePlusSquare(u), true);
-    case Operation::kAsinh: return overRoot(make.OnePlusSquare(u), false);
-    case Operation::kAcosh: return overRoot(make.SquareMinusOne(u), false);
+    case Operation::kCoth:
+      return make.OfOwnSquare(function, arithmetic.MinusOne(), false, u);
+    case Operation::kAsin:
+      return overRoot(make.OneMinusSquare(u), false);
+    case Operation::kAcos:
+      return overRoot(make.OneMinusSquare(u), true);
+    case Operation::kAtan:
+      return over(make.OnePlusSquare(u), false);
+    case Operation::kAcot:
+      return over(make.OnePlusSquare(u), true);
+    case Operation::kAsinh:
+      return overRoot(make.OnePlusSquare(u), false);
+    case Operation::kAcosh:
+      return overRoot(make.SquareMinusOne(u), false);
     case Operation::kAtanh:
-    case Operation::kAcoth: return over(make.OneMinusSquare(u), false);
-    case Operation::kErf: return make.ErrorFunction(u);
-    default: break;
+    case Operation::kAcoth:
+      return over(make.OneMinusSquare(u), false);
+    case Operation::kErf:
+      return make.ErrorFunction(u);
+    default:
+      break;
   }
   assert(false && "not a function of one argument");
   return kNone;

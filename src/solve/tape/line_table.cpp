@@ -10,9 +10,19 @@ namespace {
 /// A line without operands.
 Line Empty(LineKind kind, NodeId id)
 {
-  return {.kind = kind, .function = Operation::kNumber, .negative = false, .dependsOnStates = false,
-          .a = kNone, .b = kNone, .c = kNone, .firstFactor = 0, .factorCount = 0,
-          .constant = kNone, .index = 0, .degree = -1, .node = id};
+  return {.kind = kind,
+          .function = Operation::kNumber,
+          .negative = false,
+          .dependsOnStates = false,
+          .a = kNone,
+          .b = kNone,
+          .c = kNone,
+          .firstFactor = 0,
+          .factorCount = 0,
+          .constant = kNone,
+          .index = 0,
+          .degree = -1,
+          .node = id};
 }
 
 Line WithOperands(LineKind kind, LineId a, LineId b, NodeId id)
@@ -54,8 +64,12 @@ LineId LineTable::Add(const Line& line)
 
 LineId LineTable::Intern(Line line)
 {
-  const Key key{static_cast<std::uint32_t>(line.kind), static_cast<std::uint32_t>(line.function),
-                line.a, line.b, line.c, line.constant};
+  const Key key{static_cast<std::uint32_t>(line.kind),
+                static_cast<std::uint32_t>(line.function),
+                line.a,
+                line.b,
+                line.c,
+                line.constant};
   const auto [place, isNew] = known.try_emplace(key, 0);
   if (isNew) place->second = Add(line);
   return place->second;
@@ -77,7 +91,10 @@ void LineTable::AddState(std::uint32_t index, NodeId id)
   Add(line);
 }
 
-LineId LineTable::Time(NodeId id) { return Intern(Empty(LineKind::kTime, id)); }
+LineId LineTable::Time(NodeId id)
+{
+  return Intern(Empty(LineKind::kTime, id));
+}
 
 LineId LineTable::Constant(NodeId value, NodeId id)
 {
@@ -127,14 +144,16 @@ LineId LineTable::FunctionOf(Operation function, LineId a, bool negative, NodeId
   return Intern(line);
 }
 
-LineId LineTable::IntegralOfProduct(Operation function, LineId a, LineId derivative, bool negative, NodeId id)
+LineId LineTable::IntegralOfProduct(Operation function, LineId a, LineId derivative, bool negative,
+                                    NodeId id)
 {
   const LineId line = FunctionOf(function, a, negative, id);
   SetDerivative(line, derivative);
   return line;
 }
 
-LineId LineTable::IntegralOfQuotient(Operation function, LineId a, LineId divisor, bool negative, NodeId id)
+LineId LineTable::IntegralOfQuotient(Operation function, LineId a, LineId divisor, bool negative,
+                                     NodeId id)
 {
   Line line = WithOperands(LineKind::kIntegralOfQuotient, a, divisor, id);
   line.function = function;
@@ -158,7 +177,8 @@ LineId LineTable::Materialise(LinearForm form, NodeId id)
 {
   arithmetic.Normalise(form);
   if (form.terms.empty()) return Constant(form.constant, id);
-  if (form.terms.size() == 1 && arithmetic.IsZero(form.constant) && arithmetic.IsOne(form.terms[0].factor)) {
+  if (form.terms.size() == 1 && arithmetic.IsZero(form.constant) &&
+      arithmetic.IsOne(form.terms[0].factor)) {
     return form.terms[0].line;
   }
   Line line = Empty(LineKind::kCombination, id);

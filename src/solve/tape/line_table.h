@@ -26,7 +26,8 @@ class LineTable {
   LineId Power(LineId a, Operation function, NodeId exponent, NodeId id);
   LineId Angle(LineId y, LineId x, LineId squares, NodeId id);
   /// f(a) with f' = +- `derivative`.
-  LineId IntegralOfProduct(Operation function, LineId a, LineId derivative, bool negative, NodeId id);
+  LineId IntegralOfProduct(Operation function, LineId a, LineId derivative, bool negative,
+                           NodeId id);
   /// f(a) with f' = +- 1 / `divisor`.
   LineId IntegralOfQuotient(Operation function, LineId a, LineId divisor, bool negative, NodeId id);
   /// A line f(a) whose derivative is still to come: SetDerivative.

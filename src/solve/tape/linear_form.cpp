@@ -6,11 +6,16 @@
 namespace varno::solve {
 
 LinearArithmetic::LinearArithmetic(Graph& graph)
-    : graph(graph), zero(graph.Number(0, {})), one(graph.Number(1, {})), minusOne(graph.Number(-1, {}))
-{
-}
+    : graph(graph),
+      zero(graph.Number(0, {})),
+      one(graph.Number(1, {})),
+      minusOne(graph.Number(-1, {}))
+{}
 
-NodeId LinearArithmetic::OneThird() { return graph.Number(Rational(1, 3), {}); }
+NodeId LinearArithmetic::OneThird()
+{
+  return graph.Number(Rational(1, 3), {});
+}
 
 NodeId LinearArithmetic::TwoBySqrtPi()
 {

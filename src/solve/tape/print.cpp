@@ -35,24 +35,37 @@ std::string PrintCombination(const Tape& tape, const Line& line)
   return text;
 }
 
-std::string PrintLine(const Tape& tape, const Line& line, const std::vector<std::string>& stateNames)
+std::string PrintLine(const Tape& tape, const Line& line,
+                      const std::vector<std::string>& stateNames)
 {
   const char* const sign = line.negative ? "-" : "";
   switch (line.kind) {
-    case LineKind::kConstant: return ConstantName(line.constant);
-    case LineKind::kTime: return "t";
-    case LineKind::kState: return stateNames[line.index];
-    case LineKind::kCombination: return PrintCombination(tape, line);
-    case LineKind::kProduct: return fmt::format("{} * {}", line.a, line.b);
-    case LineKind::kSquare: return fmt::format("{}^2", line.a);
-    case LineKind::kQuotient: return fmt::format("{} / {}", line.a, line.b);
-    case LineKind::kSquareRoot: return fmt::format("sqrt {}", line.a);
-    case LineKind::kPower: return fmt::format("{}^{}", line.a, ConstantName(line.constant));
+    case LineKind::kConstant:
+      return ConstantName(line.constant);
+    case LineKind::kTime:
+      return "t";
+    case LineKind::kState:
+      return stateNames[line.index];
+    case LineKind::kCombination:
+      return PrintCombination(tape, line);
+    case LineKind::kProduct:
+      return fmt::format("{} * {}", line.a, line.b);
+    case LineKind::kSquare:
+      return fmt::format("{}^2", line.a);
+    case LineKind::kQuotient:
+      return fmt::format("{} / {}", line.a, line.b);
+    case LineKind::kSquareRoot:
+      return fmt::format("sqrt {}", line.a);
+    case LineKind::kPower:
+      return fmt::format("{}^{}", line.a, ConstantName(line.constant));
     case LineKind::kIntegralOfProduct:
-      return fmt::format("{} {}, derivative {}{}", FunctionName(line.function), line.a, sign, line.b);
+      return fmt::format("{} {}, derivative {}{}", FunctionName(line.function), line.a, sign,
+                         line.b);
     case LineKind::kIntegralOfQuotient:
-      return fmt::format("{} {}, derivative {}1/{}", FunctionName(line.function), line.a, sign, line.b);
-    case LineKind::kAngle: return fmt::format("atan2 {} {}, squares {}", line.a, line.b, line.c);
+      return fmt::format("{} {}, derivative {}1/{}", FunctionName(line.function), line.a, sign,
+                         line.b);
+    case LineKind::kAngle:
+      return fmt::format("atan2 {} {}, squares {}", line.a, line.b, line.c);
   }
   return {};
 }

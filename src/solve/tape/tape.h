@@ -16,18 +16,18 @@ inline constexpr std::uint32_t kNone = UINT32_MAX;
 
 /// What a line does, that is: which recurrence its terms follow (docs/solve/recurrences.md).
 enum class LineKind : std::uint8_t {
-  kConstant,     ///< constant
-  kTime,         ///< t
-  kState,        ///< state `index`
-  kCombination,  ///< constant + sum of factor * line
-  kProduct,      ///< a b
-  kSquare,       ///< a a
-  kQuotient,     ///< a / b
-  kSquareRoot,   ///< sqrt(a)
-  kPower,        ///< a^constant, not an integer power
+  kConstant,            ///< constant
+  kTime,                ///< t
+  kState,               ///< state `index`
+  kCombination,         ///< constant + sum of factor * line
+  kProduct,             ///< a b
+  kSquare,              ///< a a
+  kQuotient,            ///< a / b
+  kSquareRoot,          ///< sqrt(a)
+  kPower,               ///< a^constant, not an integer power
   kIntegralOfProduct,   ///< f(a), with derivative  sign b a'; b may be a later line
   kIntegralOfQuotient,  ///< f(a), with derivative  sign a' / b
-  kAngle,        ///< atan2(a, b), with c = a^2 + b^2
+  kAngle,               ///< atan2(a, b), with c = a^2 + b^2
 };
 
 /// One term of a linear combination: a small whole number, or a constant, times a line.
@@ -40,17 +40,18 @@ struct Factor {
 /// One operation on whole series.
 struct Line {
   LineKind kind;
-  /// The function whose value starts the series: of kIntegralOf..., and of kPower (kPower or kCbrt).
+  /// The function whose value starts the series: of kIntegralOf..., and of kPower (kPower or
+  /// kCbrt).
   Operation function;
-  bool negative;          ///< the sign of kIntegralOf...
-  bool dependsOnStates;   ///< not on t alone
-  LineId a, b, c;         ///< operands, kNone where there is none
+  bool negative;                           ///< the sign of kIntegralOf...
+  bool dependsOnStates;                    ///< not on t alone
+  LineId a, b, c;                          ///< operands, kNone where there is none
   std::uint32_t firstFactor, factorCount;  ///< of kCombination, in Tape::factors
-  ConstantId constant;    ///< of kConstant, kCombination, kPower; kNone: 0
-  std::uint32_t index;    ///< of kState
+  ConstantId constant;                     ///< of kConstant, kCombination, kPower; kNone: 0
+  std::uint32_t index;                     ///< of kState
   /// The degree of the line as a polynomial in t; -1 when it is none by its structure.
   std::int32_t degree;
-  NodeId node;            ///< the expression, for messages
+  NodeId node;  ///< the expression, for messages
 };
 
 /// The right-hand sides of a model as a list of operations, each after its operands (but for the

@@ -16,7 +16,10 @@ const double kLog10Of4 = std::log10(4.0);
 /// A number this far below its size may be the rest of a cancellation.
 constexpr double kBlurredDecimals = 3;
 
-double Log10(mpfr_srcptr x) { return Log2Size(x) * kLog10Of2; }
+double Log10(mpfr_srcptr x)
+{
+  return Log2Size(x) * kLog10Of2;
+}
 
 }  // namespace
 

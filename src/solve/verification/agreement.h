@@ -14,8 +14,8 @@ struct SizedNumber {
 };
 
 enum class Verdict {
-  kAgree,    ///< to a quarter of the last digit's unit
-  kZero,     ///< both are nothing beside their size: 0 to the unit of a verified zero
+  kAgree,  ///< to a quarter of the last digit's unit
+  kZero,   ///< both are nothing beside their size: 0 to the unit of a verified zero
   kDiffer,
   kBlurred,  ///< differ, and are so small beside their size that they may be zero
 };
@@ -23,7 +23,8 @@ enum class Verdict {
 /// How far two runs agree on a number.
 struct Agreement {
   Verdict verdict;
-  /// Of a difference: how many decimals the runs have in common, counted from the number's size or, if that is larger, from the number.
+  /// Of a difference: how many decimals the runs have in common, counted from the number's size or,
+  /// if that is larger, from the number.
   double commonDecimals;
 };
 

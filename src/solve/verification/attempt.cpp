@@ -14,7 +14,8 @@ constexpr mpfr_prec_t kColumnGuardBits = 64;
 /// How many bits the larger of two times takes before the point.
 mpfr_prec_t WholeBits(const Interval& interval)
 {
-  const double largest = std::max(std::abs(interval.from.ToDouble()), std::abs(interval.to.ToDouble()));
+  const double largest =
+      std::max(std::abs(interval.from.ToDouble()), std::abs(interval.to.ToDouble()));
   return largest < 1 ? 0 : static_cast<mpfr_prec_t>(std::ilogb(largest)) + 1;
 }
 
@@ -34,14 +35,14 @@ std::vector<ColumnValues> MakeColumnValues(const Model& model, const std::vector
 Attempt::Attempt(const Model& model, const std::vector<NodeId>& columns, Path::Problem problem,
                  const std::vector<Moment>& early)
     : columnValues(MakeColumnValues(model, columns, problem)), path(std::move(problem), early)
-{
-}
+{}
 
 std::vector<std::vector<SizedNumber>> Attempt::RowAt(const Moment& time)
 {
   std::vector<std::vector<SizedNumber>> row;
   const std::vector<SizedStates> states = path.StatesAt(time);
-  for (std::size_t i = 0; i < states.size(); ++i) row.push_back(columnValues[i].At(time, states[i]));
+  for (std::size_t i = 0; i < states.size(); ++i)
+    row.push_back(columnValues[i].At(time, states[i]));
   return row;
 }
 

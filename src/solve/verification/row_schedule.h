@@ -20,8 +20,8 @@ class RowSchedule {
   /// step between them that does not come before the start.
   static RowSchedule AtSteps(const Interval& interval) { return RowSchedule(interval); }
 
-  /// Begins with the times of rows that were given before, where the times depend on the steps: other
-  /// steps would make other rows.
+  /// Begins with the times of rows that were given before, where the times depend on the steps:
+  /// other steps would make other rows.
   void Replay(std::size_t count, const std::function<Moment(std::size_t)>& timeOf);
 
   /// The times that come before the start, in order.
@@ -36,9 +36,9 @@ class RowSchedule {
   std::optional<Moment> NextStepEnd(Path& path);
 
   Interval interval;
-  std::optional<RowTimes> times;   // none: the ends of steps
+  std::optional<RowTimes> times;  // none: the ends of steps
   std::vector<Moment> early;
-  std::deque<Moment> waiting;      // pulled from `times`, or known beforehand
+  std::deque<Moment> waiting;  // pulled from `times`, or known beforehand
   std::optional<Moment> latest;
 };
 

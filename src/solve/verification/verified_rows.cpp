@@ -14,20 +14,25 @@ namespace varno::solve {
 
 namespace {
 
-/// Decimals beyond the digits asked for: in the first attempt, and of the second run beyond the first.
+/// Decimals beyond the digits asked for: in the first attempt, and of the second run beyond the
+/// first.
 constexpr double kFirstSpareDecimals = 7;
 constexpr double kSecondRunDecimals = 3;
 /// What the extrapolated loss is multiplied with.
 constexpr double kLossMargin = 1.1;
 constexpr double kLog2Of10 = 3.3219280948873626;
 
-void Mix(std::size_t& hash, std::size_t part) { hash ^= part + 0x9E3779B97F4A7C15u + (hash << 6) + (hash >> 2); }
+void Mix(std::size_t& hash, std::size_t part)
+{
+  hash ^= part + 0x9E3779B97F4A7C15u + (hash << 6) + (hash >> 2);
+}
 
 /// The digits of a number as they are printed, whatever its precision.
 std::size_t HashDigits(const Real& value, int digits)
 {
   mpfr_exp_t exponent = 0;
-  char* const text = mpfr_get_str(nullptr, &exponent, 10, static_cast<std::size_t>(std::max(digits, 2)), value, MPFR_RNDN);
+  char* const text = mpfr_get_str(nullptr, &exponent, 10,
+                                  static_cast<std::size_t>(std::max(digits, 2)), value, MPFR_RNDN);
   std::size_t hash = std::hash<std::string_view>{}(text);
   mpfr_free_str(text);
   Mix(hash, static_cast<std::size_t>(exponent));
@@ -38,10 +43,14 @@ std::size_t HashDigits(const Real& value, int digits)
 
 VerifiedRows::VerifiedRows(const Model& model, const Tape& tape, const Interval& interval,
                            RowSchedule schedule, RowsWanted wanted, StepWatch watch)
-    : model(model), tape(tape), interval(interval), fullSchedule(std::move(schedule)),
-      wanted(std::move(wanted)), watch(std::move(watch)), spareDecimals(kFirstSpareDecimals)
-{
-}
+    : model(model),
+      tape(tape),
+      interval(interval),
+      fullSchedule(std::move(schedule)),
+      wanted(std::move(wanted)),
+      watch(std::move(watch)),
+      spareDecimals(kFirstSpareDecimals)
+{}
 
 std::vector<RunSettings> VerifiedRows::Settings() const
 {
@@ -52,22 +61,32 @@ std::vector<RunSettings> VerifiedRows::Settings() const
 }
 
 /// How near to a singularity the runs go: half the digits still agree there, as CompareStates asks.
-double VerifiedRows::PlaceDecimals() const { return wanted.digits / 2.0 + spareDecimals - 2; }
+double VerifiedRows::PlaceDecimals() const
+{
+  return wanted.digits / 2.0 + spareDecimals - 2;
+}
 
 std::vector<Real> VerifiedRows::StartStates(mpfr_prec_t bits) const
 {
   std::vector<Real> states;
-  for (const State& state : model.states) states.push_back(EvaluateConstant(model.graph, state.start, bits));
+  for (const State& state : model.states)
+    states.push_back(EvaluateConstant(model.graph, state.start, bits));
   return states;
 }
 
 void VerifiedRows::Begin()
 {
-  Path::Problem problem{.tape = tape, .interval = interval, .settings = Settings(), .startStates = {},
+  Path::Problem problem{.tape = tape,
+                        .interval = interval,
+                        .settings = Settings(),
+                        .startStates = {},
                         .watch = watch,
-                        .compare = [this](const Moment& time, const Run& a, const Run& b) { CompareStates(time, a, b); }};
+                        .compare = [this](const Moment& time, const Run& a, const Run& b) {
+                          CompareStates(time, a, b);
+                        }};
   if (problem.settings.back().bits > wanted.maxBits) throw PrecisionExhausted{interval.start};
-  for (const RunSettings& settings : problem.settings) problem.startStates.push_back(StartStates(settings.bits));
+  for (const RunSettings& settings : problem.settings)
+    problem.startStates.push_back(StartStates(settings.bits));
   schedule = fullSchedule;
   schedule->Replay(given.size(), [this](std::size_t row) { return given[row].time; });
   attempt = std::make_unique<Attempt>(model, wanted.columns, std::move(problem), schedule->Early());
@@ -108,10 +127,14 @@ std::optional<VerifiedRow> VerifiedRows::TryRow()
   }
 }
 
-bool VerifiedRows::MayDeclareZero() const { return !wanted.check || spareDecimals >= kZeroGuardDigits; }
+bool VerifiedRows::MayDeclareZero() const
+{
+  return !wanted.check || spareDecimals >= kZeroGuardDigits;
+}
 
 /// The row, when the runs agree on it. Throws Failure.
-VerifiedRow VerifiedRows::Judge(const Moment& time, const std::vector<std::vector<SizedNumber>>& runs) const
+VerifiedRow VerifiedRows::Judge(const Moment& time,
+                                const std::vector<std::vector<SizedNumber>>& runs) const
 {
   const AgreementRule rule{wanted.digits, MayDeclareZero()};
   const std::vector<SizedNumber>&first = runs.front(), &best = runs.back();
@@ -143,7 +166,8 @@ void VerifiedRows::CompareStates(const Moment& time, const Run& a, const Run& b)
   Real difference(64);
   for (std::size_t i = 0; i < first.size(); ++i) {
     mpfr_sub(difference, first[i], second[i], MPFR_RNDN);
-    const double common = (std::max(sizes[i], Log2Size(second[i])) - Log2Size(difference)) / kLog2Of10;
+    const double common =
+        (std::max(sizes[i], Log2Size(second[i])) - Log2Size(difference)) / kLog2Of10;
     if (common < wanted.digits / 2.0) throw Failure{time, common, false};
   }
 }

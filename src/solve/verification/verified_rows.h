@@ -57,8 +57,8 @@ class VerifiedRows {
   VerifiedRows(const Model& model, const Tape& tape, const Interval& interval, RowSchedule schedule,
                RowsWanted wanted, StepWatch watch);
 
-  /// The next row, none after the last. Throws what Path throws but Disagreement, PrecisionExhausted
-  /// and WrongRow.
+  /// The next row, none after the last. Throws what Path throws but Disagreement,
+  /// PrecisionExhausted and WrongRow.
   std::optional<VerifiedRow> Next();
 
   /// The run behind the latest row; null before the first.

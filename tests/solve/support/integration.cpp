@@ -18,15 +18,18 @@ Arrival Integrate(const Model& model, const Rational& from, const Rational& to, 
 {
   const mpfr_prec_t bits = SettingsFor(digits + kSpareDigits, digits + kSpareDigits).bits;
   std::vector<Real> start;
-  for (const State& state : model.states) start.push_back(EvaluateConstant(model.graph, state.start, bits));
+  for (const State& state : model.states)
+    start.push_back(EvaluateConstant(model.graph, state.start, bits));
   return Integrate(model, std::move(start), from, to, digits);
 }
 
-Arrival Integrate(const Model& model, std::vector<Real> start, const Rational& from, const Rational& to, int digits)
+Arrival Integrate(const Model& model, std::vector<Real> start, const Rational& from,
+                  const Rational& to, int digits)
 {
   const Tape tape = Compile(model);
   const Moment end(to);
-  Run run(tape, SettingsFor(digits + kSpareDigits, digits + kSpareDigits), Moment(from), std::move(start), end);
+  Run run(tape, SettingsFor(digits + kSpareDigits, digits + kSpareDigits), Moment(from),
+          std::move(start), end);
   while (run.IsBehind(end)) run.Step();
   return {run.StatesAt(end), run.Steps()};
 }

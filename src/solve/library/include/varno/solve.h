@@ -5,7 +5,8 @@
 ///
 ///     auto problem = varno::solve::Problem::Parse("x' = v & 1; v' = -x;", "oscillator");
 ///     varno::solve::Solution solution(problem, {.to = "10", .digits = 30});
-///     while (auto row = solution.Next()) std::cout << row->time.Text() << ' ' << row->values[0].Text() << '\n';
+///     while (auto row = solution.Next()) std::cout << row->time.Text() << ' ' <<
+///     row->values[0].Text() << '\n';
 ///
 /// Nothing is shared between objects: different threads may use different objects freely.
 
@@ -23,8 +24,8 @@
 
 namespace varno::solve {
 
-/// A problem, a setting or an option that is not right as written. what() says where (file:line:column,
-/// the line, a caret), what was wrong and what would be right.
+/// A problem, a setting or an option that is not right as written. what() says where
+/// (file:line:column, the line, a caret), what was wrong and what would be right.
 class InputError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
@@ -32,18 +33,20 @@ class InputError : public std::runtime_error {
 
 /// Why a run ended before its last row.
 enum class EndReason {
-  kSingularity,   ///< the solution, or an expression of the equations, has no value beyond a point
-  kLostDomain,    ///< an expression of the equations is not defined
-  kOutOfRange,    ///< a number is too large or too small for the arithmetic
-  kLimit,         ///< one of the limits of Options was reached
-  kInterrupted,   ///< Options::interrupted said so
-  kWrongRow,      ///< a better attempt found a row wrong that was already given: what() names it
+  kSingularity,  ///< the solution, or an expression of the equations, has no value beyond a point
+  kLostDomain,   ///< an expression of the equations is not defined
+  kOutOfRange,   ///< a number is too large or too small for the arithmetic
+  kLimit,        ///< one of the limits of Options was reached
+  kInterrupted,  ///< Options::interrupted said so
+  kWrongRow,     ///< a better attempt found a row wrong that was already given: what() names it
 };
 
 /// A run that ended early. All rows given before are right. what() says how far it got and why.
 class RunEnded : public std::runtime_error {
  public:
-  RunEnded(EndReason reason, const std::string& message) : std::runtime_error(message), reason(reason) {}
+  RunEnded(EndReason reason, const std::string& message)
+      : std::runtime_error(message), reason(reason)
+  {}
   EndReason Reason() const { return reason; }
 
  private:
@@ -98,11 +101,11 @@ using RowChoice = std::variant<RowsPoints, RowsEvery, RowsAt, RowsAtSteps, RowAt
 
 /// How far a run is, for those who wait.
 struct Progress {
-  double time;        ///< where the integration stands
-  double fraction;    ///< of the interval, 0 to 1
+  double time;      ///< where the integration stands
+  double fraction;  ///< of the interval, 0 to 1
   std::int64_t steps;
-  double step;        ///< the latest step's length
-  double seconds;     ///< since the start
+  double step;     ///< the latest step's length
+  double seconds;  ///< since the start
 };
 
 struct Options {
@@ -110,15 +113,15 @@ struct Options {
   std::optional<std::string> from;  ///< the point of the start statements, else 0
   std::string to = "1";
   RowChoice rows = RowsPoints{};
-  int digits = 15;              ///< significant digits of each number, 1 to 10,000
-  std::string tiny = "1e-1000"; ///< what is smaller counts as 0; a decimal number
+  int digits = 15;                   ///< significant digits of each number, 1 to 10,000
+  std::string tiny = "1e-1000";      ///< what is smaller counts as 0; a decimal number
   std::vector<std::string> columns;  ///< names, in this order; empty: all, in the order of the file
-  bool check = true;            ///< two runs instead of one
+  bool check = true;                 ///< two runs instead of one
   std::optional<std::int64_t> maxSteps;
   std::optional<double> maxSeconds;
-  long maxBits = 1L << 20;      ///< the highest precision to try
-  std::function<bool()> interrupted;                 ///< asked after each step: true ends the run
-  std::function<void(const Progress&)> progress;     ///< called after each step
+  long maxBits = 1L << 20;                        ///< the highest precision to try
+  std::function<bool()> interrupted;              ///< asked after each step: true ends the run
+  std::function<void(const Progress&)> progress;  ///< called after each step
 };
 
 /// One number of a row.
