@@ -109,7 +109,8 @@ class StreamsTest(unittest.TestCase):
             'ulimit -f 1; trap "" XFSZ; "$1" "$2" --to 1e9 --every 1 --output rows')
         self.assertEqual(result.returncode, 3)
         rows = (self.folder / "rows").read_text().splitlines()
-        lost = re.fullmatch(
+        # An instrumented program has more to complain of: it cannot write its counts, either.
+        lost = re.match(
             r"varno-solve: cannot write 'rows': File too large; lost from the row t = (\d+) on\n",
             result.stderr)
         self.assertTrue(lost, result.stderr)
@@ -123,12 +124,13 @@ class StreamsTest(unittest.TestCase):
         self.assertTrue(process.stdout.readline().startswith(b"0 "))
 
     def test_pipe_that_does_not_block(self):
-        process = self.start("--points", "20000", stdout=(pipe := os.pipe())[1])
-        fcntl.fcntl(pipe[1], fcntl.F_SETFL, os.O_NONBLOCK)
-        os.close(pipe[1])
-        self.wait_for_full_pipe(pipe[0])
-        with open(pipe[0], "rb") as reader:
-            rows = reader.read().splitlines()
+        reader, writer = os.pipe()
+        fcntl.fcntl(writer, fcntl.F_SETFL, os.O_NONBLOCK)
+        process = self.start("--points", "20000", stdout=writer)
+        os.close(writer)
+        self.wait_for_full_pipe(reader)
+        with open(reader, "rb") as file:
+            rows = file.read().splitlines()
         self.assertEqual(self.finish(process)[0], 0)
         self.assertEqual(len(rows), 20002)
 

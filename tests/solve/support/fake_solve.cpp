@@ -113,14 +113,14 @@ const std::string& Problem::Notes() const
   return implementation->notes;
 }
 
-void Value::Clear::operator()(mpfr_ptr number) const
+void Value::Clear::operator()(mpfr_ptr owned) const
 {
-  mpfr_clear(number);
-  delete number;
+  mpfr_clear(owned);
+  delete owned;
 }
 
-Value::Value(std::string text, mpfr_srcptr source)
-    : text(std::move(text)), number(new __mpfr_struct, Clear())
+Value::Value(std::string content, mpfr_srcptr source)
+    : text(std::move(content)), number(new __mpfr_struct, Clear())
 {
   mpfr_init2(number.get(), mpfr_get_prec(source));
   mpfr_set(number.get(), source, MPFR_RNDN);
