@@ -1,9 +1,9 @@
-# install_compressed(FILE DESTINATION): installs a file of the source tree as FILE.gz.
+# install_compressed(FILE DESTINATION): installs a file, named by its full path, as NAME.gz.
 function(install_compressed file destination)
   cmake_path(GET file FILENAME name)
   set(compressed "${PROJECT_BINARY_DIR}/compressed/${name}.gz")
   file(MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/compressed")
-  file(ARCHIVE_CREATE OUTPUT "${compressed}" PATHS "${PROJECT_SOURCE_DIR}/${file}"
+  file(ARCHIVE_CREATE OUTPUT "${compressed}" PATHS "${file}"
     FORMAT raw COMPRESSION GZip COMPRESSION_LEVEL 9)
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${file}")
   install(FILES "${compressed}" DESTINATION "${destination}")

@@ -16,8 +16,8 @@ A case is a folder. Only `why` is required.
   timeout  seconds after which the program is stopped; missing: 60
   setup    bash script that prepares the working folder before the program starts
   stdout, stderr
-           what the program must write, to the byte; missing: nothing, or, when there
-           is a check, anything
+           what the program must write, to the byte, where @VERSION@ stands for the version of
+           the project; missing: nothing, or, when there is a check, anything
   status   exit status, or the name of a signal such as SIGSEGV; missing: 0
   check    bash or python script (the first line tells) for what a rule decides, such as
            a closed form; it must end with status 0, and finds the outcome in the files
@@ -111,11 +111,17 @@ def read_status(case):
     return text
 
 
+def project_version():
+    """The version that the top CMakeLists.txt gives the programs."""
+    project = (SOURCE_ROOT / "CMakeLists.txt").read_text(encoding="utf-8")
+    return re.search(r"^project\(\w+\s+VERSION ([\d.]+)$", project, re.MULTILINE)[1]
+
+
 def read_expected_output(case, name):
     """Returns None for an output that is not compared."""
     path = case / name
     if path.exists():
-        return path.read_bytes()
+        return path.read_bytes().replace(b"@VERSION@", project_version().encode())
     return None if (case / "check").exists() else b""
 
 

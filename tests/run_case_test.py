@@ -11,6 +11,8 @@ import time
 import unittest
 from pathlib import Path
 
+from run_case import project_version
+
 RUNNER = Path(__file__).resolve().parent / "run_case.py"
 HOLDS, FAILS, BAD_CASE = 0, 1, 2
 
@@ -172,6 +174,11 @@ class RunCaseTest(unittest.TestCase):
         self.assert_outcome(
             self.run_case("echo 'VARNO/C  1.1  (Jan  1 2000)'", stdout="VARNO/C  1.0  (Jan  1 2000)\n"),
             FAILS)
+
+    def test_version_of_the_project_is_filled_in(self):
+        self.assert_outcome(
+            self.run_case(f"echo 'VARNO/C version {project_version()}'",
+                          stdout="VARNO/C version @VERSION@\n"), HOLDS)
 
     # --- cases that are at fault themselves
 

@@ -10,7 +10,7 @@
 #include "arith/mpf.h"
 #include "arith/term_array.h"
 #include "bench/varno/null_buffer.h"
-#include "varno/format/number_format.h"
+#include "varno/core/number_output.h"
 #include "varno/functions/functions.h"
 
 namespace varno {

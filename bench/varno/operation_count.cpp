@@ -11,7 +11,6 @@
 #include "varno/core/global_data.h"
 #include "varno/expr/bin_op.h"
 #include "varno/expr/differential.h"
-#include "varno/expr/un_op.h"
 
 namespace varno {
 
@@ -82,24 +81,7 @@ OperationCount CountTerms(const Expr& node)
 void Collect(const Expr::Ref& ref, std::set<Expr*>& nodes)
 {
   if (!nodes.insert(&*ref).second) return;
-  switch (ref->Type()) {
-    case kPlus:
-    case kMinus:
-    case kMultiply:
-    case kDivide:
-      Collect(static_cast<BinOp&>(*ref).Left(), nodes);
-      Collect(static_cast<BinOp&>(*ref).Right(), nodes);
-      break;
-    case kUnMinus:
-      Collect(static_cast<UnOp&>(*ref).Operand(), nodes);
-      break;
-    case kDifferential:
-    case kAlgebraic:
-      Collect(VariableOf(ref).RightHandSide(), nodes);
-      break;
-    default:
-      break;
-  }
+  for (const Expr::Ref& operand : ref->Operands()) Collect(operand, nodes);
 }
 
 /// Seconds for one call of an operation on operands of full size: the best of several rounds.

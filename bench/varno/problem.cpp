@@ -6,9 +6,9 @@
 #include <stdexcept>
 #include <utility>
 
+#include "varno/expr/initialization.h"
 #include "varno/parser/parse.h"
 #include "varno/parser/scanner.h"
-#include "varno/solver/driver.h"
 
 namespace varno {
 

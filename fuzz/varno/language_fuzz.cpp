@@ -7,11 +7,11 @@
 #include "fuzz/varno/bounded_run.h"
 #include "varno/core/global_data.h"
 #include "varno/expr/differential.h"
+#include "varno/expr/initialization.h"
 #include "varno/output/dumps.h"
 #include "varno/output/result_table.h"
 #include "varno/parser/parse.h"
 #include "varno/parser/scanner.h"
-#include "varno/solver/driver.h"
 
 namespace {
 

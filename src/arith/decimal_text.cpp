@@ -5,7 +5,6 @@
 #include <string_view>
 
 #include "arith/range.h"
-#include "varno/sys/messages.h"
 
 namespace arith {
 
@@ -27,16 +26,20 @@ bool HasLargeExponent(const char* text, std::size_t position)
 
 }  // namespace
 
-bool SetFromDecimal(Mpf& number, const char* text)
+DecimalText SetFromDecimal(Mpf& number, const char* text)
 {
   const std::size_t exponent = ExponentPosition(text);
-  if (!HasLargeExponent(text, exponent)) return mpf_set_str(number, text, 10) == 0;
+  if (!HasLargeExponent(text, exponent)) {
+    return mpf_set_str(number, text, 10) == 0 ? DecimalText::kNumber : DecimalText::kNoNumber;
+  }
   // The digits tell whether the text is a number at all, or a 0, which has any exponent.
   Mpf digits;
-  if (mpf_set_str(digits, (std::string(text, exponent) + '0').c_str(), 10) != 0) return false;
-  if (digits.Sign() != 0) varno::Fail(std::string("Number \"") + text + "\" is out of range");
+  if (mpf_set_str(digits, (std::string(text, exponent) + '0').c_str(), 10) != 0) {
+    return DecimalText::kNoNumber;
+  }
+  if (digits.Sign() != 0) return DecimalText::kOutOfRange;
   mpf_set_ui(number, 0);
-  return true;
+  return DecimalText::kNumber;
 }
 
 }  // namespace arith

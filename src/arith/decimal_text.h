@@ -4,10 +4,12 @@
 
 namespace arith {
 
+/// What a text turned out to be.
+enum class DecimalText { kNumber, kNoNumber, kOutOfRange };
+
 /// Sets `number`, at its own precision, to the value of a decimal text ("1.5", "-2e-30", blanks are
-/// skipped). Returns false and keeps the old value when the text is no number. Ends the run with
-/// "#(ERR) Number "TEXT" is out of range" when the exponent is beyond +-10^15, where GMP's own
-/// exponents would soon overflow.
-bool SetFromDecimal(Mpf& number, const char* text);
+/// skipped). The old value stays when the text is no number, and when it is one whose exponent is
+/// beyond +-kLargestExponent, where GMP's own exponents would soon overflow.
+DecimalText SetFromDecimal(Mpf& number, const char* text);
 
 }  // namespace arith

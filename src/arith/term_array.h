@@ -15,8 +15,11 @@ namespace arith {
 class TermArray {
  public:
   TermArray() = default;
-  /// A negative count counts as 0. Ends the run with "#(ERR) Out of memory" when there is no room.
+  /// A negative count counts as 0. Throws std::bad_alloc when there is no room.
   explicit TermArray(int termCount);
+
+  /// The bytes of memory that an array takes at the precision in force.
+  static std::size_t BytesFor(int termCount);
 
   std::size_t Size() const { return size; }
   bool IsEmpty() const { return numbers == nullptr; }

@@ -28,12 +28,14 @@ Options:
                        --define 'f=lambda t: exp(-t)'; repeatable, later ones may use earlier ones
 
 What the kinds of numbers must fulfil:
-  1.50e+00   |printed - exact| <= U units of the last printed digit; for the times as well
+  1.50e+00   |printed - exact| <= U units of the last printed digit
   0          the exact value is 0
   0e-30      |exact| <= U * 1e-30
   nan        the exact value is nan
+A time must be exact; with D digits (as many as --digits says, else as the longest number of the
+rows has) it may be rounded, and is held to one unit of its last digit.
 
-Every expression is evaluated twice, with some more and with more than twice the digits of the rows;
+Every expression is evaluated twice, with some more and with far more digits than the rows have;
 where the two disagree, the expression loses too many digits to judge by, and that is a failure, too.
 
 As a module:
@@ -56,7 +58,6 @@ import mpmath
 
 NUMBER = re.compile(r"-?(\d+)(?:\.(\d+))?(?:e([+-]\d+))?")
 MOST_FAULTS_SHOWN = 20
-GUARD_DIGITS = 30
 
 
 class Unreadable(Exception):
@@ -152,11 +153,13 @@ class Reference:
 
     def __init__(self, digits):
         self.digits = digits
+        self.low = digits + 30
+        self.high = 2 * digits + 200
 
     def value(self, function, *arguments):
         """arguments: functions without arguments, evaluated at the working precision, too."""
         values = []
-        for working in (self.digits + GUARD_DIGITS, 2 * self.digits + 2 * GUARD_DIGITS):
+        for working in (self.low, self.high):
             with mpmath.workdps(working):
                 values.append(mpmath.mpmathify(function(*(make() for make in arguments))))
         low, high = values
@@ -164,7 +167,7 @@ class Reference:
             return high
         if isinstance(high, mpmath.mpc):
             raise ArithmeticError(f"a complex number, {mpmath.nstr(high, 10)}")
-        with mpmath.workdps(2 * self.digits + 2 * GUARD_DIGITS):
+        with mpmath.workdps(self.high):
             # Near a zero the digits are lost against the terms of the expression, whose size is
             # not known; what is left must be small against 1 then.
             allowed = mpmath.mpf(10) ** -(self.digits + 5) * max(abs(high), mpmath.mpf(10) ** -5)
@@ -178,9 +181,10 @@ class Reference:
 # Comparing
 
 
-def working_digits(rows, digits):
-    printed = [len(field) for row in rows for field in row]
-    return max([digits or 0, *printed])
+def longest_number(rows):
+    """The digits of the longest number, the times left aside."""
+    numbers = [field for row in rows for field in row[1:] if NUMBER.fullmatch(field)]
+    return max((Printed(field).digits for field in numbers), default=0)
 
 
 def compare(text, columns, times=None, rows=None, digits=None, units=1):
@@ -200,22 +204,25 @@ def compare(text, columns, times=None, rows=None, digits=None, units=1):
     if not fields or (rows is not None and len(fields) != rows):
         return [f"{len(fields)} rows instead of {rows if rows is not None else 'at least one'}"]
 
-    reference = Reference(working_digits(fields, digits))
+    reference = Reference(max(len(field) for row in fields for field in row))
     faults = []
 
-    def check(place, field, needs_digits, function, *arguments):
+    longest = digits or longest_number(fields)
+
+    def check(place, field, is_value, function, *arguments):
         try:
             printed = Printed(field)
             exact = reference.value(function, *arguments)
         except (Unreadable, ArithmeticError, ValueError) as problem:
             faults.append(f"{place}: {field}: {problem}")
             return
-        with mpmath.workdps(2 * reference.digits + 2 * GUARD_DIGITS):
-            problem = differs(printed, exact, units)
+        with mpmath.workdps(reference.high):
+            allowed = units if is_value or printed.digits >= longest else 0
+            problem = differs(printed, exact, allowed)
         if problem:
             shown = mpmath.nstr(exact, min(reference.digits, 60) + 5)
             faults.append(f"{place}: {field} is wrong, exact is {shown}: {problem}")
-        if (needs_digits and digits is not None and not printed.is_nan and not printed.is_zero
+        if (is_value and digits is not None and not printed.is_nan and not printed.is_zero
                 and printed.digits != digits):
             faults.append(f"{place}: {field} has {printed.digits} digits instead of {digits}")
 
@@ -247,8 +254,8 @@ def split_assignment(text):
 def namespace(definitions):
     """What expressions can use. Definitions are evaluated anew for each precision."""
     names = {name: getattr(mpmath, name) for name in dir(mpmath) if not name.startswith("_")}
-    names.update(abs=abs, min=min, max=max, sum=sum, range=range, len=len, int=int, nan=mpmath.nan,
-                 floor=mpmath.floor, ceil=mpmath.ceil)
+    names.update(abs=abs, min=min, max=max, sum=sum, range=range, len=len, int=int, float=float)
+    names["nan"] = mpmath.nan
     for name, code in definitions:
         names[name] = eval(code, names)
     return names
@@ -277,7 +284,10 @@ class ExactLiterals(ast.NodeTransformer):
 
 
 def compile_exactly(text):
-    tree = ExactLiterals(text).visit(ast.parse(text, mode="eval"))
+    try:
+        tree = ExactLiterals(text).visit(ast.parse(text, mode="eval"))
+    except SyntaxError as problem:
+        raise argparse.ArgumentTypeError(f"no expression: {text!r}: {problem}")
     return compile(ast.fix_missing_locations(tree), text, "eval")
 
 
@@ -308,15 +318,17 @@ def main(arguments):
                         metavar="NAME=EXPRESSION")
     options = parser.parse_args(arguments)
 
-    columns = {name: compile_expression(text, options.define) for name, text in options.columns}
-    times = None
-    if options.times:
-        time = compile_expression(options.times, options.define)
+    try:
+        columns = {name: compile_expression(text, options.define) for name, text in options.columns}
+        time = compile_expression(options.times or "t", options.define)
+    except argparse.ArgumentTypeError as problem:
+        parser.error(str(problem))
 
-        def times(k):
-            return time(None, k)
+    def times(k):
+        return time(None, k)
 
-    faults = compare(sys.stdin.read(), columns, times=times, rows=options.rows,
+    faults = compare(sys.stdin.read(), columns, times=times if options.times else None,
+                     rows=options.rows,
                      digits=options.digits, units=to_mpf(options.units))
     for fault in faults[:MOST_FAULTS_SHOWN]:
         print(fault)

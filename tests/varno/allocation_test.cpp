@@ -14,7 +14,7 @@
 #include "tests/varno/support/parsed_input.h"
 #include "tests/varno/support/scoped_global.h"
 #include "varno/core/global_data.h"
-#include "varno/solver/driver.h"
+#include "varno/expr/initialization.h"
 #include "varno/solver/integration.h"
 
 namespace {

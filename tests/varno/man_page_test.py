@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """The manual page has no fault in its markup and tells of every option and keyword.
 
-Usage: man_page_test.py PROGRAM
+Usage: man_page_test.py PROGRAM MAN_PAGE
 """
 
 import re
@@ -11,8 +11,8 @@ import unittest
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
-PAGE = ROOT / "man" / "varno.1"
-PROGRAM = Path(sys.argv.pop(1)).resolve()
+PAGE = Path(sys.argv.pop())
+PROGRAM = Path(sys.argv.pop()).resolve()
 
 
 class ManPageTest(unittest.TestCase):

@@ -1,8 +1,9 @@
 #include "solve/command/command_line.h"
 
-#include <CLI/CLI.hpp>
 #include <limits>
 #include <memory>
+
+#include <CLI/CLI.hpp>
 
 #include "solve/command/long_options.h"
 #include "solve/command/option_value.h"

@@ -3,8 +3,9 @@
 #include <optional>
 #include <string>
 #include <variant>
-#include <varno/solve.h>
 #include <vector>
+
+#include <varno/solve.h>
 
 namespace varno::solve {
 

@@ -1,5 +1,7 @@
 #include "solve/command/progress_line.h"
 
+#include <cmath>
+
 #include <fmt/format.h>
 
 namespace varno::solve {
@@ -38,8 +40,10 @@ void ProgressLine::Clear()
 
 std::string ProgressText(const Progress& progress)
 {
-  return fmt::format("t = {:.6g}, {:.0f} % after {} steps, latest {:.3g}, {:.1f} s", progress.time,
-                     100 * progress.fraction, progress.steps, progress.step, progress.seconds);
+  // Rounded down: a run is at 100 % when it is there.
+  return fmt::format("t = {:.6g}, {:.0f} %, {} step{}, latest {:.3g}, {:.1f} s", progress.time,
+                     std::floor(100 * progress.fraction), progress.steps,
+                     progress.steps == 1 ? "" : "s", std::abs(progress.step), progress.seconds);
 }
 
 }  // namespace varno::solve

@@ -1,13 +1,13 @@
 #pragma once
 
 #include <string>
-#include <varno/solve.h>
 
 #include "solve/command/console.h"
+#include <varno/solve.h>
 
 namespace varno::solve {
 
-/// Tells how far a run is: "t = 3.25, 32 % after 120 steps, latest 0.031, 4.1 s".
+/// Tells how far a run is: "t = 3.25, 32 %, 120 steps, latest 0.031, 4.1 s".
 ///
 /// On a terminal it is one line that is written anew, ten times a second at most, and first after
 /// half a second; elsewhere a line of its own each second, the first one at once.

@@ -3,12 +3,12 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <varno/solve.h>
 #include <vector>
 
 #include "solve/command/command_line.h"
 #include "solve/command/output_file.h"
 #include "solve/rows/row_writer.h"
+#include <varno/solve.h>
 
 namespace varno::solve {
 

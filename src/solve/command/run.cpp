@@ -125,6 +125,8 @@ int Run(const CommandLine& commandLine, const Console& console)
   } catch (const OutputError& error) {
     console.Say(error.what());
     return kOutputLost;
+  } catch (const OutputInterrupted&) {
+    return kSignalBase + Interruption::Signal();
   } catch (const OutputClosed&) {
     // Quietly, with the status that the shell shows for programs that SIGPIPE ends.
     return kSignalBase + SIGPIPE;

@@ -11,6 +11,12 @@ std::string Counted(std::int64_t count, const char* singular)
   return fmt::format("{} {}{}", count, singular, count == 1 ? "" : "s");
 }
 
+/// Three digits, or all there are before the point.
+std::string SecondsText(double seconds)
+{
+  return seconds < 100 ? fmt::format("{:.3g}", seconds) : fmt::format("{:.0f}", seconds);
+}
+
 }  // namespace
 
 std::string SummaryText(const Summary& summary)
@@ -20,8 +26,7 @@ std::string SummaryText(const Summary& summary)
   text += Counted(summary.digits, "digit");
   text += summary.verified ? ", verified by a second run" : ", not verified: one run";
   if (!summary.remark.empty()) text += "; " + summary.remark;
-  text += fmt::format("\n{:.3g} seconds\n", summary.seconds);
-  return text;
+  return text + "\n" + SecondsText(summary.seconds) + " seconds\n";
 }
 
 }  // namespace varno::solve

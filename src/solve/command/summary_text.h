@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+
 #include <varno/solve.h>
 
 namespace varno::solve {

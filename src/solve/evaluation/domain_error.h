@@ -1,7 +1,7 @@
 #pragma once
 
 #include "solve/evaluation/elementary.h"
-#include "solve/model/graph.h"
+#include "solve/graph/graph.h"
 #include "solve/number/real.h"
 
 namespace varno::solve {

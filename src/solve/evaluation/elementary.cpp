@@ -7,6 +7,7 @@ namespace varno::solve {
 namespace {
 
 constexpr mpfr_rnd_t kNearest = MPFR_RNDN;
+constexpr mpfr_exp_t kLargestAngleExponent = 1'000'000;
 
 void ArcCotangent(mpfr_ptr result, mpfr_srcptr a)
 {
@@ -76,6 +77,23 @@ void Compute(Operation operation, mpfr_ptr result, mpfr_srcptr a, mpfr_srcptr b)
   assert(false && "a leaf is no operation");
 }
 
+bool TakesAngle(Operation operation)
+{
+  return operation == Operation::kSin || operation == Operation::kCos || operation == Operation::kTan ||
+         operation == Operation::kCot;
+}
+
+/// Tells what became of a result, by MPFR's flags.
+Outcome OutcomeOf(mpfr_ptr result)
+{
+  if (mpfr_number_p(result) == 0) {
+    return mpfr_overflow_p() != 0 ? Outcome::kOutOfRange : Outcome::kUndefined;
+  }
+  // A zero of MPFR has a sign, which atan2 and divisions would show; ours has none.
+  if (mpfr_zero_p(result) != 0) mpfr_set_zero(result, 1);
+  return Outcome::kValue;
+}
+
 }  // namespace
 
 Outcome Apply(Operation operation, mpfr_ptr result, mpfr_srcptr a, mpfr_srcptr b)
@@ -83,14 +101,19 @@ Outcome Apply(Operation operation, mpfr_ptr result, mpfr_srcptr a, mpfr_srcptr b
   if (operation == Operation::kAtan2 && mpfr_zero_p(a) != 0 && mpfr_zero_p(b) != 0) {
     return Outcome::kUndefined;
   }
+  if (TakesAngle(operation) && mpfr_regular_p(a) != 0 && mpfr_get_exp(a) > kLargestAngleExponent) {
+    return Outcome::kOutOfRange;
+  }
   mpfr_clear_overflow();
   Compute(operation, result, a, b);
-  if (mpfr_number_p(result) != 0) {
-    // A zero of MPFR has a sign, which atan2 and divisions would show; ours has none.
-    if (mpfr_zero_p(result) != 0) mpfr_set_zero(result, 1);
-    return Outcome::kValue;
-  }
-  return mpfr_overflow_p() != 0 ? Outcome::kOutOfRange : Outcome::kUndefined;
+  return OutcomeOf(result);
+}
+
+Outcome ApplyPower(mpfr_ptr result, mpfr_srcptr a, const Integer& exponent)
+{
+  mpfr_clear_overflow();
+  mpfr_pow_z(result, a, exponent.get_mpz_t(), kNearest);
+  return OutcomeOf(result);
 }
 
 }  // namespace varno::solve

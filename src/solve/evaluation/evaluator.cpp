@@ -19,8 +19,10 @@ constexpr mpfr_prec_t kMostGuardBits = 4096;
 /// Bits that the roundings of the operations themselves may cost.
 constexpr double kRoundingBits = 24;
 
+constexpr std::uint32_t kNoExponent = UINT32_MAX;
+
 /// All nodes below the roots and the roots, each once, operands first.
-std::vector<NodeId> Below(const Graph& graph, const std::vector<NodeId>& roots)
+std::vector<NodeId> Below(const Graph& graph, const std::vector<NodeId>& roots, std::span<const NodeId> parameters)
 {
   std::vector<NodeId> found, open = roots;
   std::unordered_set<NodeId> seen;
@@ -31,6 +33,7 @@ std::vector<NodeId> Below(const Graph& graph, const std::vector<NodeId>& roots)
     found.push_back(id);
     const Node& node = graph[id];
     for (int i = 0; i < node.operandCount; ++i) open.push_back(node.operands[i]);
+    if (node.operation == Operation::kParameter) open.push_back(parameters[node.index]);
   }
   std::ranges::sort(found);
   return found;
@@ -38,14 +41,19 @@ std::vector<NodeId> Below(const Graph& graph, const std::vector<NodeId>& roots)
 
 }  // namespace
 
-Evaluator::Evaluator(const Graph& graph, std::vector<NodeId> roots, mpfr_prec_t bits)
+Evaluator::Evaluator(const Graph& graph, const std::vector<NodeId>& roots, mpfr_prec_t bits,
+                     std::span<const NodeId> parameters)
 {
   std::unordered_map<NodeId, std::uint32_t> places;
-  for (const NodeId id : Below(graph, roots)) {
+  for (const NodeId id : Below(graph, roots, parameters)) {
     const Node& node = graph[id];
     places[id] = static_cast<std::uint32_t>(values.size());
-    steps.push_back({node.operation, id, node.operandCount > 0 ? places[node.operands[0]] : 0,
-                     node.operandCount > 1 ? places[node.operands[1]] : 0, node.index});
+    Step& step = steps.emplace_back(node.operation, id, 0, 0, node.index);
+    if (node.operandCount > 0) step.a = places[node.operands[0]];
+    if (node.operandCount > 1) step.b = places[node.operands[1]];
+    // The value of a parameter has a smaller number than the leaf.
+    if (node.operation == Operation::kParameter) step.a = places[parameters[node.index]];
+    if (node.operation == Operation::kPower) step.index = AddExponent(graph, node);
     values.emplace_back(bits);
     if (node.operation == Operation::kNumber) {
       mpfr_set_q(values.back(), graph.Value(id).get_mpq_t(), MPFR_RNDN);
@@ -56,6 +64,15 @@ Evaluator::Evaluator(const Graph& graph, std::vector<NodeId> roots, mpfr_prec_t 
   for (const NodeId root : roots) rootPlaces.push_back(places[root]);
 }
 
+/// Keeps the exponent of a power if it is a whole number; returns its place, or kNoExponent.
+std::uint32_t Evaluator::AddExponent(const Graph& graph, const Node& node)
+{
+  const NodeId exponent = node.operands[1];
+  if (!graph.IsNumber(exponent) || graph.Value(exponent).get_den() != 1) return kNoExponent;
+  exponents.push_back(graph.Value(exponent).get_num());
+  return static_cast<std::uint32_t>(exponents.size() - 1);
+}
+
 void Evaluator::Compute(std::size_t place, mpfr_srcptr time, std::span<const Real> states)
 {
   const Step& step = steps[place];
@@ -64,9 +81,12 @@ void Evaluator::Compute(std::size_t place, mpfr_srcptr time, std::span<const Rea
     case Operation::kPi: return;
     case Operation::kTime: mpfr_set(values[place], time, MPFR_RNDN); return;
     case Operation::kState: mpfr_set(values[place], states[step.index], MPFR_RNDN); return;
+    case Operation::kParameter: mpfr_set(values[place], values[step.a], MPFR_RNDN); return;
     default: break;
   }
-  const Outcome outcome = Apply(step.operation, values[place], values[step.a], values[step.b]);
+  const bool wholePower = step.operation == Operation::kPower && step.index != kNoExponent;
+  const Outcome outcome = wholePower ? ApplyPower(values[place], values[step.a], exponents[step.index])
+                                     : Apply(step.operation, values[place], values[step.a], values[step.b]);
   if (outcome == Outcome::kValue) return;
   const bool second = step.operation == Operation::kDivide;
   throw DomainError{outcome, step.node, values[second ? step.b : step.a]};
@@ -85,6 +105,7 @@ double Evaluator::ComputeSize(std::size_t place, std::span<const double> stateSi
     case Operation::kPi:
     case Operation::kTime: return Log2Size(values[place]);
     case Operation::kState: return std::max(Log2Size(values[place]), stateSizes[step.index]);
+    case Operation::kParameter: return sizes[step.a];
     default: break;
   }
   return SizeOfResult(step.operation, values[place], {values[step.a], sizes[step.a]},
@@ -97,10 +118,10 @@ void Evaluator::EvaluateSizes(std::span<const double> stateSizes)
   for (std::size_t place = 0; place < steps.size(); ++place) sizes[place] = ComputeSize(place, stateSizes);
 }
 
-Real EvaluateConstant(const Graph& graph, NodeId node, mpfr_prec_t bits)
+Real EvaluateConstant(const Graph& graph, NodeId node, mpfr_prec_t bits, std::span<const NodeId> parameters)
 {
   for (mpfr_prec_t guard = kFirstGuardBits;; guard *= 4) {
-    Evaluator evaluator(graph, {node}, bits + guard);
+    Evaluator evaluator(graph, {node}, bits + guard, parameters);
     evaluator.Evaluate(nullptr, {});
     evaluator.EvaluateSizes({});
     const double cancelled = evaluator.Size(0) - Log2Size(evaluator[0]);

@@ -3,7 +3,8 @@
 #include <span>
 #include <vector>
 
-#include "solve/model/graph.h"
+#include "solve/graph/graph.h"
+#include "solve/number/rational.h"
 #include "solve/number/real.h"
 
 namespace varno::solve {
@@ -11,11 +12,12 @@ namespace varno::solve {
 /// Computes the values of expressions by MPFR, operation by operation.
 ///
 /// This is the plain way: it serves constants, columns and checks. The integration has its own
-/// (series/). Graphs with kParameter leaves are not for it: bind the parameters first.
+/// (series/).
 class Evaluator {
  public:
   /// For these nodes. What is needed of the graph is copied.
-  Evaluator(const Graph& graph, std::vector<NodeId> roots, mpfr_prec_t bits);
+  /// `parameters` are the nodes of the values of the parameters, if there are any.
+  Evaluator(const Graph& graph, const std::vector<NodeId>& roots, mpfr_prec_t bits, std::span<const NodeId> parameters = {});
 
   /// Computes all roots. `time` and `states` have any precision. Throws DomainError.
   void Evaluate(mpfr_srcptr time, std::span<const Real> states);
@@ -33,13 +35,15 @@ class Evaluator {
     Operation operation;
     NodeId node;
     std::uint32_t a, b;    // places of the operands in `values`
-    std::uint32_t index;   // of a state
+    std::uint32_t index;   // of a state, or of a whole exponent
   };
 
+  std::uint32_t AddExponent(const Graph& graph, const Node& node);
   void Compute(std::size_t place, mpfr_srcptr time, std::span<const Real> states);
   double ComputeSize(std::size_t place, std::span<const double> stateSizes) const;
 
   std::vector<Step> steps;
+  std::vector<Integer> exponents;  // of powers: a Real may not hold them exactly
   std::vector<Real> values;
   std::vector<double> sizes;
   std::vector<std::uint32_t> rootPlaces;
@@ -48,6 +52,6 @@ class Evaluator {
 /// The value of an expression that depends neither on t nor on states, right to about its precision
 /// however much cancels inside it: it is computed with more and more bits until enough of them
 /// remain. What thousands of bits cannot tell from 0 is 0, as sin(pi). Throws DomainError.
-Real EvaluateConstant(const Graph& graph, NodeId node, mpfr_prec_t bits);
+Real EvaluateConstant(const Graph& graph, NodeId node, mpfr_prec_t bits, std::span<const NodeId> parameters = {});
 
 }  // namespace varno::solve

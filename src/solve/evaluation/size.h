@@ -2,7 +2,7 @@
 
 #include <mpfr.h>
 
-#include "solve/model/operation.h"
+#include "solve/graph/operation.h"
 
 namespace varno::solve {
 

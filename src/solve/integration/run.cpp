@@ -11,11 +11,11 @@ namespace varno::solve {
 
 namespace {
 
-double Log2Size(const Moment& moment)
+double Log2Moment(const Moment& moment)
 {
   Real value(53);
   moment.Evaluate(value);
-  return Log2Size(static_cast<mpfr_srcptr>(value));
+  return Log2Size(value);
 }
 
 /// When time needs more precision, some more is taken at once, so that this is rare.
@@ -45,13 +45,13 @@ Run::Run(const Tape& tape, const RunSettings& settings, const Moment& start, std
       begin(start), end(start), reach(reach), backwards(reach < start), usesTime(HasTimeLine(tape)),
       states(std::move(initial))
 {
-  RequireBits(settings.bits + (usesTime ? BitsForTime(Log2Size(reach - start)) : 0));
+  RequireBits(settings.bits + (usesTime ? BitsForTime(Log2Moment(reach - start)) : 0));
 }
 
 /// How many bits the time takes more than a step of this length.
 mpfr_prec_t Run::BitsForTime(double stepLog2) const
 {
-  const double time = std::max(Log2Size(end), Log2Size(reach));
+  const double time = std::max(Log2Moment(end), Log2Moment(reach));
   if (!std::isfinite(time) || !std::isfinite(stepLog2)) return 0;
   return static_cast<mpfr_prec_t>(std::ceil(std::max(0.0, time - stepLog2)));
 }
@@ -85,7 +85,7 @@ StepLength Run::ChooseLength(const StepBound& bound) const
 {
   // Where nothing bounds the step it may go well beyond the end, but not for ever: a power of 2, so
   // that it does not depend on where exactly the rows end.
-  const double remaining = Log2Size(reach - end);
+  const double remaining = Log2Moment(reach - end);
   const double longest = std::isfinite(remaining) ? std::ceil(remaining) + 1 : 0;
   return StepLength::AtMost(std::min(bound.log2, longest));
 }
@@ -93,8 +93,8 @@ StepLength Run::ChooseLength(const StepBound& bound) const
 /// Ends the run where the step is nothing beside the way behind it.
 void Run::RequireProgress(const StepBound& bound) const
 {
-  const double way = Log2Size(end - start);
-  if (bound.log2 > way - static_cast<double>(settings.bits)) return;
+  const double way = Log2Moment(end - start);
+  if (bound.log2 > way - settings.placeBits) return;
   throw Singularity{end, bound.line == kNone ? 0 : tape.lines[bound.line].node};
 }
 

@@ -13,14 +13,17 @@ constexpr int kLeastOrder = 12;
 
 }  // namespace
 
-RunSettings SettingsFor(double decimals)
+RunSettings SettingsFor(double decimals, double placeDecimals)
 {
   const double logTolerance = -std::max(decimals, kLeastDecimals) * std::numbers::ln10;
   const int order = std::max(kLeastOrder, static_cast<int>(std::ceil(1 - logTolerance / 2)));
   const double toleranceBits = -logTolerance / std::numbers::ln2;
   // The recurrences of quotients, roots and logarithms lose some bits with the order.
   const double guardBits = 30 + 0.15 * order;
-  return {toleranceBits, order, static_cast<mpfr_prec_t>(std::ceil(toleranceBits + guardBits))};
+  return {.toleranceBits = toleranceBits,
+          .order = order,
+          .bits = static_cast<mpfr_prec_t>(std::ceil(toleranceBits + guardBits)),
+          .placeBits = placeDecimals * std::numbers::ln10 / std::numbers::ln2};
 }
 
 }  // namespace varno::solve

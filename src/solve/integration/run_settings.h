@@ -9,13 +9,15 @@ struct RunSettings {
   double toleranceBits;  ///< -log2 of the relative error that a step may make in a line
   int order;             ///< of the series, usually
   mpfr_prec_t bits;      ///< of the arithmetic
+  double placeBits;      ///< a step shorter than 2^-placeBits of the way is the end of the way
 };
 
-/// The settings of a run with a relative error of about 10^-decimals in each step.
+/// The settings of a run with a relative error of about 10^-decimals in each step, which follows
+/// shrinking steps until they are 10^-placeDecimals of the way.
 ///
 /// Order 1 - ln(tol)/2 needs the least work for a tolerance when a term costs the sum of those before it (Jorba
 /// and Zou, A software package for the numerical integration of ODEs by means of high-order Taylor
 /// methods, Experimental Mathematics 14, 2005). Below 10^-12 and order 12 nothing is saved.
-RunSettings SettingsFor(double decimals);
+RunSettings SettingsFor(double decimals, double placeDecimals);
 
 }  // namespace varno::solve

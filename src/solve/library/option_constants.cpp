@@ -49,7 +49,8 @@ Moment ConstantMoments::operator()(NodeId constant)
   std::shared_ptr<const Constant>& value = known[constant];
   if (value == nullptr) {
     value = std::make_shared<const Constant>([&graph = graph, constant](mpfr_ptr result) {
-      mpfr_set(result, EvaluateConstant(graph, constant, mpfr_get_prec(result)), MPFR_RNDN);
+      const Real exact = EvaluateConstant(graph, constant, mpfr_get_prec(result));
+      mpfr_set(result, exact, MPFR_RNDN);
     });
   }
   return Moment(value);

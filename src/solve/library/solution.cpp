@@ -3,12 +3,14 @@
 #include <varno/solve.h>
 
 #include "solve/library/solution_data.h"
+#include "solve/number/exponent_range.h"
 
 namespace varno::solve {
 
 Solution::Solution(const Problem& problem, Options options)
-    : implementation(std::make_unique<Implementation>(*problem.implementation, std::move(options)))
 {
+  const ScopedExponentRange range;
+  implementation = std::make_unique<Implementation>(*problem.implementation, std::move(options));
 }
 
 Solution::Solution(Solution&&) noexcept = default;

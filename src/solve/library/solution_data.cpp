@@ -9,6 +9,7 @@
 
 #include "solve/evaluation/domain_error.h"
 #include "solve/model/print.h"
+#include "solve/number/exponent_range.h"
 #include "solve/source/diagnostics.h"
 #include "solve/tape/compile.h"
 #include "solve/tape/print.h"
@@ -130,6 +131,7 @@ void Solution::Implementation::Watch(const Run& run) const
 
 std::optional<Row> Solution::Implementation::Next()
 {
+  const ScopedExponentRange range;
   if (begin == std::chrono::steady_clock::time_point()) begin = std::chrono::steady_clock::now();
   try {
     const std::optional<VerifiedRow> row = rows->Next();
@@ -173,7 +175,9 @@ Row Solution::Implementation::MakeRow(const VerifiedRow& row) const
 
 Summary Solution::Implementation::Summarise() const
 {
-  Summary summary{.digits = options.digits, .verified = options.check};
+  Summary summary;
+  summary.digits = options.digits;
+  summary.verified = options.check;
   const Path* const path = rows->Integration();
   if (path == nullptr) return summary;
   summary.steps = path->Steps();
@@ -191,7 +195,7 @@ std::string Solution::Implementation::Explain() const
 {
   std::vector<std::string> stateNames;
   for (const State& state : model.states) stateNames.push_back(state.name);
-  const RunSettings settings = SettingsFor(options.digits + rows->SpareDecimals());
+  const RunSettings settings = rows->Settings().back();
   const std::size_t termCount = tape.lines.size() * static_cast<std::size_t>(settings.order + 1);
   const double mebibytes = static_cast<double>(termCount) * (static_cast<double>(settings.bits) / 8 + 32) / (1 << 20);
   return PrintModel(model) +

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "solve/model/graph.h"
+#include "solve/graph/graph.h"
 #include "solve/source/place.h"
 
 namespace varno::solve {
@@ -19,7 +19,9 @@ struct State {
   Place place;   ///< of the name in its equation
 };
 
-/// A definition that depends neither on variables nor on t; settings may change its value.
+/// A definition that depends neither on variables nor on t; settings may change its value. Its
+/// value has a smaller number than its kParameter leaf, so that a pass over the graph meets it
+/// first.
 struct Parameter {
   std::string name;
   NodeId value;  ///< constant; may use parameters that come before it

@@ -143,10 +143,10 @@ std::optional<Moment> RowTimes::Next()
   return time;
 }
 
-Moment RowTimes::Time(const Integer& index) const
+Moment RowTimes::Time(const Integer& i) const
 {
-  if (!list.empty()) return list[index.get_ui()];
-  return index + 1 == count ? end : start + step * Rational(index);
+  if (!list.empty()) return list[i.get_ui()];
+  return i + 1 == count ? end : start + step * Rational(i);
 }
 
 int RowTimes::Width(const TimeFormat& format) const

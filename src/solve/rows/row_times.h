@@ -35,7 +35,7 @@ class RowTimes {
 
  private:
   RowTimes() = default;
-  Moment Time(const Integer& index) const;
+  Moment Time(const Integer& i) const;
   int WidthBound(const TimeFormat& format) const;
 
   // Either a list, or start + index * step but for the last, which is `end`.

@@ -77,7 +77,7 @@ std::string ExponentText(const Decimal& decimal)
 {
   std::string text = decimal.isNegative ? "-" : "";
   text += decimal.digits;
-  if (decimal.digits.size() > 1) text.insert(text.end() - (decimal.digits.size() - 1), '.');
+  if (decimal.digits.size() > 1) text.insert(decimal.isNegative ? 2 : 1, 1, '.');
   AppendExponent(text, decimal.exponent);
   return text;
 }

@@ -34,8 +34,8 @@ class Diagnostics {
   int errors = 0;
 };
 
-/// All remarks as a compiler prints them, errors in the order of the text: "file:line:column: error: message",
-/// the line itself, a caret under the place, the hint.
+/// All remarks as a compiler prints them, errors in the order of the text: "file:line:column:
+/// error: message", the line itself, a caret under the place, the hint.
 std::string Render(const Diagnostics& diagnostics, const Sources& sources);
 
 /// A problem that cannot be solved as written. what() is the rendered text.

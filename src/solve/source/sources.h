@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <string>
@@ -16,10 +17,14 @@ struct Position {
   int column;
 };
 
+/// The longest text: places count bytes with 32 bits, and the scanner with one bit less.
+inline constexpr std::size_t kMaxSourceBytes = 1U << 30;
+
 /// The texts that a problem is made of: the file, and one for each setting of the command line.
 class Sources {
  public:
   /// Keeps a text under a name for messages ("pendulum.varno", "--set"); returns its number.
+  /// Throws std::length_error for a text of more than kMaxSourceBytes.
   std::uint32_t Add(std::string name, std::string text);
 
   const std::string& Name(std::uint32_t source) const;
@@ -37,6 +42,9 @@ class Sources {
     std::string text;
     std::vector<std::uint32_t> lineStarts;
   };
+  /// The number of the line in which a place begins, counted from 0.
+  std::size_t LineIndex(Place place) const;
+
   std::deque<Entry> entries;  // stable: views into texts stay valid
 };
 

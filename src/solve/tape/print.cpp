@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "solve/model/operation_name.h"
+#include "solve/graph/operation.h"
 
 namespace varno::solve {
 
@@ -49,9 +49,9 @@ std::string PrintLine(const Tape& tape, const Line& line, const std::vector<std:
     case LineKind::kSquareRoot: return fmt::format("sqrt {}", line.a);
     case LineKind::kPower: return fmt::format("{}^{}", line.a, ConstantName(line.constant));
     case LineKind::kIntegralOfProduct:
-      return fmt::format("{} {}, derivative {}{}", OperationName(line.function), line.a, sign, line.b);
+      return fmt::format("{} {}, derivative {}{}", FunctionName(line.function), line.a, sign, line.b);
     case LineKind::kIntegralOfQuotient:
-      return fmt::format("{} {}, derivative {}1/{}", OperationName(line.function), line.a, sign, line.b);
+      return fmt::format("{} {}, derivative {}1/{}", FunctionName(line.function), line.a, sign, line.b);
     case LineKind::kAngle: return fmt::format("atan2 {} {}, squares {}", line.a, line.b, line.c);
   }
   return {};

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "solve/model/graph.h"
+#include "solve/graph/graph.h"
 
 namespace varno::solve {
 

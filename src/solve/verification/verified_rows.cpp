@@ -6,6 +6,7 @@
 #include <limits>
 #include <utility>
 
+#include "solve/evaluation/domain_error.h"
 #include "solve/evaluation/evaluator.h"
 #include "solve/evaluation/size.h"
 
@@ -45,10 +46,13 @@ VerifiedRows::VerifiedRows(const Model& model, const Tape& tape, const Interval&
 std::vector<RunSettings> VerifiedRows::Settings() const
 {
   const double decimals = wanted.digits + spareDecimals;
-  std::vector<RunSettings> settings{SettingsFor(decimals)};
-  if (wanted.check) settings.push_back(SettingsFor(decimals + kSecondRunDecimals));
+  std::vector<RunSettings> settings{SettingsFor(decimals, PlaceDecimals())};
+  if (wanted.check) settings.push_back(SettingsFor(decimals + kSecondRunDecimals, PlaceDecimals()));
   return settings;
 }
+
+/// How near to a singularity the runs go: half the digits still agree there, as CompareStates asks.
+double VerifiedRows::PlaceDecimals() const { return wanted.digits / 2.0 + spareDecimals - 2; }
 
 std::vector<Real> VerifiedRows::StartStates(mpfr_prec_t bits) const
 {
@@ -80,6 +84,10 @@ std::optional<VerifiedRow> VerifiedRows::Next()
       Escalate(failure);
     } catch (const Disagreement& disagreement) {
       Escalate({disagreement.time, 0, false});
+    } catch (const Singularity& singularity) {
+      if (IsConfirmedEnd(singularity.time)) throw;
+    } catch (const DomainError&) {
+      if (attempt == nullptr || IsConfirmedEnd(attempt->Integration().Best().End())) throw;
     }
   }
 }
@@ -140,6 +148,21 @@ void VerifiedRows::CompareStates(const Moment& time, const Run& a, const Run& b)
   }
 }
 
+/// Whether an end of the way is to be believed. If not, everything begins again, to come nearer.
+bool VerifiedRows::IsConfirmedEnd(const Moment& time)
+{
+  const Moment way = time - interval.start;
+  if (!wanted.check || way.Sign() == 0) return true;
+  const double log10Way = std::log10(std::abs(way.ToDouble()));
+  const EndSeen seen{time, log10Way - PlaceDecimals()};
+  // The steps shrink like the distance, of which they are some tenth.
+  const double apart = endSeen ? std::log10(std::abs((time - endSeen->time).ToDouble())) : 0;
+  if (endSeen && apart < endSeen->log10Distance + 2) return true;
+  endSeen = seen;
+  BeginAgain(std::max(2 * spareDecimals, wanted.digits / 2.0 + kFirstSpareDecimals), time);
+  return false;
+}
+
 /// Begins again with more decimals: twice as many to spare, or what the loss so far will come to.
 void VerifiedRows::Escalate(const Failure& failure)
 {
@@ -151,12 +174,15 @@ void VerifiedRows::Escalate(const Failure& failure)
   const double extrapolated = done > 0 ? loss * std::max(1.0, whole / done) : 0;
   double spare = std::max(2 * spareDecimals, kLossMargin * extrapolated + kFirstSpareDecimals);
   if (failure.blurred) spare = std::max(spare, kZeroGuardDigits + kFirstSpareDecimals);
+  BeginAgain(spare, failure.time);
+}
+
+void VerifiedRows::BeginAgain(double spare, const Moment& time)
+{
   spareDecimals = spare;
   ++restarts;
   attempt.reset();
-  if (SettingsFor(wanted.digits + spareDecimals + kSecondRunDecimals).bits > wanted.maxBits) {
-    throw PrecisionExhausted{failure.time};
-  }
+  if (Settings().back().bits > wanted.maxBits) throw PrecisionExhausted{time};
 }
 
 /// What of a row is printed; a zero counts as zero whatever it was verified to.

@@ -49,7 +49,8 @@ struct WrongRow {
 /// The problem is integrated by two runs of different tolerance, order and precision. A row counts
 /// when both agree to a quarter of its last unit. Where they do not, or contradict each other on
 /// the way, the loss of digits so far is extrapolated to the end of the interval and both runs
-/// begin again, with at least twice the spare digits; rows already given are compared again.
+/// begin again, with at least twice the spare digits; rows already given are compared again. An end
+/// of the way is believed when a second attempt, which comes much nearer, ends in the same place.
 class VerifiedRows {
  public:
   /// The model's parameters are bound; model and tape must outlive this.
@@ -62,6 +63,8 @@ class VerifiedRows {
 
   /// The run behind the latest row; null before the first.
   const Path* Integration() const { return attempt ? &attempt->Integration() : nullptr; }
+  /// The settings of the runs, the most exact last.
+  std::vector<RunSettings> Settings() const;
   /// How often the runs began again.
   int Restarts() const { return restarts; }
   /// The decimals that the runs compute with beyond those asked for.
@@ -72,6 +75,11 @@ class VerifiedRows {
     Moment time;
     std::size_t hash;
   };
+  /// Where all runs of an attempt ended, and how near that is (log10).
+  struct EndSeen {
+    Moment time;
+    double log10Distance;
+  };
   /// Why an attempt has to be given up.
   struct Failure {
     Moment time;
@@ -80,12 +88,14 @@ class VerifiedRows {
   };
 
   void Begin();
-  std::vector<RunSettings> Settings() const;
   std::vector<Real> StartStates(mpfr_prec_t bits) const;
   std::optional<VerifiedRow> TryRow();
   VerifiedRow Judge(const Moment& time, const std::vector<std::vector<SizedNumber>>& runs) const;
   void CompareStates(const Moment& time, const Run& a, const Run& b) const;
   void Escalate(const Failure& failure);
+  bool IsConfirmedEnd(const Moment& time);
+  void BeginAgain(double spare, const Moment& time);
+  double PlaceDecimals() const;
   bool MayDeclareZero() const;
   std::size_t Hash(const VerifiedRow& row) const;
 
@@ -100,6 +110,7 @@ class VerifiedRows {
   std::optional<RowSchedule> schedule;
   double spareDecimals;
   int restarts = 0;
+  std::optional<EndSeen> endSeen;
   std::vector<GivenRow> given;
   std::size_t rowsDone = 0;  // of the present attempt
 };

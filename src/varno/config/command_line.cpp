@@ -1,6 +1,5 @@
 #include "varno/config/command_line.h"
 
-#include <cstdio>
 #include <cstring>
 #include <iostream>
 #include <unistd.h>
@@ -8,8 +7,8 @@
 #include "varno/config/options.h"
 #include "varno/config/usage_text.h"
 #include "varno/core/global_data.h"
-#include "varno/parser/scanner.h"
 #include "varno/sys/messages.h"
+#include "version.h"
 
 namespace varno {
 
@@ -26,7 +25,7 @@ void ApplyOption(int letter, const char* argument)
       WriteUsage(std::clog);
       Exit(kFailure);
     case 'v':
-      std::cout << "VARNO/C version 1.0\n";
+      std::cout << "VARNO/C version " << kVersion << '\n';
       FinishOutput();
       Exit(kSuccess);
     default:
@@ -40,48 +39,27 @@ void ApplyOption(int letter, const char* argument)
   option->apply(argument);
 }
 
-/// Whether something can be read: directories, for one, open without an error.
-bool IsReadable(std::FILE* file)
-{
-  const int first = std::getc(file);
-  if (first == EOF) return std::ferror(file) == 0;
-  std::ungetc(first, file);
-  return true;
-}
-
-void OpenInput(const char* name)
-{
-  std::FILE* const file = std::fopen(name, "r");
-  if (file == nullptr || !IsReadable(file)) {
-    std::perror("#(WARN) Error by opening input file");
-    Exit(kFailure);
-  }
-  SetScannerInput(file);
-}
-
 /// A negative interval -n asks for n equally spaced rows up to Tmax.
 void SettlePrintInterval()
 {
-  GlobalData& global = *Expr::Global;
-  if (mpf_cmp(global._PRINTEVERY, global._ZERO) >= 0) return;
-  mpf_neg(global._PRINTEVERY, global._PRINTEVERY);
-  mpf_div(global._PRINTEVERY, global._TMAX, global._PRINTEVERY);
+  if (mpf_cmp(Expr::Global->_PRINTEVERY, Expr::Global->_ZERO) >= 0) return;
+  mpf_neg(Expr::Global->_PRINTEVERY, Expr::Global->_PRINTEVERY);
+  mpf_div(Expr::Global->_PRINTEVERY, Expr::Global->_TMAX, Expr::Global->_PRINTEVERY);
 }
 
 }  // namespace
 
-int ReadCommandLine(int argc, char** argv)
+CommandLine ReadCommandLine(int argc, char** argv)
 {
   const std::string letters = OptionString();
   for (int letter = 0; (letter = getopt(argc, argv, letters.c_str())) != -1;) {
     ApplyOption(letter, optarg);
   }
-  if (optind < argc && std::strcmp(argv[optind], "-") != 0) OpenInput(argv[optind]);
-  if (optind + 1 < argc) {
-    std::clog << tag::kWarning << "Some unused parameters in the way..." << std::endl;
-  }
   SettlePrintInterval();
-  return 0;
+  CommandLine rest;
+  if (optind < argc && std::strcmp(argv[optind], "-") != 0) rest.inputFile = argv[optind];
+  rest.hasUnusedArguments = optind + 1 < argc;
+  return rest;
 }
 
 }  // namespace varno

@@ -13,7 +13,6 @@ namespace {
 /// first derivative there.
 void SetPeriodWatch(const char* argument)
 {
-  GlobalData& global = *Expr::Global;
   std::string rest(argument);
   const auto takeField = [&rest] {
     const std::size_t colon = rest.find(':');
@@ -21,10 +20,10 @@ void SetPeriodWatch(const char* argument)
     rest = colon == std::string::npos ? "" : rest.substr(colon + 1);
     return field;
   };
-  global._PERIODEQ = takeField();
-  global._PERIODSAME = IntegerFromText(takeField().c_str());
+  Expr::Global->_PERIODEQ = takeField();
+  Expr::Global->_PERIODSAME = IntegerFromText(takeField().c_str());
   SetNumber<&GlobalData::_PERIODDERIV>(rest.c_str());
-  if (global._PERIODEQ.empty()) global._PERIODSAME = 0;
+  if (Expr::Global->_PERIODEQ.empty()) Expr::Global->_PERIODSAME = 0;
 }
 
 void ShowStepMode(std::ostream& out)

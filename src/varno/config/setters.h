@@ -2,14 +2,12 @@
 
 #include <ostream>
 
-#include "arith/decimal_text.h"
 #include "varno/config/setting_text.h"
 #include "varno/core/global_data.h"
-#include "varno/format/number_format.h"
+#include "varno/core/number_output.h"
+#include "varno/sys/number_checks.h"
 
 namespace varno {
-
-using arith::SetFromDecimal;
 
 // How a text from an option or from the settings file changes the record, and how the usage text
 // shows a field. Named by a field of the record, so that the tables of options and of keywords have
@@ -37,7 +35,7 @@ void SetText(const char* text)
 template <Mpf GlobalData::*kField>
 void SetNumber(const char* text)
 {
-  SetFromDecimal(Expr::Global->*kField, text);
+  SetNumberFromText(Expr::Global->*kField, text);
 }
 
 /// On purpose by way of a double, which decides the digits.

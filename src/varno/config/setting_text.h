@@ -3,7 +3,7 @@
 namespace varno {
 
 // Conversions of the texts that options and the settings file give. A text that is no number is
-// not an error: it gives 0. (Numbers that are set by SetFromDecimal keep their old value.)
+// not an error: it gives 0. (Numbers that are set by SetNumberFromText keep their old value.)
 
 /// The decimal integer that the text begins with, 0 when there is none; a value beyond the range of
 /// int gives the nearest int.

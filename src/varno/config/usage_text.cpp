@@ -5,7 +5,8 @@
 #include <string>
 
 #include "varno/config/options.h"
-#include "varno/format/number_format.h"
+#include "varno/core/number_output.h"
+#include "version.h"
 
 namespace varno {
 
@@ -20,7 +21,8 @@ void WritePadded(std::ostream& out, const char* line)
 
 void WriteSynopsis(std::ostream& out)
 {
-  out << "\nVARNO/C  1.0  (" __DATE__ ")       WITH GMP ARITHMETICS            ZENA\n"
+  out << "\nVARNO/C  " << kVersion
+      << "  (" __DATE__ ")       WITH GMP ARITHMETICS            ZENA\n"
       << std::string(kLineWidth, '-') << '\n'
       << " varno [-3 number] [-A {1|0}] [-a number] [-d {1|0}] [-D {1|0}]       \n"
          "      [-f {1|0}]  [-F {0|1|2|3}] [-G filename] [-g {x11|fig|png|gif|...}]\n"

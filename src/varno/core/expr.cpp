@@ -6,17 +6,16 @@
 #include <vector>
 
 #include "arith/magnitude.h"
-#include "arith/range.h"
 #include "arith/scratch.h"
 #include "varno/core/global_data.h"
 #include "varno/core/nothing_expr.h"
 #include "varno/sys/messages.h"
+#include "varno/sys/number_checks.h"
 #include "varno/sys/stack_guard.h"
 
 namespace varno {
 
 using arith::Magnitude;
-using arith::RequireRange;
 using arith::Scratch;
 
 // In this order: nodes read the record when they are built. Both live as long as the process.
@@ -25,9 +24,9 @@ Expr* Expr::Nothing = new NothingExpr;
 
 Expr::Expr(ExprType type, bool withTerms)
     : valueStamp(Global->_STEPNO - 1),
-      termStamp(Global->_STEPNO - 1),
       type(type),
-      hasTerms(withTerms)
+      hasTerms(withTerms),
+      termStamp(Global->_STEPNO - 1)
 {}
 
 namespace {
@@ -43,11 +42,11 @@ Expr* EmptyNode(Expr* first)
 
 Expr::Expr()
     : valueStamp(Global->_STEPNO - 1),
-      termStamp(Global->_STEPNO - 1),
       type(kNothing),
-      derivative(EmptyNode(this)),
       converted(EmptyNode(this)),
-      hasTerms(false)
+      hasTerms(false),
+      termStamp(Global->_STEPNO - 1),
+      derivative(EmptyNode(this))
 {}
 
 void Expr::Ref::Drop(Expr* node) noexcept
@@ -70,7 +69,7 @@ void Expr::Ref::Drop(Expr* node) noexcept
 
 void Expr::PrepareTerms()
 {
-  if (terms.IsEmpty()) terms = TermArray(keepsLatestTermOnly ? 0 : Global->_NTERMS);
+  if (terms.IsEmpty()) terms = MakeTermArray(keepsLatestTermOnly ? 0 : Global->_NTERMS);
 }
 
 void Expr::ResetTerms()
@@ -109,6 +108,7 @@ void Expr::ReleaseReferences(std::vector<Ref>& released)
 {
   released.push_back(std::move(derivative));
   released.push_back(std::move(converted));
+  for (Ref& operand : Operands()) released.push_back(std::move(operand));
 }
 
 mpf_srcptr Expr::Term(int k)

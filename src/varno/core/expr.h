@@ -22,6 +22,8 @@ struct TermRow {
   int count;
 };
 
+class OperandHandles;
+
 /// A node of an expression tree.
 ///
 /// A node gives, on request, its Taylor terms for the current step (term k is h^k u^(k)(t) / k!, so
@@ -109,9 +111,14 @@ class Expr {
   virtual Ref ConvertExpr() = 0;
   /// Writes the expression, fully parenthesised.
   virtual void Print(std::ostream& out) const = 0;
+  /// The handles of the expressions that the node is made of, from left to right; those of a
+  /// variable are its right-hand side. Whatever walks the nodes, or takes another node in place of
+  /// an operand, does it by these.
+  virtual OperandHandles Operands() = 0;
+
   /// Moves all handles that the node holds to the list, so that nodes which refer to one another
   /// can be deleted. Nothing else may be asked of the node afterwards.
-  virtual void ReleaseReferences(std::vector<Ref>& released);
+  void ReleaseReferences(std::vector<Ref>& released);
 
   /// Term k of the current step: a copy of the last of Terms(k).
   void GetTerm(int k, mpf_t& out);
@@ -144,46 +151,67 @@ class Expr {
   /// The handles that point at the node.
   int RefCount() const { return refs; }
 
- protected:
-  /// The empty node. The first node that is ever built is Expr::Nothing itself.
-  Expr();
-
  private:
   /// Computes term k, unless it is there, and keeps it at `place`.
   void UpdateTerm(int k, int place);
 
+  /// Stands first: the handles among the members below may point at the node itself.
   int refs = 0;
-
- protected:
-  /// Makes room for the terms when they are first needed: most nodes that conversion replaces never
-  /// need them, and nodes that are computed one after the other get neighbouring places.
-  void PrepareTerms();
-
-  TermArray terms;  ///< terms of the current step, computed up to index `valid`; or that term only
-  int valid = -1;
-  Mpf value;  ///< constant, or value at the start of the step
-
- private:
   int valueStamp;  ///< step number under which `result` was computed
-
- protected:
-  int termStamp;  ///< step number under which `terms` are computed
-  Mpf result;     ///< value at the end of the step
-
- private:
   ExprType type;
-
- protected:
-  Ref derivative;
-  Mpf initValue;
-
- private:
   /// Empty when the node stands for itself: a handle to itself would keep it alive for ever.
   Ref converted;
   bool standsForItself = false;  ///< seen by Convert; never reset
   bool steady = false;
   const bool hasTerms;
   bool keepsLatestTermOnly = false;
+
+ protected:
+  /// The empty node. The first node that is ever built is Expr::Nothing itself.
+  Expr();
+
+  /// Makes room for the terms when they are first needed: most nodes that conversion replaces never
+  /// need them, and nodes that are computed one after the other get neighbouring places.
+  void PrepareTerms();
+
+  TermArray terms;  ///< terms of the current step, computed up to index `valid`; or that term only
+  int valid = -1;
+  int termStamp;  ///< step number under which `terms` are computed
+  Mpf value;      ///< constant, or value at the start of the step
+  Mpf result;     ///< value at the end of the step
+  Mpf initValue;  ///< value at the initial time
+  Ref derivative;
+};
+
+/// The handles through which a node holds its operands, at most two, to be walked by a range-based
+/// for. They stay valid as long as the node.
+class OperandHandles {
+ public:
+  OperandHandles() = default;
+  explicit OperandHandles(Expr::Ref& only) : handles{&only}, count(1) {}
+  OperandHandles(Expr::Ref& left, Expr::Ref& right) : handles{&left, &right}, count(2) {}
+
+  class Iterator {
+   public:
+    explicit Iterator(Expr::Ref* const* place) : place(place) {}
+    Expr::Ref& operator*() const { return **place; }
+    Iterator& operator++()
+    {
+      ++place;
+      return *this;
+    }
+    bool operator==(const Iterator&) const = default;
+
+   private:
+    Expr::Ref* const* place;
+  };
+  Iterator begin() const { return Iterator(handles); }
+  Iterator end() const { return Iterator(handles + count); }
+  int Size() const { return count; }
+
+ private:
+  Expr::Ref* handles[2] = {};
+  int count = 0;
 };
 
 }  // namespace varno

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "varno/sys/memory.h"
+#include "varno/sys/number_checks.h"
 
 namespace varno {
 
@@ -106,7 +107,7 @@ void GlobalData::SetStep(mpf_srcptr h)
 
 void GlobalData::FillStepDiv()
 {
-  if (_STEPDIV.IsEmpty()) _STEPDIV = TermArray(_NTERMS);
+  if (_STEPDIV.IsEmpty()) _STEPDIV = MakeTermArray(_NTERMS);
   if (_NTERMS > 0) mpf_set(_STEPDIV[0], _ZERO);
   for (int k = 1; k < _NTERMS; ++k) {
     mpf_div_ui(_STEPDIV[k], _STEP, static_cast<unsigned long>(k));

@@ -14,6 +14,7 @@ class NothingExpr final : public Expr {
   void GetInitValue(mpf_t&) override {}
   Ref ConvertExpr() override;
   void Print(std::ostream& out) const override;
+  OperandHandles Operands() override { return {}; }
 };
 
 }  // namespace varno

@@ -3,38 +3,10 @@
 #include <ostream>
 #include <utility>
 
-#include "arith/range.h"
 #include "varno/expr/simplification.h"
 #include "varno/sys/stack_guard.h"
 
 namespace varno {
-
-using arith::RequireRange;
-
-namespace {
-
-template <auto kOperation>
-void Apply(mpf_ptr result, mpf_srcptr a, mpf_srcptr b)
-{
-  kOperation(result, a, b);
-  RequireRange(result);
-}
-
-}  // namespace
-
-const BinaryOperator* FindBinaryOperator(ExprType type)
-{
-  static constexpr BinaryOperator kOperators[] = {
-      {kPlus, '+', Apply<mpf_add>},
-      {kMinus, '-', Apply<mpf_sub>},
-      {kMultiply, '*', Apply<mpf_mul>},
-      {kDivide, '/', Apply<mpf_div>},
-  };
-  for (const BinaryOperator& row : kOperators) {
-    if (row.type == type) return &row;
-  }
-  return nullptr;
-}
 
 BinOp::BinOp(ExprType type, Ref a, Ref b)
     : Expr(type, true),
@@ -77,13 +49,6 @@ void BinOp::Print(std::ostream& out) const
   out << ' ' << operation.symbol << ' ';
   right->Print(out);
   out << ')';
-}
-
-void BinOp::ReleaseReferences(std::vector<Ref>& released)
-{
-  Expr::ReleaseReferences(released);
-  released.push_back(std::move(left));
-  released.push_back(std::move(right));
 }
 
 }  // namespace varno

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "varno/core/expr.h"
-#include "varno/expr/bin_op.h"
+#include "varno/expr/binary_operator.h"
 #include "varno/expr/divide.h"
 #include "varno/expr/function.h"
 #include "varno/expr/multiply.h"

@@ -4,33 +4,15 @@
 #include <utility>
 
 #include "arith/magnitude.h"
-#include "arith/range.h"
+#include "varno/config/print_list.h"
 #include "varno/core/global_data.h"
-#include "varno/format/number_format.h"
+#include "varno/core/number_output.h"
 #include "varno/sys/messages.h"
+#include "varno/sys/number_checks.h"
 
 namespace varno {
 
 using arith::IsBelowProduct;
-using arith::RequireRange;
-
-namespace {
-
-/// On purpose a plain search for "NAME:": a listed name also selects every name that it ends with,
-/// as "xy2:" selects y2.
-bool IsListed(const std::string& list, const std::string& name)
-{
-  return list.find(name + ':') != std::string::npos;
-}
-
-bool IsSelected(const std::string& name)
-{
-  const GlobalData& global = *Expr::Global;
-  const bool wanted = global._PRINTLIST.empty() || IsListed(global._PRINTLIST, name);
-  return wanted && !IsListed(global._NOPRINTLIST, name);
-}
-
-}  // namespace
 
 Differential::Differential(std::string name, Ref rightHandSide)
     : Differential(kDifferential, true, std::move(name), std::move(rightHandSide))
@@ -40,7 +22,7 @@ Differential::Differential(ExprType type, bool withTerms, std::string name, Ref 
     : Expr(type, withTerms),
       name(std::move(name)),
       rightHandSide(std::move(rightHandSide)),
-      printed(IsSelected(this->name))
+      printed(IsSelectedForPrint(this->name))
 {}
 
 void Differential::GetDY(int k, mpf_t& out)
@@ -102,12 +84,6 @@ Expr::Ref Differential::ConvertExpr()
 void Differential::Print(std::ostream& out) const
 {
   out << '[' << name << ']';
-}
-
-void Differential::ReleaseReferences(std::vector<Ref>& released)
-{
-  Expr::ReleaseReferences(released);
-  released.push_back(std::move(rightHandSide));
 }
 
 void Differential::DumpTree(std::ostream& out) const

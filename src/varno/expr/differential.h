@@ -1,7 +1,6 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "varno/core/expr.h"
 
@@ -27,7 +26,7 @@ class Differential : public Expr {
   void GetInitValue(mpf_t& out) override;
   Ref ConvertExpr() override;
   void Print(std::ostream& out) const override;
-  void ReleaseReferences(std::vector<Ref>& released) override;
+  OperandHandles Operands() override { return OperandHandles(rightHandSide); }
 
   /// Writes the equation as one line of the tree dump.
   virtual void DumpTree(std::ostream& out) const;

@@ -21,6 +21,7 @@ class Equation final : public Expr {
   /// The variable of that name; ends the run with a message when no equation defines it.
   Ref ConvertExpr() override;
   void Print(std::ostream& out) const override;
+  OperandHandles Operands() override { return {}; }
 
   int DerivativeOrder() const { return derivativeOrder; }
 

@@ -3,7 +3,7 @@
 #include <ostream>
 
 #include "varno/core/global_data.h"
-#include "varno/format/number_format.h"
+#include "varno/core/number_output.h"
 #include "varno/sys/messages.h"
 
 namespace varno {

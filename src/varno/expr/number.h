@@ -21,6 +21,7 @@ class Number final : public Expr {
   void GetInitValue(mpf_t& out) override;
   Ref ConvertExpr() override;
   void Print(std::ostream& out) const override;
+  OperandHandles Operands() override { return {}; }
 
   mpf_ptr Constant() { return value; }
 };

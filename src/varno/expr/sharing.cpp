@@ -2,15 +2,14 @@
 
 #include <cstddef>
 #include <map>
-#include <tuple>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "varno/core/global_data.h"
-#include "varno/expr/bin_op.h"
+#include "varno/expr/binary_operator.h"
 #include "varno/expr/differential.h"
 #include "varno/expr/number.h"
-#include "varno/expr/un_op.h"
 
 namespace varno {
 
@@ -42,66 +41,44 @@ class SubexpressionPool {
   }
 
  private:
-  using Operation = std::tuple<ExprType, const Expr*, const Expr*>;
+  /// A kind of node and its operands.
+  using Operation = std::pair<ExprType, std::vector<const Expr*>>;
 
   struct IsLess {
     bool operator()(mpf_srcptr a, mpf_srcptr b) const { return mpf_cmp(a, b) < 0; }
   };
 
+  /// Whether nodes of a kind do nothing but an operation on the terms of their operands.
+  static bool IsOperation(ExprType type)
+  {
+    return type == kUnMinus || FindBinaryOperator(type) != nullptr;
+  }
+
   void PushUnvisitedOperands(Expr& node, std::vector<Ref>& pending) const
   {
-    const auto push = [&](const Ref& operand) {
+    if (!IsOperation(node.Type())) return;
+    for (const Ref& operand : node.Operands()) {
       if (!visited.contains(&*operand)) pending.push_back(operand);
-    };
-    switch (node.Type()) {
-      case kPlus:
-      case kMinus:
-      case kMultiply:
-      case kDivide:
-        push(static_cast<BinOp&>(node).Left());
-        push(static_cast<BinOp&>(node).Right());
-        break;
-      case kUnMinus:
-        push(static_cast<UnOp&>(node).Operand());
-        break;
-      default:
-        break;
     }
   }
 
   /// The operands have been visited.
   Shared ShareNode(const Ref& node)
   {
-    switch (node->Type()) {
-      case kNumber:
-        return {numbers.emplace(ConstantOf(node), node).first->second, true};
-      case kDifferential:
-        return {node, true};
-      case kPlus:
-      case kMinus:
-      case kMultiply:
-      case kDivide: {
-        auto& operation = static_cast<BinOp&>(*node);
-        const Shared a = visited.at(&*operation.Left());
-        const Shared b = visited.at(&*operation.Right());
-        operation.SetOperands(a.node, b.node);
-        return ShareOperation(node, {node->Type(), &*a.node, &*b.node}, a.isPure && b.isPure);
-      }
-      case kUnMinus: {
-        auto& negation = static_cast<UnOp&>(*node);
-        const Shared a = visited.at(&*negation.Operand());
-        negation.SetOperand(a.node);
-        return ShareOperation(node, {kUnMinus, &*a.node, nullptr}, a.isPure);
-      }
-      default:
-        return {node, false};
+    if (node->Type() == kNumber)
+      return {numbers.emplace(ConstantOf(node), node).first->second, true};
+    if (node->Type() == kDifferential) return {node, true};
+    if (!IsOperation(node->Type())) return {node, false};
+    Operation operation{node->Type(), {}};
+    bool isPure = true;
+    for (Ref& operand : node->Operands()) {
+      const Shared& shared = visited.at(&*operand);
+      operand = shared.node;
+      operation.second.push_back(&*operand);
+      isPure = isPure && shared.isPure;
     }
-  }
-
-  Shared ShareOperation(const Ref& node, const Operation& operation, bool isPure)
-  {
     if (!isPure) return {node, false};
-    return {operations.emplace(operation, node).first->second, true};
+    return {operations.emplace(std::move(operation), node).first->second, true};
   }
 
   std::unordered_map<const Expr*, Shared> visited;

@@ -1,7 +1,7 @@
 #include "varno/expr/simplification.h"
 
 #include "varno/core/global_data.h"
-#include "varno/expr/bin_op.h"
+#include "varno/expr/binary_operator.h"
 #include "varno/expr/number.h"
 #include "varno/expr/un_op.h"
 

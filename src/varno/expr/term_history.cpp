@@ -4,10 +4,8 @@
 #include <vector>
 
 #include "varno/core/global_data.h"
-#include "varno/expr/bin_op.h"
 #include "varno/expr/differential.h"
 #include "varno/expr/multiply.h"
-#include "varno/expr/un_op.h"
 
 namespace varno {
 
@@ -48,27 +46,31 @@ class Uses {
     bool needsHistory;
   };
 
+  /// A variable is where another right-hand side begins.
   void EnterOperands(Expr& node)
   {
-    const auto enter = [this](const Expr::Ref& operand, bool needsHistory) {
-      pending.push_back({&*operand, needsHistory});
-    };
+    if (node.Type() == kDifferential || node.Type() == kAlgebraic) return;
+    bool isFirst = true;
+    for (const Expr::Ref& operand : node.Operands()) {
+      pending.push_back({&*operand, LooksBack(node, isFirst)});
+      isFirst = false;
+    }
+  }
+
+  /// Whether a node asks its first operand, or its second one, for earlier terms than the latest.
+  static bool LooksBack(const Expr& node, bool first)
+  {
     switch (node.Type()) {
       case kPlus:
       case kMinus:
-      case kMultiply:
-      case kDivide: {
-        const auto& operation = static_cast<BinOp&>(node);
-        const bool convolves = node.Type() == kMultiply && static_cast<Multiply&>(node).Convolves();
-        enter(operation.Left(), convolves);
-        enter(operation.Right(), convolves || node.Type() == kDivide);
-        break;
-      }
       case kUnMinus:
-        enter(static_cast<UnOp&>(node).Operand(), false);
-        break;
+        return false;
+      case kMultiply:
+        return static_cast<const Multiply&>(node).Convolves();
+      case kDivide:
+        return !first;
       default:
-        break;
+        return true;
     }
   }
 

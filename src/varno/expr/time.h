@@ -23,6 +23,7 @@ class Time final : public Expr {
   void GetInitValue(mpf_t& out) override;
   Ref ConvertExpr() override;
   void Print(std::ostream& out) const override;
+  OperandHandles Operands() override { return {}; }
 
  private:
   TermArray row{1};  ///< term 0, always `value`, and term 1

@@ -17,12 +17,6 @@ void UnOp::Result(mpf_t&, bool)
   Fail("virtual void UnOp::Result(__mpf_struct (&)[1], bool) called!");
 }
 
-void UnOp::ReleaseReferences(std::vector<Ref>& released)
-{
-  Expr::ReleaseReferences(released);
-  released.push_back(std::move(operand));
-}
-
 void UnMinus::GetDY(int k, mpf_t& out)
 {
   mpf_neg(out, operand->Term(k));

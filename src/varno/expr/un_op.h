@@ -1,7 +1,6 @@
 #pragma once
 
 #include <utility>
-#include <vector>
 
 #include "varno/core/expr.h"
 
@@ -16,10 +15,9 @@ class UnOp : public Expr {
   /// Ends the run with a message: the class has no value of its own.
   void Result(mpf_t& out, bool) override;
   void MakeDerivative() override {}
-  void ReleaseReferences(std::vector<Ref>& released) override;
+  OperandHandles Operands() override { return OperandHandles(operand); }
 
   const Ref& Operand() const { return operand; }
-  void SetOperand(const Ref& a) { operand = a; }
 
  protected:
   UnOp(ExprType type, Ref a) : Expr(type, true), operand(std::move(a)) {}

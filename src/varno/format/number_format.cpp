@@ -6,9 +6,6 @@
 #include <string>
 #include <string_view>
 
-#include "varno/core/expr.h"
-#include "varno/core/global_data.h"
-
 namespace varno {
 
 namespace {
@@ -91,14 +88,13 @@ void AppendPlain(std::string& text, const Decimal& decimal)
 }
 
 /// "-d.ddde+xx"
-void AppendExponentForm(std::string& text, const Decimal& decimal)
+void AppendExponentForm(std::string& text, const Decimal& decimal, const NumberFormat& format)
 {
-  const GlobalData& global = *Expr::Global;
-  const std::int64_t precision = global._PRINTCHARS;
-  const std::int64_t exponentDigits = global._FMT_INT;
-  AppendRepeated(text, ' ', global._PRINTWIDTH - precision - exponentDigits - 4);
+  const std::int64_t precision = format.digits;
+  const std::int64_t exponentDigits = format.exponentDigits;
+  AppendRepeated(text, ' ', format.width - precision - exponentDigits - 4);
   std::string_view digits = decimal.digits;
-  AppendSign(text, digits, global._FILLCHAR);
+  AppendSign(text, digits, format.noSign);
   AppendDigits(text, digits, 1);
   text += '.';
   AppendDigits(text, digits, precision);
@@ -111,14 +107,13 @@ void AppendExponentForm(std::string& text, const Decimal& decimal)
 }
 
 /// "-ddd.ddd", without a zero before the point
-void AppendFixedForm(std::string& text, const Decimal& decimal)
+void AppendFixedForm(std::string& text, const Decimal& decimal, const NumberFormat& format)
 {
-  const GlobalData& global = *Expr::Global;
-  const std::int64_t precision = global._PRINTCHARS;
+  const std::int64_t precision = format.digits;
   const std::int64_t exponent = decimal.exponent;
-  AppendRepeated(text, ' ', global._PRINTWIDTH - precision + (exponent - precision >= 1 ? 1 : 0));
+  AppendRepeated(text, ' ', format.width - precision + (exponent - precision >= 1 ? 1 : 0));
   std::string_view digits = decimal.digits;
-  AppendSign(text, digits, global._FILLCHAR);
+  AppendSign(text, digits, format.noSign);
   if (exponent < 0) {
     const std::int64_t zeros = std::min(-exponent, std::max<std::int64_t>(precision, 0));
     text += '.';
@@ -136,65 +131,41 @@ void AppendFixedForm(std::string& text, const Decimal& decimal)
   AppendRepeated(text, '0', exponent - positions);
 }
 
-void AppendZero(std::string& text)
+void AppendZero(std::string& text, const NumberFormat& format)
 {
-  const GlobalData& global = *Expr::Global;
-  const std::int64_t precision = global._PRINTCHARS;
-  const std::int64_t exponentWidth = global._FMT_FLAG ? std::int64_t{global._FMT_INT} + 4 : 0;
-  AppendRepeated(text, ' ', global._PRINTWIDTH - precision - exponentWidth);
-  text += global._FILLCHAR;
+  const std::int64_t precision = format.digits;
+  const std::int64_t exponentWidth =
+      format.exponentForm ? std::int64_t{format.exponentDigits} + 4 : 0;
+  AppendRepeated(text, ' ', format.width - precision - exponentWidth);
+  text += format.noSign;
   text += "0.";
   AppendRepeated(text, '0', precision);
-  if (global._FMT_FLAG) {
+  if (format.exponentForm) {
     text += "e+";
-    AppendRepeated(text, '0', global._FMT_INT);
-  }
-}
-
-void AppendNumber(std::string& text, mpf_srcptr number)
-{
-  const GlobalData& global = *Expr::Global;
-  const std::int64_t width = global._PRINTWIDTH;
-  if (global._FMT_FLAG2) {
-    AppendPlain(text, ToDecimal(number, width));
-    return;
-  }
-  if (mpf_cmp(number, global._ZERO) == 0) {
-    AppendZero(text);
-    return;
-  }
-  const Decimal decimal = ToDecimal(number, width + 3);
-  RoundToWidth(decimal.digits, width);
-  if (global._FMT_FLAG) {
-    AppendExponentForm(text, decimal);
-  } else {
-    AppendFixedForm(text, decimal);
+    AppendRepeated(text, '0', format.exponentDigits);
   }
 }
 
 }  // namespace
 
-std::ostream& WriteNumber(std::ostream& out, mpf_srcptr number)
+void AppendNumber(std::string& text, mpf_srcptr number, const NumberFormat& format)
 {
-  static std::string text;  // static to keep its memory from number to number
-  text.clear();
-  AppendNumber(text, number);
-  // On purpose the exponent form leaves the fill character of the stream at '0'.
-  const bool hasExponent = Expr::Global->_FMT_FLAG && !Expr::Global->_FMT_FLAG2;
-  if (hasExponent && mpf_sgn(number) != 0) out.fill('0');
-  return out.write(text.data(), std::ssize(text));
-}
-
-std::ostream& PlainNumbersOn(std::ostream& out)
-{
-  Expr::Global->_FMT_FLAG2 = true;
-  return out;
-}
-
-std::ostream& PlainNumbersOff(std::ostream& out)
-{
-  Expr::Global->_FMT_FLAG2 = false;
-  return out;
+  const std::int64_t width = format.width;
+  if (format.plain) {
+    AppendPlain(text, ToDecimal(number, width));
+    return;
+  }
+  if (mpf_sgn(number) == 0) {
+    AppendZero(text, format);
+    return;
+  }
+  const Decimal decimal = ToDecimal(number, width + 3);
+  RoundToWidth(decimal.digits, width);
+  if (format.exponentForm) {
+    AppendExponentForm(text, decimal, format);
+  } else {
+    AppendFixedForm(text, decimal, format);
+  }
 }
 
 }  // namespace varno

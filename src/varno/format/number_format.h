@@ -1,27 +1,22 @@
 #pragma once
 
-#include <ostream>
+#include <string>
 
 #include <gmp.h>
 
-#include "arith/mpf.h"
-
 namespace varno {
 
-using arith::Mpf;
+/// How numbers are written: " 1.50000000000e+00" by default.
+struct NumberFormat {
+  int width = 15;            ///< what shorter numbers are padded to; the digits asked for, if plain
+  int digits = 11;           ///< digits after the point
+  bool exponentForm = true;  ///< otherwise fixed point
+  int exponentDigits = 2;    ///< least number of exponent digits
+  bool plain = false;        ///< " 0.15e1", whatever the form
+  char noSign = ' ';         ///< stands where a negative number has its sign
+};
 
-/// Writes a number in the one format of all output, governed by the settings: in the exponent form
-/// " 1.50000000000e+00" (or, with `_FMT_FLAG` off, the fixed-point form), or in the plain form
-/// " 0.15e1" while PlainNumbersOn is in force. The stream's fill character may be left at '0'.
-std::ostream& WriteNumber(std::ostream& out, mpf_srcptr number);
-
-inline std::ostream& operator<<(std::ostream& out, const Mpf& number)
-{
-  return WriteNumber(out, number);
-}
-
-/// Manipulators that switch the plain form on and off.
-std::ostream& PlainNumbersOn(std::ostream& out);
-std::ostream& PlainNumbersOff(std::ostream& out);
+/// Appends a number to a text.
+void AppendNumber(std::string& text, mpf_srcptr number, const NumberFormat& format);
 
 }  // namespace varno

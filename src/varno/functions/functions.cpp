@@ -4,28 +4,22 @@
 #include <string_view>
 
 #include "arith/mpf.h"
-#include "arith/range.h"
 #include "varno/core/expr.h"
 #include "varno/core/global_data.h"
 #include "varno/functions/period_reduction.h"
 #include "varno/sys/assertion.h"
 #include "varno/sys/messages.h"
+#include "varno/sys/number_checks.h"
 
 namespace varno::functions {
 
 using arith::Mpf;
-using arith::RequireRange;
 
 namespace {
 
 constexpr const char* kPole = "1e999999";
 /// On purpose with one digit less in the exponent.
 constexpr const char* kLogarithmOfZero = "-1e99999";
-
-const GlobalData& Global()
-{
-  return *Expr::Global;
-}
 
 /// Where the checks of sine and cosine stand, in the words of their failure messages.
 struct CircularChecks {
@@ -51,10 +45,18 @@ void Check(bool holds, const char* text, unsigned line, const CircularChecks& ch
   Assert(holds, text, {"functions", line, checks.function});
 }
 
+/// Subtracts 2 pi as often as possible.
+void ReduceCircular(Mpf& a)
+{
+  if (!SubtractPeriods(a, Expr::Global->_PI_2)) {
+    Fail("sin(x), cos(x): |x| is so large that subtracting 2 pi leaves it as it is");
+  }
+}
+
 /// Checks 0 <= a < 2 pi.
 void CheckReduced(const Mpf& a, const CircularChecks& checks)
 {
-  const bool reduced = mpf_cmp(a, Global()._ZERO) >= 0 && mpf_cmp(a, Global()._PI_2) < 0;
+  const bool reduced = mpf_cmp(a, Expr::Global->_ZERO) >= 0 && mpf_cmp(a, Expr::Global->_PI_2) < 0;
   Check(reduced, checks.rangeText, checks.rangeLine, checks);
 }
 
@@ -63,9 +65,9 @@ void CheckWithinOne(const Mpf& sum, const CircularChecks& checks)
 {
   Mpf negative;
   mpf_neg(negative, sum);
-  Check(mpf_cmp(sum, Global()._ONE) <= 0, "__gmpf_cmp(Res,(Expr::Global -> _ONE)) <= 0",
+  Check(mpf_cmp(sum, Expr::Global->_ONE) <= 0, "__gmpf_cmp(Res,(Expr::Global -> _ONE)) <= 0",
         checks.upperLine, checks);
-  Check(mpf_cmp(negative, Global()._ONE) <= 0, "__gmpf_cmp(Tmp,(Expr::Global -> _ONE)) <= 0",
+  Check(mpf_cmp(negative, Expr::Global->_ONE) <= 0, "__gmpf_cmp(Tmp,(Expr::Global -> _ONE)) <= 0",
         checks.lowerLine, checks);
 }
 
@@ -79,7 +81,7 @@ void CheckWithinOne(const Mpf& sum, const CircularChecks& checks)
 /// with their argument as it is answer every negative argument like a small one.
 bool IsNegligible(mpf_srcptr x)
 {
-  return Global()._SIMPLIFYSMALL && mpf_cmp(x, Global()._ACCURACY) < 0;
+  return Expr::Global->_SIMPLIFYSMALL && mpf_cmp(x, Expr::Global->_ACCURACY) < 0;
 }
 
 /// What a series looks at, with _SIMPLIFYSMALL set, to find that it has converged.
@@ -96,14 +98,14 @@ void Sum(Mpf& sum, NextTerm nextTerm, Measure measure = Measure::kChangeOfSum)
     nextTerm(term);
     mpf_add(sum, sum, term);
     RequireRange(sum);
-    if (Global()._SIMPLIFYSMALL) {
+    if (Expr::Global->_SIMPLIFYSMALL) {
       if (measure == Measure::kLastTerm) {
         mpf_abs(size, term);
       } else {
         mpf_sub(size, sum, previous);
         mpf_abs(size, size);
       }
-      converged = mpf_cmp(size, Global()._ACCURACY) < 0;
+      converged = mpf_cmp(size, Expr::Global->_ACCURACY) < 0;
     } else {
       converged = mpf_cmp(sum, previous) == 0;
     }
@@ -138,7 +140,7 @@ void SumCircular(Mpf& sum, const Mpf& a, unsigned long first)
 {
   const Mpf q = NegativeSquare(a);
   Mpf factor(sum);
-  if (Global()._SIMPLIFYSMALL) {
+  if (Expr::Global->_SIMPLIFYSMALL) {
     SumByNeighbours(sum, factor, q, first);
     return;
   }
@@ -166,10 +168,10 @@ void ArcTangent(mpf_t& result, mpf_srcptr x, bool complement)
   Mpf a;
   mpf_abs(a, x);
   if (IsNegligible(a)) {
-    mpf_set(result, Global()._ZERO);
+    mpf_set(result, Expr::Global->_ZERO);
     return;
   }
-  const bool inverted = mpf_cmp(a, Global()._ONE) > 0;
+  const bool inverted = mpf_cmp(a, Expr::Global->_ONE) > 0;
   if (inverted) mpf_ui_div(a, 1, a);
 
   // a - a^3/3 + a^5/5 - ...
@@ -181,7 +183,7 @@ void ArcTangent(mpf_t& result, mpf_srcptr x, bool complement)
     mpf_mul(power, power, q);
     mpf_div_ui(term, power, k);
   });
-  if (inverted != complement) mpf_sub(sum, Global()._HALF_PI, sum);
+  if (inverted != complement) mpf_sub(sum, Expr::Global->_HALF_PI, sum);
   if (negative) mpf_neg(sum, sum);
   mpf_set(result, sum);
 }
@@ -193,9 +195,9 @@ void sin(mpf_t& result, mpf_ptr x)
   const bool negative = mpf_sgn(x) < 0;
   Mpf a;
   mpf_abs(a, x);
-  SubtractPeriods(a, Global()._PI_2);
+  ReduceCircular(a);
   if (IsNegligible(a)) {
-    mpf_set(result, Global()._ZERO);
+    mpf_set(result, Expr::Global->_ZERO);
     return;
   }
   // On purpose: with its sign back, the argument of a negative x fails the check.
@@ -212,14 +214,14 @@ void cos(mpf_t& result, mpf_ptr x)
 {
   Mpf a;
   mpf_abs(a, x);
-  SubtractPeriods(a, Global()._PI_2);
+  ReduceCircular(a);
   CheckReduced(a, kCosChecks);
   if (IsNegligible(a)) {
-    mpf_set(result, Global()._ONE);
+    mpf_set(result, Expr::Global->_ONE);
     return;
   }
 
-  Mpf sum(Global()._ONE);
+  Mpf sum(Expr::Global->_ONE);
   SumCircular(sum, a, 1);
   CheckWithinOne(sum, kCosChecks);
   mpf_set(result, sum);
@@ -254,11 +256,11 @@ void asin(mpf_t& result, mpf_ptr x)
   const bool negative = mpf_sgn(x) < 0;
   Mpf a;
   mpf_abs(a, x);
-  const int overOne = mpf_cmp(a, Global()._ONE);
+  const int overOne = mpf_cmp(a, Expr::Global->_ONE);
   if (overOne > 0) FailDomain("asin(x): |x| > 1");
   Mpf sum;
   if (overOne == 0) {
-    mpf_set(sum, Global()._HALF_PI);
+    mpf_set(sum, Expr::Global->_HALF_PI);
   } else {
     mpf_set(sum, a);
     Mpf q, factor(a);
@@ -280,14 +282,14 @@ void acos(mpf_t& result, mpf_ptr x)
 {
   Mpf a;
   mpf_abs(a, x);
-  const int overOne = mpf_cmp(a, Global()._ONE);
+  const int overOne = mpf_cmp(a, Expr::Global->_ONE);
   if (overOne > 0) FailDomain("acos(x): |x| > 1");
   if (overOne == 0) {
-    mpf_set(result, mpf_sgn(x) < 0 ? Global()._PI : Global()._ZERO);
+    mpf_set(result, mpf_sgn(x) < 0 ? Expr::Global->_PI : Expr::Global->_ZERO);
     return;
   }
   asin(a, x);
-  mpf_sub(result, Global()._HALF_PI, a);
+  mpf_sub(result, Expr::Global->_HALF_PI, a);
 }
 
 void atan(mpf_t& result, mpf_ptr x)
@@ -303,7 +305,7 @@ void acotan(mpf_t& result, mpf_ptr x)
 void sinh(mpf_t& result, mpf_ptr x)
 {
   if (IsNegligible(x)) {
-    mpf_set(result, Global()._ZERO);
+    mpf_set(result, Expr::Global->_ZERO);
     return;
   }
   Mpf q, factor(x), sum(x);
@@ -315,10 +317,10 @@ void sinh(mpf_t& result, mpf_ptr x)
 void cosh(mpf_t& result, mpf_ptr x)
 {
   if (IsNegligible(x)) {
-    mpf_set(result, Global()._ONE);
+    mpf_set(result, Expr::Global->_ONE);
     return;
   }
-  Mpf q, factor(Global()._ONE), sum(Global()._ONE);
+  Mpf q, factor(Expr::Global->_ONE), sum(Expr::Global->_ONE);
   mpf_mul(q, x, x);
   SumByNeighbours(sum, factor, q, 1);
   mpf_set(result, sum);
@@ -327,7 +329,7 @@ void cosh(mpf_t& result, mpf_ptr x)
 void tanh(mpf_t& result, mpf_ptr x)
 {
   if (IsNegligible(x)) {
-    mpf_set(result, Global()._ZERO);
+    mpf_set(result, Expr::Global->_ZERO);
     return;
   }
   Mpf sine, cosine;
@@ -351,12 +353,12 @@ void cotanh(mpf_t& result, mpf_ptr x)
 void asinh(mpf_t& result, mpf_ptr x)
 {
   if (IsNegligible(x)) {
-    mpf_set(result, Global()._ZERO);
+    mpf_set(result, Expr::Global->_ZERO);
     return;
   }
   Mpf root;
   mpf_mul(root, x, x);
-  mpf_add(root, root, Global()._ONE);
+  mpf_add(root, root, Expr::Global->_ONE);
   mpf_sqrt(root, root);
   mpf_add(root, x, root);
   ln(result, root);
@@ -364,14 +366,14 @@ void asinh(mpf_t& result, mpf_ptr x)
 
 void acosh(mpf_t& result, mpf_ptr x)
 {
-  if (mpf_cmp(x, Global()._ONE) < 0) FailDomain("acosh(x): x < 1");
+  if (mpf_cmp(x, Expr::Global->_ONE) < 0) FailDomain("acosh(x): x < 1");
   Mpf below, above;
-  mpf_sub(below, x, Global()._ONE);
+  mpf_sub(below, x, Expr::Global->_ONE);
   if (IsNegligible(below)) {
-    mpf_set(result, Global()._ZERO);
+    mpf_set(result, Expr::Global->_ZERO);
     return;
   }
-  mpf_add(above, x, Global()._ONE);
+  mpf_add(above, x, Expr::Global->_ONE);
   mpf_sqrt(below, below);
   mpf_sqrt(above, above);
   mpf_mul(below, below, above);
@@ -383,7 +385,7 @@ void atanh(mpf_t& result, mpf_ptr x)
 {
   Mpf a;
   mpf_abs(a, x);
-  const int overOne = mpf_cmp(a, Global()._ONE);
+  const int overOne = mpf_cmp(a, Expr::Global->_ONE);
   if (overOne > 0) FailDomain("atanh(x): |x| > 1");
   if (overOne == 0) {
     SignedPole(result, x);
@@ -391,7 +393,7 @@ void atanh(mpf_t& result, mpf_ptr x)
   }
   if (IsNegligible(x)) {
     // On purpose 1, not 0.
-    mpf_set(result, Global()._ONE);
+    mpf_set(result, Expr::Global->_ONE);
     return;
   }
   // x + x^3/3 + x^5/(3 5) + x^7/(3 5 7) + ...: on purpose the divisors accumulate in the term.
@@ -414,23 +416,23 @@ void acotanh(mpf_t& result, mpf_ptr x)
 {
   Mpf a;
   mpf_abs(a, x);
-  const int overOne = mpf_cmp(a, Global()._ONE);
+  const int overOne = mpf_cmp(a, Expr::Global->_ONE);
   if (overOne < 0) FailDomain("acotanh(x): |x| < 1");
   if (overOne == 0) {
     SignedPole(result, x);
     return;
   }
-  mpf_div(a, Global()._ONE, x);
+  mpf_div(a, Expr::Global->_ONE, x);
   atanh(result, a);
 }
 
 void exp(mpf_t& result, mpf_ptr x)
 {
   if (mpf_sgn(x) == 0 || IsNegligible(x)) {
-    mpf_set(result, Global()._ONE);
+    mpf_set(result, Expr::Global->_ONE);
     return;
   }
-  Mpf factor(Global()._ONE), sum(Global()._ONE);
+  Mpf factor(Expr::Global->_ONE), sum(Expr::Global->_ONE);
   unsigned long k = 1;
   Sum(
       sum,
@@ -451,8 +453,8 @@ void ln(mpf_t& result, mpf_ptr x)
     mpf_set_str(result, kLogarithmOfZero, 10);
     return;
   }
-  if (mpf_cmp(x, Global()._ONE) == 0) {
-    mpf_set(result, Global()._ZERO);
+  if (mpf_cmp(x, Expr::Global->_ONE) == 0) {
+    mpf_set(result, Expr::Global->_ZERO);
     return;
   }
   // x = m 2^e with 1/2 <= m < 1
@@ -460,7 +462,7 @@ void ln(mpf_t& result, mpf_ptr x)
   mpf_get_d_2exp(&e, x);
   const auto shift = static_cast<unsigned long>(e < 0 ? -e : e);
   Mpf m, base;
-  mpf_mul_ui(base, Global()._LN2, shift);
+  mpf_mul_ui(base, Expr::Global->_LN2, shift);
   if (e < 0) {
     mpf_mul_2exp(m, x, shift);
     mpf_neg(base, base);
@@ -470,7 +472,7 @@ void ln(mpf_t& result, mpf_ptr x)
 
   // z - z^2/2 + z^3/3 - ... with z = m - 1
   Mpf z, q, sum;
-  mpf_sub(z, m, Global()._ONE);
+  mpf_sub(z, m, Expr::Global->_ONE);
   mpf_neg(q, z);
   mpf_add(sum, base, z);
   Mpf power(z);

@@ -1,7 +1,5 @@
 #include "varno/functions/period_reduction.h"
 
-#include "varno/sys/messages.h"
-
 namespace varno {
 
 namespace {
@@ -11,15 +9,14 @@ namespace {
 /// mpf_sub cuts its second operand off where the limbs of its first one end and is exact otherwise.
 /// While a stays between two powers of two its limbs keep their places, so that every subtraction
 /// takes away the same number, `step`. A multiple of `step` below a ends no later than a's limbs
-/// do: it can be taken away exactly, too. What is left is still at least one period.
-void SkipPeriods(Mpf& a, const Mpf& period)
+/// do: it can be taken away exactly, too. What is left is still at least one period. Returns false
+/// where a subtraction leaves a as it is.
+bool SkipPeriods(Mpf& a, const Mpf& period)
 {
   Mpf step;
   mpf_sub(step, a, period);
   mpf_sub(step, a, step);
-  if (step.Sign() == 0) {
-    Fail("sin(x), cos(x): |x| is so large that subtracting 2 pi leaves it as it is");
-  }
+  if (step.Sign() == 0) return false;
 
   long exponent = 0;
   mpf_get_d_2exp(&exponent, a);
@@ -36,16 +33,18 @@ void SkipPeriods(Mpf& a, const Mpf& period)
   mpf_trunc(count, count);
   mpf_mul(taken, count, step);
   mpf_sub(a, a, taken);
+  return true;
 }
 
 }  // namespace
 
-void SubtractPeriods(Mpf& a, const Mpf& period)
+bool SubtractPeriods(Mpf& a, const Mpf& period)
 {
   while (mpf_cmp(a, period) >= 0) {
-    SkipPeriods(a, period);
+    if (!SkipPeriods(a, period)) return false;
     mpf_sub(a, a, period);
   }
+  return true;
 }
 
 }  // namespace varno

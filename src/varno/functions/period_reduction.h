@@ -10,8 +10,8 @@ using arith::Mpf;
 ///
 /// The value is, to the last bit, that of one mpf_sub after the other, however large a is; only the
 /// time is not. Beyond the reach of a's precision each subtraction takes away a cut-off period, so
-/// that the remainder has nothing to do with the true one. Ends the run with a message where a
-/// single subtraction leaves a as it is.
-void SubtractPeriods(Mpf& a, const Mpf& period);
+/// that the remainder has nothing to do with the true one. Returns false, with a beyond the period,
+/// where a single subtraction leaves a as it is.
+bool SubtractPeriods(Mpf& a, const Mpf& period);
 
 }  // namespace varno

@@ -4,8 +4,8 @@
 
 #include "arith/mpf.h"
 #include "varno/core/global_data.h"
+#include "varno/core/number_output.h"
 #include "varno/expr/differential.h"
-#include "varno/format/number_format.h"
 #include "varno/sys/messages.h"
 
 namespace varno {

@@ -13,10 +13,9 @@ namespace {
 
 void WriteTableLabels(std::ostream& out)
 {
-  const GlobalData& global = *Expr::Global;
   out << "set xlabel \"Time\"\nset ylabel \"";
-  if (global._PRINTORDER) out << "ORD ";
-  for (const auto& [name, entry] : global._EQUATIONS) {
+  if (Expr::Global->_PRINTORDER) out << "ORD ";
+  for (const auto& [name, entry] : Expr::Global->_EQUATIONS) {
     if (HasColumn(VariableOf(entry))) out << ' ' << name;
   }
   out << "\"\n\n";
@@ -49,18 +48,17 @@ bool IsPlotted(const Differential& variable)
 
 void WriteTablePlot(std::ostream& out)
 {
-  const GlobalData& global = *Expr::Global;
-  const std::string& base = global._GNUPLOTFILE;
+  const std::string& base = Expr::Global->_GNUPLOTFILE;
   int timeColumn = 1;
   bool first = true;
   out << "plot ";
-  if (global._PRINTORDER) {
+  if (Expr::Global->_PRINTORDER) {
     timeColumn = 2;
     first = false;
     out << '\'' << base << ".dat' using " << timeColumn << ":1 title 'ORD' with histeps";
   }
   int valueColumn = timeColumn + 1;
-  for (const auto& [name, entry] : global._EQUATIONS) {
+  for (const auto& [name, entry] : Expr::Global->_EQUATIONS) {
     if (!IsPlotted(VariableOf(entry))) continue;
     if (!first) out << ", \\\n";
     first = false;
@@ -73,10 +71,9 @@ void WriteTablePlot(std::ostream& out)
 
 void WriteScriptHead(std::ostream& out)
 {
-  const GlobalData& global = *Expr::Global;
-  const std::string& base = global._GNUPLOTFILE;
-  const std::string& terminal = global._GNUPLOTOUTPUT;
-  const bool matrices = global._3DPOINTS > 0;
+  const std::string& base = Expr::Global->_GNUPLOTFILE;
+  const std::string& terminal = Expr::Global->_GNUPLOTOUTPUT;
+  const bool matrices = Expr::Global->_3DPOINTS > 0;
   out << "#!/bin/bash\n# RUN THIS SCRIPT TO GET THE FILES REQUIRED FOR GNUPLOT!!!\n"
          "cat<<END_OF_CMDS > "
       << base << ".p\n# --8<---file: " << base
@@ -92,7 +89,7 @@ void WriteScriptHead(std::ostream& out)
   if (terminal != "x11") out << "set out \"" << base << '.' << terminal << "\"\n\n";
   if (!matrices) {
     WriteTablePlot(out);
-  } else if (!global._ALL3DVALUES) {
+  } else if (!Expr::Global->_ALL3DVALUES) {
     out << "splot '" << base << ".dat'  matrix with lines\n";
   }
   out << "\n\nEND_OF_CMDS\ncat <<END_OF_DATA > " << base << ".dat\n\n# --8<---file: " << base

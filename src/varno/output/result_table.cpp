@@ -6,7 +6,7 @@
 
 #include "arith/magnitude.h"
 #include "varno/core/global_data.h"
-#include "varno/format/number_format.h"
+#include "varno/core/number_output.h"
 
 namespace varno {
 
@@ -27,58 +27,55 @@ bool IsInMatrix(const Differential& variable)
 
 void WriteTableHeader(std::ostream& out)
 {
-  const GlobalData& global = *Expr::Global;
-  out << (global._PRINTORDER ? "# ORDER" : "# ") << " TIME";
-  for (const auto& [name, entry] : global._EQUATIONS) {
+  out << (Expr::Global->_PRINTORDER ? "# ORDER" : "# ") << " TIME";
+  for (const auto& [name, entry] : Expr::Global->_EQUATIONS) {
     if (HasColumn(VariableOf(entry))) out << ' ' << name;
   }
   // Both labels say max, though the first of the two columns holds the smallest measure.
-  if (global._USEALLTERMS) out << " log(|DY(max)|)     log(|DY(max)|)    h";
+  if (Expr::Global->_USEALLTERMS) out << " log(|DY(max)|)     log(|DY(max)|)    h";
   out << std::endl;
 }
 
 void WriteMatrixHeader(std::ostream& out)
 {
-  const GlobalData& global = *Expr::Global;
   out << "#\xA0";
   int names = 0;
-  for (const auto& [name, entry] : global._EQUATIONS) {
+  for (const auto& [name, entry] : Expr::Global->_EQUATIONS) {
     if (!IsInMatrix(VariableOf(entry))) continue;
     out << ' ' << name;
-    if (++names % global._3DPOINTS == 0) out << "\n#";
+    if (++names % Expr::Global->_3DPOINTS == 0) out << "\n#";
   }
   out << std::endl;
 }
 
 void WriteTableRow(std::ostream& out)
 {
-  const GlobalData& global = *Expr::Global;
-  if (global._PRINTORDER) out << std::setfill(' ') << std::setw(3) << global._WORK0 << ' ';
-  out << global._T;
-  for (const auto& [name, entry] : global._EQUATIONS) {
+  if (Expr::Global->_PRINTORDER)
+    out << std::setfill(' ') << std::setw(3) << Expr::Global->_WORK0 << ' ';
+  out << Expr::Global->_T;
+  for (const auto& [name, entry] : Expr::Global->_EQUATIONS) {
     if (!HasColumn(VariableOf(entry))) continue;
     WriteNumber(out << ' ', entry->Value());
   }
-  if (global._USEALLTERMS) {
-    out << ' ' << BinaryExponent(global._STIFFMIN) << ' ' << BinaryExponent(global._STIFFMAX) << ' '
-        << global._STEP;
+  if (Expr::Global->_USEALLTERMS) {
+    out << ' ' << BinaryExponent(Expr::Global->_STIFFMIN) << ' '
+        << BinaryExponent(Expr::Global->_STIFFMAX) << ' ' << Expr::Global->_STEP;
   }
   out << std::endl;
 }
 
 void WriteMatrix(std::ostream& out)
 {
-  const GlobalData& global = *Expr::Global;
-  if (global._ALL3DVALUES) {
+  if (Expr::Global->_ALL3DVALUES) {
     // On purpose every block names the same output file.
     out << "e\n\nset output 'o" << std::setfill('0') << std::setw(6) << 1 << '.'
-        << global._GNUPLOTOUTPUT << "'\nsplot '-'  matrix with lines\n";
+        << Expr::Global->_GNUPLOTOUTPUT << "'\nsplot '-'  matrix with lines\n";
   }
   int values = 0;
-  for (const auto& [name, entry] : global._EQUATIONS) {
+  for (const auto& [name, entry] : Expr::Global->_EQUATIONS) {
     if (!IsInMatrix(VariableOf(entry))) continue;
     WriteNumber(out << ' ', entry->Value());
-    if (++values % global._3DPOINTS == 0) out << '\n';
+    if (++values % Expr::Global->_3DPOINTS == 0) out << '\n';
   }
   out << std::endl;
 }
@@ -101,9 +98,8 @@ void WriteHeader(std::ostream& out)
 
 void WriteRow(std::ostream& out, bool holdBack)
 {
-  const GlobalData& global = *Expr::Global;
-  if (global._3DPOINTS > 0) {
-    if (global._ALL3DVALUES || holdBack) WriteMatrix(out);
+  if (Expr::Global->_3DPOINTS > 0) {
+    if (Expr::Global->_ALL3DVALUES || holdBack) WriteMatrix(out);
   } else if (!holdBack) {
     WriteTableRow(out);
   }

@@ -4,7 +4,7 @@
 
 #include "varno/core/global_data.h"
 #include "varno/expr/algebraic.h"
-#include "varno/expr/bin_op.h"
+#include "varno/expr/binary_operator.h"
 #include "varno/expr/differential.h"
 #include "varno/expr/equation.h"
 #include "varno/expr/function.h"

@@ -11,10 +11,10 @@
 #include <string_view>
 
 #include "grammar.h"
-#include "arith/decimal_text.h"
 #include "varno/parser/keywords.h"
 #include "varno/parser/scanner.h"
 #include "varno/sys/messages.h"
+#include "varno/sys/number_checks.h"
 
 #define YY_DECL int yylex(varno::SemanticValue* value)
 #define YY_INPUT(buffer, result, maximum) result = ReadInput(buffer, maximum)
@@ -49,7 +49,7 @@ int OrderFrom(const char* digits)
 /// An integer keeps its exact value, however long it is, as far as the precision goes.
 void SetNumber(varno::SemanticValue* value, const char* text)
 {
-  arith::SetFromDecimal(value->number.emplace(), text);
+  varno::SetNumberFromText(value->number.emplace(), text);
 }
 
 }  // namespace

@@ -5,14 +5,14 @@
 #include "varno/config/command_line.h"
 #include "varno/config/settings_file.h"
 #include "varno/core/global_data.h"
-#include "varno/expr/differential.h"
-#include "varno/expr/sharing.h"
-#include "varno/expr/term_history.h"
+#include "varno/expr/initialization.h"
 #include "varno/output/dumps.h"
 #include "varno/output/gnuplot_script.h"
 #include "varno/output/result_table.h"
 #include "varno/parser/parse.h"
+#include "varno/solver/input_file.h"
 #include "varno/solver/integration.h"
+#include "varno/solver/run_report.h"
 #include "varno/sys/messages.h"
 #include "varno/sys/resource_report.h"
 
@@ -27,12 +27,15 @@ constexpr mp_bitcnt_t kDefaultPrecisionBits = 80;
 /// order on purpose: the first `_STEPDIV` is older than the default precision and does not have it.
 void ReadSettings(int argc, char** argv)
 {
-  GlobalData& global = *Expr::Global;
-  global.SetTermCount(kDefaultMaximumOrder + global._ZEROTERMS);
-  mpf_set_str(global._ACCURACY, "1e-10", 10);
+  Expr::Global->SetTermCount(kDefaultMaximumOrder + Expr::Global->_ZEROTERMS);
+  mpf_set_str(Expr::Global->_ACCURACY, "1e-10", 10);
   mpf_set_default_prec(kDefaultPrecisionBits);
   ReadSettingsFile();
-  ReadCommandLine(argc, argv);
+  const CommandLine commandLine = ReadCommandLine(argc, argv);
+  if (commandLine.inputFile != nullptr) OpenInput(commandLine.inputFile);
+  if (commandLine.hasUnusedArguments) {
+    std::clog << tag::kWarning << "Some unused parameters in the way..." << std::endl;
+  }
 }
 
 void ReadEquations()
@@ -57,26 +60,9 @@ void WriteClosingOutput()
 
 }  // namespace
 
-void InitializeEquations()
-{
-  GlobalData& global = *Expr::Global;
-  // Temporary equations enter the table meanwhile. Their names sort before all others, so that the
-  // walk does not meet them.
-  for (const auto& [name, entry] : global._EQUATIONS) {
-    Differential& variable = VariableOf(entry);
-    if (variable.UsesStepFunction()) {
-      Fail("Equation \"" + name + "\" uses a step function, which has no value");
-    }
-    variable.SetRightHandSide(variable.RightHandSide()->Convert());
-    const auto start = global._STARTVALUES.try_emplace(name, global._ZERO).first;
-    variable.SetStartValue(start->second);
-  }
-  ShareSubexpressions();
-  ForgetTermsNobodyNeeds();
-}
-
 int RunProgram(int argc, char** argv)
 {
+  ReportRunAtPrompt();
   ReadSettings(argc, argv);
   ReadEquations();
   std::clog << tag::kInfo << "Initializing values" << std::endl;

@@ -6,7 +6,4 @@ namespace varno {
 /// status; errors end the process on the spot.
 int RunProgram(int argc, char** argv);
 
-/// Converts every equation and sets its start value: the one that the input gives, otherwise 0.
-void InitializeEquations();
-
 }  // namespace varno

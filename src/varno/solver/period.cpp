@@ -40,12 +40,11 @@ PeriodWatch::PeriodWatch() : samples(Expr::Global->_PERIODBUF) {}
 
 void PeriodWatch::Arm()
 {
-  GlobalData& global = *Expr::Global;
-  if (global._PERIODSAME <= 0) return;
-  const auto entry = global._EQUATIONS.find(global._PERIODEQ);
-  if (entry == global._EQUATIONS.end()) {
-    global._PERIODSAME = 0;
-    std::clog << tag::kWarning << "Equation " << global._PERIODEQ
+  if (Expr::Global->_PERIODSAME <= 0) return;
+  const auto entry = Expr::Global->_EQUATIONS.find(Expr::Global->_PERIODEQ);
+  if (entry == Expr::Global->_EQUATIONS.end()) {
+    Expr::Global->_PERIODSAME = 0;
+    std::clog << tag::kWarning << "Equation " << Expr::Global->_PERIODEQ
               << " doesn't exist. The period. detection is disabled.\n"
               << std::flush;
     return;
@@ -53,7 +52,7 @@ void PeriodWatch::Arm()
   watched = entry->second;
   // Intended: a watch with room for samples ends in this signal, before the first pass. Only a
   // watch with a buffer size of 0 runs.
-  if (global._PERIODBUF > 0) RaiseSegmentationFault();
+  if (Expr::Global->_PERIODBUF > 0) RaiseSegmentationFault();
 }
 
 bool PeriodWatch::FindsPeriod()

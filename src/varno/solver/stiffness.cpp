@@ -44,16 +44,15 @@ void ResetStiffnessMeasures()
 
 bool TestStiffness()
 {
-  GlobalData& global = *Expr::Global;
-  Mpf& smallest = global._STIFFMIN;
-  Mpf& largest = global._STIFFMAX;
+  Mpf& smallest = Expr::Global->_STIFFMIN;
+  Mpf& largest = Expr::Global->_STIFFMAX;
   std::string_view smallestName;
   std::string_view largestName;
   mpf_set(smallest, None().smallest);
   mpf_set(largest, None().largest);
 
   Mpf& lastTerm = Scratch();
-  for (const auto& [name, entry] : global._EQUATIONS) {
+  for (const auto& [name, entry] : Expr::Global->_EQUATIONS) {
     int index = 0;
     VariableOf(entry).LastTerm(index, lastTerm);
     if (index <= 0) continue;
@@ -71,7 +70,7 @@ bool TestStiffness()
   const long largestExponent = BinaryExponent(largest);
   const long smallestExponent = BinaryExponent(smallest);
   const long difference = std::labs(largestExponent - smallestExponent);
-  const bool stiff = difference > global._STIFFEXPDIFF;
+  const bool stiff = difference > Expr::Global->_STIFFEXPDIFF;
   if (stiff) std::clog << tag::kSolver << "System is STIFF!" << std::endl;
   std::clog << tag::kStiffnessTest << "Max(" << largestName << ")=" << largestExponent << "  Min("
             << smallestName << ")=" << smallestExponent << "  Diff=" << difference << std::endl;

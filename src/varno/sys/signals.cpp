@@ -5,14 +5,13 @@
 #include <iostream>
 #include <ucontext.h>
 
-#include "varno/core/global_data.h"
-#include "varno/format/number_format.h"
-#include "varno/output/result_table.h"
 #include "varno/sys/messages.h"
 
 namespace varno {
 
 namespace {
+
+RunReport runReport = {[](std::ostream&) {}, [](std::ostream&) {}};
 
 /// The instruction that was interrupted.
 void* InterruptedInstruction(void* context)
@@ -42,6 +41,11 @@ void InstallFaultHandler(int signal)
 
 }  // namespace
 
+void SetRunReport(const RunReport& report)
+{
+  runReport = report;
+}
+
 void InstallSignals()
 {
   std::signal(SIGTERM, CatchTerm);
@@ -67,8 +71,9 @@ void RaiseSegmentationFault()
 
 void CatchTerm(int)
 {
-  std::clog << "\n#(SYS) Caught SIGTERM. Dumping values & bailing out \n#(SYS) TIME = "
-            << Expr::Global->_T << std::endl;
+  std::clog << "\n#(SYS) Caught SIGTERM. Dumping values & bailing out \n#(SYS) TIME = ";
+  runReport.writeTime(std::clog);
+  std::clog << std::endl;
   std::clog << "#(SYS) e) exit, c) continue, p) print&continue, x) print&exit" << std::endl;
   char answer = 'e';
   std::cin >> answer;
@@ -78,12 +83,12 @@ void CatchTerm(int)
       return;
     case 'p':
     case 'P':
-      WriteRow(std::clog, true);
+      runReport.writeRow(std::clog);
       std::raise(SIGCONT);
       return;
     case 'x':
     case 'X':
-      WriteRow(std::clog, true);
+      runReport.writeRow(std::clog);
       Exit(kStoppedByOperator);
     default:
       Exit(kStoppedByOperator);

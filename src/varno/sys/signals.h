@@ -1,8 +1,18 @@
 #pragma once
 
 #include <csignal>
+#include <iosfwd>
 
 namespace varno {
+
+/// What the prompt of CatchTerm shows of a run, of which this folder knows nothing.
+struct RunReport {
+  void (*writeTime)(std::ostream& out);
+  void (*writeRow)(std::ostream& out);
+};
+
+/// Sets what the prompt shows; nothing before the first call.
+void SetRunReport(const RunReport& report);
 
 /// Installs CatchTerm for SIGTERM and SIGINT, and CatchFault for SIGSEGV and SIGFPE. The program
 /// does not call it, deliberately: a run keeps the default actions of all signals.
@@ -16,8 +26,7 @@ void RaiseSegmentationFault();
 /// continues; p writes the current row and continues; x writes it and ends the process with status
 /// 255; anything else, also the end of the input, ends it at once with status 255.
 ///
-/// On purpose the row is asked for with its hold-back flag, so that only the matrix layout shows
-/// values, and the text says SIGTERM for SIGINT too.
+/// On purpose the text says SIGTERM for SIGINT too.
 void CatchTerm(int signal);
 
 /// Reports the fault and the execution path on standard output and ends the process, on purpose

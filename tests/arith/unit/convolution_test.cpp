@@ -9,24 +9,12 @@
 
 #include "arith/mpf.h"
 #include "arith/term_array.h"
+#include "tests/support/scoped_precision.h"
 
 namespace arith {
+
+using namespace support;
 namespace {
-
-/// Sets the default precision for a test.
-class ScopedPrecision {
- public:
-  explicit ScopedPrecision(mp_bitcnt_t bits) : saved(mpf_get_default_prec())
-  {
-    mpf_set_default_prec(bits);
-  }
-  ~ScopedPrecision() { mpf_set_default_prec(saved); }
-  ScopedPrecision(const ScopedPrecision&) = delete;
-  ScopedPrecision& operator=(const ScopedPrecision&) = delete;
-
- private:
-  const mp_bitcnt_t saved;
-};
 
 /// Numbers made of the limbs on which carries, borrows and cancellation depend.
 class HostileNumbers {

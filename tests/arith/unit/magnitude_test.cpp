@@ -5,11 +5,12 @@
 #include <gtest/gtest.h>
 
 #include "arith/mpf.h"
-#include "tests/varno/support/scoped_global.h"
+#include "tests/support/scoped_precision.h"
 
 namespace arith {
 
-using varno::ScopedGlobal;
+using namespace support;
+
 namespace {
 
 TEST(Magnitude, IsTheAbsoluteValue)
@@ -50,7 +51,7 @@ std::vector<Mpf> NumbersAroundPowersOfTwo()
 
 TEST(IsBelowProduct, ComparesWithTheProductOfGmp)
 {
-  const ScopedGlobal global;
+  const ScopedPrecision precision(80);
   mpf_set_default_prec(80);
   const std::vector<Mpf> numbers = NumbersAroundPowersOfTwo();
   Mpf product, minusA;

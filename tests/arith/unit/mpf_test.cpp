@@ -6,12 +6,11 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/rational.h"
-#include "tests/varno/support/scoped_global.h"
+#include "tests/support/scoped_precision.h"
 
 namespace arith {
 
 using namespace support;
-using varno::ScopedGlobal;
 namespace {
 
 /// At 80 bits; GMP counts precision in whole limbs.
@@ -26,7 +25,7 @@ class MpfTest : public testing::Test {
     return precision;
   }
 
-  ScopedGlobal global;
+  const ScopedPrecision runPrecision{80};
   const Rational oneThird = Rational(1, 3);
 };
 

@@ -6,15 +6,13 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/exact_text.h"
+#include "arith/mpf.h"
 #include "tests/support/rational.h"
-#include "tests/varno/support/scoped_global.h"
-#include "varno/sys/memory.h"
+#include "tests/support/scoped_precision.h"
 
 namespace arith {
 
 using namespace support;
-using varno::ScopedGlobal;
 namespace {
 
 TEST(TermArrayTest, HoldsTheTermsUpToTheCount)
@@ -36,7 +34,7 @@ TEST(TermArrayTest, IsEmptyWithoutACount)
 
 TEST(TermArrayTest, IsFullOfZerosAtThePrecisionInForce)
 {
-  const ScopedGlobal global;
+  const ScopedPrecision precision(80);
   mpf_set_default_prec(500);
   const TermArray terms(10);
   for (int k = 0; k <= 10; ++k) {
@@ -47,7 +45,7 @@ TEST(TermArrayTest, IsFullOfZerosAtThePrecisionInForce)
 
 TEST(TermArrayTest, NumbersOfFullLengthDoNotTouchOneAnother)
 {
-  const ScopedGlobal global;
+  const ScopedPrecision precision(80);
   TermArray terms(5);
   for (int k = 0; k <= 5; ++k) {
     mpf_set_ui(terms[k], 1);
@@ -63,22 +61,22 @@ TEST(TermArrayTest, NumbersOfFullLengthDoNotTouchOneAnother)
 
 TEST(TermArrayTest, KeepsItsNumbersWhenItIsMoved)
 {
-  const ScopedGlobal global;
+  const ScopedPrecision precision(80);
   TermArray terms(2);
   mpf_set_ui(terms[2], 7);
   TermArray moved = std::move(terms);
   EXPECT_TRUE(IsExactly(7, moved[2]));
 }
 
-TEST(TermArrayTest, ACountBeyondAllMemoryEndsTheRun)
+TEST(TermArrayTest, TellsTheBytesThatItTakes)
 {
-  // 2^31 numbers of 2^30 bits are more than any machine has.
-  const auto allocate = [] {
-    varno::InstallMemoryLimits();
-    mpf_set_default_prec(mp_bitcnt_t{1} << 30);
-    const TermArray terms(INT_MAX);
-  };
-  EXPECT_EXIT(allocate(), testing::ExitedWithCode(1), ExactText("#(ERR) Out of memory\n"));
+  // Each number is a struct, its limbs for the precision, one to round with and one that GMP writes
+  // on top.
+  const ScopedPrecision precision(128);
+  const std::size_t number = sizeof(mpf_t) + 4 * sizeof(mp_limb_t);
+  EXPECT_EQ(TermArray::BytesFor(0), number);
+  EXPECT_EQ(TermArray::BytesFor(-5), number);
+  EXPECT_EQ(TermArray::BytesFor(34), 35 * number);
 }
 
 }  // namespace

@@ -5,21 +5,21 @@
 //     fake note           there is something to remark
 //     fake end 0.5        the solution ends at this time
 //     fake start          an expression has no value at the start
+//     fake raise 0.5      SIGTERM comes at this time
 //     fake memory         memory is short after the first row
 
 #include <algorithm>
-#include <array>
 #include <cmath>
+#include <csignal>
 #include <memory>
 #include <string>
-#include <unistd.h>
-#include <varno/solve.h>
 
 #include "solve/number/moment.h"
 #include "solve/number/real.h"
 #include "solve/rows/number_format.h"
 #include "solve/rows/row_times.h"
 #include "solve/rows/time_format.h"
+#include <varno/solve.h>
 
 namespace varno::solve {
 
@@ -50,11 +50,12 @@ Rational ParseDecimal(const std::string& text)
   return exponent < 0 ? Rational(whole / power) : Rational(whole * power);
 }
 
-/// "3", "-0.1", "1e9", "1/3", "10*pi", "pi".
+/// "3", "-0.1", "1e9", "1/3", "10*pi", "pi", "pi/3".
 Moment ParseTime(const std::string& option, const std::string& text)
 {
   try {
     if (text == "pi") return Moment(Pi());
+    if (text.starts_with("pi/")) return Moment(Pi()) * Rational(1 / ParseDecimal(text.substr(3)));
     if (const auto star = text.find("*pi"); star != std::string::npos) {
       return Moment(Pi()) * ParseDecimal(text.substr(0, star));
     }
@@ -137,6 +138,7 @@ struct Solution::Implementation {
   Implementation(const Problem::Implementation& problem, Options options)
       : text(problem.text), options(std::move(options)), times(RowTimes::Last(Moment()))
   {}
+  std::optional<Moment> TimeAfter(const std::string& words) const;
   RowTimes Times() const;
   void Step(const Moment& time);
 
@@ -144,10 +146,18 @@ struct Solution::Implementation {
   Options options;
   std::vector<std::string> columns;
   Moment from, to;
-  std::optional<Moment> end;
+  std::optional<Moment> end, raise;
   RowTimes times;
   std::int64_t steps = 0;
 };
+
+std::optional<Moment> Solution::Implementation::TimeAfter(const std::string& words) const
+{
+  const auto place = text.find(words);
+  if (place == std::string::npos) return std::nullopt;
+  const std::string rest = text.substr(place + words.size());
+  return ParseTime("fake", rest.substr(0, rest.find_first_of(" \n")));
+}
 
 RowTimes Solution::Implementation::Times() const
 {
@@ -175,6 +185,7 @@ void Solution::Implementation::Step(const Moment& time)
     options.progress({now, last == first ? 1 : (now - first) / (last - first), steps, 0.25,
                       0.25 * static_cast<double>(steps)});
   }
+  if (raise && time == *raise) std::raise(SIGTERM);
   if (options.interrupted && options.interrupted()) {
     throw RunEnded(EndReason::kInterrupted,
                    "interrupted at t = " + TimeFormat(options.digits).Text(time));
@@ -197,10 +208,8 @@ Solution::Solution(const Problem& problem, Options options)
   }
   fake.from = ParseTime("--from", fake.options.from.value_or("0"));
   fake.to = ParseTime("--to", fake.options.to);
-  if (const auto place = fake.text.find("fake end "); place != std::string::npos) {
-    const std::string rest = fake.text.substr(place + 9);
-    fake.end = ParseTime("end", rest.substr(0, rest.find_first_of(" \n")));
-  }
+  fake.end = fake.TimeAfter("fake end ");
+  fake.raise = fake.TimeAfter("fake raise ");
   try {
     NumberFormat(fake.options.digits, fake.options.tiny);
   } catch (const std::invalid_argument& error) {

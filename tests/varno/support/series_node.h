@@ -20,6 +20,7 @@ class SeriesNode final : public Expr {
   void MakeDerivative() override;
   void GetInitValue(mpf_t& out) override;
   Ref ConvertExpr() override;
+  OperandHandles Operands() override { return {}; }
   void Print(std::ostream& out) const override;
 
   void SetStartValue(double start);

@@ -1,4 +1,3 @@
-#include <nlohmann/json.hpp>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -6,6 +5,7 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include "solve/rows/csv_writer.h"
 #include "solve/rows/json_writer.h"

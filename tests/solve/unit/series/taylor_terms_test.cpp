@@ -10,7 +10,7 @@
 
 #include <gtest/gtest.h>
 
-#include "solve/model/operation_name.h"
+#include "solve/graph/operation.h"
 #include "tests/solve/support/comparison.h"
 #include "tests/solve/support/equations.h"
 #include "tests/solve/support/taylor_terms.h"
@@ -49,7 +49,7 @@ const std::map<FunctionAndPoint, PowerSeries>& Coefficients()
 Operation FunctionNamed(const std::string& name)
 {
   for (int i = 0; i <= static_cast<int>(Operation::kAtan2); ++i) {
-    if (OperationName(static_cast<Operation>(i)) == name) return static_cast<Operation>(i);
+    if (FunctionName(static_cast<Operation>(i)) == name) return static_cast<Operation>(i);
   }
   ADD_FAILURE() << name;
   return Operation::kNumber;
@@ -98,7 +98,7 @@ INSTANTIATE_TEST_SUITE_P(Bits, TaylorTerms, testing::Values(64, 113, 256, 1000),
 TEST(TaylorTermsData, CoversAllFunctionsOfOneArgument)
 {
   for (int i = static_cast<int>(Operation::kSqrt); i <= static_cast<int>(Operation::kErf); ++i) {
-    const std::string name(OperationName(static_cast<Operation>(i)));
+    const std::string name(FunctionName(static_cast<Operation>(i)));
     const auto hasName = [&](const auto& entry) { return entry.first.first == name; };
     EXPECT_TRUE(std::ranges::any_of(Coefficients(), hasName)) << name;
   }

@@ -11,16 +11,17 @@
 
 #include "tests/varno/support/scoped_global.h"
 #include "varno/core/global_data.h"
-#include "varno/format/number_format.h"
+#include "varno/core/number_output.h"
+#include "version.h"
 
 namespace varno {
 
 namespace {
 
-/// The text, with "@" in the place of every value and the day of the build masked.
+/// The text, with "@" in the place of every value, and version and day of the build masked.
 constexpr std::string_view kUsageText =
     "\n"
-    "VARNO/C  1.0  (Mmm dd yyyy)       WITH GMP ARITHMETICS            ZENA\n"
+    "VARNO/C  VERSION  (Mmm dd yyyy)       WITH GMP ARITHMETICS            ZENA\n"
     "---------------------------------------------------------------------\n"
     " varno [-3 number] [-A {1|0}] [-a number] [-d {1|0}] [-D {1|0}]       \n"
     "      [-f {1|0}]  [-F {0|1|2|3}] [-G filename] [-g {x11|fig|png|gif|...}]\n"
@@ -106,7 +107,12 @@ std::string WrittenText()
   std::ostringstream out;
   WriteUsage(out);
   const std::regex date("\\([A-Z][a-z]{2} [ 1-3][0-9] [0-9]{4}\\)");
-  return std::regex_replace(out.str(), date, "(Mmm dd yyyy)");
+  std::string text = std::regex_replace(out.str(), date, "(Mmm dd yyyy)");
+  const std::string title = "VARNO/C  ";
+  const std::string version = kVersion;
+  const std::size_t place = text.find(title + version + "  (");
+  if (place != std::string::npos) text.replace(place + title.size(), version.size(), "VERSION");
+  return text;
 }
 
 class UsageTextTest : public testing::Test {

@@ -17,6 +17,7 @@
 #include "tests/varno/support/series_node.h"
 #include "varno/config/setters.h"
 #include "varno/expr/differential.h"
+#include "varno/expr/initialization.h"
 #include "varno/solver/driver.h"
 #include "varno/sys/memory.h"
 
@@ -207,7 +208,7 @@ TEST_F(GlobalDataTest, NumbersKeepThePrecisionOfTheirBirth)
     EXPECT_EQ(mpf_get_prec(*number), 64U);
   }
   EXPECT_FALSE(IsAccurateTo(200, Pi(), global._PI));
-  EXPECT_TRUE(SetFromDecimal(global._TMAX, "0.1"));
+  EXPECT_TRUE(SetNumberFromText(global._TMAX, "0.1"));
   EXPECT_FALSE(IsAccurateTo(200, Ten(-1), global._TMAX));
 }
 

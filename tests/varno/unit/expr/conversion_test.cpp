@@ -12,8 +12,8 @@
 #include "tests/varno/support/parsed_input.h"
 #include "tests/varno/support/scoped_global.h"
 #include "varno/core/global_data.h"
+#include "varno/expr/initialization.h"
 #include "varno/functions/functions.h"
-#include "varno/solver/driver.h"
 
 namespace varno {
 

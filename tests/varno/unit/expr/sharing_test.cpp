@@ -8,8 +8,8 @@
 #include "tests/varno/support/scoped_global.h"
 #include "varno/core/global_data.h"
 #include "varno/expr/bin_op.h"
+#include "varno/expr/initialization.h"
 #include "varno/expr/un_op.h"
-#include "varno/solver/driver.h"
 
 namespace varno {
 namespace {

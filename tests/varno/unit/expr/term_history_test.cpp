@@ -9,7 +9,7 @@
 #include "tests/varno/support/scoped_global.h"
 #include "varno/core/global_data.h"
 #include "varno/expr/bin_op.h"
-#include "varno/solver/driver.h"
+#include "varno/expr/initialization.h"
 
 namespace varno {
 namespace {

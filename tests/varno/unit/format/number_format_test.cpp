@@ -1,28 +1,20 @@
 #include "varno/format/number_format.h"
 
-#include <iomanip>
-#include <sstream>
+#include <initializer_list>
 #include <string>
 
 #include <gmp.h>
 #include <gtest/gtest.h>
 
 #include "arith/mpf.h"
-#include "tests/varno/support/scoped_global.h"
-#include "varno/core/global_data.h"
+#include "tests/support/scoped_precision.h"
 
 namespace varno {
 
 using arith::Mpf;
+using support::ScopedPrecision;
 
 namespace {
-
-std::string Formatted(const char* decimal)
-{
-  std::ostringstream out;
-  out << Mpf(decimal);
-  return out.str();
-}
 
 std::string Blanks(std::size_t count)
 {
@@ -34,24 +26,33 @@ struct NumberAndText {
   std::string text;
 };
 
-void ExpectTexts(std::initializer_list<NumberAndText> rows)
-{
-  for (const auto& [number, text] : rows) EXPECT_EQ(Formatted(number), text) << number;
-}
-
-class NumberFormat : public testing::Test {
+class NumberFormatTest : public testing::Test {
  protected:
+  std::string Formatted(mpf_srcptr number) const
+  {
+    std::string text;
+    AppendNumber(text, number, format);
+    return text;
+  }
+  std::string Formatted(const char* decimal) const { return Formatted(Mpf(decimal)); }
+
+  void ExpectTexts(std::initializer_list<NumberAndText> rows) const
+  {
+    for (const auto& [number, text] : rows) EXPECT_EQ(Formatted(number), text) << number;
+  }
+
   /// Sets the width W and the digits P.
   void SetFormat(int width, int digits)
   {
-    global->_PRINTWIDTH = width;
-    global->_PRINTCHARS = digits;
+    format.width = width;
+    format.digits = digits;
   }
 
-  const ScopedGlobal global;
+  const ScopedPrecision precision{80};
+  NumberFormat format;
 };
 
-class ExponentForm : public NumberFormat {};
+class ExponentForm : public NumberFormatTest {};
 
 TEST_F(ExponentForm, EighteenCharactersByDefault)
 {
@@ -85,9 +86,9 @@ TEST_F(ExponentForm, AnExponentHasTwoDigitsAtLeast)
       {"-1e1000", "-1.00000000000e+1000"},
       {"1e999999", " 1.00000000000e+999999"},
   });
-  global->_FMT_INT = 4;
+  format.exponentDigits = 4;
   EXPECT_EQ(Formatted("1e-10"), " 1.00000000000e-0010");
-  global->_FMT_INT = 1;
+  format.exponentDigits = 1;
   EXPECT_EQ(Formatted("1"), " 1.00000000000e+0");
 }
 
@@ -257,7 +258,7 @@ TEST_F(ExponentForm, FromWidthMinusThreeDownAllDigitsAreWritten)
 
 TEST_F(ExponentForm, TheSignCharacterStandsWhereNegativeNumbersHaveTheirSign)
 {
-  global->_FILLCHAR = '+';
+  format.noSign = '+';
   ExpectTexts({
       {"1", "+1.00000000000e+00"},
       {"-1", "-1.00000000000e+00"},
@@ -265,29 +266,9 @@ TEST_F(ExponentForm, TheSignCharacterStandsWhereNegativeNumbersHaveTheirSign)
   });
 }
 
-TEST_F(ExponentForm, TheFillCharacterOfTheStreamStaysAtZero)
-{
-  std::ostringstream out;
-  out << Mpf("1.5") << '|' << std::setw(4) << 7;
-  EXPECT_EQ(out.str(), " 1.50000000000e+00|0007");
-}
-
-TEST_F(ExponentForm, ZeroLeavesTheFillCharacterAlone)
-{
-  std::ostringstream out;
-  out << std::setfill('*') << Mpf("0") << '|' << std::setw(4) << 7;
-  EXPECT_EQ(out.str(), " 0.00000000000e+00|***7");
-}
-
-TEST_F(ExponentForm, WhatEqualsTheZeroOfTheRecordIsWrittenAsZero)
-{
-  mpf_set_ui(global->_ZERO, 3);
-  ExpectTexts({{"3", " 0.00000000000e+00"}});
-}
-
-class FixedForm : public NumberFormat {
+class FixedForm : public NumberFormatTest {
  protected:
-  void SetUp() override { global->_FMT_FLAG = false; }
+  void SetUp() override { format.exponentForm = false; }
 };
 
 TEST_F(FixedForm, TwelveDigitsByDefaultWithThePointBehindTheIntegerPart)
@@ -364,16 +345,9 @@ TEST_F(FixedForm, RoundingIsThatOfTheExponentForm)
   });
 }
 
-TEST_F(FixedForm, TheFillCharacterOfTheStreamIsLeftAlone)
-{
-  std::ostringstream out;
-  out << Mpf("1.5") << '|' << std::setw(4) << 7;
-  EXPECT_EQ(out.str(), Blanks(4) + " 1.50000000000|   7");
-}
-
-class PlainForm : public NumberFormat {
+class PlainForm : public NumberFormatTest {
  protected:
-  void SetUp() override { global->_FMT_FLAG2 = true; }
+  void SetUp() override { format.plain = true; }
 };
 
 TEST_F(PlainForm, DigitsBehindAPointAndAnExponent)
@@ -404,31 +378,13 @@ TEST_F(PlainForm, TheWidthIsTheNumberOfDigits)
   }
 }
 
-TEST_F(PlainForm, NeitherSignCharacterNorFillCharacterAreUsed)
-{
-  global->_FILLCHAR = '+';
-  std::ostringstream out;
-  out << Mpf("1.5") << '|' << std::setw(4) << 7;
-  EXPECT_EQ(out.str(), " 0.15e1|   7");
-}
-
-TEST_F(NumberFormat, TheManipulatorsSwitchThePlainFormOnAndOff)
-{
-  const Mpf half("0.5");
-  std::ostringstream out;
-  out << half << PlainNumbersOn << half << PlainNumbersOff << half;
-  EXPECT_EQ(out.str(), " 5.00000000000e-01 0.5e0 5.00000000000e-01");
-}
-
-TEST_F(NumberFormat, NumbersOfAnyPrecisionAreWritten)
+TEST_F(NumberFormatTest, NumbersOfAnyPrecisionAreWritten)
 {
   mpf_set_default_prec(1000);
   Mpf third(1.0);
   mpf_div_ui(third, third, 3);
   SetFormat(60, 50);
-  std::ostringstream out;
-  out << third;
-  EXPECT_EQ(out.str(), Blanks(4) + " 3." + std::string(50, '3') + "e-01");
+  EXPECT_EQ(Formatted(third), Blanks(4) + " 3." + std::string(50, '3') + "e-01");
 }
 
 }  // namespace

@@ -12,7 +12,7 @@
 #include "varno/expr/algebraic.h"
 #include "varno/expr/differential.h"
 #include "varno/expr/equation.h"
-#include "varno/solver/driver.h"
+#include "varno/expr/initialization.h"
 
 namespace varno {
 

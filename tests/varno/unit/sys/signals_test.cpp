@@ -13,9 +13,6 @@
 
 #include "arith/mpf.h"
 #include "tests/varno/support/runtime_child.h"
-#include "tests/varno/support/scoped_global.h"
-#include "varno/expr/differential.h"
-#include "varno/expr/number.h"
 
 #if defined(__x86_64__)
 // void LoadByteAt(const void* address): its first instruction, at the address of the function, is
@@ -36,19 +33,20 @@ extern "C" void LoadByteAt(const void* address);
 
 namespace varno {
 
-using arith::Mpf;
 namespace {
 
-constexpr const char* kMenu = "#(SYS) e) exit, c) continue, p) print&continue, x) print&exit\n";
+const std::string kPrompt =
+    "\n#(SYS) Caught SIGTERM. Dumping values & bailing out \n#(SYS) TIME = 0.5\n"
+    "#(SYS) e) exit, c) continue, p) print&continue, x) print&exit\n";
 
-/// What the prompt says at a time in the number format of the output.
-std::string PromptAt(const std::string& time)
+constexpr const char* kRow = "a row\n";
+
+/// Installs the handlers with a report of a run at the time 0.5.
+void InstallSignalsWithReport()
 {
-  return "\n#(SYS) Caught SIGTERM. Dumping values & bailing out \n#(SYS) TIME = " + time + '\n' +
-         kMenu;
+  SetRunReport({[](std::ostream& out) { out << 0.5; }, [](std::ostream& out) { out << kRow; }});
+  InstallSignals();
 }
-
-const std::string kPrompt = PromptAt(" 0.00000000000e+00");
 
 void ReportContinuation(int)
 {
@@ -60,7 +58,7 @@ void ReportContinuation(int)
 ChildOutcome RunWithSignal(int signal, const std::string& answer)
 {
   const auto run = [signal] {
-    InstallSignals();
+    InstallSignalsWithReport();
     std::signal(SIGCONT, ReportContinuation);
     std::raise(signal);
     std::cout << "going on\n";
@@ -68,42 +66,17 @@ ChildOutcome RunWithSignal(int signal, const std::string& answer)
   return RunInChild(run, answer);
 }
 
-/// Two variables, in a matrix with lines of two values.
-void SetUpMatrix(ScopedGlobal& global)
-{
-  for (const char* name : {"a", "b", "c"}) {
-    const Expr::Ref variable(new Differential(name, Expr::Ref(new Number(0.0))));
-    VariableOf(variable).SetStartValue(Mpf(0.5 * name[0] - 0.5 * 'a'));
-    global->_EQUATIONS.emplace(name, variable);
-  }
-  global->_3DPOINTS = 2;
-}
-
-// With the series of y' = 0 the value at the end of the step is the start value: 0, 0.5 and 1.
-constexpr const char* kMatrix = "  0.00000000000e+00  5.00000000000e-01\n  1.00000000000e+00\n";
-
 // --- The prompt
-
-TEST(CatchTerm, ShowsTheTimeInTheFormatOfTheOutput)
-{
-  ScopedGlobal global;
-  mpf_set_d(global->_T, 1.25);
-  global->_PRINTCHARS = 3;
-  // Three digits after the point are padded to the width of 15.
-  EXPECT_EQ(RunWithSignal(SIGTERM, "c").err, PromptAt("       1.250e+00"));
-}
 
 TEST(CatchTerm, SaysSigtermForSigintToo)
 {
-  ScopedGlobal global;
   EXPECT_EQ(RunWithSignal(SIGINT, "c").err, kPrompt);
 }
 
 TEST(CatchTerm, AsksAgainAtTheNextSignal)
 {
-  ScopedGlobal global;
   const auto run = [] {
-    InstallSignals();
+    InstallSignalsWithReport();
     std::raise(SIGTERM);
     std::raise(SIGINT);
     std::raise(SIGTERM);
@@ -118,7 +91,7 @@ TEST(CatchTerm, AsksAgainAtTheNextSignal)
 struct AnswerRow {
   const char* answer;
   bool goesOn;
-  bool writesMatrix;
+  bool writesRow;
   bool raisesContinue;
 };
 
@@ -141,31 +114,29 @@ void ExpectOutcome(const AnswerRow& row, const ChildOutcome& child)
   EXPECT_EQ(child.exitStatus, row.goesOn ? kBodyReturned : 255);
 }
 
-TEST(CatchTerm, WritesNoValuesInTheTableLayout)
+TEST(CatchTerm, WritesTheRowOnStandardErrorWhereTheAnswerAsksForIt)
 {
-  ScopedGlobal global;
-  SetUpMatrix(global);
-  global->_3DPOINTS = 0;
   for (const int signal : {SIGTERM, SIGINT}) {
     for (const AnswerRow& row : kAnswers) {
       SCOPED_TRACE(testing::Message() << "signal " << signal << ", answer \"" << row.answer << '"');
       const ChildOutcome child = RunWithSignal(signal, row.answer);
-      EXPECT_EQ(child.err, kPrompt);
+      EXPECT_EQ(child.err, kPrompt + (row.writesRow ? kRow : ""));
       ExpectOutcome(row, child);
     }
   }
 }
 
-TEST(CatchTerm, WritesOneMatrixOnStandardErrorInTheMatrixLayout)
+TEST(CatchTerm, ShowsNothingOfARunWithoutReport)
 {
-  ScopedGlobal global;
-  SetUpMatrix(global);
-  for (const AnswerRow& row : kAnswers) {
-    SCOPED_TRACE(testing::Message() << "answer \"" << row.answer << '"');
-    const ChildOutcome child = RunWithSignal(SIGTERM, row.answer);
-    EXPECT_EQ(child.err, kPrompt + (row.writesMatrix ? kMatrix : ""));
-    ExpectOutcome(row, child);
-  }
+  const auto run = [] {
+    InstallSignals();
+    std::raise(SIGTERM);
+  };
+  const ChildOutcome child = RunInChild(run, "x");
+  EXPECT_EQ(child.exitStatus, 255);
+  EXPECT_EQ(child.err,
+            "\n#(SYS) Caught SIGTERM. Dumping values & bailing out \n#(SYS) TIME = \n"
+            "#(SYS) e) exit, c) continue, p) print&continue, x) print&exit\n");
 }
 
 // --- Faults
@@ -197,11 +168,11 @@ std::vector<std::string> ExpectReport(const ChildOutcome& child, const std::stri
 
 TEST(CatchFault, ReportsTheSignalAloneForAnArithmeticFault)
 {
-  ScopedGlobal global;
   const auto divideByZero = [] {
     InstallSignals();
-    Mpf quotient;
-    mpf_div(quotient, Expr::Global->_ONE, Expr::Global->_ZERO);
+    const arith::Mpf one(1.0), zero(0.0);
+    arith::Mpf quotient;
+    mpf_div(quotient, one, zero);
   };
   ExpectReport(RunInChild(divideByZero), "#(SYS) Got signal 8", 2);
 }
@@ -223,7 +194,6 @@ void InstallSignalsAndLoadByteAt(std::uintptr_t address)
 
 TEST(CatchFault, ReportsAddressAndInstructionOfAForbiddenAccess)
 {
-  ScopedGlobal global;
   const std::string instruction = HexText(reinterpret_cast<std::uintptr_t>(&LoadByteAt));
   for (const std::uintptr_t address : {std::uintptr_t{0x1}, std::uintptr_t{0xabc}}) {
     const ChildOutcome child = RunInChild([address] { InstallSignalsAndLoadByteAt(address); });
@@ -238,7 +208,6 @@ TEST(CatchFault, ReportsAddressAndInstructionOfAForbiddenAccess)
 
 TEST(CatchFault, ReportsANullAccess)
 {
-  ScopedGlobal global;
   const ChildOutcome child = RunInChild([] { InstallSignalsAndLoadByteAt(0); });
   ExpectReport(child,
                "#(SYS) Got signal 11, faulty address is (nil), from " +
@@ -258,7 +227,6 @@ TEST(CatchFault, ReportsANullAccess)
 
 TEST(CatchFault, ShowsFifteenEntriesAtMost)
 {
-  ScopedGlobal global;
   const ChildOutcome child = RunInChild([] { FaultAtDepth(40); });
   const std::vector<std::string> path =
       ExpectReport(child,

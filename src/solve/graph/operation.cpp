@@ -1,0 +1,57 @@
+#include "solve/graph/operation.h"
+
+namespace varno::solve {
+
+std::string_view FunctionName(Operation operation)
+{
+  switch (operation) {
+    case Operation::kSqrt:
+      return "sqrt";
+    case Operation::kCbrt:
+      return "cbrt";
+    case Operation::kExp:
+      return "exp";
+    case Operation::kLn:
+      return "ln";
+    case Operation::kSin:
+      return "sin";
+    case Operation::kCos:
+      return "cos";
+    case Operation::kTan:
+      return "tan";
+    case Operation::kCot:
+      return "cotan";
+    case Operation::kAsin:
+      return "asin";
+    case Operation::kAcos:
+      return "acos";
+    case Operation::kAtan:
+      return "atan";
+    case Operation::kAcot:
+      return "acotan";
+    case Operation::kSinh:
+      return "sinh";
+    case Operation::kCosh:
+      return "cosh";
+    case Operation::kTanh:
+      return "tanh";
+    case Operation::kCoth:
+      return "cotanh";
+    case Operation::kAsinh:
+      return "asinh";
+    case Operation::kAcosh:
+      return "acosh";
+    case Operation::kAtanh:
+      return "atanh";
+    case Operation::kAcoth:
+      return "argcotanh";
+    case Operation::kErf:
+      return "erf";
+    case Operation::kAtan2:
+      return "atan2";
+    default:
+      return "?";
+  }
+}
+
+}  // namespace varno::solve

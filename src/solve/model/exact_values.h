@@ -1,0 +1,36 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "solve/graph/graph.h"
+#include "solve/model/model.h"
+#include "solve/number/rational.h"
+
+namespace varno::solve {
+
+/// The nodes of a growing graph that have an exact rational value, with the parameters put in.
+class ExactValues {
+ public:
+  ExactValues(const Graph& graph, const std::vector<Parameter>& parameters)
+      : graph(graph), parameters(parameters)
+  {}
+
+  /// The exact value of a node; none for what depends on t or states, is irrational, too long, or
+  /// has no value.
+  const std::optional<Rational>& Of(NodeId id);
+
+  /// What is wrong with this operation, when the exact values of its operands show that it has no
+  /// value: "division by zero"; else empty. Of the operands' own faults it does not tell.
+  std::string FaultOf(NodeId id);
+
+ private:
+  void Evaluate(NodeId id);
+
+  const Graph& graph;
+  const std::vector<Parameter>& parameters;
+  std::vector<std::optional<Rational>> values;
+};
+
+}  // namespace varno::solve

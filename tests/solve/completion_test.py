@@ -1,0 +1,83 @@
+#!/usr/bin/env python3
+"""Asks bash for the completions of varno-solve.
+
+Usage: completion_test.py PROGRAM
+"""
+
+import re
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+COMPLETION = Path(__file__).resolve().parents[2] / "completions" / "varno-solve"
+PROGRAM = Path(sys.argv.pop(1)).resolve()
+
+ASK = """
+source "$1"
+complete -p varno-solve >&2 || exit
+shift
+COMP_WORDS=(varno-solve "$@")
+COMP_CWORD=$#
+_varno_solve
+printf '%s\\n' "${COMPREPLY[@]}"
+"""
+
+
+class CompletionTest(unittest.TestCase):
+    def setUp(self):
+        scratch = tempfile.TemporaryDirectory()
+        self.addCleanup(scratch.cleanup)
+        self.folder = Path(scratch.name)
+        self.usage = subprocess.run([PROGRAM, "--help"], capture_output=True, text=True).stdout
+
+    def complete(self, *words):
+        """The completions of the last word."""
+        result = subprocess.run(
+            ["bash", "--norc", "-u", "-c", ASK, "bash", COMPLETION, *words], cwd=self.folder,
+            capture_output=True, text=True, check=True)
+        self.assertEqual(result.stderr, "complete -F _varno_solve varno-solve\n")
+        return sorted(result.stdout.split())
+
+    def test_options_are_those_of_the_program(self):
+        options = re.findall(r"^  (--\S+)", self.usage, re.MULTILINE)
+        self.assertGreater(len(options), 20)
+        self.assertEqual(self.complete("-"), sorted(options))
+
+    def test_options_that_begin_like_the_word(self):
+        self.assertEqual(self.complete("file", "--max"),
+                         ["--max-bits", "--max-seconds", "--max-steps"])
+
+    def test_values_of_options_are_no_input_files(self):
+        (self.folder / "5.varno").touch()
+        with_values = re.findall(r"^  (--\S+) [A-Z]", self.usage, re.MULTILINE)
+        self.assertGreater(len(with_values), 10)
+        for option in set(with_values) - {"--format", "--output"}:
+            self.assertEqual(self.complete(option, ""), [], option)
+
+    def test_switches_take_no_value(self):
+        (self.folder / "5.varno").touch()
+        switches = re.findall(r"^  (--\S+)  ", self.usage, re.MULTILINE)
+        self.assertGreater(len(switches), 5)
+        for option in switches:
+            self.assertEqual(self.complete(option, ""), ["5.varno"], option)
+
+    def test_formats(self):
+        for words in (["--format", ""], ["--format", "="], ["--format", "=", ""]):
+            self.assertEqual(self.complete(*words), ["csv", "json", "table"])
+        self.assertEqual(self.complete("--format", "=", "j"), ["json"])
+
+    def test_output_is_any_file(self):
+        (self.folder / "rows.txt").touch()
+        self.assertEqual(self.complete("--output", "r"), ["rows.txt"])
+
+    def test_input_files_and_folders(self):
+        for name in ("lorenz.varno", "lorenz.png"):
+            (self.folder / name).touch()
+        (self.folder / "lorenz").mkdir()
+        self.assertEqual(self.complete("--to", "5", "lo"), ["lorenz", "lorenz.varno"])
+
+
+if __name__ == "__main__":
+    unittest.main()

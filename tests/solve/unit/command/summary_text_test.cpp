@@ -1,0 +1,37 @@
+#include "solve/command/summary_text.h"
+
+#include <gtest/gtest.h>
+
+namespace varno::solve {
+
+TEST(SummaryText, ThreeLines)
+{
+  Summary summary;
+  summary.steps = 120;
+  summary.order = 43;
+  summary.bits = 192;
+  summary.digits = 30;
+  summary.seconds = 0.01234;
+  EXPECT_EQ(SummaryText(summary),
+            "120 steps, order 43, 192 bits\n"
+            "30 digits, not verified: one run\n"
+            "0.0123 seconds\n");
+}
+
+TEST(SummaryText, SaysHowDigitsWereVerified)
+{
+  Summary summary;
+  summary.steps = 1;
+  summary.order = 12;
+  summary.bits = 64;
+  summary.digits = 1;
+  summary.verified = true;
+  summary.remark = "the row t = 2 stands on a jump";
+  summary.seconds = 86400;
+  EXPECT_EQ(SummaryText(summary),
+            "1 step, order 12, 64 bits\n"
+            "1 digit, verified by a second run; the row t = 2 stands on a jump\n"
+            "86400 seconds\n");
+}
+
+}  // namespace varno::solve
