@@ -1,0 +1,101 @@
+#include "solve/integration/run.h"
+
+#include <algorithm>
+
+#include <gtest/gtest.h>
+
+#include "solve/integration/step_length.h"
+#include "solve/tape/compile.h"
+#include "tests/solve/support/comparison.h"
+#include "tests/solve/support/equations.h"
+
+namespace varno::solve {
+namespace {
+
+using support::Equations;
+using support::Expression;
+
+/// x' = x from 1
+Tape Growth()
+{
+  Equations m;
+  const Expression x = m.Variable("x", 1);
+  m.SetDerivative(x, x);
+  return Compile(m.Finished());
+}
+
+std::vector<Real> One(mpfr_prec_t bits)
+{
+  Real one(bits);
+  mpfr_set_ui(one, 1, MPFR_RNDN);
+  return {one};
+}
+
+TEST(Run, StepsHaveFewBits)
+{
+  const Tape tape = Growth();
+  const RunSettings settings = SettingsFor(20);
+  solve::Run run(tape, settings, Moment(0), One(settings.bits), Moment(100));
+  for (int i = 0; i < 20; ++i) {
+    run.Step();
+    const Rational length = (run.End() - run.Begin()).RationalPart();
+    EXPECT_LE(mpz_sizeinbase(length.get_num_mpz_t(), 2), 12U);
+  }
+}
+
+TEST(Run, GivesStatesWithinTheLatestStep)
+{
+  for (const bool backwards : {false, true}) {
+    const Tape tape = Growth();
+    const RunSettings settings = SettingsFor(20);
+    const Moment reach(backwards ? -10 : 10);
+    solve::Run run(tape, settings, Moment(0), One(settings.bits), reach);
+    EXPECT_TRUE(run.IsBehind(reach));
+    while (run.Steps() < 3) run.Step();
+    for (const Rational& part : {Rational(0), Rational(1, 3), Rational(1)}) {
+      const Moment time = run.Begin() + (run.End() - run.Begin()) * part;
+      EXPECT_FALSE(run.IsBehind(time));
+      Real expected(300);
+      time.Evaluate(expected);
+      mpfr_exp(expected, expected, MPFR_RNDN);
+      EXPECT_TRUE(support::HasDigits(20, run.StatesAt(time)[0], expected)) << part;
+    }
+  }
+}
+
+// The series of a step and the start of the next one are the same solution.
+TEST(Run, StepsJoin)
+{
+  const Tape tape = Growth();
+  const RunSettings settings = SettingsFor(20);
+  solve::Run run(tape, settings, Moment(0), One(settings.bits), Moment(10));
+  run.Step();
+  const Real atEnd = run.StatesAt(run.End())[0];
+  run.Step();
+  EXPECT_TRUE(support::HasDigits(25, run.StatesAt(run.Begin())[0], atEnd));
+}
+
+TEST(StepLength, IsTheLargestBelow)
+{
+  for (const double log2 : {-1000.3, -1.0, 0.0, 0.7, 12.0, 5000.9}) {
+    const StepLength length = StepLength::AtMost(log2);
+    EXPECT_LE(length.Log2(), log2);
+    EXPECT_GT(length.Log2(), log2 - 0.001);
+    Real units(64);
+    length.InUnits(3, units);
+    EXPECT_NEAR(length.Log2() - 3, support::Log2(units), 1e-9);
+  }
+}
+
+TEST(RunSettings, HoldTheToleranceAndItsGuards)
+{
+  for (const double decimals : {1.0, 12.0, 22.0, 57.0, 1007.0}) {
+    const RunSettings settings = SettingsFor(decimals);
+    EXPECT_GE(settings.order, 12);
+    EXPECT_NEAR(std::max(decimals, 12.0) / 0.30102999566398120, settings.toleranceBits, 1e-6);
+    EXPECT_GE(static_cast<double>(settings.bits), settings.toleranceBits + 30 + 0.15 * settings.order);
+  }
+}
+
+}  // namespace
+}  // namespace varno::solve

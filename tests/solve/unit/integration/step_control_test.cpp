@@ -1,0 +1,200 @@
+#include "solve/integration/step_control.h"
+
+#include <cmath>
+
+#include <gtest/gtest.h>
+
+#include "solve/evaluation/domain_error.h"
+#include "solve/integration/run.h"
+#include "solve/tape/compile.h"
+#include "tests/solve/support/comparison.h"
+#include "tests/solve/support/equations.h"
+#include "tests/solve/support/integration.h"
+
+namespace varno::solve {
+namespace {
+
+using support::Arrival;
+using support::Equations;
+using support::Expression;
+using support::Function;
+using support::HasDigits;
+using support::Integrate;
+using support::Power;
+
+Real Number(const char* text) { return support::FromText(text, 200); }
+
+double Value(const Arrival& arrival) { return arrival.states[0].ToDouble(); }
+
+// ---------------------------------------------------------------------------------------------
+// All lines count
+
+// The state rests at 1 while a bell comes near: x(52) - 1 = exp(-2 + 1/4) sqrt(pi)/2 (erf 3/2 + erf 101/2).
+TEST(StepControl, FunctionThatIsAboutToMoveCounts)
+{
+  Equations m;
+  const Expression x = m.Variable("x", 1);
+  m.SetDerivative(x, 1 - x + Function(Operation::kExp, -Power(m.Time() - 50, 2)));
+  const double expected = 1 + std::exp(-1.75) * std::sqrt(std::acos(-1)) / 2 * (std::erf(1.5) + 1);
+  EXPECT_NEAR(expected, Value(Integrate(m.Finished(), 0, 52, 15)), 1e-15);
+}
+
+// The integral is sqrt(pi)/10.
+TEST(StepControl, NarrowBellCounts)
+{
+  Equations m;
+  m.SetDerivative(m.Variable("y", 0), Function(Operation::kExp, -Power(10 * (m.Time() - 5), 2)));
+  Real expected(200);
+  mpfr_const_pi(expected, MPFR_RNDN);
+  mpfr_sqrt(expected, expected, MPFR_RNDN);
+  mpfr_div_ui(expected, expected, 10, MPFR_RNDN);
+  EXPECT_TRUE(HasDigits(15, Integrate(m.Finished(), 0, 10, 15).states[0], expected));
+}
+
+// A switch far away, of which the derivative is nothing yet: the integral of tanh 100 (t - 1/2) from 0 to 1 is 0, to
+// 3/2 it is 1/2 and what the bend takes: ln(cosh 100 / cosh 50)/100.
+TEST(StepControl, DistantSwitchCounts)
+{
+  for (const Operation function : {Operation::kTanh, Operation::kErf}) {
+    Equations m;
+    m.SetDerivative(m.Variable("y", 0), Function(function, 100 * (m.Time() - Rational(1, 2))));
+    EXPECT_NEAR(0.5, Value(Integrate(m.Finished(), 0, Rational(3, 2), 15)), 1e-15);
+  }
+}
+
+TEST(StepControl, DistantSwitchOfCothCounts)
+{
+  // The integral of coth 100 (t - 1/2) from 1/4 down to 0 is (ln sinh 50 - ln sinh 25)/-100.
+  Equations m;
+  m.SetDerivative(m.Variable("y", 0), Function(Operation::kCoth, 100 * (m.Time() + Rational(1, 2))));
+  Real expected(200), part(200);
+  mpfr_set_ui(expected, 150, MPFR_RNDN);
+  mpfr_sinh(expected, expected, MPFR_RNDN);
+  mpfr_log(expected, expected, MPFR_RNDN);
+  mpfr_set_ui(part, 50, MPFR_RNDN);
+  mpfr_sinh(part, part, MPFR_RNDN);
+  mpfr_log(part, part, MPFR_RNDN);
+  mpfr_sub(expected, expected, part, MPFR_RNDN);
+  mpfr_div_ui(expected, expected, 100, MPFR_RNDN);
+  EXPECT_TRUE(HasDigits(15, Integrate(m.Finished(), 0, 1, 15).states[0], expected));
+}
+
+// ---------------------------------------------------------------------------------------------
+// Flat starts
+
+// The first 50 terms of t^50 (2 - t)^50 are 0. The integral to 1 is half of 2^101 (50!)^2 / 101!.
+TEST(StepControl, VanishingTermsRaiseTheOrder)
+{
+  Equations m;
+  m.SetDerivative(m.Variable("y", 0), Power(m.Time() * (2 - m.Time()), 50));
+  Integer factorial, whole;
+  mpz_fac_ui(factorial.get_mpz_t(), 50);
+  mpz_fac_ui(whole.get_mpz_t(), 101);
+  Integer power = 1;
+  power <<= 100;
+  Rational integral(Integer(power * factorial * factorial), whole);
+  integral.canonicalize();
+  Real expected(200);
+  mpfr_set_q(expected, integral.get_mpq_t(), MPFR_RNDN);
+  EXPECT_TRUE(HasDigits(15, Integrate(m.Finished(), 0, 1, 15).states[0], expected));
+}
+
+// More vanishing terms than the order is raised for otherwise, but the degree is known. x is a power of t, too.
+TEST(StepControl, HighPowersOfTimeAreNotTakenForZero)
+{
+  Equations m;
+  const Expression x = m.Variable("x", 0), y = m.Variable("y", 0), z = m.Variable("z", 0);
+  m.SetDerivative(y, Power(m.Time(), 1000));
+  m.SetDerivative(x, m.Number(1));
+  m.SetDerivative(z, Power(x, 2000) + 1);
+  const auto states = Integrate(m.Finished(), 0, 1, 15).states;
+  EXPECT_TRUE(HasDigits(15, states[1], Number("1/1001")));
+  EXPECT_TRUE(HasDigits(15, states[2], Number("2002/2001")));
+}
+
+// ---------------------------------------------------------------------------------------------
+// Domains
+
+// The line u/u is 1 in every term; only the divisor tells that it has a root at -1e-30, close by. There is none ahead.
+TEST(StepControl, RootFarBelowTheStepShortensIt)
+{
+  Equations m;
+  const Expression u = m.Time() + Rational(Integer(1), Integer("1000000000000000000000000000000"));
+  m.SetDerivative(m.Variable("y", 0), u / u + Function(Operation::kSin, m.Time()));
+  // 1 + 1 - cos 1
+  EXPECT_NEAR(2 - std::cos(1), Value(Integrate(m.Finished(), 0, 1, 15)), 1e-15);
+}
+
+// u/u is 1, but not at the root of u: no step goes over it.
+TEST(StepControl, NoStepPassesARootOfADivisor)
+{
+  Equations m;
+  const Expression u = m.Time() - Rational(1, 3);
+  m.SetDerivative(m.Variable("y", 0), u / u);
+  try {
+    Integrate(m.Finished(), 0, 1, 15);
+    FAIL() << "passed the root";
+  } catch (const Singularity& singularity) {
+    EXPECT_NEAR(1.0 / 3, singularity.time.ToDouble(), 1e-15);
+  }
+}
+
+// sqrt(u^2) is |u|, not u: no step goes over its root.
+TEST(StepControl, NoStepPassesARootOfARadicand)
+{
+  Equations m;
+  m.SetDerivative(m.Variable("y", 0), Function(Operation::kSqrt, Power((1 - m.Time()) * (3 - m.Time()), 2)));
+  EXPECT_THROW(Integrate(m.Finished(), 0, 4, 15), Singularity);
+}
+
+// y' = y^2, y(0) = 1 has its pole at 1.
+TEST(StepControl, StepsShrinkTowardsAPole)
+{
+  Equations m;
+  const Expression y = m.Variable("y", 1);
+  m.SetDerivative(y, y * y);
+  try {
+    Integrate(m.Finished(), 0, 2, 15);
+    FAIL() << "passed the pole";
+  } catch (const Singularity& singularity) {
+    EXPECT_NEAR(1, singularity.time.ToDouble(), 1e-15);
+    EXPECT_LT(singularity.time.ToDouble(), 1 + 1e-15);
+  } catch (const DomainError& error) {
+    FAIL() << "domain";
+  }
+}
+
+// ---------------------------------------------------------------------------------------------
+// Sizes
+
+// A pendulum that stands upright: the velocity's derivative is rounding, which must not shorten steps.
+TEST(StepControl, RoundingOfWhatCancelsDoesNotShortenSteps)
+{
+  Equations m;
+  const Expression x = m.Variable("x", Rational(3, 5)), v = m.Variable("v", Rational(4, 5)), z = m.Variable("z", 0);
+  m.SetDerivative(x, v);
+  m.SetDerivative(v, -x);
+  m.SetDerivative(z, x * x + v * v - 1);
+  const Arrival arrival = Integrate(m.Finished(), 0, 20, 15);
+  EXPECT_NEAR(0, arrival.states[2].ToDouble(), 1e-20);
+  EXPECT_LT(arrival.steps, 40);
+}
+
+// Many factors that only rescale leave the number of steps alone.
+TEST(StepControl, UnitsOfTimeAndStatesDoNotMatter)
+{
+  std::int64_t steps[2];
+  for (const int i : {0, 1}) {
+    Rational unit = 1;
+    if (i == 1) mpq_mul_2exp(unit.get_mpq_t(), unit.get_mpq_t(), 1000);
+    Equations m;
+    const Expression x = m.Variable("x", unit), v = m.Variable("v", 0);
+    m.SetDerivative(x, v * (1 / unit));
+    m.SetDerivative(v, -(x * (1 / unit)));
+    steps[i] = Integrate(m.Finished(), 0, 20 * unit, 15).steps;
+  }
+  EXPECT_EQ(steps[0], steps[1]);
+}
+
+}  // namespace
+}  // namespace varno::solve

@@ -1,0 +1,86 @@
+#include "solve/number/moment.h"
+
+#include <memory>
+
+#include <gtest/gtest.h>
+
+#include "tests/solve/support/comparison.h"
+
+namespace varno::solve {
+namespace {
+
+std::shared_ptr<const Constant> Pi()
+{
+  return std::make_shared<const Constant>([](mpfr_ptr result) { mpfr_const_pi(result, MPFR_RNDN); });
+}
+
+TEST(Moment, TenTenthsAreOne)
+{
+  Moment sum;
+  for (int i = 0; i < 10; ++i) sum += Moment(Rational(1, 10));
+  EXPECT_TRUE(sum == Moment(1));
+  EXPECT_EQ(1, sum.RationalPart());
+  EXPECT_EQ(0, (sum - Moment(1)).Sign());
+}
+
+TEST(Moment, OrdersExactly)
+{
+  const Moment third(Rational(1, 3)), almost(Rational("333333333333333333333333333333/1000000000000000000000000000000"));
+  EXPECT_TRUE(almost < third);
+  EXPECT_TRUE(third > almost);
+  EXPECT_TRUE(third >= third);
+}
+
+TEST(Moment, MultiplesOfConstantsCancelExactly)
+{
+  const auto pi = Pi();
+  const Moment ten = Moment(pi) * Rational(10);
+  const Moment difference = ten - Moment(pi) * Rational(3) - Moment(pi) * Rational(7);
+  EXPECT_TRUE(difference.IsRational());
+  EXPECT_EQ(0, difference.Sign());
+  EXPECT_FALSE(ten.IsRational());
+  EXPECT_TRUE((ten * Rational(0)).IsRational());
+}
+
+// 355/113 is larger than pi by 2.7e-7.
+TEST(Moment, SignSeesThroughCancellation)
+{
+  const Moment pi(Pi());
+  EXPECT_EQ(1, (Moment(Rational(355, 113)) - pi).Sign());
+  EXPECT_EQ(-1, (pi - Moment(Rational(355, 113))).Sign());
+  EXPECT_TRUE(Moment(3) < pi);
+}
+
+TEST(Moment, EvaluatesToItsLastBitHoweverMuchCancels)
+{
+  // pi - (pi rounded to 300 bits), in 64 bits, against 1000 bits
+  Real rounded(300), exact(1000), expected(64), actual(64);
+  mpfr_const_pi(rounded, MPFR_RNDN);
+  mpfr_const_pi(exact, MPFR_RNDN);
+  mpfr_sub(expected, exact, rounded, MPFR_RNDN);
+  Rational fraction;
+  mpfr_get_q(fraction.get_mpq_t(), rounded);
+  (Moment(Pi()) - Moment(fraction)).Evaluate(actual);
+  EXPECT_TRUE(support::IsWithin(support::Log2(expected) - 63, actual, expected));
+}
+
+// Two constants that are equal without being the same: nothing tells their difference from 0.
+TEST(Moment, WhatNoPrecisionTellsFromZeroIsZero)
+{
+  const Moment difference = Moment(Pi()) - Moment(Pi());
+  EXPECT_EQ(0, difference.Sign());
+  Real value(64);
+  difference.Evaluate(value);
+  EXPECT_TRUE(value.IsZero());
+}
+
+TEST(Moment, RoundsFractionsToNearest)
+{
+  Real value(2);
+  Moment(Rational(5, 4)).Evaluate(value);  // halfway between 1 and 3/2: to the even one
+  EXPECT_EQ(0, mpfr_cmp_ui(value, 1));
+  EXPECT_EQ(0.1, Moment(Rational(1, 10)).ToDouble());
+}
+
+}  // namespace
+}  // namespace varno::solve
