@@ -5,7 +5,7 @@
 #include <variant>
 #include <vector>
 
-#include <varno/solve.h>
+#include "solve/library/solve.h"
 
 namespace varno::solve {
 

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "solve/command/console.h"
-#include <varno/solve.h>
+#include "solve/library/solve.h"
 
 namespace varno::solve {
 

@@ -8,7 +8,7 @@
 #include "solve/command/command_line.h"
 #include "solve/command/output_file.h"
 #include "solve/rows/row_writer.h"
-#include <varno/solve.h>
+#include "solve/library/solve.h"
 
 namespace varno::solve {
 

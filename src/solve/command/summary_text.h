@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include <varno/solve.h>
+#include "solve/library/solve.h"
 
 namespace varno::solve {
 

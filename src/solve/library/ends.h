@@ -6,7 +6,7 @@
 #include "solve/integration/run.h"
 #include "solve/number/moment.h"
 #include "solve/source/sources.h"
-#include <varno/solve.h>
+#include "solve/library/solve.h"
 
 namespace varno::solve {
 

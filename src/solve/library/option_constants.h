@@ -8,7 +8,7 @@
 #include "solve/model/model.h"
 #include "solve/number/moment.h"
 #include "solve/source/sources.h"
-#include <varno/solve.h>
+#include "solve/library/solve.h"
 
 namespace varno::solve {
 

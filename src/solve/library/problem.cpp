@@ -4,7 +4,7 @@
 #include "solve/library/problem_data.h"
 #include "solve/model/build_model.h"
 #include "solve/source/diagnostics.h"
-#include <varno/solve.h>
+#include "solve/library/solve.h"
 
 namespace varno::solve {
 

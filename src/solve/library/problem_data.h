@@ -5,7 +5,7 @@
 
 #include "solve/model/model.h"
 #include "solve/source/sources.h"
-#include <varno/solve.h>
+#include "solve/library/solve.h"
 
 namespace varno::solve {
 

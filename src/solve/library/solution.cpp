@@ -2,7 +2,7 @@
 
 #include "solve/library/solution_data.h"
 #include "solve/number/exponent_range.h"
-#include <varno/solve.h>
+#include "solve/library/solve.h"
 
 namespace varno::solve {
 

@@ -12,7 +12,7 @@
 #include "solve/rows/time_format.h"
 #include "solve/tape/tape.h"
 #include "solve/verification/verified_rows.h"
-#include <varno/solve.h>
+#include "solve/library/solve.h"
 
 namespace varno::solve {
 

@@ -1,7 +1,7 @@
 #include <memory>
 #include <utility>
 
-#include <varno/solve.h>
+#include "solve/library/solve.h"
 
 namespace varno::solve {
 

@@ -19,7 +19,7 @@
 #include "solve/rows/number_format.h"
 #include "solve/rows/row_times.h"
 #include "solve/rows/time_format.h"
-#include <varno/solve.h>
+#include "solve/library/solve.h"
 
 namespace varno::solve {
 
