@@ -15,6 +15,8 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr int kTermsForRadius = 5;
 /// How far the order may grow beyond the usual one for lines whose terms vanish.
 constexpr int kMostOrderFactor = 6;
+/// How far it may grow to hold all terms of a line that is a polynomial by its structure.
+constexpr int kMostOrderOfPolynomial = 5000;
 /// The terms of a divisor or radicand behind the first may make up this part of it: no root then.
 constexpr double kMostOfFirstTerm = 0.9;
 /// A step that a domain bounds is tried shorter by this factor (log2).
@@ -78,12 +80,20 @@ bool StepControl::NeedsMoreTerms(const Series& series, LineId id)
   return !settledLines[id];
 }
 
+/// The order up to which the terms of a line that vanish are followed. A polynomial, such as t^1000, is followed to its
+/// end: however many of its terms vanish, it is known not to be 0.
+int StepControl::MostOrder(const Line& line) const
+{
+  const int usual = kMostOrderFactor * settings.order;
+  return line.degree > usual && line.degree <= kMostOrderOfPolynomial ? line.degree : usual;
+}
+
 /// Raises the order until every line shows enough terms, or to the highest. A line that shows none
 /// even there is taken for what it seems in the steps that follow, until it moves.
 void StepControl::ExtendFlatLines(Series& series)
 {
-  const int most = kMostOrderFactor * settings.order;
   for (LineId id = 0; id < tape.lines.size(); ++id) {
+    const int most = MostOrder(tape.lines[id]);
     while (NeedsMoreTerms(series, id)) {
       if (series.Order() >= most) {
         settledLines[id] = true;
@@ -129,11 +139,10 @@ double StepControl::AccuracyBound(double size) const
 double StepControl::DomainBound(double log2) const
 {
   const int order = static_cast<int>(terms.size()) - 1;
-  if (log2 == kInfinity) {
-    // Nothing bounds the step yet: begin where the largest term equals the first one.
-    for (int k = 1; k <= order; ++k) log2 = std::min(log2, (terms[0] - terms[k]) / k);
-    if (log2 == kInfinity) return log2;
-  }
+  // Begin at the latest where the largest term equals the first one: that may be many times shorter than what bounds the
+  // step so far.
+  for (int k = 1; k <= order; ++k) log2 = std::min(log2, (terms[0] - terms[k]) / k);
+  if (log2 == kInfinity) return log2;
   for (int trial = 0; trial < kMostTrials; ++trial) {
     double others = 0;
     for (int k = 1; k <= order; ++k) others += std::exp2(terms[k] + k * log2 - terms[0]);

@@ -31,6 +31,7 @@ class StepControl {
 
  private:
   void ExtendFlatLines(Series& series);
+  int MostOrder(const Line& line) const;
   bool NeedsMoreTerms(const Series& series, LineId id);
   void ReadTerms(const Series& series, LineId id);
   double AccuracyBound(double size) const;

@@ -199,7 +199,7 @@ void MpfrSeries::ExtendTo(int wanted)
   }
 }
 
-/// x' = f: term k of x is scale / k times term k-1 of f.
+/// (2) x' = f: term k of x is scale / k times term k-1 of f.
 void MpfrSeries::AdvanceStates(int k)
 {
   for (std::size_t i = 0; i < tape.rightHandSides.size(); ++i) {
@@ -282,7 +282,7 @@ void MpfrSeries::AddScaled(const Factor& factor, mpfr_ptr result, int k)
   mpfr_add(result, result, product, kNearest);
 }
 
-/// s[k] = sum of factor * a[k]; the constant belongs to term 0 only.
+/// (3) s[k] = sum of factor * a[k]; the constant belongs to term 0 only.
 void MpfrSeries::Combination(const Line& line, mpfr_ptr s, int k)
 {
   mpfr_set_zero(s, 1);
@@ -290,7 +290,7 @@ void MpfrSeries::Combination(const Line& line, mpfr_ptr s, int k)
     AddScaled(tape.factors[line.firstFactor + i], s, k);
 }
 
-/// s[k] = 2 (sum over j < k/2 of a[j] a[k-j]) + a[k/2]^2, the last for even k
+/// (5) s[k] = 2 (sum over j < k/2 of a[j] a[k-j]) + a[k/2]^2, the last for even k
 void MpfrSeries::Square(mpfr_srcptr a, mpfr_ptr s, int k)
 {
   Convolve(a, a, 0, (k - 1) / 2, k, s + k);
@@ -300,7 +300,7 @@ void MpfrSeries::Square(mpfr_srcptr a, mpfr_ptr s, int k)
   mpfr_add(s + k, s + k, product, kNearest);
 }
 
-/// s b = a: s[k] = (a[k] - sum over j = 1..k of b[j] s[k-j]) / b[0]
+/// (6) s b = a: s[k] = (a[k] - sum over j = 1..k of b[j] s[k-j]) / b[0]
 void MpfrSeries::Quotient(const Line& line, mpfr_ptr s, int k)
 {
   mpfr_srcptr a = Terms(line.a), b = Terms(line.b);
@@ -309,7 +309,7 @@ void MpfrSeries::Quotient(const Line& line, mpfr_ptr s, int k)
   mpfr_div(s + k, sum, b, kNearest);
 }
 
-/// s^2 = a: s[k] = (a[k] - sum over j = 1..k-1 of s[j] s[k-j]) / (2 s[0]), the sum by halves
+/// (7) s^2 = a: s[k] = (a[k] - sum over j = 1..k-1 of s[j] s[k-j]) / (2 s[0]), the sum by halves
 void MpfrSeries::SquareRoot(const Line& line, mpfr_ptr s, int k)
 {
   Convolve(s, s, 1, (k - 1) / 2, k, sum);
@@ -323,7 +323,7 @@ void MpfrSeries::SquareRoot(const Line& line, mpfr_ptr s, int k)
   mpfr_div(s + k, sum, s, kNearest);
 }
 
-/// a s' = e s a': k a[0] s[k] = sum over j = 1..k of ((e + 1) j - k) a[j] s[k-j]
+/// (8) a s' = e s a': k a[0] s[k] = sum over j = 1..k of ((e + 1) j - k) a[j] s[k-j]
 void MpfrSeries::Power(const Line& line, mpfr_ptr s, int k)
 {
   mpfr_srcptr a = Terms(line.a);
@@ -336,14 +336,14 @@ void MpfrSeries::Power(const Line& line, mpfr_ptr s, int k)
   mpfr_div(s + k, sum, a, kNearest);
 }
 
-/// s' = +-b a': k s[k] = +-(sum over j = 1..k of j a[j] b[k-j])
+/// (9) s' = +-b a': k s[k] = +-(sum over j = 1..k of j a[j] b[k-j])
 void MpfrSeries::IntegralOfProduct(const Line& line, mpfr_ptr s, int k)
 {
   Convolve(DerivativeTerms(line.a), Terms(line.b), 1, k, k, sum);
   mpfr_div_si(s + k, sum, line.negative ? -k : k, kNearest);
 }
 
-/// b s' = +-a': k b[0] s[k] = +-k a[k] - sum over j = 1..k-1 of j s[j] b[k-j]
+/// (10) b s' = +-a': k b[0] s[k] = +-k a[k] - sum over j = 1..k-1 of j s[j] b[k-j]
 void MpfrSeries::IntegralOfQuotient(const Line& line, LineId id, mpfr_ptr s, int k)
 {
   mpfr_srcptr b = Terms(line.b);
@@ -354,7 +354,7 @@ void MpfrSeries::IntegralOfQuotient(const Line& line, LineId id, mpfr_ptr s, int
   mpfr_div_si(s + k, sum, k, kNearest);
 }
 
-/// c s' = b a' - a b' with c = a^2 + b^2: k c[0] s[k] =
+/// (11) c s' = b a' - a b' with c = a^2 + b^2: k c[0] s[k] =
 /// sum over j = 1..k of (j a[j] b[k-j] - j b[j] a[k-j]) - sum over j = 1..k-1 of j s[j] c[k-j]
 void MpfrSeries::Angle(const Line& line, LineId id, mpfr_ptr s, int k)
 {

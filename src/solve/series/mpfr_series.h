@@ -9,7 +9,7 @@ namespace varno::solve {
 
 /// The Taylor terms of a tape with one MPFR number for each term, all of the same precision.
 ///
-/// The recurrences are those of docs/solve/recurrences.md, in the letters used there.
+/// The numbers in parentheses are those of docs/solve/recurrences.md.
 class MpfrSeries final : public Series {
  public:
   MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder);
@@ -46,7 +46,7 @@ class MpfrSeries final : public Series {
   void Angle(const Line& line, LineId id, mpfr_ptr s, int k);
   void AdvanceStates(int k);
 
-  /// sum = sum over j = first..last of a[j] b[k-j]
+  /// sum = sum over j = first..last of a[j] b[k-j]; from 0 to k it is (4)
   void Convolve(mpfr_srcptr a, mpfr_srcptr b, int first, int last, int k, mpfr_ptr sum);
 
   /// The terms of a line, and j times them where a recurrence needs these.

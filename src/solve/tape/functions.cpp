@@ -40,12 +40,20 @@ struct FunctionLines {
     return wanted == first ? f : g;
   }
 
-  /// f' = +-(1 + sign f^2), a line that follows f itself.
-  LineId OfOwnSquare(Operation function, NodeId sign, bool negative, LineId u) const
+  /// f' = +-(1 + f^2), a line that follows f itself.
+  LineId OfOwnSquare(Operation function, bool negative, LineId u) const
   {
     const LineId f = lines.FunctionOf(function, u, negative, id);
-    lines.SetDerivative(f, PlusSquare(arithmetic.One(), sign, f));
+    lines.SetDerivative(f, OnePlusSquare(f));
     return f;
+  }
+
+  /// f' = +-1/g^2. Not 1 - f^2: where f is all but 1, all digits of that cancel, and nothing would
+  /// show that f is going to move.
+  LineId OverSquare(Operation function, Operation g, bool negative, LineId u) const
+  {
+    const LineId divisor = Pair(Operation::kSinh, Operation::kCosh, false, g, u);
+    return lines.IntegralOfQuotient(function, u, lines.Product(divisor, divisor, id), negative, id);
   }
 
   LineId Exponential(LineId u) const
@@ -95,12 +103,13 @@ LineId AddFunction(LineTable& lines, LinearArithmetic& arithmetic, Operation fun
     case Operation::kCosh:
       return make.Pair(Operation::kSinh, Operation::kCosh, false, function, u);
     case Operation::kTan:
-      return make.OfOwnSquare(function, arithmetic.One(), false, u);
+      return make.OfOwnSquare(function, false, u);
     case Operation::kCot:
-      return make.OfOwnSquare(function, arithmetic.One(), true, u);
+      return make.OfOwnSquare(function, true, u);
     case Operation::kTanh:
+      return make.OverSquare(function, Operation::kCosh, false, u);
     case Operation::kCoth:
-      return make.OfOwnSquare(function, arithmetic.MinusOne(), false, u);
+      return make.OverSquare(function, Operation::kSinh, true, u);
     case Operation::kAsin:
       return overRoot(make.OneMinusSquare(u), false);
     case Operation::kAcos:

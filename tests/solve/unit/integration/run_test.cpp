@@ -34,8 +34,8 @@ std::vector<Real> One(mpfr_prec_t bits)
 TEST(Run, StepsHaveFewBits)
 {
   const Tape tape = Growth();
-  const RunSettings settings = SettingsFor(20);
-  solve::Run run(tape, settings, Moment(0), One(settings.bits), Moment(100));
+  const RunSettings settings = SettingsFor(20, 20);
+  solve::Run run(tape, settings, Moment(Rational(0)), One(settings.bits), Moment(Rational(100)));
   for (int i = 0; i < 20; ++i) {
     run.Step();
     const Rational length = (run.End() - run.Begin()).RationalPart();
@@ -47,9 +47,9 @@ TEST(Run, GivesStatesWithinTheLatestStep)
 {
   for (const bool backwards : {false, true}) {
     const Tape tape = Growth();
-    const RunSettings settings = SettingsFor(20);
+    const RunSettings settings = SettingsFor(20, 20);
     const Moment reach(backwards ? -10 : 10);
-    solve::Run run(tape, settings, Moment(0), One(settings.bits), reach);
+    solve::Run run(tape, settings, Moment(Rational(0)), One(settings.bits), reach);
     EXPECT_TRUE(run.IsBehind(reach));
     while (run.Steps() < 3) run.Step();
     for (const Rational& part : {Rational(0), Rational(1, 3), Rational(1)}) {
@@ -67,8 +67,8 @@ TEST(Run, GivesStatesWithinTheLatestStep)
 TEST(Run, StepsJoin)
 {
   const Tape tape = Growth();
-  const RunSettings settings = SettingsFor(20);
-  solve::Run run(tape, settings, Moment(0), One(settings.bits), Moment(10));
+  const RunSettings settings = SettingsFor(20, 20);
+  solve::Run run(tape, settings, Moment(Rational(0)), One(settings.bits), Moment(Rational(10)));
   run.Step();
   const Real atEnd = run.StatesAt(run.End())[0];
   run.Step();
@@ -90,7 +90,7 @@ TEST(StepLength, IsTheLargestBelow)
 TEST(RunSettings, HoldTheToleranceAndItsGuards)
 {
   for (const double decimals : {1.0, 12.0, 22.0, 57.0, 1007.0}) {
-    const RunSettings settings = SettingsFor(decimals);
+    const RunSettings settings = SettingsFor(decimals, 20);
     EXPECT_GE(settings.order, 12);
     EXPECT_NEAR(std::max(decimals, 12.0) / 0.30102999566398120, settings.toleranceBits, 1e-6);
     EXPECT_GE(static_cast<double>(settings.bits), settings.toleranceBits + 30 + 0.15 * settings.order);

@@ -180,6 +180,17 @@ TEST(StepControl, RoundingOfWhatCancelsDoesNotShortenSteps)
   EXPECT_LT(arrival.steps, 40);
 }
 
+// 10^25 times the rounding of a sum that is 0. Without its size as a floor the terms of rounding were compared with one
+// another, and twice as many steps made.
+TEST(StepControl, EnlargedRoundingDoesNotShortenSteps)
+{
+  Equations m;
+  const Expression sin = Function(Operation::kSin, m.Time()), cos = Function(Operation::kCos, m.Time());
+  const Rational large("10000000000000000000000000");
+  m.SetDerivative(m.Variable("y", 0), large * (1 + sin - sin * sin - cos * cos - sin));
+  EXPECT_LE(Integrate(m.Finished(), 0, 20, 15).steps, 42);
+}
+
 // Many factors that only rescale leave the number of steps alone.
 TEST(StepControl, UnitsOfTimeAndStatesDoNotMatter)
 {

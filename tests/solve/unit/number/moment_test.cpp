@@ -18,9 +18,9 @@ TEST(Moment, TenTenthsAreOne)
 {
   Moment sum;
   for (int i = 0; i < 10; ++i) sum += Moment(Rational(1, 10));
-  EXPECT_TRUE(sum == Moment(1));
+  EXPECT_TRUE(sum == Moment(Rational(1)));
   EXPECT_EQ(1, sum.RationalPart());
-  EXPECT_EQ(0, (sum - Moment(1)).Sign());
+  EXPECT_EQ(0, (sum - Moment(Rational(1))).Sign());
 }
 
 TEST(Moment, OrdersExactly)
@@ -48,7 +48,7 @@ TEST(Moment, SignSeesThroughCancellation)
   const Moment pi(Pi());
   EXPECT_EQ(1, (Moment(Rational(355, 113)) - pi).Sign());
   EXPECT_EQ(-1, (pi - Moment(Rational(355, 113))).Sign());
-  EXPECT_TRUE(Moment(3) < pi);
+  EXPECT_TRUE(Moment(Rational(3)) < pi);
 }
 
 TEST(Moment, EvaluatesToItsLastBitHoweverMuchCancels)

@@ -1,0 +1,75 @@
+#include "solve/verification/agreement.h"
+
+#include <cmath>
+#include <limits>
+
+#include <gtest/gtest.h>
+
+namespace varno::solve {
+namespace {
+
+SizedNumber Number(const char* text, double size = -1000)
+{
+  Real value(300);
+  mpfr_set_str(value, text, 10, MPFR_RNDN);
+  return {value, size};
+}
+
+Verdict Compared(const SizedNumber& a, const SizedNumber& b, bool mayDeclareZero = false)
+{
+  return Compare(a, b, {.digits = 5, .mayDeclareZero = mayDeclareZero}).verdict;
+}
+
+TEST(Agreement, AskedToAQuarterOfTheLastUnit)
+{
+  // Five digits of 1.2345: the unit is 1e-4.
+  EXPECT_EQ(Compared(Number("1.23450"), Number("1.23452")), Verdict::kAgree);
+  EXPECT_EQ(Compared(Number("1.23450"), Number("1.23453")), Verdict::kDiffer);
+  EXPECT_EQ(Compared(Number("-1.23450e90"), Number("-1.23452e90")), Verdict::kAgree);
+  EXPECT_EQ(Compared(Number("1.2345e-90"), Number("-1.2345e-90")), Verdict::kDiffer);
+}
+
+TEST(Agreement, TakesTheSmallerUnitAtAPowerOfTen)
+{
+  EXPECT_EQ(Compared(Number("1.00000"), Number("1.000004")), Verdict::kAgree);
+  EXPECT_EQ(Compared(Number("0.999990"), Number("1.000001")), Verdict::kDiffer);
+}
+
+TEST(Agreement, ExactZerosAgree)
+{
+  const double nothing = -std::numeric_limits<double>::infinity();
+  EXPECT_EQ(Compared(Number("0", nothing), Number("0", nothing)), Verdict::kAgree);
+}
+
+TEST(Agreement, OnlyExactRunsDeclareAZero)
+{
+  const SizedNumber a = Number("1e-30", 0), b = Number("-3e-31", 0);
+  EXPECT_EQ(Compared(a, b, false), Verdict::kBlurred);
+  EXPECT_EQ(Compared(a, b, true), Verdict::kZero);
+  // The same numbers, where nothing cancels: no zeros.
+  EXPECT_EQ(Compared(Number("1e-30", -100), Number("-3e-31", -100), true), Verdict::kDiffer);
+}
+
+TEST(Agreement, UndefinedAgreesWithUndefinedOnly)
+{
+  const SizedNumber none{std::nullopt, 0};
+  EXPECT_EQ(Compared(none, none), Verdict::kAgree);
+  EXPECT_EQ(Compared(none, Number("1")), Verdict::kDiffer);
+  EXPECT_EQ(Compared(Number("1"), none), Verdict::kDiffer);
+}
+
+TEST(Agreement, CountsTheDecimalsInCommon)
+{
+  const Agreement agreement =
+      Compare(Number("1.2345"), Number("1.2346"), {.digits = 9, .mayDeclareZero = false});
+  EXPECT_NEAR(agreement.commonDecimals, 4.09, 0.01);  // log10(1.2346 / 0.0001)
+}
+
+TEST(Agreement, AZeroIsKnownToFifteenDigitsMoreThanAskedFor)
+{
+  EXPECT_EQ(ZeroUnit(0.0, 15), -30);
+  EXPECT_EQ(ZeroUnit(std::log2(250.0), 15), -28);
+}
+
+}  // namespace
+}  // namespace varno::solve
