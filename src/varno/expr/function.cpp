@@ -2,6 +2,7 @@
 
 #include <iterator>
 #include <ostream>
+#include <utility>
 
 #include "varno/core/global_data.h"
 #include "varno/expr/conversion.h"
@@ -84,8 +85,12 @@ Expr::Ref Function::ConvertExpr()
     // The derivative of the argument leads back to this function, as in y' = sin(y): the variables
     // are made now, and the conversion under way will use them.
     CreateVariables();
+    Global->_SELFMET = true;
     return variables[conversion.returned];
   }
+  // Functions that lead to one another would otherwise make n! sets of variables.
+  if (Global->_SELFMET && !variables.empty()) return variables[conversion.returned];
+  variables.clear();
   converting = true;
   // On purpose asin converts its argument twice and takes the derivative as it stands.
   const bool isASin = Type() == kASin;
@@ -98,10 +103,8 @@ Expr::Ref Function::ConvertExpr()
   CreateVariables();
   conversion.build(variables, u, du);
   for (const Ref& variable : variables) EnterTemporaryVariable(variable);
-  Ref replacement = variables[conversion.returned];
-  variables.clear();
   converting = false;
-  return replacement;
+  return variables[conversion.returned];
 }
 
 void Function::CreateVariables()
@@ -126,6 +129,12 @@ void Function::Print(std::ostream& out) const
   out << function.name << '(';
   operand->Print(out);
   out << ')';
+}
+
+void Function::ReleaseReferences(std::vector<Ref>& released)
+{
+  UnOp::ReleaseReferences(released);
+  for (Ref& variable : variables) released.push_back(std::move(variable));
 }
 
 void Sin::Result(mpf_t& out, bool)
