@@ -118,7 +118,7 @@ class Expr {
 
   /// Moves all handles that the node holds to the list, so that nodes which refer to one another
   /// can be deleted. Nothing else may be asked of the node afterwards.
-  void ReleaseReferences(std::vector<Ref>& released);
+  virtual void ReleaseReferences(std::vector<Ref>& released);
 
   /// Term k of the current step: a copy of the last of Terms(k).
   void GetTerm(int k, mpf_t& out);

@@ -103,6 +103,7 @@ struct GlobalData {
   Mpf _STEP;                 ///< step h; written through SetStep
   TermArray _STEPDIV;        ///< entry 0: 0, entry k: h / k; empty until first set
   int _TEMPCOUNT = 0;        ///< temporary equations made so far; conversion counts
+  bool _SELFMET = false;     ///< a function met itself in its own conversion; conversion sets it
   Mpf _STIFFMIN;             ///< smallest last term of the last stiffness test
   Mpf _STIFFMAX;             ///< largest last term of the last stiffness test
 

@@ -2,10 +2,12 @@
 
 #include <iterator>
 #include <ostream>
+#include <utility>
 
 #include "varno/core/global_data.h"
 #include "varno/expr/conversion.h"
 #include "varno/functions/functions.h"
+#include "varno/sys/number_checks.h"
 #include "varno/sys/stack_guard.h"
 
 namespace varno {
@@ -83,9 +85,13 @@ Expr::Ref Function::ConvertExpr()
   if (converting) {
     // The derivative of the argument leads back to this function, as in y' = sin(y): the variables
     // are made now, and the conversion under way will use them.
+    Global->_SELFMET = true;
     CreateVariables();
     return variables[conversion.returned];
   }
+  // Functions that lead to one another would otherwise make n! sets of variables.
+  if (Global->_SELFMET && !variables.empty()) return variables[conversion.returned];
+  variables.clear();
   converting = true;
   // On purpose asin converts its argument twice and takes the derivative as it stands.
   const bool isASin = Type() == kASin;
@@ -98,10 +104,8 @@ Expr::Ref Function::ConvertExpr()
   CreateVariables();
   conversion.build(variables, u, du);
   for (const Ref& variable : variables) EnterTemporaryVariable(variable);
-  Ref replacement = variables[conversion.returned];
-  variables.clear();
   converting = false;
-  return replacement;
+  return variables[conversion.returned];
 }
 
 void Function::CreateVariables()
@@ -114,7 +118,10 @@ void Function::CreateVariables()
   std::vector<Mpf> initialValues(conversion.initialValues.size());
   for (std::size_t i = 0; i < initialValues.size(); ++i) {
     conversion.initialValues[i](initialValues[i], u0);
+    RequireRange(initialValues[i]);
   }
+  // Asking for the argument's initial value may have led back here, which made the variables.
+  if (!variables.empty()) return;
   for (const Mpf& initialValue : initialValues) {
     variables.push_back(MakeTemporaryVariable(initialValue));
   }
@@ -126,6 +133,12 @@ void Function::Print(std::ostream& out) const
   out << function.name << '(';
   operand->Print(out);
   out << ')';
+}
+
+void Function::ReleaseReferences(std::vector<Ref>& released)
+{
+  UnOp::ReleaseReferences(released);
+  for (Ref& variable : variables) released.push_back(std::move(variable));
 }
 
 void Sin::Result(mpf_t& out, bool)

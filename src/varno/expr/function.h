@@ -28,8 +28,11 @@ class Function : public UnOp {
   /// The function of the operand's initial value. On purpose the operand is converted first, which
   /// makes the temporary equations of functions inside it.
   void GetInitValue(mpf_t& out) override;
+  /// Makes new variables at every call, until a function of the system meets itself in its own
+  /// conversion: from then on a function that has variables answers with them.
   Ref ConvertExpr() override;
   void Print(std::ostream& out) const override;
+  void ReleaseReferences(std::vector<Ref>& released) override;
 
  protected:
   Function(ExprType type, Ref a);
@@ -38,7 +41,7 @@ class Function : public UnOp {
   void CreateVariables();
 
   const ElementaryFunction& function;
-  /// The variables of the conversion under way, in order of creation; empty otherwise.
+  /// The variables of the latest conversion, which may be under way, in order of creation.
   std::vector<Ref> variables;
   bool converting = false;
 };

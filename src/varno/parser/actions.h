@@ -25,7 +25,9 @@ void AddStartValue(const std::string& name, int order, const Mpf& start);
 /// Reports a start point other than 0; the parse goes on.
 void CheckStartPoint(const Mpf& point);
 
-/// Whether a derivative order is small enough to be built; reports it otherwise.
+/// Whether the derivative order of an equation or a start statement is small enough for its
+/// variables or its name to be built; reports it otherwise. A reference of any order means y
+/// itself.
 bool CheckDerivativeOrder(int order);
 
 /// A reference to an equation, resolved by name after the parse.

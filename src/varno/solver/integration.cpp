@@ -53,6 +53,7 @@ bool Integration::Pass()
   WatchStiffness();
   if (!firstPass) EnlargeStepAtLowOrder();
   Advance();
+  RequireReachableTmax();
   return true;
 }
 
@@ -62,14 +63,27 @@ void Integration::CutFirstStep()
     Expr::Global->SetStep(Expr::Global->_TMAX);
 }
 
-/// Without another end than Tmax, a step of 0 or away from Tmax would run for ever.
+/// A negative step may go beyond a negative Tmax: halved, it may still end there.
 void Integration::RequireProgress() const
 {
-  if (Expr::Global->_STEADYSTOP != 0 || Expr::Global->_PERIODSAME > 0) return;
   const int direction = Expr::Global->_STEP.Sign();
   const bool stuck = direction == 0 && Expr::Global->_TMAX.Sign() != 0;
-  const bool leavesTmax = direction < 0 && mpf_cmp(Expr::Global->_STEP, Expr::Global->_TMAX) != 0;
-  if (!stuck && !leavesTmax) return;
+  const bool leavesTmax = direction < 0 && Expr::Global->_TMAX.Sign() > 0;
+  if (stuck || leavesTmax) RequireOtherEndThanTmax();
+}
+
+/// A negative step that starts below Tmax never comes back, halved or not.
+void Integration::RequireReachableTmax() const
+{
+  if (Expr::Global->_STEP.Sign() >= 0 || mpf_cmp(Expr::Global->_T, Expr::Global->_TMAX) == 0)
+    return;
+  if (mpf_cmp(startTime, Expr::Global->_TMAX) < 0) RequireOtherEndThanTmax();
+}
+
+/// To be called when Tmax cannot be reached: without another end the run would go on for ever.
+void Integration::RequireOtherEndThanTmax()
+{
+  if (Expr::Global->_STEADYSTOP != 0 || Expr::Global->_PERIODSAME > 0) return;
   std::ostringstream text;
   text << "A step of " << Expr::Global->_STEP << " never reaches Tmax= " << Expr::Global->_TMAX;
   Fail(text.str());

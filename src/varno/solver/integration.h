@@ -30,6 +30,8 @@ class Integration {
 
   void CutFirstStep();
   void RequireProgress() const;
+  void RequireReachableTmax() const;
+  static void RequireOtherEndThanTmax();
   Attempt EvaluateEquations();
   void HalveStep();
   void PrintWhenDue();

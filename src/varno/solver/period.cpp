@@ -51,8 +51,8 @@ void PeriodWatch::Arm()
   }
   watched = entry->second;
   // Intended: a watch with room for samples ends in this signal, before the first pass. Only a
-  // watch with a buffer size of 0 runs.
-  if (Expr::Global->_PERIODBUF > 0) RaiseSegmentationFault();
+  // watch with a buffer size of 0 or 1, which has none, runs.
+  if (Expr::Global->_PERIODBUF > 1) RaiseSegmentationFault();
 }
 
 bool PeriodWatch::FindsPeriod()

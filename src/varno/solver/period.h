@@ -39,7 +39,7 @@ class PeriodWatch {
   PeriodWatch();
 
   /// To be called once, before the loop. An equation that does not exist switches the watch off
-  /// with a warning. On purpose a buffer size above 0 ends the process with a segmentation fault.
+  /// with a warning. On purpose a buffer size above 1 ends the process with a segmentation fault.
   void Arm();
 
   /// The test of one pass. On purpose it compares the watched derivative with the accuracy, not

@@ -465,6 +465,23 @@ TEST(ConversionMeetingItself, KeepsTheNodesThatAreAtWork)
   EXPECT_EQ(PrintedRightHandSide("%2"), "(" + tangent + " - (([%2] * [%2]) * " + tangent + "))");
 }
 
+TEST(ConversionMeetingItself, UsesTheVariablesMadeWhileAskingForItsInitialValue)
+{
+  // The right exponential asks for y', so that the cosine meets itself. Its initial value makes the
+  // innermost exponential ask for y' once more, and there the cosine makes its variables, behind
+  // %0 of that exponential. No second set follows: %3 and %4 are the other exponentials.
+  const ScopedGlobal global;
+  ReadAndConvert("y' = cos(exp(exp(y)) + exp(y)) & 0.25;");
+  EXPECT_EQ(Names(), (Texts{"%0", "%1", "%2", "%3", "%4", "y"}));
+  EXPECT_EQ(PrintedRightHandSide("y"), "[%1]");
+  EXPECT_EQ(PrintedRightHandSide("%0"), "([%1] * [%0])");
+  EXPECT_EQ(PrintedRightHandSide("%3"), "([%1] * [%3])");
+  EXPECT_EQ(PrintedRightHandSide("%4"), "(([%1] * [%0]) * [%4])");
+  const std::string argument = "((([%1] * [%0]) * [%4]) + ([%1] * [%3]))";
+  EXPECT_EQ(PrintedRightHandSide("%1"), "([%2] * " + argument + ")");
+  EXPECT_EQ(PrintedRightHandSide("%2"), "((-[%1]) * " + argument + ")");
+}
+
 TEST(ConversionMeetingItself, GoesThroughOtherEquations)
 {
   const ScopedGlobal global;
@@ -475,16 +492,83 @@ TEST(ConversionMeetingItself, GoesThroughOtherEquations)
   EXPECT_EQ(PrintedRightHandSide("%1"), "((-[%0]) * [%2])");
   EXPECT_EQ(PrintedRightHandSide("%2"), "([%3] * [%0])");
   EXPECT_EQ(PrintedRightHandSide("%3"), "((-[%2]) * [%0])");
-  // Then y, afresh; the derivative of x is still the sine that it was when first asked for.
-  EXPECT_EQ(PrintedRightHandSide("y"), "[%4]");
-  EXPECT_EQ(PrintedRightHandSide("%4"), "([%5] * [%6])");
-  EXPECT_EQ(PrintedRightHandSide("%5"), "((-[%4]) * [%6])");
-  EXPECT_EQ(PrintedRightHandSide("%6"), "([%7] * [%4])");
-  EXPECT_EQ(PrintedRightHandSide("%7"), "((-[%6]) * [%4])");
-  EXPECT_EQ(Names().size(), 10u);
+  // Then y: its cosine has met itself, too, and answers with the variable that it has.
+  EXPECT_EQ(PrintedRightHandSide("y"), "[%2]");
+  EXPECT_EQ(Names(), (Texts{"%0", "%1", "%2", "%3", "x", "y"}));
 
   EXPECT_TRUE(IsExactly(Exact(Evaluate(functions::cos, Mpf(0.25))), StartValueOf("%2")));
-  EXPECT_TRUE(IsExactly(Exact(Evaluate(functions::sin, Mpf(0.5))), StartValueOf("%6")));
+  EXPECT_TRUE(IsExactly(Exact(Evaluate(functions::sin, Mpf(0.5))), StartValueOf("%0")));
+}
+
+TEST(ConversionMeetingItself, LetsEarlierFunctionsAnswerFromThenOn)
+{
+  // a and b share the sine of t, which b makes anew; c meets itself, and d finds the variables that
+  // b has made last.
+  const ScopedGlobal global;
+  ReadAndConvert("z' = sin(t); a' = exp(z); b' = exp(z); c' = exp(c); d' = exp(z);");
+  EXPECT_EQ(PrintedRightHandSide("a"), "[%2]");
+  EXPECT_EQ(PrintedRightHandSide("%2"), "([%0] * [%2])");
+  EXPECT_EQ(PrintedRightHandSide("b"), "[%5]");
+  EXPECT_EQ(PrintedRightHandSide("%5"), "([%3] * [%5])");
+  EXPECT_EQ(PrintedRightHandSide("c"), "[%6]");
+  EXPECT_EQ(PrintedRightHandSide("d"), "[%7]");
+  EXPECT_EQ(PrintedRightHandSide("%7"), "([%3] * [%7])");
+  EXPECT_EQ(PrintedRightHandSide("z"), "[%3]");
+  EXPECT_EQ(Names().size(), 13u);
+}
+
+// --- How many variables functions of one another make: two for each sine or hyperbolic cosine ---
+
+/// y' = sin(1*y)+sin(2*y)+...
+std::string SumOfSines(int count)
+{
+  std::string text;
+  for (int k = 1; k <= count; ++k) {
+    text += (k == 1 ? "y' = sin(" : " + sin(") + std::to_string(k) + "*y)";
+  }
+  return text + " & 1;";
+}
+
+TEST(ConversionMeetingItself, MakesOneSetOfVariablesForEachFunctionOfASum)
+{
+  for (const int count : {1, 2, 3, 4, 8, 30}) {
+    const ScopedGlobal global;
+    ReadAndConvert(SumOfSines(count));
+    EXPECT_EQ(Names().size(), 1u + 2u * static_cast<unsigned>(count));
+  }
+}
+
+TEST(ConversionMeetingItself, MakesOneSetOfVariablesForEachFunctionOfCoupledOscillators)
+{
+  const ScopedGlobal global;
+  std::string text;
+  for (int i = 1; i <= 4; ++i) {
+    text += "x" + std::to_string(i) + "' = 0";
+    for (int j = 1; j <= 4; ++j) {
+      if (j != i) text += " + cosh(x" + std::to_string(i) + " - x" + std::to_string(j) + ")";
+    }
+    text += " & " + std::to_string(i) + "/10;\n";
+  }
+  ReadAndConvert(text);
+  EXPECT_EQ(Names().size(), 4u + 2u * 12u);
+}
+
+/// A chain of pendula with strong friction, each pulled by its neighbours.
+TEST(ConversionMeetingItself, MakesOneSetOfVariablesForEachFunctionOfAChainOfPendula)
+{
+  constexpr int kPendula = 50;
+  const ScopedGlobal global;
+  const auto x = [](int i) { return "x" + std::to_string(i); };
+  std::string text;
+  for (int i = 1; i <= kPendula; ++i) {
+    text += x(i) + "' = 1 - sin(" + x(i) + ")";
+    if (i < kPendula) text += " + sin(" + x(i + 1) + " - " + x(i) + ")";
+    if (i > 1) text += " - sin(" + x(i) + " - " + x(i - 1) + ")";
+    text += " & " + std::to_string(i) + "/50;\n";
+  }
+  ReadAndConvert(text);
+  // Each pendulum has its own sine, each pair of neighbours two.
+  EXPECT_EQ(Names().size(), 50u + 2u * (50u + 2u * 49u));
 }
 
 // --- Functions of algebraic variables ---

@@ -219,7 +219,7 @@ TEST_F(IntegrationTest, AnAlgebraicVariableThatWasAskedForBeforeIsComputedAnew)
 
 // --- Steps that lead nowhere ---
 
-TEST_F(IntegrationTest, AStepThatNeverReachesTmaxEndsTheRun)
+TEST_F(IntegrationTest, AStepThatNeverReachesTmaxEndsTheRunBeforeTheFirstPass)
 {
   const struct {
     double h, tmax;
@@ -227,8 +227,6 @@ TEST_F(IntegrationTest, AStepThatNeverReachesTmaxEndsTheRun)
   } rows[] = {
       {0.0, 1.0, " 0.00000000000e+00 never reaches Tmax=  1.00000000000e+00"},
       {-0.5, 1.0, "-5.00000000000e-01 never reaches Tmax=  1.00000000000e+00"},
-      {-0.5, 0.0, "-5.00000000000e-01 never reaches Tmax=  0.00000000000e+00"},
-      {-2.0, -1.0, "-2.00000000000e+00 never reaches Tmax= -1.00000000000e+00"},
   };
   for (const auto& row : rows) {
     EnterLine();
@@ -236,6 +234,67 @@ TEST_F(IntegrationTest, AStepThatNeverReachesTmaxEndsTheRun)
     EXPECT_EXIT(Integration().Run(), testing::ExitedWithCode(1),
                 ExactText(std::string("#(ERR) A step of ") + row.message + "\n"));
   }
+}
+
+// y' = 1: the values are the sum of the steps made, and the time of a row is that of the start of
+// its step where no step was rejected.
+
+TEST_F(IntegrationTest, ANegativeStepWithTmaxAtTheStartWritesOneRow)
+{
+  EnterLine();
+  SetStepAndEnd(-0.5, 0.0);
+  EXPECT_EQ(RunOutcome().results, "  2  0.00000000000e+00 -5.00000000000e-01\n");
+}
+
+/// As a step beyond a Tmax above 0 is, a negative step that ends above Tmax is cut to all of it.
+TEST_F(IntegrationTest, ANegativeStepThatEndsAboveTmaxIsMadeToReachIt)
+{
+  for (const double tmax : {-0.5, -0.75, -4.0}) {
+    const ScopedGlobal inner;
+    inner->_FIXEDSTEP = true;
+    EnterLine();
+    SetStepAndEnd(-0.5, tmax);
+    const RunOutcome run;
+    EXPECT_EQ(run.Times(), (Times{0, tmax}));
+    EXPECT_EQ(run.Rows()[0].values.at(0), tmax);
+    EXPECT_EQ(run.Rows()[1].values.at(0), 2 * tmax);
+  }
+}
+
+/// From 0 the step -1/2 ends below Tmax, which the next step starts from.
+TEST_F(IntegrationTest, ANegativeStepFromBelowTmaxEndsTheRun)
+{
+  global->_FIXEDSTEP = true;
+  EnterLine();
+  SetStepAndEnd(-0.5, -0.25);
+  Integration integration;
+  integration.Begin();
+  EXPECT_TRUE(integration.Pass());
+  EXPECT_TRUE(IsExactly(Rational(-1, 2), global->_T));
+  EXPECT_EXIT(integration.Pass(), testing::ExitedWithCode(1),
+              ExactText("#(TST) Max(y)=0  Min(y)=0  Diff=0\n"
+                        "#(ERR) A step of -5.00000000000e-01 never reaches Tmax= "
+                        "-2.50000000000e-01\n"));
+}
+
+TEST_F(IntegrationTest, ANegativeStepFromBelowTmaxIsAllowedWhereTheSteadyStateEndsTheRun)
+{
+  MakeVariable("y", 1.0, Constant(0));
+  global->_FIXEDSTEP = true;
+  global->_STEADYSTOP = 4;
+  SetStepAndEnd(-0.5, -0.25);
+  EXPECT_EQ(RunOutcome().Times(), (Times{0, -0.5, -1, -1.5}));
+}
+
+/// exp(-1) needs more than four terms, exp(-1/2) does not.
+TEST_F(IntegrationTest, AHalvedNegativeStepMayLandOnTmax)
+{
+  AllowFourTerms();
+  EnterExponential();
+  SetStepAndEnd(-1.0, -0.5);
+  const RunOutcome run;
+  EXPECT_EQ(run.Times(), Times{-0.5});
+  EXPECT_NEAR(run.Rows()[0].values.at(0), std::exp(-0.5), 1e-2);
 }
 
 TEST_F(IntegrationTest, AStepOf0IsAllowedWhereTheSteadyStateEndsTheRun)

@@ -112,7 +112,7 @@ TEST_F(PeriodWatchTest, ARoomForSamplesEndsInASegmentationFault)
   MakeVariable("y", 1.0);
   global->_PERIODEQ = "y";
   global->_PERIODSAME = 1;
-  for (const int bufferSize : {1, 50}) {
+  for (const int bufferSize : {2, 50}) {
     global->_PERIODBUF = bufferSize;
     const auto arm = [] {
       std::signal(SIGSEGV, SIG_DFL);
@@ -127,7 +127,7 @@ TEST_F(PeriodWatchTest, WithoutRoomForSamplesItNeverFindsAPeriod)
   MakeVariable("y", 1.0, Constant(0));
   global->_PERIODEQ = "y";
   global->_PERIODSAME = 1;
-  for (const int bufferSize : {0, -1}) {
+  for (const int bufferSize : {1, 0, -1}) {
     global->_PERIODBUF = bufferSize;
     PeriodWatch watch;
     watch.Arm();

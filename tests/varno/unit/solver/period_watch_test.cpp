@@ -138,19 +138,22 @@ TEST_F(PeriodTest, WatchThatIsOffFindsNothing)
   EXPECT_FALSE(FindsPeriodInSecondTest(global));
 }
 
-TEST_F(PeriodTest, WatchWithoutBufferFindsNothing)
+TEST_F(PeriodTest, WatchWithoutRoomForSamplesFindsNothing)
 {
   WatchConstantDerivative(global, 0);
-  global->_PERIODBUF = 0;
-  PeriodWatch watch;
-  watch.Arm();
-  for (int i = 0; i < 5; ++i) EXPECT_FALSE(watch.FindsPeriod());
+  for (const int size : {-1, 0, 1}) {
+    SCOPED_TRACE(size);
+    global->_PERIODBUF = size;
+    PeriodWatch watch;
+    watch.Arm();
+    for (int i = 0; i < 5; ++i) EXPECT_FALSE(watch.FindsPeriod());
+  }
 }
 
-TEST_F(PeriodTest, ArmingWithABufferEndsInASegmentationFault)
+TEST_F(PeriodTest, ArmingWithRoomForSamplesEndsInASegmentationFault)
 {
   WatchConstantDerivative(global, 0);
-  for (const int size : {1, 2, 50}) {
+  for (const int size : {2, 3, 50}) {
     SCOPED_TRACE(size);
     global->_PERIODBUF = size;
     const ChildOutcome child = RunInChild([] {
