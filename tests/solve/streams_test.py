@@ -142,7 +142,7 @@ class StreamsTest(unittest.TestCase):
         self.assertIn("cannot write standard output: Bad file descriptor", result.stderr)
 
     def test_closed_standard_error(self):
-        result = self.shell('"$1" "$2" --points 4 --output rows 2>&-')
+        result = self.shell('"$1" "$2" --points 4 --progress --output rows 2>&-')
         self.assertEqual((result.returncode, result.stdout), (0, ""))
         rows = (self.folder / "rows").read_text().splitlines()
         self.assertEqual(len(rows), 6)
@@ -256,4 +256,6 @@ class StreamsTest(unittest.TestCase):
 
 
 if __name__ == "__main__":
+    # Whoever runs this in the background may have it ignore interrupts, which programs inherit.
+    signal.signal(signal.SIGINT, signal.default_int_handler)
     unittest.main()

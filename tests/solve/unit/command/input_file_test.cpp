@@ -1,10 +1,11 @@
 #include "solve/command/input_file.h"
 
-#include <filesystem>
 #include <fstream>
 #include <string>
 
 #include <gtest/gtest.h>
+
+#include "tests/solve/support/scratch_path.h"
 
 namespace varno::solve {
 
@@ -12,9 +13,6 @@ namespace {
 
 class InputFileTest : public testing::Test {
  protected:
-  InputFileTest() : path(testing::TempDir() + "varno_solve_input_file_test") {}
-  ~InputFileTest() override { std::filesystem::remove(path); }
-
   void Write(const std::string& bytes) { std::ofstream(path, std::ios::binary) << bytes; }
   std::string Error() const
   {
@@ -26,7 +24,8 @@ class InputFileTest : public testing::Test {
     return "no error";
   }
 
-  std::string path;
+  const ScratchPath scratch;
+  const std::string& path = scratch.String();
 };
 
 }  // namespace

@@ -7,7 +7,19 @@
 
 namespace varno::solve {
 
-TEST(Interruption, RemembersTheSignal)
+namespace {
+
+/// Interrupts end the process, also where the tests run in the background and ignore them.
+class InterruptionTest : public testing::Test {
+ protected:
+  InterruptionTest() { std::signal(SIGINT, SIG_DFL); }
+};
+
+using InterruptionDeathTest = InterruptionTest;
+
+}  // namespace
+
+TEST_F(InterruptionTest, RemembersTheSignal)
 {
   const Interruption interruption;
   EXPECT_EQ(Interruption::Signal(), 0);
@@ -15,7 +27,7 @@ TEST(Interruption, RemembersTheSignal)
   EXPECT_EQ(Interruption::Signal(), SIGTERM);
 }
 
-TEST(Interruption, ForgetsWhatEarlierOnesSaw)
+TEST_F(InterruptionTest, ForgetsWhatEarlierOnesSaw)
 {
   {
     const Interruption interruption;
@@ -25,7 +37,7 @@ TEST(Interruption, ForgetsWhatEarlierOnesSaw)
   EXPECT_EQ(Interruption::Signal(), 0);
 }
 
-TEST(InterruptionDeathTest, SecondSignalEndsTheProcess)
+TEST_F(InterruptionDeathTest, SecondSignalEndsTheProcess)
 {
   for (const int signal : {SIGINT, SIGTERM}) {
     EXPECT_EXIT(
@@ -39,7 +51,7 @@ TEST(InterruptionDeathTest, SecondSignalEndsTheProcess)
   }
 }
 
-TEST(InterruptionDeathTest, AfterItsLifeASignalEndsTheProcess)
+TEST_F(InterruptionDeathTest, AfterItsLifeASignalEndsTheProcess)
 {
   EXPECT_EXIT(
       {
@@ -52,7 +64,7 @@ TEST(InterruptionDeathTest, AfterItsLifeASignalEndsTheProcess)
       testing::KilledBySignal(SIGINT), "");
 }
 
-TEST(InterruptionDeathTest, IgnoredSignalStaysIgnored)
+TEST_F(InterruptionDeathTest, IgnoredSignalStaysIgnored)
 {
   EXPECT_EXIT(
       {

@@ -2,7 +2,6 @@
 
 #include <csignal>
 #include <fcntl.h>
-#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -11,6 +10,8 @@
 #include <unistd.h>
 
 #include <gtest/gtest.h>
+
+#include "tests/solve/support/scratch_path.h"
 
 namespace varno::solve {
 
@@ -32,7 +33,8 @@ std::string Contents(const std::string& path)
 
 TEST(OutputFile, ReplacesAndWritesAtOnce)
 {
-  const std::string path = testing::TempDir() + "varno_solve_output_file_test";
+  const ScratchPath scratch;
+  const std::string& path = scratch.String();
   std::ofstream(path) << "what was there before";
   OutputFile file = OutputFile::Open(path, Never);
   EXPECT_EQ(Contents(path), "");
@@ -41,7 +43,6 @@ TEST(OutputFile, ReplacesAndWritesAtOnce)
   file.Write("two\n");
   file.Close();
   EXPECT_EQ(Contents(path), "one\ntwo\n");
-  std::filesystem::remove(path);
 }
 
 TEST(OutputFile, NamesWhatCannotBeOpened)
@@ -63,8 +64,8 @@ TEST(OutputFile, FullDisk)
 
 TEST(OutputFile, ClosedPipe)
 {
-  const std::string path = testing::TempDir() + "varno_solve_output_file_test_pipe";
-  std::filesystem::remove(path);
+  const ScratchPath scratch;
+  const std::string& path = scratch.String();
   ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
   const int reader = open(path.c_str(), O_RDONLY | O_NONBLOCK);
   OutputFile file = OutputFile::Open(path, Never);
@@ -73,7 +74,6 @@ TEST(OutputFile, ClosedPipe)
   const auto old = std::signal(SIGPIPE, SIG_IGN);
   EXPECT_THROW(file.Write("row\n"), OutputClosed);
   std::signal(SIGPIPE, old);
-  std::filesystem::remove(path);
 }
 
 TEST(OutputFile, IsNoTerminal)
@@ -83,8 +83,8 @@ TEST(OutputFile, IsNoTerminal)
 
 TEST(OutputFile, WaitingForAReaderCanBeInterrupted)
 {
-  const std::string path = testing::TempDir() + "varno_solve_output_file_test_pipe";
-  std::filesystem::remove(path);
+  const ScratchPath scratch;
+  const std::string& path = scratch.String();
   ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
   const int reader = open(path.c_str(), O_RDONLY | O_NONBLOCK);
 
@@ -107,7 +107,6 @@ TEST(OutputFile, WaitingForAReaderCanBeInterrupted)
   }
   sigaction(SIGALRM, &old, nullptr);
   close(reader);
-  std::filesystem::remove(path);
 }
 
 }  // namespace varno::solve

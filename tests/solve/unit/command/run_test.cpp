@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "solve/command/exit_status.h"
+#include "tests/solve/support/scratch_path.h"
 #include "tests/solve/support/string_sink.h"
 
 namespace varno::solve {
@@ -18,7 +19,7 @@ namespace {
 /// Runs the stand-in for the library, which knows one solution and reads from the text how to end.
 class RunTest : public testing::Test {
  protected:
-  RunTest() : folder(testing::TempDir() + "varno_solve_run_test")
+  RunTest()
   {
     std::filesystem::create_directory(folder);
     commandLine.file = folder + "/input.varno";
@@ -27,7 +28,6 @@ class RunTest : public testing::Test {
     commandLine.options.rows = RowsEvery{"1/4"};
     commandLine.quiet = true;
   }
-  ~RunTest() override { std::filesystem::remove_all(folder); }
 
   int RunWith(const std::string& text)
   {
@@ -42,7 +42,8 @@ class RunTest : public testing::Test {
     return text.str();
   }
 
-  std::string folder;
+  const ScratchPath scratch;
+  const std::string& folder = scratch.String();
   CommandLine commandLine;
   StringSink errors;
 };
