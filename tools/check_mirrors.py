@@ -49,8 +49,6 @@ EXCEPTIONS = {
     "solve/library/solve.h": "the functions are in problem, solution and value",
     "solve/library/value.cpp": "inside of solution",
     "solve/model/binding.cpp": "library/solution_test solves with parameters",
-    "solve/model/declarations.cpp": "inside of build_model",
-    "solve/model/dependencies.cpp": "inside of build_model",
     "solve/model/expansion.cpp": "inside of build_model",
     "solve/model/model.h": "structs without functions",
     "solve/model/model_builder.cpp": "inside of build_model",

@@ -122,6 +122,11 @@ class Syntax {
   const Expression& operator[](ExpressionId id) const { return expressions[id]; }
   std::span<const ExpressionId> Operands(ExpressionId id) const;
   std::size_t Size() const { return expressions.size(); }
+  /// True when no statement could be read.
+  bool IsEmpty() const
+  {
+    return equations.empty() && starts.empty() && functions.empty() && events.empty();
+  }
 
   std::vector<EquationStatement> equations;  ///< and definitions, in the order of the file
   std::vector<StartStatement> starts;

@@ -34,15 +34,14 @@ Declarations::Declarations(const Syntax& syntax, const Sources& sources, Diagnos
       diagnostics.Note(equation.head.place,
                        Quoted(declaration.name) + " is defined here, without a derivative mark");
     }
-    if (!Add(declaration, diagnostics)) continue;
-
-    states += declaration.order;
     marks += std::uint64_t{declaration.order} * declaration.order / 2;
     if (marks > kMaxMarks) {
       diagnostics.Error(equation.head.place, "the orders of all equations together are too large",
                         "introduce variables for the derivatives: y' = v; v' = ...");
-      marks = 0;
+      // From here on names take no memory any more.
+      declaration.order = 1;
     }
+    if (Add(declaration, diagnostics)) states += declaration.order;
   }
   for (const FunctionStatement& function : syntax.functions) {
     Declaration declaration{DeclarationKind::kFunction, sources.Text(function.name), function.name};

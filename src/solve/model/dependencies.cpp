@@ -1,6 +1,8 @@
 #include "solve/model/dependencies.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <utility>
 
@@ -20,7 +22,7 @@ class Walk {
         resolution(resolution),
         diagnostics(diagnostics),
         state(declarations.Size(), State::kNew),
-        inReportedCircle(declarations.Size(), false)
+        position(declarations.Size(), 0)
   {
     found.dependence.resize(declarations.Size(), Dependence::kNothing);
     found.broken.resize(declarations.Size(), false);
@@ -36,19 +38,33 @@ class Walk {
 
  private:
   enum class State : std::uint8_t { kNew, kOpen, kDone };
+  static constexpr std::size_t kNowhere = SIZE_MAX;
+
   /// A declaration on the way, and the expression that is looked at next.
   struct Visit {
     std::uint32_t declaration;
     ExpressionId next;
     Place use;  // of the next declaration on the way
+    /// The first position on the way that this declaration, or one after it, leads back to.
+    std::size_t back;
+    /// The last position up to here, counted from 1, that belongs to a reported circle.
+    std::size_t lastReported;
   };
 
   void Open(std::uint32_t declaration)
   {
     const Tree& tree = declarations[declaration].tree;
     state[declaration] = State::kOpen;
-    // A declaration without an expression has nothing to look at.
-    way.push_back({declaration, tree.syntax == nullptr ? 1 : (*tree.syntax)[tree.root].first, {}});
+    // Who uses a derivative uses a variable, even where it happens to be constant.
+    if (declarations[declaration].kind == DeclarationKind::kVariable) {
+      found.dependence[declaration] = Dependence::kStates;
+    }
+    position[declaration] = way.size();
+    way.push_back({declaration,
+                   (*tree.syntax)[tree.root].first,
+                   {},
+                   kNowhere,
+                   way.empty() ? 0 : way.back().lastReported});
   }
 
   void WalkFrom(std::uint32_t start)
@@ -67,11 +83,15 @@ class Walk {
 
   void Close()
   {
-    const std::uint32_t done = way.back().declaration;
+    const Visit done = way.back();
     way.pop_back();
-    state[done] = State::kDone;
-    found.order.push_back(done);
-    if (!way.empty()) Add(way.back().declaration, done);
+    // It is part of a circle when the way from it leads back to it or to one before.
+    if (done.back != kNowhere && done.back <= way.size()) found.broken[done.declaration] = true;
+    state[done.declaration] = State::kDone;
+    found.order.push_back(done.declaration);
+    if (way.empty()) return;
+    way.back().back = std::min(way.back().back, done.back);
+    Add(way.back().declaration, done.declaration);
   }
 
   void Add(std::uint32_t user, std::uint32_t used)
@@ -97,7 +117,7 @@ class Walk {
         Open(binding.index);
         break;
       case State::kOpen:
-        TakeCircle(binding.index);
+        TakeCircle(position[binding.index]);
         break;
       case State::kDone:
         Add(current, binding.index);
@@ -105,20 +125,14 @@ class Walk {
     }
   }
 
-  /// The way leads back to one of its declarations.
-  void TakeCircle(std::uint32_t back)
+  /// The way leads back to the declaration at a position. Circles that have a part in common are
+  /// reported once.
+  void TakeCircle(std::size_t first)
   {
-    const auto first = std::find_if(
-        way.begin(), way.end(), [back](const Visit& visit) { return visit.declaration == back; });
-    const std::vector<Visit> circle(first, way.end());
-    const bool isNew = std::none_of(circle.begin(), circle.end(), [this](const Visit& visit) {
-      return inReportedCircle[visit.declaration];
-    });
-    if (isNew) Report(circle);
-    for (const Visit& visit : circle) {
-      found.broken[visit.declaration] = true;
-      inReportedCircle[visit.declaration] = true;
-    }
+    way.back().back = std::min(way.back().back, first);
+    if (way.back().lastReported > first) return;
+    Report({way.begin() + static_cast<std::ptrdiff_t>(first), way.end()});
+    for (std::size_t i = first; i < way.size(); ++i) way[i].lastReported = i + 1;
   }
 
   std::string NameOf(std::uint32_t number) const
@@ -151,7 +165,7 @@ class Walk {
   Diagnostics& diagnostics;
   Dependencies found;
   std::vector<State> state;
-  std::vector<bool> inReportedCircle;
+  std::vector<std::size_t> position;  // on the way, of open ones
   std::vector<Visit> way;
 };
 

@@ -88,8 +88,6 @@ NodeId Expansion::Expand(const Tree& tree)
 NodeId Expansion::ExpandConstant(const Tree& tree)
 {
   constant = true;
-  // Faults within calls are looked for again: elsewhere they are none.
-  calls.clear();
   return Run(tree);
 }
 
@@ -126,7 +124,7 @@ void Expansion::Finish()
   finished = IsNode(result) ? result : kNoNode;
   if (frames.empty()) return;
   Give(finished);
-  calls.emplace(frame.call, finished);
+  (constant ? constantCalls : calls).emplace(frame.call, finished);
 }
 
 /// Evaluates the next expression, or begins with the function that it calls.
@@ -154,8 +152,9 @@ void Expansion::TakeCall(const Expression& expression, std::uint32_t function)
   std::vector<NodeId> call = {function};
   for (std::size_t i = 0; i < expression.operandCount; ++i) call.push_back(Operand(id, i));
 
-  const auto known = calls.find(call);
-  if (known != calls.end()) {
+  const Calls& knownCalls = constant ? constantCalls : calls;
+  const auto known = knownCalls.find(call);
+  if (known != knownCalls.end()) {
     Give(known->second);
   } else if (!HasAllOperands(id) || declarationNodes[function] == kNoNode ||
              !MayExpand(expression, declarations[function].tree)) {

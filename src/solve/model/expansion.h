@@ -97,7 +97,9 @@ class Expansion {
   std::vector<NodeId> declarationNodes;
   std::vector<Frame> frames;
   NodeId finished = kNoNode;  // what the outermost frame came to
-  std::unordered_map<std::vector<NodeId>, NodeId, CallHash> calls;
+  using Calls = std::unordered_map<std::vector<NodeId>, NodeId, CallHash>;
+  Calls calls;
+  Calls constantCalls;  // apart: what is a fault in a constant is none elsewhere
   std::set<std::pair<const Syntax*, ExpressionId>> reported;
   std::size_t expanded = 0;  // expressions of function bodies so far
   bool constant = false;

@@ -1,9 +1,9 @@
 #include "solve/model/model_builder.h"
 
+#include <unordered_map>
 #include <utility>
 
 #include "solve/model/equal_constants.h"
-#include "solve/model/near_name.h"
 
 namespace varno::solve {
 
@@ -29,6 +29,10 @@ ModelBuilder::ModelBuilder(const Syntax& problem, const Syntax& settings, const 
 
 Model ModelBuilder::Build()
 {
+  if (problem.IsEmpty() && !diagnostics.HasErrors()) {
+    diagnostics.Error({}, "there is no equation",
+                      "equations are written y' = expression & start value;");
+  }
   ResolveAll();
   dependencies = FindDependencies(declarations, resolution, diagnostics);
   CollectStarts();
@@ -147,13 +151,12 @@ std::optional<std::uint32_t> ModelBuilder::FindState(const Head& head, bool isSe
   const std::uint32_t number = declarations.Find(name);
   if (number == Declarations::kNone) {
     if (!isSetting && resolution.IsLost(name)) return std::nullopt;
-    NearName near(name);
-    for (const Declaration& declaration : declarations.All()) {
-      if (declaration.kind == DeclarationKind::kVariable) near.Consider(declaration.name);
-    }
-    diagnostics.Error(
-        head.name, "there is no equation for " + Quoted(name),
-        near.Best().empty() ? std::string() : "did you mean " + Quoted(near.Best()) + "?");
+    const std::string hint = resolution.Suggest(name, [this](NearName& near) {
+      for (const Declaration& declaration : declarations.All()) {
+        if (declaration.kind == DeclarationKind::kVariable) near.Consider(declaration.name);
+      }
+    });
+    diagnostics.Error(head.name, "there is no equation for " + Quoted(name), hint);
     return std::nullopt;
   }
   const Declaration& declaration = declarations[number];
@@ -216,13 +219,12 @@ void ModelBuilder::ApplyParameterSettings()
 
 void ModelBuilder::ReportUnknownParameter(Place place)
 {
-  NearName near(sources.Text(place));
-  for (std::uint32_t i = 0; i < declarations.Size(); ++i) {
-    if (IsParameter(i)) near.Consider(declarations[i].name);
-  }
-  diagnostics.Error(
-      place, "there is no parameter " + Quoted(sources.Text(place)),
-      near.Best().empty() ? std::string() : "did you mean " + Quoted(near.Best()) + "?");
+  const std::string hint = resolution.Suggest(sources.Text(place), [this](NearName& near) {
+    for (std::uint32_t i = 0; i < declarations.Size(); ++i) {
+      if (IsParameter(i)) near.Consider(declarations[i].name);
+    }
+  });
+  diagnostics.Error(place, "there is no parameter " + Quoted(sources.Text(place)), hint);
 }
 
 // ------------------------------------------------------------------------------
@@ -338,8 +340,15 @@ void ModelBuilder::AddColumns()
 
 void ModelBuilder::ReportEvents()
 {
-  for (const EventStatement& event : problem.events)
+  std::unordered_map<std::string_view, Place> known;
+  for (const EventStatement& event : problem.events) {
     diagnostics.Error(event.name, "not yet: events");
+    const std::string_view name = sources.Text(event.name);
+    const auto [first, isNew] = known.try_emplace(name, event.name);
+    if (isNew) continue;
+    diagnostics.Error(event.name, "two events are named " + Quoted(name));
+    diagnostics.Note(first->second, "the first event of this name is here");
+  }
 }
 
 void ModelBuilder::AddNotes()

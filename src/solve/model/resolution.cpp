@@ -2,14 +2,12 @@
 
 #include <string>
 
-#include "solve/model/near_name.h"
-
 namespace varno::solve {
 
 namespace {
 
 /// Searches for near names go through all names; after so many, errors come without.
-constexpr int kMaxSearches = 200;
+constexpr int kMaxSearches = 100;
 
 /// Longer names are not quoted in full.
 constexpr std::size_t kMaxQuoted = 80;
@@ -18,11 +16,6 @@ std::string Quoted(std::string_view name)
 {
   if (name.size() > kMaxQuoted) return "'" + std::string(name.substr(0, kMaxQuoted)) + "...'";
   return "'" + std::string(name) + "'";
-}
-
-std::string Question(std::string_view nearName)
-{
-  return nearName.empty() ? std::string() : "did you mean " + Quoted(nearName) + "?";
 }
 
 std::string CountOf(std::size_t count, const std::string& thing)
@@ -42,10 +35,13 @@ void Resolution::Resolve(const Tree& tree, std::span<const Place> parameters)
   const Syntax& syntax = *tree.syntax;
   std::vector<Binding>& bound = bindings[&syntax];
   bound.resize(syntax.Size());
+  Parameters names;
+  for (std::uint32_t i = 0; i < parameters.size(); ++i)
+    names.emplace(sources.Text(parameters[i]), i);
   for (ExpressionId id = syntax[tree.root].first; id <= tree.root; ++id) {
     const Expression& expression = syntax[id];
-    if (expression.kind == ExpressionKind::kName) bound[id] = ResolveName(expression, parameters);
-    if (expression.kind == ExpressionKind::kCall) bound[id] = ResolveCall(syntax, id, parameters);
+    if (expression.kind == ExpressionKind::kName) bound[id] = ResolveName(expression, names);
+    if (expression.kind == ExpressionKind::kCall) bound[id] = ResolveCall(syntax, id, names);
     CheckOperands(syntax, id);
   }
   RequireValue(syntax, tree.root);
@@ -54,12 +50,11 @@ void Resolution::Resolve(const Tree& tree, std::span<const Place> parameters)
 // ------------------------------------------------------------------------------
 // Names
 
-Binding Resolution::ResolveName(const Expression& name, std::span<const Place> parameters)
+Binding Resolution::ResolveName(const Expression& name, const Parameters& parameters)
 {
   const std::string_view text = sources.Text(name.name);
-  for (std::uint32_t i = 0; i < parameters.size(); ++i) {
-    if (sources.Text(parameters[i]) != text) continue;
-    if (name.order == 0) return {Binding::Kind::kParameter, i};
+  if (const auto parameter = parameters.find(text); parameter != parameters.end()) {
+    if (name.order == 0) return {Binding::Kind::kParameter, parameter->second};
     diagnostics.Error(name.place,
                       Quoted(text) + " is a parameter of the function and has no derivative");
     return {};
@@ -101,7 +96,16 @@ Binding Resolution::ResolveVariable(const Expression& name, const Declaration& v
   return {};
 }
 
-void Resolution::ReportUndefined(const Expression& name, std::span<const Place> parameters)
+std::string Resolution::Suggest(std::string_view name,
+                                const std::function<void(NearName&)>& consider)
+{
+  if (++searches > kMaxSearches) return {};
+  NearName near(name);
+  consider(near);
+  return near.Best().empty() ? std::string() : "did you mean " + Quoted(near.Best()) + "?";
+}
+
+void Resolution::ReportUndefined(const Expression& name, const Parameters& parameters)
 {
   const std::string_view text = sources.Text(name.name);
   if (!reported.insert(text).second) return;
@@ -111,13 +115,10 @@ void Resolution::ReportUndefined(const Expression& name, std::span<const Place> 
     return;
   }
 
-  std::string hint;
-  if (++searches <= kMaxSearches) {
-    NearName near(text);
-    for (const Place& parameter : parameters) near.Consider(sources.Text(parameter));
+  std::string hint = Suggest(text, [&](NearName& near) {
+    for (const auto& [parameter, number] : parameters) near.Consider(parameter);
     for (const Declaration& declaration : declarations.All()) near.Consider(declaration.name);
-    hint = Question(near.Best());
-  }
+  });
   if (hint.empty()) hint = HintOnForeignName(text);
   diagnostics.Error(name.place, Quoted(text) + " is not defined", hint);
 }
@@ -125,13 +126,11 @@ void Resolution::ReportUndefined(const Expression& name, std::span<const Place> 
 // ------------------------------------------------------------------------------
 // Calls
 
-Binding Resolution::ResolveCall(const Syntax& syntax, ExpressionId id,
-                                std::span<const Place> parameters)
+Binding Resolution::ResolveCall(const Syntax& syntax, ExpressionId id, const Parameters& parameters)
 {
   const Expression& call = syntax[id];
   const std::string_view text = sources.Text(call.name);
-  for (const Place& parameter : parameters) {
-    if (sources.Text(parameter) != text) continue;
+  if (parameters.contains(text)) {
     diagnostics.Error(call.name, Quoted(text) + " is a parameter here and no function",
                       "a product is written with '*'");
     return {};
@@ -201,13 +200,13 @@ void Resolution::ReportUnknownFunction(const Expression& call)
   const std::string_view text = sources.Text(call.name);
   if (!reported.insert(text).second) return;
   std::string hint = HintOnForeignFunction(text);
-  if (hint.empty() && ++searches <= kMaxSearches) {
-    NearName near(text);
-    for (const Declaration& declaration : declarations.All()) {
-      if (declaration.kind == DeclarationKind::kFunction) near.Consider(declaration.name);
-    }
-    for (const BuiltInFunction& function : BuiltInFunctions()) near.Consider(function.name);
-    hint = Question(near.Best());
+  if (hint.empty()) {
+    hint = Suggest(text, [&](NearName& near) {
+      for (const Declaration& declaration : declarations.All()) {
+        if (declaration.kind == DeclarationKind::kFunction) near.Consider(declaration.name);
+      }
+      for (const BuiltInFunction& function : BuiltInFunctions()) near.Consider(function.name);
+    });
   }
   diagnostics.Error(call.name, "there is no function " + Quoted(text), hint);
 }

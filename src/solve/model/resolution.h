@@ -1,8 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <map>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
@@ -11,6 +14,7 @@
 #include "solve/language/syntax.h"
 #include "solve/model/declarations.h"
 #include "solve/model/functions.h"
+#include "solve/model/near_name.h"
 #include "solve/source/diagnostics.h"
 #include "solve/source/sources.h"
 
@@ -49,6 +53,10 @@ class Resolution {
 
   const std::vector<Binding>& Of(const Syntax& syntax) const { return bindings.at(&syntax); }
 
+  /// "did you mean 'x'?", when one of the candidates that `consider` offers is near; else empty. A
+  /// search goes through all names of a problem, so there are only so many searches.
+  std::string Suggest(std::string_view name, const std::function<void(NearName&)>& consider);
+
   /// The first y' in an expression, null when there is none.
   const Expression* FirstDerivative() const
   {
@@ -56,14 +64,17 @@ class Resolution {
   }
 
  private:
-  Binding ResolveName(const Expression& name, std::span<const Place> parameters);
+  /// The parameters of the function whose body is being resolved, with their numbers.
+  using Parameters = std::map<std::string_view, std::uint32_t>;
+
+  Binding ResolveName(const Expression& name, const Parameters& parameters);
   Binding ResolveVariable(const Expression& name, const Declaration& variable,
                           std::uint32_t number);
-  Binding ResolveCall(const Syntax& syntax, ExpressionId id, std::span<const Place> parameters);
+  Binding ResolveCall(const Syntax& syntax, ExpressionId id, const Parameters& parameters);
   Binding ResolveCallOfBuiltIn(const Expression& call, const BuiltInFunction& function);
   Binding ResolveCallOfFunction(const Expression& call, std::uint32_t number);
   void ReportCallOfValue(const Syntax& syntax, ExpressionId id, const Declaration& declaration);
-  void ReportUndefined(const Expression& name, std::span<const Place> parameters);
+  void ReportUndefined(const Expression& name, const Parameters& parameters);
   void ReportUnknownFunction(const Expression& call);
   void CheckOperands(const Syntax& syntax, ExpressionId id);
   void RequireValue(const Syntax& syntax, ExpressionId id);

@@ -320,6 +320,8 @@ TEST(BuildModel, StartValuesMustBeConstant)
               ElementsAre("d: a start value must be constant, and 'd' depends on variables"));
   EXPECT_THAT(ReadProblem("x' = 1 & f(1); function f(u) = u*t;").Errors(),
               ElementsAre("f(1): a start value must be constant, and 'f' depends on the time"));
+  EXPECT_THAT(ReadProblem("x' = 1; y' = 1 & x';").Errors(),
+              ElementsAre("x': a start value must be constant, and 'x' depends on variables"));
   EXPECT_THAT(ReadProblem("x' = 1; x(t) = 0;").Errors(),
               ElementsAre("t: the point of a start value must be constant, and 't' is the time"));
 }
@@ -548,6 +550,139 @@ TEST(BuildModel, NamesInWhatIsNotYetThereAreResolved)
   EXPECT_THAT(ReadProblem("x' = 1; event hit: y falling { z = q; };").Errors(),
               testing::IsSupersetOf({"y: 'y' is not defined", "q: 'q' is not defined",
                                      "z: there is no equation for 'z'"}));
+}
+
+TEST(BuildModel, TwoEventsOfOneName)
+{
+  EXPECT_THAT(ReadProblem("x' = 1; event hit: x; event hit: t;").Errors(),
+              testing::Contains("hit: two events are named 'hit'"));
+}
+
+// ------------------------------------------------------------------------------
+// Size
+
+std::string Repeated(std::string_view text, int count)
+{
+  std::string result;
+  for (int i = 0; i < count; ++i) result += text;
+  return result;
+}
+
+TEST(BuildModel, DepthIsNoLimit)
+{
+  constexpr int kDepth = 100000;
+  const std::string close(kDepth, ')');
+  for (const std::string& text :
+       {"x' = " + Repeated("(", kDepth) + "x" + close + ";",
+        "x' = " + Repeated("sin(", kDepth) + "x" + close + ";",
+        "x' = x" + Repeated(" + 1/x", kDepth) + ";", "x' = " + Repeated("x^", kDepth) + "x;",
+        "x' = " + Repeated("1 - (", kDepth) + "x" + close + ";",
+        "x' = 1 & " + Repeated("cos(", kDepth) + "1" + close + ";"}) {
+    const ReadProblem problem(text);
+    EXPECT_EQ(problem.Remarks(), "");
+    EXPECT_FALSE(PrintModel(problem.model).empty());
+  }
+}
+
+TEST(BuildModel, LongChainsOfDefinitions)
+{
+  std::string text = "x' = a0 & k0; k100000 = 1; a100000 = x;\n";
+  for (int i = 0; i < 100000; ++i) {
+    const std::string name = std::to_string(i), next = std::to_string(i + 1);
+    text += "a" + name + " = a" + next + " + 1; k" + name + " = k" + next + " + 1;\n";
+  }
+  const ReadProblem problem(text);
+  EXPECT_EQ(problem.Remarks(), "");
+  EXPECT_EQ(problem.model.parameters.size(), 100001U);
+  EXPECT_EQ(problem.model.columns.size(), 100002U);
+}
+
+TEST(BuildModel, TenThousandEquations)
+{
+  std::string text;
+  for (int i = 0; i < 10000; ++i) {
+    const std::string name = "u" + std::to_string(i);
+    text += name + "' = u" + std::to_string((i + 1) % 10000) + " - 2*" + name + " + u" +
+            std::to_string((i + 9999) % 10000) + " & 1/" + std::to_string(i + 1) + ";\n";
+  }
+  const ReadProblem problem(text);
+  EXPECT_EQ(problem.Remarks(), "");
+  ASSERT_EQ(problem.model.states.size(), 10000U);
+  EXPECT_EQ(problem.RightHandSide("u9999"), "u0 - 2*u9999 + u9998");
+}
+
+TEST(BuildModel, TenThousandMistakes)
+{
+  std::string text;
+  for (int i = 0; i < 10000; ++i) {
+    const std::string name = "name" + std::to_string(i);
+    text += name + "' = wrong" + std::to_string(i) + "; other" + std::to_string(i) + "(0) = 1;\n";
+  }
+  const ReadProblem problem(text);
+  EXPECT_EQ(problem.Errors().size(), 20000U);
+  EXPECT_THAT(problem.Remarks(), testing::EndsWith("19900 more errors are not shown\n"));
+}
+
+TEST(BuildModel, ManyCirclesThroughOneDefinition)
+{
+  // Each definition leads back to the first: one circle is shown, in a time that does not grow with
+  // their number squared.
+  std::string text;
+  for (int i = 0; i < 50000; ++i) {
+    text += "a" + std::to_string(i) + " = a" + std::to_string(i + 1) + " + a0;\n";
+  }
+  text += "a50000 = a0;";
+  const ReadProblem problem(text);
+  EXPECT_EQ(problem.Errors().size(), 1U);
+}
+
+TEST(BuildModel, ManyParametersOfAFunction)
+{
+  std::string names = "u0", sum = "u0", arguments = "x";
+  for (int i = 1; i < 20000; ++i) {
+    names += ",u" + std::to_string(i);
+    sum += "+u" + std::to_string(i);
+    arguments += ",x";
+  }
+  const ReadProblem problem("function f(" + names + ") = " + sum + "; x' = f(" + arguments + ");");
+  EXPECT_EQ(problem.Remarks(), "");
+}
+
+TEST(BuildModel, TheHighestOrder)
+{
+  const ReadProblem problem("x'10000 = 1;");
+  EXPECT_FALSE(problem.diagnostics.HasErrors());
+  EXPECT_EQ(problem.model.states.size(), 10000U);
+}
+
+TEST(BuildModel, OrdersTogetherHaveALimit)
+{
+  std::string text;
+  for (int i = 0; i < 3000; ++i) text += "x" + std::to_string(i) + "'10000 = 1;\n";
+  const ReadProblem problem(text);
+  EXPECT_EQ(problem.Errors().size(), 2999U);
+  EXPECT_THAT(problem.Errors()[0], HasSubstr("the orders of all equations together are too large"));
+  EXPECT_LT(problem.model.states.size(), 20000U);
+}
+
+TEST(BuildModel, HugeNumbersCostNothing)
+{
+  const ReadProblem problem(
+      "x' = 1e999999999*t & 1e-999999999; y' = 2^999999999*t & (1/3)^1e18; z' = 2^2^2^2^2^2^2 & "
+      "10^10^10^10;");
+  EXPECT_EQ(problem.Remarks(), "");
+  EXPECT_LT(problem.model.graph.Size(), 50U);
+  EXPECT_THAT(ReadProblem("x' = 1e9999999999999999999;").Errors(),
+              ElementsAre("1e9999999999999999999: the exponent of this number is too large "
+                          "(exponents go from -10^18 to "
+                          "10^18)"));
+}
+
+TEST(BuildModel, AnEmptyTextIsNoProblem)
+{
+  EXPECT_THAT(ReadProblem("").Remarks(), HasSubstr("test.varno:1:1: error: there is no equation"));
+  EXPECT_THAT(ReadProblem("// only a comment\n").Remarks(),
+              HasSubstr("error: there is no equation"));
 }
 
 // ------------------------------------------------------------------------------
