@@ -7,7 +7,7 @@
 # the slashes (varno.expr).
 #
 #   USES           rooms whose headers the room's own headers include
-#   PRIVATE_USES   rooms whose headers only its sources include
+#   PRIVATE_USES   rooms whose headers only its sources include, and headers for these
 #   LINKS          other targets that it needs
 #
 # What a room does not list it cannot include: a header is spelled by the path of its room, as in

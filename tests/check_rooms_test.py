@@ -60,12 +60,22 @@ class CheckRoomsTest(unittest.TestCase):
             'src/p/high/c.cpp: includes "low/a.h", but p/high does not list low in USES or '
             'PRIVATE_USES'])
 
-    def test_private_neighbour_in_a_header(self):
-        self.rooms["p/high"] = ("p/middle", "low")
-        self.write("p/high/c.cpp", '#include "low/a.h"')
-        self.write("p/high/c.h", '#include "low/a.h"\n#include "p/middle/b.h"')
+    def test_private_neighbour_in_a_header_that_others_see(self):
+        self.rooms["p/middle"] = ("", "low")
+        self.write("p/middle/b.h", '#include "p/middle/inner.h"')
+        self.write("p/middle/inner.h", '#include "low/a.h"')
         self.assertEqual(self.check()[1], [
-            'src/p/high/c.h: includes "low/a.h", but p/high does not list low in USES'])
+            'src/p/middle/inner.h: includes "low/a.h", but p/middle does not list low in USES'])
+
+    def test_private_neighbour_in_a_header_for_own_sources(self):
+        self.rooms["p/high"] = ("p/middle", "low")
+        self.write("p/high/inner.h", '#include "low/a.h"')
+        self.write("p/high/c.cpp", '#include "p/high/inner.h"')
+        self.assertEqual(self.check()[1], [])
+
+    def test_folder_of_a_room_belongs_to_it(self):
+        self.write("p/high/public/c.h", "")
+        self.assertEqual(self.check()[1], [])
 
     def test_neighbour_that_is_not_used(self):
         self.rooms["p/high"] = ("p/middle low", "")

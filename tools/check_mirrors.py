@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Checks that the unit tests mirror the sources.
+"""Checks that the unit tests mirror the sources, where they promise it.
 
 Usage: check_mirrors.py [ROOT]
 
-To each source src/ROOM/NAME.cpp, and to each header without a source of that name, belongs a unit test
+Below the folders of PROMISED in src/: to each source src/ROOM/NAME.cpp, and to each header without a source of that name, belongs a unit test
 tests/ROOM/unit/NAME_test.cpp, or several NAME_TOPIC_test.cpp; the folder unit stands below the
 program's, as in tests/varno/unit/expr/sum_test.cpp. EXCEPTIONS names the others, with the reason. A
 unit test of nothing is reported, too.
@@ -13,6 +13,7 @@ import re
 import sys
 from pathlib import Path
 
+PROMISED = ("arith", "varno")
 EXCEPTIONS = {
     "arith/limb_accumulator.h": "inside of convolution, whose tests compare it with GMP",
     "varno/config/setters.h": "one-line setters; those of options, settings_file and usage_text run each",
@@ -87,7 +88,7 @@ FURTHER_TESTS = {
 
 def sources(root):
     """Names such as varno/expr/sum.cpp."""
-    for path in sorted((root / "src").rglob("*")):
+    for path in sorted(path for folder in PROMISED for path in (root / "src" / folder).rglob("*")):
         name = str(path.relative_to(root / "src"))
         if path.suffix == ".cpp" or path.suffix == ".h" and not path.with_suffix(".cpp").exists():
             yield name
@@ -95,7 +96,8 @@ def sources(root):
 
 def tests(root):
     """Names such as varno/expr/sum of the units that have a test."""
-    for path in sorted((root / "tests").rglob("unit/**/*_test.cpp")):
+    for path in sorted(path for folder in PROMISED
+                       for path in (root / "tests" / folder / "unit").rglob("*_test.cpp")):
         name = str(path.relative_to(root / "tests"))
         yield re.sub(r"(^|/)unit/", r"\1", name).removesuffix("_test.cpp")
 

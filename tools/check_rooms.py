@@ -6,13 +6,14 @@ Usage: check_rooms.py ROOMS_FILE [ROOT]
 The build lists its rooms in ROOMS_FILE (cmake/Rooms.cmake describes a line of it). ROOT is the root of
 the source tree. Reported are
 
-  - an include of another room's header in a header, where the room does not list the other one in
-    USES, and in a source, where it lists it neither there nor in PRIVATE_USES. The compiler lets some
-    of them pass: the headers of a neighbour's neighbours are within its reach;
+  - an include of another room's header in a header that other rooms see, where the room does not list
+    the other one in USES, and in a source, or in a header for the room's own sources, where it lists
+    it neither there nor in PRIVATE_USES. The compiler lets some of them pass: the headers of a
+    neighbour's neighbours are within its reach;
   - a room that is listed, and included nowhere;
   - rooms that use one another in a circle;
   - headers that include one another in a circle;
-  - a file of src/ that is in no room, and a source or header that no room can include because it is
+  - a file of src/ that stands neither in a room nor in a folder of one, and a source or header that no room can include because it is
     spelled in another way than by its path from src/.
 
 Ends with status 0 when there is nothing to report, otherwise 1.
@@ -62,11 +63,29 @@ def room_of_include(rooms, include):
     return name if name in rooms else None
 
 
+def shown_headers(rooms):
+    """The headers that come into files of other rooms, by way of others, too."""
+    includes = {(room.name, f"{room.name}/{path.name}"): includes_of(path)
+                for room in rooms.values() for path in files_of(room)}
+    of_header = {file: list_ for (_, file), list_ in includes.items() if file.endswith(".h")}
+    pending = [include for (name, _), list_ in includes.items() for include in list_
+               if room_of_include(rooms, include) not in (None, name)]
+    shown = set()
+    while pending:
+        header = pending.pop()
+        if header not in shown:
+            shown.add(header)
+            pending += of_header.get(header, ())
+    return shown
+
+
 def undeclared_includes(rooms, root):
+    shown = shown_headers(rooms)
     for room in rooms.values():
         for path in files_of(room):
+            is_shown = f"{room.name}/{path.name}" in shown
             allowed = {room.name} | room.uses
-            if path.suffix != ".h":
+            if not is_shown:
                 allowed |= room.private_uses
             for include in includes_of(path):
                 if include in GENERATED:
@@ -76,7 +95,7 @@ def undeclared_includes(rooms, root):
                 if name is None:
                     yield f"{where}: \"{include}\" is not the path of a header in a room"
                 elif name not in allowed:
-                    kind = "USES" if path.suffix == ".h" else "USES or PRIVATE_USES"
+                    kind = "USES" if is_shown else "USES or PRIVATE_USES"
                     yield f"{where}: includes \"{include}\", but {room.name} does not list {name} in {kind}"
 
 
@@ -85,11 +104,13 @@ def unused_neighbours(rooms):
         by_headers, by_sources = set(), set()
         for path in files_of(room):
             used = {room_of_include(rooms, include) for include in includes_of(path)}
-            (by_headers if path.suffix == ".h" else by_sources).update(used)
+            by_sources |= used
+            if path.suffix == ".h":
+                by_headers |= used
         for name in sorted(room.uses - by_headers):
             yield f"{room.name}: lists {name} in USES, but no header of it includes one of {name}"
         for name in sorted(room.private_uses - by_sources):
-            yield f"{room.name}: lists {name} in PRIVATE_USES, but no source of it includes one of {name}"
+            yield f"{room.name}: lists {name} in PRIVATE_USES, but nothing in it includes one of {name}"
 
 
 def circles(arrows, what):
@@ -119,7 +140,7 @@ def header_arrows(rooms):
 def homeless_files(rooms, root):
     folders = {room.folder for room in rooms.values()}
     for path in sorted((root / "src").rglob("*")):
-        if path.suffix in SUFFIXES and path.parent not in folders:
+        if path.suffix in SUFFIXES and folders.isdisjoint(path.parents):
             yield f"{path.relative_to(root)}: its folder is no room"
 
 
