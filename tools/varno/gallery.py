@@ -4,7 +4,9 @@
 Usage: gallery.py PROGRAM
 
 The comment of an example has three paragraphs: what it is, the commands (the table, then the
-picture, each indented by four blanks) and what to look for.
+picture, each indented by four blanks) and what to look for. The picture is drawn by a gnuplot
+script beside the example, since what a picture shows best differs: values over `clock`, an orbit, a
+profile.
 """
 
 import os
@@ -21,8 +23,10 @@ PICTURES = ROOT / "docs" / "varno" / "gallery"
 HEAD = """\
 # Gallery
 
-Each picture is made by the command below it, in the folder `examples/varno/`; the first command prints the
-table instead. `./dev gallery` makes this page and the pictures anew.
+Each picture is made by the second command below it, in the folder `examples/varno/`; the first command
+prints the table instead. The gnuplot scripts beside the examples run `varno` and draw against `clock`,
+the time of the values, or one variable over another. `./dev gallery` makes this page and the pictures
+anew.
 """
 
 ENTRY = """
@@ -57,11 +61,14 @@ def as_markdown(lines):
 
 def make_picture(program, example, command):
     with tempfile.TemporaryDirectory(prefix="varno-gallery-") as folder:
-        shutil.copy(example, folder)
-        path = f"{program.parent}:{os.environ['PATH']}"
+        for file in (example, example.with_suffix(".gnuplot")):
+            shutil.copy(file, folder)
+        # The scripts call the program by its name.
+        (Path(folder) / "varno").symlink_to(program)
+        path = f"{folder}:{os.environ['PATH']}"
         subprocess.run(
             ["bash", "-e", "-o", "pipefail", "-c", command], cwd=folder, check=True,
-            env={**os.environ, "HOME": folder, "PATH": path}, stderr=subprocess.DEVNULL)
+            env={**os.environ, "HOME": folder, "PATH": path})
         shutil.copy(Path(folder) / f"{example.stem}.png", PICTURES)
 
 
