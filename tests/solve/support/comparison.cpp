@@ -14,7 +14,8 @@ namespace {
 std::string Text(mpfr_srcptr x)
 {
   char* buffer = nullptr;
-  mpfr_asprintf(&buffer, "%.*Re", static_cast<int>(static_cast<double>(mpfr_get_prec(x)) * 0.302), x);
+  mpfr_asprintf(&buffer, "%.*Re", static_cast<int>(static_cast<double>(mpfr_get_prec(x)) * 0.302),
+                x);
   std::string text(buffer);
   mpfr_free_str(buffer);
   return text;
@@ -47,13 +48,14 @@ testing::AssertionResult IsWithin(double log2, mpfr_srcptr actual, mpfr_srcptr e
   Real difference(std::max(mpfr_get_prec(actual), mpfr_get_prec(expected)));
   mpfr_sub(difference, actual, expected, MPFR_RNDA);
   if (mpfr_number_p(actual) != 0 && Log2(difference) <= log2) return testing::AssertionSuccess();
-  return testing::AssertionFailure() << Text(actual) << " is not " << Text(expected) << ": error 2^" << Log2(difference)
-                                     << ", allowed 2^" << log2;
+  return testing::AssertionFailure() << Text(actual) << " is not " << Text(expected) << ": error 2^"
+                                     << Log2(difference) << ", allowed 2^" << log2;
 }
 
 testing::AssertionResult HasDigits(int digits, mpfr_srcptr actual, mpfr_srcptr expected)
 {
-  return IsWithin(Log2(expected) - digits * (std::numbers::ln10 / std::numbers::ln2), actual, expected);
+  return IsWithin(Log2(expected) - digits * (std::numbers::ln10 / std::numbers::ln2), actual,
+                  expected);
 }
 
 }  // namespace varno::solve::support

@@ -21,21 +21,66 @@ Expression Function(Operation function, Expression a, Expression b)
   return {a.graph, a.graph->Make(function, a.id, b.id, {})};
 }
 
-Expression operator-(Expression a) { return Function(Operation::kNegate, a); }
-Expression operator+(Expression a, Expression b) { return Function(Operation::kAdd, a, b); }
-Expression operator-(Expression a, Expression b) { return Function(Operation::kSubtract, a, b); }
-Expression operator*(Expression a, Expression b) { return Function(Operation::kMultiply, a, b); }
-Expression operator/(Expression a, Expression b) { return Function(Operation::kDivide, a, b); }
-Expression operator+(Expression a, const Rational& b) { return a + Constant(a, b); }
-Expression operator-(Expression a, const Rational& b) { return a - Constant(a, b); }
-Expression operator*(Expression a, const Rational& b) { return a * Constant(a, b); }
-Expression operator/(Expression a, const Rational& b) { return a / Constant(a, b); }
-Expression operator+(const Rational& a, Expression b) { return Constant(b, a) + b; }
-Expression operator-(const Rational& a, Expression b) { return Constant(b, a) - b; }
-Expression operator*(const Rational& a, Expression b) { return Constant(b, a) * b; }
-Expression operator/(const Rational& a, Expression b) { return Constant(b, a) / b; }
-Expression Power(Expression base, Expression exponent) { return Function(Operation::kPower, base, exponent); }
-Expression Power(Expression base, const Rational& exponent) { return Power(base, Constant(base, exponent)); }
+Expression operator-(Expression a)
+{
+  return Function(Operation::kNegate, a);
+}
+Expression operator+(Expression a, Expression b)
+{
+  return Function(Operation::kAdd, a, b);
+}
+Expression operator-(Expression a, Expression b)
+{
+  return Function(Operation::kSubtract, a, b);
+}
+Expression operator*(Expression a, Expression b)
+{
+  return Function(Operation::kMultiply, a, b);
+}
+Expression operator/(Expression a, Expression b)
+{
+  return Function(Operation::kDivide, a, b);
+}
+Expression operator+(Expression a, const Rational& b)
+{
+  return a + Constant(a, b);
+}
+Expression operator-(Expression a, const Rational& b)
+{
+  return a - Constant(a, b);
+}
+Expression operator*(Expression a, const Rational& b)
+{
+  return a * Constant(a, b);
+}
+Expression operator/(Expression a, const Rational& b)
+{
+  return a / Constant(a, b);
+}
+Expression operator+(const Rational& a, Expression b)
+{
+  return Constant(b, a) + b;
+}
+Expression operator-(const Rational& a, Expression b)
+{
+  return Constant(b, a) - b;
+}
+Expression operator*(const Rational& a, Expression b)
+{
+  return Constant(b, a) * b;
+}
+Expression operator/(const Rational& a, Expression b)
+{
+  return Constant(b, a) / b;
+}
+Expression Power(Expression base, Expression exponent)
+{
+  return Function(Operation::kPower, base, exponent);
+}
+Expression Power(Expression base, const Rational& exponent)
+{
+  return Power(base, Constant(base, exponent));
+}
 
 Expression Equations::Variable(const std::string& name, const Rational& start)
 {

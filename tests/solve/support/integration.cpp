@@ -12,7 +12,10 @@ namespace {
 /// Digits more than asked for, against what steps and unstable directions lose.
 constexpr int kSpareDigits = 7;
 
-RunSettings Settings(int digits) { return SettingsFor(digits + kSpareDigits, digits + kSpareDigits); }
+RunSettings Settings(int digits)
+{
+  return SettingsFor(digits + kSpareDigits, digits + kSpareDigits);
+}
 
 }  // namespace
 
@@ -20,11 +23,13 @@ Arrival Integrate(const Model& model, const Rational& from, const Rational& to, 
 {
   const mpfr_prec_t bits = Settings(digits).bits;
   std::vector<Real> start;
-  for (const State& state : model.states) start.push_back(EvaluateConstant(model.graph, state.start, bits));
+  for (const State& state : model.states)
+    start.push_back(EvaluateConstant(model.graph, state.start, bits));
   return Integrate(model, std::move(start), from, to, digits);
 }
 
-Arrival Integrate(const Model& model, std::vector<Real> start, const Rational& from, const Rational& to, int digits)
+Arrival Integrate(const Model& model, std::vector<Real> start, const Rational& from,
+                  const Rational& to, int digits)
 {
   const Tape tape = Compile(model);
   const Moment end(to);

@@ -11,7 +11,8 @@ std::vector<PowerSeries> RightHandSideTerms(const Model& model, const SeriesRequ
   const Tape tape = Compile(model);
   const std::unique_ptr<Series> series = MakeSeries(tape, request.bits, request.order);
   std::vector<Real> states;
-  for (const State& state : model.states) states.push_back(EvaluateConstant(model.graph, state.start, request.bits));
+  for (const State& state : model.states)
+    states.push_back(EvaluateConstant(model.graph, state.start, request.bits));
   Real time(request.bits);
   mpfr_set_q(time, request.time.get_mpq_t(), MPFR_RNDN);
   series->Begin(time, states, request.backwards, request.scaleExponent);
@@ -20,7 +21,8 @@ std::vector<PowerSeries> RightHandSideTerms(const Model& model, const SeriesRequ
   std::vector<PowerSeries> found;
   for (const LineId line : tape.rightHandSides) {
     PowerSeries& terms = found.emplace_back();
-    for (int k = 0; k <= request.order; ++k) series->Term(line, k, terms.emplace_back(request.bits));
+    for (int k = 0; k <= request.order; ++k)
+      series->Term(line, k, terms.emplace_back(request.bits));
   }
   return found;
 }

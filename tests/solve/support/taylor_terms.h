@@ -18,7 +18,8 @@ struct SeriesRequest {
   bool backwards = false;
 };
 
-/// The terms of the right-hand side of every state. The states begin at their start values, whatever the time.
+/// The terms of the right-hand side of every state. The states begin at their start values,
+/// whatever the time.
 std::vector<PowerSeries> RightHandSideTerms(const Model& model, const SeriesRequest& request);
 
 /// The terms of one function of t.

@@ -1,4 +1,5 @@
-// Solutions against closed forms by MPFR, and special functions by mpmath, at 15, 50 and 300 digits.
+// Solutions against closed forms by MPFR, and special functions by mpmath, at 15, 50 and 300
+// digits.
 
 #include <fstream>
 #include <map>
@@ -42,29 +43,53 @@ Real Of(Operation operation, const Real& a, const Real& b = Real())
   return result;
 }
 
-Real operator+(const Real& a, const Real& b) { return Of(kAdd, a, b); }
-Real operator-(const Real& a, const Real& b) { return Of(kSubtract, a, b); }
-Real operator*(const Real& a, const Real& b) { return Of(kMultiply, a, b); }
-Real operator/(const Real& a, const Real& b) { return Of(kDivide, a, b); }
-Real operator*(const Rational& a, const Real& b) { return Exactly(a) * b; }
-Real operator+(const Rational& a, const Real& b) { return Exactly(a) + b; }
-Real operator-(const Rational& a, const Real& b) { return Exactly(a) - b; }
+Real operator+(const Real& a, const Real& b)
+{
+  return Of(kAdd, a, b);
+}
+Real operator-(const Real& a, const Real& b)
+{
+  return Of(kSubtract, a, b);
+}
+Real operator*(const Real& a, const Real& b)
+{
+  return Of(kMultiply, a, b);
+}
+Real operator/(const Real& a, const Real& b)
+{
+  return Of(kDivide, a, b);
+}
+Real operator*(const Rational& a, const Real& b)
+{
+  return Exactly(a) * b;
+}
+Real operator+(const Rational& a, const Real& b)
+{
+  return Exactly(a) + b;
+}
+Real operator-(const Rational& a, const Real& b)
+{
+  return Exactly(a) - b;
+}
 
 class ClosedForms : public testing::TestWithParam<int> {
  protected:
   int Digits() const { return GetParam(); }
-  std::vector<Real> Solve(const Equations& equations, const Rational& to, const Rational& from = 0) const
+  std::vector<Real> Solve(const Equations& equations, const Rational& to,
+                          const Rational& from = 0) const
   {
     return Integrate(equations.Finished(), from, to, Digits()).states;
   }
 };
 
-INSTANTIATE_TEST_SUITE_P(Digits, ClosedForms, testing::Values(15, 50, 300), testing::PrintToStringParamName());
+INSTANTIATE_TEST_SUITE_P(Digits, ClosedForms, testing::Values(15, 50, 300),
+                         testing::PrintToStringParamName());
 
 /// Those that would take minutes at 300 digits.
 class LongClosedForms : public ClosedForms {};
 
-INSTANTIATE_TEST_SUITE_P(Digits, LongClosedForms, testing::Values(15, 50), testing::PrintToStringParamName());
+INSTANTIATE_TEST_SUITE_P(Digits, LongClosedForms, testing::Values(15, 50),
+                         testing::PrintToStringParamName());
 
 // ---------------------------------------------------------------------------------------------
 // Linear equations
@@ -121,7 +146,8 @@ TEST_P(ClosedForms, SaddleWithBothDirections)
 TEST_P(ClosedForms, ComponentsFortyOrdersApart)
 {
   Equations m;
-  const Expression x = m.Variable("x", 1), v = m.Variable("v", 0), y = m.Variable("y", 0), z = m.Variable("z", 0);
+  const Expression x = m.Variable("x", 1), v = m.Variable("v", 0), y = m.Variable("y", 0),
+                   z = m.Variable("z", 0);
   const Rational tiny = 1 / Rational("10000000000000000000000000000000000000000");
   m.SetDerivative(x, v);
   m.SetDerivative(v, -x);
@@ -141,7 +167,8 @@ TEST_P(ClosedForms, Logistic)
   const Expression x = m.Variable("x", Rational(1, 10));
   m.SetDerivative(x, x * (1 - x));
   for (const Rational& t : {Rational(5), Rational(-5)}) {
-    EXPECT_TRUE(HasDigits(Digits(), Solve(m, t)[0], Exactly(1) / (Rational(1) + Rational(9) * Of(kExp, Exactly(-t)))));
+    EXPECT_TRUE(HasDigits(Digits(), Solve(m, t)[0],
+                          Exactly(1) / (Rational(1) + Rational(9) * Of(kExp, Exactly(-t)))));
   }
 }
 
@@ -197,13 +224,21 @@ TEST_P(ClosedForms, Quadratures)
     Real (*value)(const Rational& t);
   };
   const Integral integrals[] = {
-      {"sin", [](Equations& m) { return Function(kCos, m.Time()); }, [](const Rational& t) { return Of(kSin, Exactly(t)); }},
-      {"atan", [](Equations& m) { return 1 / (1 + m.Time() * m.Time()); }, [](const Rational& t) { return Of(kAtan, Exactly(t)); }},
+      {"sin", [](Equations& m) { return Function(kCos, m.Time()); },
+       [](const Rational& t) { return Of(kSin, Exactly(t)); }},
+      {"atan", [](Equations& m) { return 1 / (1 + m.Time() * m.Time()); },
+       [](const Rational& t) { return Of(kAtan, Exactly(t)); }},
       {"asinh", [](Equations& m) { return 1 / Function(kSqrt, 1 + m.Time() * m.Time()); },
        [](const Rational& t) { return Of(kAsinh, Exactly(t)); }},
-      {"erf", [](Equations& m) { return 2 / Function(kSqrt, m.Pi()) * Function(kExp, -(m.Time() * m.Time())); },
+      {"erf",
+       [](Equations& m) {
+         return 2 / Function(kSqrt, m.Pi()) * Function(kExp, -(m.Time() * m.Time()));
+       },
        [](const Rational& t) { return Of(kErf, Exactly(t)); }},
-      {"exp(sin t)", [](Equations& m) { return Function(kCos, m.Time()) * Function(kExp, Function(kSin, m.Time())); },
+      {"exp(sin t)",
+       [](Equations& m) {
+         return Function(kCos, m.Time()) * Function(kExp, Function(kSin, m.Time()));
+       },
        [](const Rational& t) { return Of(kExp, Of(kSin, Exactly(t))) - Exactly(1); }},
       {"t atan t - ln(1 + t^2)/2", [](Equations& m) { return Function(kAtan, m.Time()); },
        [](const Rational& t) {
@@ -214,7 +249,8 @@ TEST_P(ClosedForms, Quadratures)
     Equations m;
     m.SetDerivative(m.Variable("y", 0), integral.derivative(m));
     for (const Rational& t : {Rational(31, 10), Rational(-31, 10)}) {
-      EXPECT_TRUE(HasDigits(Digits(), Solve(m, t)[0], integral.value(t))) << integral.name << " at " << t;
+      EXPECT_TRUE(HasDigits(Digits(), Solve(m, t)[0], integral.value(t)))
+          << integral.name << " at " << t;
     }
   }
 }
@@ -226,7 +262,8 @@ TEST_P(ClosedForms, DistantStart)
   m.SetDerivative(m.Variable("y", 0), Function(kCos, m.Time()));
   m.SetDerivative(m.Variable("z", 0), 1 / (1 + Power(m.Time() - start, 2)));
   const auto states = Solve(m, start + 2, start);
-  EXPECT_TRUE(HasDigits(Digits(), states[0], Of(kSin, Exactly(start + 2)) - Of(kSin, Exactly(start))));
+  EXPECT_TRUE(
+      HasDigits(Digits(), states[0], Of(kSin, Exactly(start + 2)) - Of(kSin, Exactly(start))));
   EXPECT_TRUE(HasDigits(Digits(), states[1], Of(kAtan, Exactly(2))));
 }
 
@@ -239,7 +276,8 @@ TEST_P(LongClosedForms, TinyAndHugeStartValues)
     Rational start(Integer("1" + std::string(300, '0')));
     if (exponent < 0) start = 1 / start;
     Equations m;
-    const Expression x = m.Variable("x", start), y = m.Variable("y", start), z = m.Variable("z", start);
+    const Expression x = m.Variable("x", start), y = m.Variable("y", start),
+                     z = m.Variable("z", start);
     m.SetDerivative(x, -x);
     m.SetDerivative(y, -(y * y));
     m.SetDerivative(z, Function(kSqrt, z));
@@ -290,7 +328,8 @@ TEST_P(ClosedForms, RiccatiByBesselFunctions)
   EXPECT_TRUE(HasDigits(Digits(), Solve(m, Rational(15, 8))[0], Known("bessel_riccati(15/8)")));
 }
 
-// A free rigid body with moments of inertia 1, 2, 3 begins with angular velocities cn, sn, dn of parameter 1/3.
+// A free rigid body with moments of inertia 1, 2, 3 begins with angular velocities cn, sn, dn of
+// parameter 1/3.
 TEST_P(ClosedForms, RigidBodyByJacobiFunctions)
 {
   Equations m;
@@ -341,7 +380,8 @@ Equations Kepler(const Rational& e)
   return m;
 }
 
-void ExpectOnEllipse(int digits, const std::vector<Real>& states, const Rational& e, const Rational& t)
+void ExpectOnEllipse(int digits, const std::vector<Real>& states, const Rational& e,
+                     const Rational& t)
 {
   const Real anomaly = EccentricAnomaly(Exactly(e), Exactly(t));
   EXPECT_TRUE(HasDigits(digits, states[0], Of(kCos, anomaly) - Exactly(e))) << e;
@@ -357,7 +397,8 @@ TEST_P(ClosedForms, KeplerByHisEquation)
 TEST_P(LongClosedForms, KeplerByHisEquation)
 {
   for (const Rational& e : {Rational(1, 2), Rational(99, 100)}) {
-    for (const Rational& t : {Rational(7), Rational(-7)}) ExpectOnEllipse(Digits(), Solve(Kepler(e), t), e, t);
+    for (const Rational& t : {Rational(7), Rational(-7)})
+      ExpectOnEllipse(Digits(), Solve(Kepler(e), t), e, t);
   }
 }
 

@@ -30,10 +30,14 @@ Rational Decimal(const std::string& text)
   return value;
 }
 
-double Log2OfTen(double digits) { return digits * 3.3219280948873623; }
+double Log2OfTen(double digits)
+{
+  return digits * 3.3219280948873623;
+}
 
-// Out and back gives the start, with the digits that the way does not amplify: exp(0.9 * 5) on the Lorenz
-// attractor, and again on the way back, where the volume grows by exp(41/3 * 5) as well: 10^33.
+// Out and back gives the start, with the digits that the way does not amplify: exp(0.9 * 5) on the
+// Lorenz attractor, and again on the way back, where the volume grows by exp(41/3 * 5) as well:
+// 10^33.
 TEST(Reversing, LorenzReturnsToItsStart)
 {
   Equations m;
@@ -51,7 +55,8 @@ TEST(Reversing, LorenzReturnsToItsStart)
 TEST(Reversing, KeplerReturnsToItsStart)
 {
   Equations m;
-  const Expression x = m.Variable("x", 1), y = m.Variable("y", 0), u = m.Variable("u", 0), v = m.Variable("v", Rational(3, 4));
+  const Expression x = m.Variable("x", 1), y = m.Variable("y", 0), u = m.Variable("u", 0),
+                   v = m.Variable("v", Rational(3, 4));
   const Expression cubed = Power(x * x + y * y, Rational(-3, 2));
   m.SetDerivative(x, u);
   m.SetDerivative(y, v);
@@ -96,7 +101,8 @@ struct Arenstorf {
   Expression jacobi;
 };
 
-// Start and period as in E. Hairer, S. P. Norsett, G. Wanner, Solving Ordinary Differential Equations I, II.0.
+// Start and period as in E. Hairer, S. P. Norsett, G. Wanner, Solving Ordinary Differential
+// Equations I, II.0.
 const Rational kArenstorfPeriod = Decimal("17.0652165601579625588917206249");
 
 TEST(Invariants, JacobiConstantHolds)
@@ -106,7 +112,8 @@ TEST(Invariants, JacobiConstantHolds)
     // The orbit is unstable: an error grows 10^9 times in a period.
     const auto arrival = Integrate(orbit.m.Finished(), 0, kArenstorfPeriod, digits);
     std::vector<Real> start;
-    for (const State& state : orbit.m.Finished().states) start.push_back(EvaluateConstant(orbit.m.Finished().graph, state.start, 1500));
+    for (const State& state : orbit.m.Finished().states)
+      start.push_back(EvaluateConstant(orbit.m.Finished().graph, state.start, 1500));
     EXPECT_TRUE(HasDigits(digits, orbit.Jacobi(arrival.states), orbit.Jacobi(start)));
   }
 }
@@ -117,19 +124,22 @@ TEST(Invariants, ArenstorfOrbitReturns)
   const Arenstorf orbit;
   const auto arrival = Integrate(orbit.m.Finished(), 0, kArenstorfPeriod, 40);
   for (std::size_t i = 0; i < 4; ++i) {
-    const Real start = EvaluateConstant(orbit.m.Finished().graph, orbit.m.Finished().states[i].start, 200);
+    const Real start =
+        EvaluateConstant(orbit.m.Finished().graph, orbit.m.Finished().states[i].start, 200);
     EXPECT_TRUE(IsWithin(-Log2OfTen(20), arrival.states[i], start));
   }
 }
 
-// Three equal masses, start and period by C. Simo as in A. Chenciner, R. Montgomery, A remarkable periodic solution of
-// the three-body problem, Annals of Mathematics 152, 2000, here with 14 digits.
+// Three equal masses, start and period by C. Simo as in A. Chenciner, R. Montgomery, A remarkable
+// periodic solution of the three-body problem, Annals of Mathematics 152, 2000, here with 14
+// digits.
 TEST(Invariants, FigureEightReturns)
 {
   Equations m;
   const Rational x1 = Decimal("0.97000435669734"), y1 = Decimal("-0.24308753153583");
   const Rational u3 = Decimal("-0.93240737144104"), v3 = Decimal("-0.86473146092102");
-  const Rational starts[3][4] = {{x1, y1, -u3 / 2, -v3 / 2}, {-x1, -y1, -u3 / 2, -v3 / 2}, {0, 0, u3, v3}};
+  const Rational starts[3][4] = {
+      {x1, y1, -u3 / 2, -v3 / 2}, {-x1, -y1, -u3 / 2, -v3 / 2}, {0, 0, u3, v3}};
   std::vector<std::array<Expression, 4>> bodies;
   for (const auto& start : starts) {
     auto& body = bodies.emplace_back();

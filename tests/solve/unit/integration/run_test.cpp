@@ -93,7 +93,8 @@ TEST(RunSettings, HoldTheToleranceAndItsGuards)
     const RunSettings settings = SettingsFor(decimals, 20);
     EXPECT_GE(settings.order, 12);
     EXPECT_NEAR(std::max(decimals, 12.0) / 0.30102999566398120, settings.toleranceBits, 1e-6);
-    EXPECT_GE(static_cast<double>(settings.bits), settings.toleranceBits + 30 + 0.15 * settings.order);
+    EXPECT_GE(static_cast<double>(settings.bits),
+              settings.toleranceBits + 30 + 0.15 * settings.order);
   }
 }
 

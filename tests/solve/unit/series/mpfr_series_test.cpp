@@ -23,7 +23,8 @@ using support::TermsOf;
 void ExpectExactly(const std::vector<double>& expected, const PowerSeries& terms)
 {
   ASSERT_EQ(expected.size(), terms.size());
-  for (std::size_t k = 0; k < terms.size(); ++k) EXPECT_EQ(0, mpfr_cmp_d(terms[k], expected[k])) << "term " << k;
+  for (std::size_t k = 0; k < terms.size(); ++k)
+    EXPECT_EQ(0, mpfr_cmp_d(terms[k], expected[k])) << "term " << k;
 }
 
 TEST(MpfrSeries, TimeHasTwoTerms)
@@ -40,7 +41,8 @@ TEST(MpfrSeries, ScaleIsNegativeBackwards)
 
 TEST(MpfrSeries, ConstantHasOneTerm)
 {
-  ExpectExactly({0.75, 0, 0}, TermsOf([](Equations& m) { return m.Number(Rational(3, 4)); }, {.order = 2}));
+  ExpectExactly({0.75, 0, 0},
+                TermsOf([](Equations& m) { return m.Number(Rational(3, 4)); }, {.order = 2}));
 }
 
 // 1/(1 - t) = 1 + t + t^2 + ...
@@ -91,13 +93,15 @@ TEST(MpfrSeries, StatesFollowTheirDerivatives)
   const Expression y = equations.Variable("y", 1);
   equations.SetDerivative(y, y);
   const Model& model = equations.Finished();
-  const PowerSeries terms = support::RightHandSideTerms(model, {.bits = 256, .order = 40, .scaleExponent = 3})[0];
+  const PowerSeries terms =
+      support::RightHandSideTerms(model, {.bits = 256, .order = 40, .scaleExponent = 3})[0];
   Real expected(300);
   mpfr_set_ui(expected, 1, MPFR_RNDN);
   for (unsigned k = 1; k < terms.size(); ++k) {
     mpfr_mul_2ui(expected, expected, 3, MPFR_RNDN);
     mpfr_div_ui(expected, expected, k, MPFR_RNDN);
-    EXPECT_TRUE(support::IsWithin(support::Log2(expected) - 250, terms[k], expected)) << "term " << k;
+    EXPECT_TRUE(support::IsWithin(support::Log2(expected) - 250, terms[k], expected))
+        << "term " << k;
   }
 }
 
@@ -105,13 +109,15 @@ TEST(MpfrSeries, StatesFollowTheirDerivatives)
 TEST(MpfrSeries, ExtendsWithoutChangingTerms)
 {
   const Model model = support::Quadrature([](Equations& m) {
-    return support::Function(Operation::kAtan2, m.Time(), 2 + m.Time()) + support::Power(2 + m.Time(), Rational(1, 3));
+    return support::Function(Operation::kAtan2, m.Time(), 2 + m.Time()) +
+           support::Power(2 + m.Time(), Rational(1, 3));
   });
   const Tape tape = Compile(model);
   const auto atOnce = MakeSeries(tape, 128, 4), piecewise = MakeSeries(tape, 128, 4);
   Real time(128);
   mpfr_set_d(time, 0.5, MPFR_RNDN);
-  for (Series* series : {atOnce.get(), piecewise.get()}) series->Begin(time, std::vector<Real>(1, Real(128)), false, 0);
+  for (Series* series : {atOnce.get(), piecewise.get()})
+    series->Begin(time, std::vector<Real>(1, Real(128)), false, 0);
   atOnce->ExtendTo(30);
   for (int order = 0; order <= 30; order += 3) piecewise->ExtendTo(order);
   piecewise->ExtendTo(30);
@@ -128,7 +134,8 @@ TEST(MpfrSeries, ExtendsWithoutChangingTerms)
 // A second Begin leaves nothing of the first: terms about 2 are those of a new series.
 TEST(MpfrSeries, BeginsAnew)
 {
-  const Model model = support::Quadrature([](Equations& m) { return support::Function(Operation::kErf, m.Time()); });
+  const Model model = support::Quadrature(
+      [](Equations& m) { return support::Function(Operation::kErf, m.Time()); });
   const Tape tape = Compile(model);
   const auto used = MakeSeries(tape, 128, 10), fresh = MakeSeries(tape, 128, 10);
   const std::vector<Real> states(1, Real(128));
@@ -164,7 +171,8 @@ TEST(MpfrSeries, SumsAtAnOffset)
 
 TEST(MpfrSeries, TellsMagnitudesBeyondDoubles)
 {
-  const Model model = support::Quadrature([](Equations& m) { return support::Power(m.Number(2), 3000) * m.Time(); });
+  const Model model = support::Quadrature(
+      [](Equations& m) { return support::Power(m.Number(2), 3000) * m.Time(); });
   const Tape tape = Compile(model);
   const auto series = MakeSeries(tape, 64, 6);
   Real time(64);
@@ -201,32 +209,56 @@ TEST_P(MpfrSeriesUndefined, IsTold)
   }
 }
 
-Expression Of(Operation function, Expression u) { return support::Function(function, u); }
+Expression Of(Operation function, Expression u)
+{
+  return support::Function(function, u);
+}
 
 const Undefined kUndefined[] = {
     {"Quotient", [](Equations& m) { return 1 / m.Time(); }, Outcome::kUndefined},
-    {"ZeroByZero", [](Equations& m) { return Of(Operation::kSin, m.Time()) / m.Time(); }, Outcome::kUndefined},
+    {"ZeroByZero", [](Equations& m) { return Of(Operation::kSin, m.Time()) / m.Time(); },
+     Outcome::kUndefined},
     {"LnOfZero", [](Equations& m) { return Of(Operation::kLn, m.Time()); }, Outcome::kUndefined},
-    {"LnOfNegative", [](Equations& m) { return Of(Operation::kLn, m.Time() - 1); }, Outcome::kUndefined},
+    {"LnOfNegative", [](Equations& m) { return Of(Operation::kLn, m.Time() - 1); },
+     Outcome::kUndefined},
     {"RootOfZero", [](Equations& m) { return Of(Operation::kSqrt, m.Time()); }, Outcome::kNoSeries},
-    {"RootOfNegative", [](Equations& m) { return Of(Operation::kSqrt, m.Time() - 1); }, Outcome::kUndefined},
-    {"CubeRootOfZero", [](Equations& m) { return Of(Operation::kCbrt, m.Time()); }, Outcome::kNoSeries},
-    {"PowerOfZero", [](Equations& m) { return support::Power(m.Time(), Rational(5, 2)); }, Outcome::kNoSeries},
-    {"PowerOfNegative", [](Equations& m) { return support::Power(m.Time() - 1, Rational(5, 2)); }, Outcome::kUndefined},
-    {"NegativePowerOfZero", [](Equations& m) { return support::Power(m.Time(), -3); }, Outcome::kUndefined},
-    {"AsinBeyondOne", [](Equations& m) { return Of(Operation::kAsin, m.Time() + 2); }, Outcome::kUndefined},
-    {"AsinOfOne", [](Equations& m) { return Of(Operation::kAsin, m.Time() + 1); }, Outcome::kNoSeries},
-    {"AcosBeyondOne", [](Equations& m) { return Of(Operation::kAcos, m.Time() - 2); }, Outcome::kUndefined},
-    {"AcoshOfZero", [](Equations& m) { return Of(Operation::kAcosh, m.Time()); }, Outcome::kUndefined},
-    {"AcoshOfOne", [](Equations& m) { return Of(Operation::kAcosh, m.Time() + 1); }, Outcome::kNoSeries},
-    {"AtanhOfOne", [](Equations& m) { return Of(Operation::kAtanh, m.Time() + 1); }, Outcome::kUndefined},
-    {"AtanhBeyondOne", [](Equations& m) { return Of(Operation::kAtanh, m.Time() - 2); }, Outcome::kUndefined},
-    {"AcothOfOne", [](Equations& m) { return Of(Operation::kAcoth, m.Time() + 1); }, Outcome::kUndefined},
-    {"AcothInside", [](Equations& m) { return Of(Operation::kAcoth, m.Time()); }, Outcome::kUndefined},
+    {"RootOfNegative", [](Equations& m) { return Of(Operation::kSqrt, m.Time() - 1); },
+     Outcome::kUndefined},
+    {"CubeRootOfZero", [](Equations& m) { return Of(Operation::kCbrt, m.Time()); },
+     Outcome::kNoSeries},
+    {"PowerOfZero", [](Equations& m) { return support::Power(m.Time(), Rational(5, 2)); },
+     Outcome::kNoSeries},
+    {"PowerOfNegative", [](Equations& m) { return support::Power(m.Time() - 1, Rational(5, 2)); },
+     Outcome::kUndefined},
+    {"NegativePowerOfZero", [](Equations& m) { return support::Power(m.Time(), -3); },
+     Outcome::kUndefined},
+    {"AsinBeyondOne", [](Equations& m) { return Of(Operation::kAsin, m.Time() + 2); },
+     Outcome::kUndefined},
+    {"AsinOfOne", [](Equations& m) { return Of(Operation::kAsin, m.Time() + 1); },
+     Outcome::kNoSeries},
+    {"AcosBeyondOne", [](Equations& m) { return Of(Operation::kAcos, m.Time() - 2); },
+     Outcome::kUndefined},
+    {"AcoshOfZero", [](Equations& m) { return Of(Operation::kAcosh, m.Time()); },
+     Outcome::kUndefined},
+    {"AcoshOfOne", [](Equations& m) { return Of(Operation::kAcosh, m.Time() + 1); },
+     Outcome::kNoSeries},
+    {"AtanhOfOne", [](Equations& m) { return Of(Operation::kAtanh, m.Time() + 1); },
+     Outcome::kUndefined},
+    {"AtanhBeyondOne", [](Equations& m) { return Of(Operation::kAtanh, m.Time() - 2); },
+     Outcome::kUndefined},
+    {"AcothOfOne", [](Equations& m) { return Of(Operation::kAcoth, m.Time() + 1); },
+     Outcome::kUndefined},
+    {"AcothInside", [](Equations& m) { return Of(Operation::kAcoth, m.Time()); },
+     Outcome::kUndefined},
     {"CotOfZero", [](Equations& m) { return Of(Operation::kCot, m.Time()); }, Outcome::kUndefined},
-    {"CothOfZero", [](Equations& m) { return Of(Operation::kCoth, m.Time()); }, Outcome::kUndefined},
-    {"AngleOfOrigin", [](Equations& m) { return support::Function(Operation::kAtan2, m.Time(), 2 * m.Time()); }, Outcome::kUndefined},
-    {"TooLarge", [](Equations& m) { return Of(Operation::kExp, Of(Operation::kExp, m.Time() + 100)); }, Outcome::kOutOfRange},
+    {"CothOfZero", [](Equations& m) { return Of(Operation::kCoth, m.Time()); },
+     Outcome::kUndefined},
+    {"AngleOfOrigin",
+     [](Equations& m) { return support::Function(Operation::kAtan2, m.Time(), 2 * m.Time()); },
+     Outcome::kUndefined},
+    {"TooLarge",
+     [](Equations& m) { return Of(Operation::kExp, Of(Operation::kExp, m.Time() + 100)); },
+     Outcome::kOutOfRange},
 };
 
 INSTANTIATE_TEST_SUITE_P(All, MpfrSeriesUndefined, testing::ValuesIn(kUndefined),

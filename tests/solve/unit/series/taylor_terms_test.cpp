@@ -1,5 +1,7 @@
 // The terms of each elementary function against coefficients by mpmath (make_taylor_terms.py).
 
+#include "tests/solve/support/taylor_terms.h"
+
 #include <algorithm>
 #include <cmath>
 #include <fstream>
@@ -13,7 +15,6 @@
 #include "solve/graph/operation.h"
 #include "tests/solve/support/comparison.h"
 #include "tests/solve/support/equations.h"
-#include "tests/solve/support/taylor_terms.h"
 
 namespace varno::solve {
 namespace {
@@ -62,7 +63,8 @@ long ScaleExponent(const PowerSeries& coefficients)
   while (coefficients[first].IsZero()) ++first;
   while (coefficients[last].IsZero()) --last;
   if (first >= last) return 0;
-  return std::lround((Log2(coefficients[first]) - Log2(coefficients[last])) / static_cast<double>(last - first));
+  return std::lround((Log2(coefficients[first]) - Log2(coefficients[last])) /
+                     static_cast<double>(last - first));
 }
 
 class TaylorTerms : public testing::TestWithParam<mpfr_prec_t> {};
@@ -81,19 +83,26 @@ TEST_P(TaylorTerms, AreThoseOfMpmath)
     }
     const PowerSeries terms = support::TermsOf(
         [&](support::Equations& m) { return support::Function(function, m.Time()); },
-        {.bits = bits, .order = static_cast<int>(coefficients.size()) - 1, .time = Rational(point), .scaleExponent = scale});
+        {.bits = bits,
+         .order = static_cast<int>(coefficients.size()) - 1,
+         .time = Rational(point),
+         .scaleExponent = scale});
 
-    // The point itself is rounded, which moves each term by the next one, times the point, times 2^-bits.
+    // The point itself is rounded, which moves each term by the next one, times the point, times
+    // 2^-bits.
     const double pointLog2 = Rational(point) == 0 ? -1e9 : Log2(support::FromText(point, 64));
-    const double largest = support::LargestLog2(expected) + std::max(0.0, pointLog2 - static_cast<double>(scale) + 3);
+    const double largest =
+        support::LargestLog2(expected) + std::max(0.0, pointLog2 - static_cast<double>(scale) + 3);
     for (std::size_t k = 0; k < terms.size(); ++k) {
-      EXPECT_TRUE(support::IsWithin(largest + kLostBits - static_cast<double>(bits), terms[k], expected[k]))
+      EXPECT_TRUE(
+          support::IsWithin(largest + kLostBits - static_cast<double>(bits), terms[k], expected[k]))
           << name << " at " << point << ", term " << k;
     }
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Bits, TaylorTerms, testing::Values(64, 113, 256, 1000), testing::PrintToStringParamName());
+INSTANTIATE_TEST_SUITE_P(Bits, TaylorTerms, testing::Values(64, 113, 256, 1000),
+                         testing::PrintToStringParamName());
 
 TEST(TaylorTermsData, CoversAllFunctionsOfOneArgument)
 {

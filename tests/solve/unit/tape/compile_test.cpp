@@ -46,13 +46,15 @@ TEST(Compile, SumIsOneLine)
 TEST(Compile, NestedSumsWithFactorsAreOneLine)
 {
   // 2 (x - 3 (y - x)) - y = 8x - 7y
-  EXPECT_EQ("0 = x\n1 = y\n2 = 8*0 - 7*1\nx' = 2\ny' = 0\n",
-            PrintedFor([](Equations&, Expression x, Expression y) { return 2 * (x - 3 * (y - x)) - y; }));
+  EXPECT_EQ(
+      "0 = x\n1 = y\n2 = 8*0 - 7*1\nx' = 2\ny' = 0\n",
+      PrintedFor([](Equations&, Expression x, Expression y) { return 2 * (x - 3 * (y - x)) - y; }));
 }
 
 TEST(Compile, DivisionByANumberIsAFactor)
 {
-  const std::string printed = PrintedFor([](Equations&, Expression x, Expression y) { return (x + y) / 3; });
+  const std::string printed =
+      PrintedFor([](Equations&, Expression x, Expression y) { return (x + y) / 3; });
   EXPECT_EQ("0 = x\n1 = y\n2 = c0*0 + c0*1\nx' = 2\ny' = 0\n", printed);
 }
 
@@ -70,7 +72,8 @@ TEST(Compile, WhatCancelsLeavesTheOthers)
 
 TEST(Compile, StateIsItsOwnLine)
 {
-  EXPECT_EQ("0 = x\n1 = y\nx' = 1\ny' = 0\n", PrintedFor([](Equations&, Expression, Expression y) { return y; }));
+  EXPECT_EQ("0 = x\n1 = y\nx' = 1\ny' = 0\n",
+            PrintedFor([](Equations&, Expression, Expression y) { return y; }));
 }
 
 TEST(Compile, SumUsedTwiceIsComputedOnce)
@@ -87,8 +90,11 @@ TEST(Compile, SumUsedTwiceIsComputedOnce)
 
 TEST(Compile, EqualOperationsStandOnce)
 {
-  const std::string printed = PrintedFor([](Equations&, Expression x, Expression y) { return x * y + Function(Operation::kExp, x * y); });
-  EXPECT_EQ("0 = x\n1 = y\n2 = 0 * 1\n3 = exp 2, derivative 3\n4 = 2 + 3\nx' = 4\ny' = 0\n", printed);
+  const std::string printed = PrintedFor([](Equations&, Expression x, Expression y) {
+    return x * y + Function(Operation::kExp, x * y);
+  });
+  EXPECT_EQ("0 = x\n1 = y\n2 = 0 * 1\n3 = exp 2, derivative 3\n4 = 2 + 3\nx' = 4\ny' = 0\n",
+            printed);
 }
 
 TEST(Compile, ProductsAreEqualInEitherOrder)
@@ -100,12 +106,14 @@ TEST(Compile, ProductsAreEqualInEitherOrder)
 TEST(Compile, ConstantFactorsStayOutsideOfProducts)
 {
   EXPECT_EQ("0 = x\n1 = y\n2 = 0 * 1\n3 = -5*2\nx' = 3\ny' = 0\n",
-            PrintedFor([](Equations&, Expression x, Expression y) { return (2 * x) * (-3 * y) + x * y; }));
+            PrintedFor(
+                [](Equations&, Expression x, Expression y) { return (2 * x) * (-3 * y) + x * y; }));
 }
 
 TEST(Compile, ProductOfEqualsIsASquare)
 {
-  EXPECT_EQ("0 = x\n1 = y\n2 = 0^2\nx' = 2\ny' = 0\n", PrintedFor([](Equations&, Expression x, Expression) { return x * x; }));
+  EXPECT_EQ("0 = x\n1 = y\n2 = 0^2\nx' = 2\ny' = 0\n",
+            PrintedFor([](Equations&, Expression x, Expression) { return x * x; }));
 }
 
 TEST(Compile, IntegerPowersAreProducts)
@@ -129,33 +137,39 @@ TEST(Compile, NegativePowerIsAQuotient)
 
 TEST(Compile, HalfPowerIsARoot)
 {
-  EXPECT_EQ("0 = x\n1 = y\n2 = sqrt 0\n3 = 2*2\nx' = 3\ny' = 0\n", PrintedFor([](Equations&, Expression x, Expression) {
+  EXPECT_EQ("0 = x\n1 = y\n2 = sqrt 0\n3 = 2*2\nx' = 3\ny' = 0\n",
+            PrintedFor([](Equations&, Expression x, Expression) {
               return Power(x, Rational(1, 2)) + Function(Operation::kSqrt, x);
             }));
 }
 
 TEST(Compile, RealPowerHasItsRecurrence)
 {
-  EXPECT_EQ("0 = x\n1 = y\n2 = 0^c0\nx' = 2\ny' = 0\n",
-            PrintedFor([](Equations&, Expression x, Expression) { return Power(x, Rational(-3, 2)); }));
+  EXPECT_EQ(
+      "0 = x\n1 = y\n2 = 0^c0\nx' = 2\ny' = 0\n",
+      PrintedFor([](Equations&, Expression x, Expression) { return Power(x, Rational(-3, 2)); }));
 }
 
 // The zeroth power is 1 of everything, 0 included.
 TEST(Compile, ZerothPowerIsOne)
 {
-  EXPECT_EQ("0 = x\n1 = y\n2 = c0\nx' = 2\ny' = 0\n", PrintedFor([](Equations&, Expression x, Expression) { return Power(x, 0); }));
+  EXPECT_EQ("0 = x\n1 = y\n2 = c0\nx' = 2\ny' = 0\n",
+            PrintedFor([](Equations&, Expression x, Expression) { return Power(x, 0); }));
 }
 
 TEST(Compile, PowerOfAConstantIsAnExponential)
 {
-  EXPECT_EQ("0 = x\n1 = y\n2 = c0*0\n3 = exp 2, derivative 3\nx' = 3\ny' = 0\n",
-            PrintedFor([](Equations& m, Expression x, Expression) { return Power(m.Number(2), x); }));
+  EXPECT_EQ(
+      "0 = x\n1 = y\n2 = c0*0\n3 = exp 2, derivative 3\nx' = 3\ny' = 0\n",
+      PrintedFor([](Equations& m, Expression x, Expression) { return Power(m.Number(2), x); }));
 }
 
 TEST(Compile, PowerOfALineIsAnExponentialOfALogarithm)
 {
-  EXPECT_EQ("0 = x\n1 = y\n2 = ln 0, derivative 1/0\n3 = 1 * 2\n4 = exp 3, derivative 4\nx' = 4\ny' = 0\n",
-            PrintedFor([](Equations&, Expression x, Expression y) { return Power(x, y); }));
+  EXPECT_EQ(
+      "0 = x\n1 = y\n2 = ln 0, derivative 1/0\n3 = 1 * 2\n4 = exp 3, derivative 4\nx' = 4\ny' = "
+      "0\n",
+      PrintedFor([](Equations&, Expression x, Expression y) { return Power(x, y); }));
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -163,22 +177,28 @@ TEST(Compile, PowerOfALineIsAnExponentialOfALogarithm)
 
 TEST(Compile, SinAndCosAreOnePair)
 {
-  EXPECT_EQ("0 = x\n1 = y\n2 = sin 0, derivative 3\n3 = cos 0, derivative -2\n4 = 2 + 3\nx' = 4\ny' = 0\n",
-            PrintedFor([](Equations&, Expression x, Expression) {
-              return Function(Operation::kCos, x) + Function(Operation::kSin, x);
-            }));
+  EXPECT_EQ(
+      "0 = x\n1 = y\n2 = sin 0, derivative 3\n3 = cos 0, derivative -2\n4 = 2 + 3\nx' = 4\ny' = "
+      "0\n",
+      PrintedFor([](Equations&, Expression x, Expression) {
+        return Function(Operation::kCos, x) + Function(Operation::kSin, x);
+      }));
 }
 
 TEST(Compile, TanFollowsItsSquare)
 {
   EXPECT_EQ("0 = x\n1 = y\n2 = tan 0, derivative 4\n3 = 2^2\n4 = 3 + c0\nx' = 2\ny' = 0\n",
-            PrintedFor([](Equations&, Expression x, Expression) { return Function(Operation::kTan, x); }));
+            PrintedFor(
+                [](Equations&, Expression x, Expression) { return Function(Operation::kTan, x); }));
 }
 
 TEST(Compile, TanhDividesByASquare)
 {
-  EXPECT_EQ("0 = x\n1 = y\n2 = sinh 0, derivative 3\n3 = cosh 0, derivative 2\n4 = 3^2\n5 = tanh 0, derivative 1/4\nx' = 5\ny' = 0\n",
-            PrintedFor([](Equations&, Expression x, Expression) { return Function(Operation::kTanh, x); }));
+  EXPECT_EQ(
+      "0 = x\n1 = y\n2 = sinh 0, derivative 3\n3 = cosh 0, derivative 2\n4 = 3^2\n5 = tanh 0, "
+      "derivative 1/4\nx' = 5\ny' = 0\n",
+      PrintedFor(
+          [](Equations&, Expression x, Expression) { return Function(Operation::kTanh, x); }));
 }
 
 TEST(Compile, AsinAndAcosShareTheRoot)
@@ -195,7 +215,9 @@ TEST(Compile, AsinAndAcosShareTheRoot)
 TEST(Compile, AngleDividesByTheSquares)
 {
   EXPECT_EQ("0 = x\n1 = y\n2 = 1^2\n3 = 0^2\n4 = 2 + 3\n5 = atan2 1 0, squares 4\nx' = 5\ny' = 0\n",
-            PrintedFor([](Equations&, Expression x, Expression y) { return Function(Operation::kAtan2, y, x); }));
+            PrintedFor([](Equations&, Expression x, Expression y) {
+              return Function(Operation::kAtan2, y, x);
+            }));
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -205,7 +227,8 @@ TEST(Compile, ConstantExpressionIsOneConstant)
 {
   Equations m;
   const Expression x = m.Variable("x", 1);
-  m.SetDerivative(x, Function(Operation::kSin, m.Pi() / 3) * Power(m.Number(2), Rational(1, 2)) * x);
+  m.SetDerivative(x,
+                  Function(Operation::kSin, m.Pi() / 3) * Power(m.Number(2), Rational(1, 2)) * x);
   EXPECT_EQ("0 = x\n1 = c0*0\nx' = 1\n", Printed(m));
 }
 
@@ -257,10 +280,15 @@ TEST(Compile, KnowsPolynomialsByTheirStructure)
   EXPECT_EQ(0, DegreeOf([](Equations& m, Expression, Expression) { return m.Number(4); }));
   EXPECT_EQ(1, DegreeOf([](Equations&, Expression, Expression v) { return v; }));
   EXPECT_EQ(2, DegreeOf([](Equations&, Expression x, Expression v) { return x + 3 * v; }));
-  EXPECT_EQ(7, DegreeOf([](Equations& m, Expression x, Expression v) { return m.Time() * (x * x) * (v * v); }));
-  EXPECT_EQ(50, DegreeOf([](Equations& m, Expression, Expression) { return Power(1 - m.Time(), 50); }));
+  EXPECT_EQ(7, DegreeOf([](Equations& m, Expression x, Expression v) {
+              return m.Time() * (x * x) * (v * v);
+            }));
+  EXPECT_EQ(50,
+            DegreeOf([](Equations& m, Expression, Expression) { return Power(1 - m.Time(), 50); }));
   EXPECT_EQ(-1, DegreeOf([](Equations&, Expression x, Expression) { return 1 / x; }));
-  EXPECT_EQ(-1, DegreeOf([](Equations&, Expression x, Expression) { return x + Function(Operation::kExp, x); }));
+  EXPECT_EQ(-1, DegreeOf([](Equations&, Expression x, Expression) {
+    return x + Function(Operation::kExp, x);
+  }));
 }
 
 TEST(Compile, StateThatFeedsItselfIsNoPolynomial)
