@@ -1,10 +1,7 @@
 #include "solve/integration/run.h"
 
-#include <algorithm>
-
 #include <gtest/gtest.h>
 
-#include "solve/integration/step_length.h"
 #include "solve/tape/compile.h"
 #include "tests/solve/support/comparison.h"
 #include "tests/solve/support/equations.h"
@@ -73,28 +70,6 @@ TEST(Run, StepsJoin)
   const Real atEnd = run.StatesAt(run.End())[0];
   run.Step();
   EXPECT_TRUE(support::HasDigits(25, run.StatesAt(run.Begin())[0], atEnd));
-}
-
-TEST(StepLength, IsTheLargestBelow)
-{
-  for (const double log2 : {-1000.3, -1.0, 0.0, 0.7, 12.0, 5000.9}) {
-    const StepLength length = StepLength::AtMost(log2);
-    EXPECT_LE(length.Log2(), log2);
-    EXPECT_GT(length.Log2(), log2 - 0.001);
-    Real units(64);
-    length.InUnits(3, units);
-    EXPECT_NEAR(length.Log2() - 3, support::Log2(units), 1e-9);
-  }
-}
-
-TEST(RunSettings, HoldTheToleranceAndItsGuards)
-{
-  for (const double decimals : {1.0, 12.0, 22.0, 57.0, 1007.0}) {
-    const RunSettings settings = SettingsFor(decimals, 20);
-    EXPECT_GE(settings.order, 12);
-    EXPECT_NEAR(std::max(decimals, 12.0) / 0.30102999566398120, settings.toleranceBits, 1e-6);
-    EXPECT_GE(static_cast<double>(settings.bits), settings.toleranceBits + 30 + 0.15 * settings.order);
-  }
 }
 
 }  // namespace

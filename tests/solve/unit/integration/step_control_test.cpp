@@ -22,14 +22,21 @@ using support::HasDigits;
 using support::Integrate;
 using support::Power;
 
-Real Number(const char* text) { return support::FromText(text, 200); }
+Real Number(const char* text)
+{
+  return support::FromText(text, 200);
+}
 
-double Value(const Arrival& arrival) { return arrival.states[0].ToDouble(); }
+double Value(const Arrival& arrival)
+{
+  return arrival.states[0].ToDouble();
+}
 
 // ---------------------------------------------------------------------------------------------
 // All lines count
 
-// The state rests at 1 while a bell comes near: x(52) - 1 = exp(-2 + 1/4) sqrt(pi)/2 (erf 3/2 + erf 101/2).
+// The state rests at 1 while a bell comes near: x(52) - 1 = exp(-2 + 1/4) sqrt(pi)/2 (erf 3/2 + erf
+// 101/2).
 TEST(StepControl, FunctionThatIsAboutToMoveCounts)
 {
   Equations m;
@@ -51,8 +58,8 @@ TEST(StepControl, NarrowBellCounts)
   EXPECT_TRUE(HasDigits(15, Integrate(m.Finished(), 0, 10, 15).states[0], expected));
 }
 
-// A switch far away, of which the derivative is nothing yet: the integral of tanh 100 (t - 1/2) from 0 to 1 is 0, to
-// 3/2 it is 1/2 and what the bend takes: ln(cosh 100 / cosh 50)/100.
+// A switch far away, of which the derivative is nothing yet: the integral of tanh 100 (t - 1/2)
+// from 0 to 1 is 0, to 3/2 it is 1/2 and what the bend takes: ln(cosh 100 / cosh 50)/100.
 TEST(StepControl, DistantSwitchCounts)
 {
   for (const Operation function : {Operation::kTanh, Operation::kErf}) {
@@ -66,7 +73,8 @@ TEST(StepControl, DistantSwitchOfCothCounts)
 {
   // The integral of coth 100 (t - 1/2) from 1/4 down to 0 is (ln sinh 50 - ln sinh 25)/-100.
   Equations m;
-  m.SetDerivative(m.Variable("y", 0), Function(Operation::kCoth, 100 * (m.Time() + Rational(1, 2))));
+  m.SetDerivative(m.Variable("y", 0),
+                  Function(Operation::kCoth, 100 * (m.Time() + Rational(1, 2))));
   Real expected(200), part(200);
   mpfr_set_ui(expected, 150, MPFR_RNDN);
   mpfr_sinh(expected, expected, MPFR_RNDN);
@@ -99,7 +107,8 @@ TEST(StepControl, VanishingTermsRaiseTheOrder)
   EXPECT_TRUE(HasDigits(15, Integrate(m.Finished(), 0, 1, 15).states[0], expected));
 }
 
-// More vanishing terms than the order is raised for otherwise, but the degree is known. x is a power of t, too.
+// More vanishing terms than the order is raised for otherwise, but the degree is known. x is a
+// power of t, too.
 TEST(StepControl, HighPowersOfTimeAreNotTakenForZero)
 {
   Equations m;
@@ -115,7 +124,8 @@ TEST(StepControl, HighPowersOfTimeAreNotTakenForZero)
 // ---------------------------------------------------------------------------------------------
 // Domains
 
-// The line u/u is 1 in every term; only the divisor tells that it has a root at -1e-30, close by. There is none ahead.
+// The line u/u is 1 in every term; only the divisor tells that it has a root at -1e-30, close by.
+// There is none ahead.
 TEST(StepControl, RootFarBelowTheStepShortensIt)
 {
   Equations m;
@@ -143,7 +153,8 @@ TEST(StepControl, NoStepPassesARootOfADivisor)
 TEST(StepControl, NoStepPassesARootOfARadicand)
 {
   Equations m;
-  m.SetDerivative(m.Variable("y", 0), Function(Operation::kSqrt, Power((1 - m.Time()) * (3 - m.Time()), 2)));
+  m.SetDerivative(m.Variable("y", 0),
+                  Function(Operation::kSqrt, Power((1 - m.Time()) * (3 - m.Time()), 2)));
   EXPECT_THROW(Integrate(m.Finished(), 0, 4, 15), Singularity);
 }
 
@@ -167,11 +178,13 @@ TEST(StepControl, StepsShrinkTowardsAPole)
 // ---------------------------------------------------------------------------------------------
 // Sizes
 
-// A pendulum that stands upright: the velocity's derivative is rounding, which must not shorten steps.
+// A pendulum that stands upright: the velocity's derivative is rounding, which must not shorten
+// steps.
 TEST(StepControl, RoundingOfWhatCancelsDoesNotShortenSteps)
 {
   Equations m;
-  const Expression x = m.Variable("x", Rational(3, 5)), v = m.Variable("v", Rational(4, 5)), z = m.Variable("z", 0);
+  const Expression x = m.Variable("x", Rational(3, 5)), v = m.Variable("v", Rational(4, 5)),
+                   z = m.Variable("z", 0);
   m.SetDerivative(x, v);
   m.SetDerivative(v, -x);
   m.SetDerivative(z, x * x + v * v - 1);
@@ -180,12 +193,13 @@ TEST(StepControl, RoundingOfWhatCancelsDoesNotShortenSteps)
   EXPECT_LT(arrival.steps, 40);
 }
 
-// 10^25 times the rounding of a sum that is 0. Without its size as a floor the terms of rounding were compared with one
-// another, and twice as many steps made.
+// 10^25 times the rounding of a sum that is 0. Without its size as a floor the terms of rounding
+// were compared with one another, and twice as many steps made.
 TEST(StepControl, EnlargedRoundingDoesNotShortenSteps)
 {
   Equations m;
-  const Expression sin = Function(Operation::kSin, m.Time()), cos = Function(Operation::kCos, m.Time());
+  const Expression sin = Function(Operation::kSin, m.Time()),
+                   cos = Function(Operation::kCos, m.Time());
   const Rational large("10000000000000000000000000");
   m.SetDerivative(m.Variable("y", 0), large * (1 + sin - sin * sin - cos * cos - sin));
   EXPECT_LE(Integrate(m.Finished(), 0, 20, 15).steps, 42);

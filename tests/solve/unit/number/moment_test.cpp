@@ -11,7 +11,8 @@ namespace {
 
 std::shared_ptr<const Constant> Pi()
 {
-  return std::make_shared<const Constant>([](mpfr_ptr result) { mpfr_const_pi(result, MPFR_RNDN); });
+  return std::make_shared<const Constant>(
+      [](mpfr_ptr result) { mpfr_const_pi(result, MPFR_RNDN); });
 }
 
 TEST(Moment, TenTenthsAreOne)
@@ -25,7 +26,8 @@ TEST(Moment, TenTenthsAreOne)
 
 TEST(Moment, OrdersExactly)
 {
-  const Moment third(Rational(1, 3)), almost(Rational("333333333333333333333333333333/1000000000000000000000000000000"));
+  const Moment third(Rational(1, 3)),
+      almost(Rational("333333333333333333333333333333/1000000000000000000000000000000"));
   EXPECT_TRUE(almost < third);
   EXPECT_TRUE(third > almost);
   EXPECT_TRUE(third >= third);

@@ -194,8 +194,11 @@ TEST(Compile, TanFollowsItsSquare)
 
 TEST(Compile, TanhDividesByASquare)
 {
-  EXPECT_EQ("0 = x\n1 = y\n2 = sinh 0, derivative 3\n3 = cosh 0, derivative 2\n4 = 3^2\n5 = tanh 0, derivative 1/4\nx' = 5\ny' = 0\n",
-            PrintedFor([](Equations&, Expression x, Expression) { return Function(Operation::kTanh, x); }));
+  EXPECT_EQ(
+      "0 = x\n1 = y\n2 = sinh 0, derivative 3\n3 = cosh 0, derivative 2\n4 = 3^2\n5 = tanh 0, "
+      "derivative 1/4\nx' = 5\ny' = 0\n",
+      PrintedFor(
+          [](Equations&, Expression x, Expression) { return Function(Operation::kTanh, x); }));
 }
 
 TEST(Compile, AsinAndAcosShareTheRoot)
