@@ -17,11 +17,13 @@ std::size_t ExponentPosition(std::string_view text)
   return mark == std::string_view::npos ? mark : mark + 1;
 }
 
-bool HasLargeExponent(const char* text, std::size_t position)
+/// An exponent that GMP could not read, or that the digits before it could push there.
+bool HasEndlessExponent(const char* text, std::size_t position)
 {
+  constexpr long kLargestReadable = 9'000'000'000'000'000'000;
   if (position == std::string_view::npos) return false;
   const long exponent = std::strtol(text + position, nullptr, 10);
-  return exponent > kLargestExponent || exponent < -kLargestExponent;
+  return exponent > kLargestReadable || exponent < -kLargestReadable;
 }
 
 }  // namespace
@@ -29,8 +31,14 @@ bool HasLargeExponent(const char* text, std::size_t position)
 DecimalText SetFromDecimal(Mpf& number, const char* text)
 {
   const std::size_t exponent = ExponentPosition(text);
-  if (!HasLargeExponent(text, exponent)) {
-    return mpf_set_str(number, text, 10) == 0 ? DecimalText::kNumber : DecimalText::kNoNumber;
+  if (!HasEndlessExponent(text, exponent)) {
+    // At the precision of `number`, but apart from it: it may have to stay.
+    Mpf value;
+    mpf_set_prec(value, mpf_get_prec(number));
+    if (mpf_set_str(value, text, 10) != 0) return DecimalText::kNoNumber;
+    if (!IsInRange(value)) return DecimalText::kOutOfRange;
+    mpf_swap(number, value);
+    return DecimalText::kNumber;
   }
   // The digits tell whether the text is a number at all, or a 0, which has any exponent.
   Mpf digits;

@@ -8,8 +8,8 @@ namespace arith {
 enum class DecimalText { kNumber, kNoNumber, kOutOfRange };
 
 /// Sets `number`, at its own precision, to the value of a decimal text ("1.5", "-2e-30", blanks are
-/// skipped). The old value stays when the text is no number, and when it is one whose exponent is
-/// beyond +-kLargestExponent, where GMP's own exponents would soon overflow.
+/// skipped). The old value stays when the text is no number, and when it is one beyond the range of
+/// range.h.
 DecimalText SetFromDecimal(Mpf& number, const char* text);
 
 }  // namespace arith

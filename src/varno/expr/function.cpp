@@ -7,6 +7,7 @@
 #include "varno/core/global_data.h"
 #include "varno/expr/conversion.h"
 #include "varno/functions/functions.h"
+#include "varno/sys/number_checks.h"
 #include "varno/sys/stack_guard.h"
 
 namespace varno {
@@ -117,6 +118,7 @@ void Function::CreateVariables()
   std::vector<Mpf> initialValues(conversion.initialValues.size());
   for (std::size_t i = 0; i < initialValues.size(); ++i) {
     conversion.initialValues[i](initialValues[i], u0);
+    RequireRange(initialValues[i]);
   }
   for (const Mpf& initialValue : initialValues) {
     variables.push_back(MakeTemporaryVariable(initialValue));

@@ -3,7 +3,9 @@
 #include <iostream>
 #include <string_view>
 
+#include "arith/magnitude.h"
 #include "arith/mpf.h"
+#include "arith/wide_integer.h"
 #include "varno/core/expr.h"
 #include "varno/core/global_data.h"
 #include "varno/functions/period_reduction.h"
@@ -96,6 +98,7 @@ void Sum(Mpf& sum, NextTerm nextTerm, Measure measure = Measure::kChangeOfSum)
   while (!converged) {
     mpf_set(previous, sum);
     nextTerm(term);
+    RequireRoom(term);
     mpf_add(sum, sum, term);
     RequireRange(sum);
     if (Expr::Global->_SIMPLIFYSMALL) {
@@ -458,8 +461,7 @@ void ln(mpf_t& result, mpf_ptr x)
     return;
   }
   // x = m 2^e with 1/2 <= m < 1
-  long e = 0;
-  mpf_get_d_2exp(&e, x);
+  const arith::WideInteger e = arith::BinaryExponent(x);
   const auto shift = static_cast<unsigned long>(e < 0 ? -e : e);
   Mpf m, base;
   mpf_mul_ui(base, Expr::Global->_LN2, shift);

@@ -7,6 +7,7 @@
 #include "varno/core/number_output.h"
 #include "varno/expr/differential.h"
 #include "varno/sys/messages.h"
+#include "varno/sys/number_checks.h"
 
 namespace varno {
 
@@ -42,7 +43,9 @@ void DumpDerivatives(mpf_srcptr startTime)
       // factor = k! / h^k
       mpf_mul_ui(factor, factor, static_cast<unsigned long>(k));
       mpf_div(factor, factor, Expr::Global->_STEP);
+      RequireRoom(factor);
       mpf_mul(derivative, variable.CachedTerm(k), factor);
+      RequireRange(derivative);
       std::clog << tag::kDerivativeDump << 'd' << name << "^[" << k << "](" << variable.TermStamp()
                 << ") = " << derivative << '\n';
     }

@@ -5,12 +5,14 @@
 #include <string>
 
 #include "arith/magnitude.h"
+#include "arith/wide_integer.h"
 #include "varno/core/global_data.h"
 #include "varno/core/number_output.h"
 
 namespace varno {
 
 using arith::BinaryExponent;
+using arith::ToText;
 
 namespace {
 
@@ -58,8 +60,8 @@ void WriteTableRow(std::ostream& out)
     WriteNumber(out << ' ', entry->Value());
   }
   if (Expr::Global->_USEALLTERMS) {
-    out << ' ' << BinaryExponent(Expr::Global->_STIFFMIN) << ' '
-        << BinaryExponent(Expr::Global->_STIFFMAX) << ' ' << Expr::Global->_STEP;
+    out << ' ' << ToText(BinaryExponent(Expr::Global->_STIFFMIN)) << ' '
+        << ToText(BinaryExponent(Expr::Global->_STIFFMAX)) << ' ' << Expr::Global->_STEP;
   }
   out << std::endl;
 }

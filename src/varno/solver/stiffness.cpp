@@ -1,12 +1,12 @@
 #include "varno/solver/stiffness.h"
 
-#include <cstdlib>
 #include <iostream>
 #include <string_view>
 
 #include "arith/magnitude.h"
 #include "arith/mpf.h"
 #include "arith/scratch.h"
+#include "arith/wide_integer.h"
 #include "varno/core/global_data.h"
 #include "varno/expr/differential.h"
 #include "varno/sys/messages.h"
@@ -17,6 +17,8 @@ using arith::BinaryExponent;
 using arith::Magnitude;
 using arith::Mpf;
 using arith::Scratch;
+using arith::ToText;
+using arith::WideInteger;
 
 namespace {
 
@@ -67,13 +69,16 @@ bool TestStiffness()
     }
   }
 
-  const long largestExponent = BinaryExponent(largest);
-  const long smallestExponent = BinaryExponent(smallest);
-  const long difference = std::labs(largestExponent - smallestExponent);
+  const WideInteger largestExponent = BinaryExponent(largest);
+  const WideInteger smallestExponent = BinaryExponent(smallest);
+  const WideInteger difference = largestExponent < smallestExponent
+                                     ? smallestExponent - largestExponent
+                                     : largestExponent - smallestExponent;
   const bool stiff = difference > Expr::Global->_STIFFEXPDIFF;
   if (stiff) std::clog << tag::kSolver << "System is STIFF!" << std::endl;
-  std::clog << tag::kStiffnessTest << "Max(" << largestName << ")=" << largestExponent << "  Min("
-            << smallestName << ")=" << smallestExponent << "  Diff=" << difference << std::endl;
+  std::clog << tag::kStiffnessTest << "Max(" << largestName << ")=" << ToText(largestExponent)
+            << "  Min(" << smallestName << ")=" << ToText(smallestExponent)
+            << "  Diff=" << ToText(difference) << std::endl;
   return stiff;
 }
 

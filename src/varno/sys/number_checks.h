@@ -19,9 +19,15 @@ inline void RequireRange(mpf_srcptr x)
   if (!arith::IsInRange(x)) FailOutOfRange();
 }
 
+/// Ends the run when x leaves no room for another factor (arith/range.h).
+inline void RequireRoom(mpf_srcptr x)
+{
+  if (!arith::HasRoom(x)) FailOutOfRange();
+}
+
 /// Sets `number`, at its own precision, to the value of a decimal text. Returns false and keeps the
 /// old value when the text is no number. Ends the run with "#(ERR) Number "TEXT" is out of range"
-/// when the exponent is beyond +-kLargestExponent.
+/// when the value is.
 bool SetNumberFromText(arith::Mpf& number, const char* text);
 
 /// An array of terms; ends the run with "#(ERR) Out of memory" when there is no room for it.

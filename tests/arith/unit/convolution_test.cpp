@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "arith/mpf.h"
+#include "arith/range.h"
 #include "arith/term_array.h"
 #include "tests/support/scoped_precision.h"
 
@@ -96,6 +97,33 @@ TEST_P(ConvolutionAtPrecision, EqualsGmpOnHostileOperands)
       ADD_FAILURE() << "a: " << Text(a[i]) << "\nb: " << Text(b[count - 1 - i]);
     }
     FAIL() << "sum      " << Text(sum) << "\nexpected " << Text(expected);
+  }
+}
+
+/// Products at both ends of the range, beside one another and beside numbers around 1.
+TEST_P(ConvolutionAtPrecision, EqualsGmpAtTheEndsOfTheRange)
+{
+  const ScopedPrecision precision(static_cast<mp_bitcnt_t>(GetParam()));
+  HostileNumbers numbers(20'021 + static_cast<std::uint64_t>(GetParam()));
+  constexpr mp_exp_t kEnds[] = {0, kLargestLimbExponent, -kLargestLimbExponent};
+  constexpr int kSequences = 20'000;
+  for (int sequence = 0; sequence < kSequences; ++sequence) {
+    constexpr int kCount = 5;
+    TermArray a(kCount - 1), b(kCount - 1);
+    int code = sequence;
+    for (int i = 0; i < kCount; ++i) {
+      numbers.Set(a[i]);
+      numbers.Set(b[kCount - 1 - i]);
+      const mp_exp_t move = kEnds[code % 3];
+      code /= 3;
+      if (mpf_sgn(a[i]) != 0) a[i]->_mp_exp += move;
+      if (mpf_sgn(b[kCount - 1 - i]) != 0) b[kCount - 1 - i]->_mp_exp += move;
+    }
+    Mpf expected, sum;
+    SumByGmp(expected, a, b, kCount);
+    Convolve(sum, a[0], b[kCount - 1], kCount);
+    ASSERT_EQ(mpf_cmp(sum, expected), 0)
+        << "sum      " << Text(sum) << "\nexpected " << Text(expected);
   }
 }
 

@@ -1,5 +1,7 @@
 #include "arith/decimal_text.h"
 
+#include <string>
+
 #include <gtest/gtest.h>
 
 #include "tests/support/rational.h"
@@ -57,18 +59,29 @@ TEST(DecimalTextTest, TheNumberKeepsItsPrecision)
 TEST(DecimalTextTest, TheLargestExponentsAreAccepted)
 {
   Mpf number;
-  EXPECT_EQ(SetFromDecimal(number, "1e1000000000000000"), DecimalText::kNumber);
+  EXPECT_EQ(SetFromDecimal(number, "1e5553000000000000000"), DecimalText::kNumber);
   EXPECT_EQ(number.Sign(), 1);
-  EXPECT_EQ(SetFromDecimal(number, "-1e-1000000000000000"), DecimalText::kNumber);
+  EXPECT_EQ(SetFromDecimal(number, "-1e-5553000000000000000"), DecimalText::kNumber);
   EXPECT_EQ(number.Sign(), -1);
 }
 
-TEST(DecimalTextTest, AnExponentBeyondThemIsReportedAndKeepsTheOldValue)
+TEST(DecimalTextTest, TheValueCountsNotTheExponentAlone)
 {
-  for (const char* text :
-       {"1e1000000000000001", "1E-1000000000000001", "-3@99999999999999999999"}) {
+  Mpf number, plain;
+  const std::string small = "0." + std::string(99, '0') + "1e5553000000000000100";
+  EXPECT_EQ(SetFromDecimal(number, small.c_str()), DecimalText::kNumber);
+  EXPECT_EQ(SetFromDecimal(plain, "1e5553000000000000000"), DecimalText::kNumber);
+  EXPECT_EQ(mpf_eq(number, plain, 60), 1);
+}
+
+TEST(DecimalTextTest, ANumberBeyondThemIsReportedAndKeepsTheOldValue)
+{
+  for (const std::string& text :
+       {std::string("1e5553000000000000040"), std::string("1E-5553000000000000040"),
+        std::string("1e9000000000000000000"), std::string("1e-9223372036854775807"),
+        std::string("-3@99999999999999999999"), std::string(30, '1') + "e5553000000000000000"}) {
     Mpf number(99.0);
-    EXPECT_EQ(SetFromDecimal(number, text), DecimalText::kOutOfRange) << text;
+    EXPECT_EQ(SetFromDecimal(number, text.c_str()), DecimalText::kOutOfRange) << text;
     EXPECT_TRUE(IsExactly(99, number)) << text;
   }
 }

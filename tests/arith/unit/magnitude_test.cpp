@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "arith/mpf.h"
+#include "arith/range.h"
 #include "tests/support/scoped_precision.h"
 
 namespace arith {
@@ -31,6 +32,17 @@ TEST(BinaryExponent, IsThatOfGmp)
   }
 }
 
+TEST(BinaryExponent, OfTheLargestNumbersExceeds64Bits)
+{
+  // 1, moved by whole limbs: 2^(64 (exponent - 1)), whose binary exponent is one more.
+  Mpf number(1.0);
+  mpf_t& x = number;
+  x->_mp_exp = kLargestLimbExponent;
+  EXPECT_EQ(ToText(BinaryExponent(x)), "18446666710909523073");
+  x->_mp_exp = -kLargestLimbExponent;
+  EXPECT_EQ(ToText(BinaryExponent(x)), "-18446666710909523199");
+}
+
 /// Powers of 2 and their neighbours, where the sizes in bits do not decide, and 0.
 std::vector<Mpf> NumbersAroundPowersOfTwo()
 {
@@ -47,6 +59,23 @@ std::vector<Mpf> NumbersAroundPowersOfTwo()
     }
   }
   return numbers;
+}
+
+TEST(IsBelowProduct, ComparesTheLargestNumbers)
+{
+  const auto isBelow = [](const char* x, const char* a, const char* b) {
+    return IsBelowProduct(Mpf(x), Mpf(a), Mpf(b));
+  };
+  const char* const huge = "1e5553000000000000000";
+  const char* const tiny = "1e-5553000000000000000";
+  EXPECT_FALSE(isBelow(huge, tiny, "1"));
+  EXPECT_FALSE(isBelow(huge, tiny, tiny));
+  EXPECT_FALSE(isBelow(huge, huge, "0.1"));
+  EXPECT_TRUE(isBelow(huge, huge, "10"));
+  EXPECT_TRUE(isBelow(tiny, huge, huge));
+  EXPECT_TRUE(isBelow(tiny, huge, tiny));
+  EXPECT_FALSE(isBelow("10", huge, tiny));
+  EXPECT_FALSE(isBelow("-10", tiny, tiny));
 }
 
 TEST(IsBelowProduct, ComparesWithTheProductOfGmp)

@@ -135,6 +135,17 @@ TEST_F(ResultTable, WithAllTermsThreeColumnsAreAdded)
   EXPECT_EQ(Row(), "  7 " + half + " -1 4 " + half + '\n');
 }
 
+TEST_F(ResultTable, TheMeasuresOfTheLargestNumbersAreWrittenInFull)
+{
+  global->_EQUATIONS.clear();
+  global->_USEALLTERMS = true;
+  global->SetStep(0.5);
+  // 5553 10^15 log2(10) = 18446666710909523117.7
+  mpf_set_str(global->_STIFFMIN, "1e-5553000000000000000", 10);
+  mpf_set_str(global->_STIFFMAX, "1e5553000000000000000", 10);
+  EXPECT_EQ(Row(), "  7 " + half + " -18446666710909523117 18446666710909523118 " + half + '\n');
+}
+
 TEST_F(ResultTable, BeforeTheFirstStiffnessTestTheMeasuresAreTheirBounds)
 {
   global->_EQUATIONS.clear();

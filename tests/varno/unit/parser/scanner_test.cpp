@@ -182,8 +182,8 @@ TEST_F(Scanner, NumbersAreReadAtThePrecisionInForce)
 
 TEST_F(Scanner, ANumberWhoseExponentGmpCannotHoldEndsTheRun)
 {
-  EXPECT_EXIT(Scanned("1e9999999999999999"), testing::ExitedWithCode(1),
-              ExactText("#(ERR) Number \"1e9999999999999999\" is out of range\n"));
+  EXPECT_EXIT(Scanned("1e9999999999999999999"), testing::ExitedWithCode(1),
+              ExactText("#(ERR) Number \"1e9999999999999999999\" is out of range\n"));
 }
 
 TEST_F(Scanner, NamesBeginWithALetterOrUnderscore)

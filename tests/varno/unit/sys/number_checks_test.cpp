@@ -15,19 +15,45 @@ namespace varno {
 using namespace support;
 namespace {
 
+constexpr const char* kMessage =
+    "#(ERR) A number is out of range: its decimal exponent is beyond +-5553000000000000000\n";
+
+/// 1 moved to an exponent in limbs.
+arith::Mpf OneAt(mp_exp_t limbs)
+{
+  arith::Mpf x(1.0);
+  static_cast<mpf_t&>(x)->_mp_exp = limbs;
+  return x;
+}
+
 TEST(RequireRange, LetsAnOrdinaryNumberPass)
 {
   RequireRange(arith::Mpf("1e1000000"));
+  RequireRange(OneAt(arith::kLargestLimbExponent));
+  RequireRange(OneAt(-arith::kLargestLimbExponent));
   RequireRange(arith::Mpf(0.0));
 }
 
 TEST(RequireRange, EndsTheRunForANumberOutOfRange)
 {
-  arith::Mpf huge(1.0);
-  mpf_mul_2exp(huge, huge, 3'400'000'000'000'000);
-  EXPECT_EXIT(RequireRange(huge), testing::ExitedWithCode(1),
-              ExactText("#(ERR) A number is out of range: its decimal exponent is beyond "
-                        "+-1000000000000000\n"));
+  for (const mp_exp_t limbs : {arith::kLargestLimbExponent + 1, 32 * arith::kLargestLimbExponent}) {
+    EXPECT_EXIT(RequireRange(OneAt(limbs)), testing::ExitedWithCode(1), ExactText(kMessage));
+    EXPECT_EXIT(RequireRange(OneAt(-limbs)), testing::ExitedWithCode(1), ExactText(kMessage));
+  }
+}
+
+TEST(RequireRoom, LetsANumberPassThatHasRoom)
+{
+  RequireRoom(OneAt(4 * arith::kLargestLimbExponent));
+  RequireRoom(OneAt(-4 * arith::kLargestLimbExponent));
+  RequireRoom(arith::Mpf(0.0));
+}
+
+TEST(RequireRoom, EndsTheRunForANumberWithoutRoom)
+{
+  const mp_exp_t limbs = 30 * arith::kLargestLimbExponent;
+  EXPECT_EXIT(RequireRoom(OneAt(limbs)), testing::ExitedWithCode(1), ExactText(kMessage));
+  EXPECT_EXIT(RequireRoom(OneAt(-limbs)), testing::ExitedWithCode(1), ExactText(kMessage));
 }
 
 TEST(SetNumberFromText, TellsNumbersFromOtherTexts)
@@ -39,10 +65,10 @@ TEST(SetNumberFromText, TellsNumbersFromOtherTexts)
   EXPECT_TRUE(IsExactly(Rational(-1, 4), number));
 }
 
-TEST(SetNumberFromText, EndsTheRunForAnExponentBeyondTheRange)
+TEST(SetNumberFromText, EndsTheRunForANumberBeyondTheRange)
 {
   for (const std::string text :
-       {"1e1000000000000001", "1E-1000000000000001", "-3@99999999999999999999"}) {
+       {"1e5553000000000000040", "1E-5553000000000000040", "-3@99999999999999999999"}) {
     arith::Mpf number;
     EXPECT_EXIT(SetNumberFromText(number, text.c_str()), testing::ExitedWithCode(1),
                 ExactText("#(ERR) Number \"" + text + "\" is out of range\n"));
