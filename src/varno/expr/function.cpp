@@ -85,8 +85,8 @@ Expr::Ref Function::ConvertExpr()
   if (converting) {
     // The derivative of the argument leads back to this function, as in y' = sin(y): the variables
     // are made now, and the conversion under way will use them.
-    CreateVariables();
     Global->_SELFMET = true;
+    CreateVariables();
     return variables[conversion.returned];
   }
   // Functions that lead to one another would otherwise make n! sets of variables.
@@ -120,6 +120,8 @@ void Function::CreateVariables()
     conversion.initialValues[i](initialValues[i], u0);
     RequireRange(initialValues[i]);
   }
+  // Asking for the argument's initial value may have led back here, which made the variables.
+  if (!variables.empty()) return;
   for (const Mpf& initialValue : initialValues) {
     variables.push_back(MakeTemporaryVariable(initialValue));
   }

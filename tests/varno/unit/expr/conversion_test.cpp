@@ -465,6 +465,23 @@ TEST(ConversionMeetingItself, KeepsTheNodesThatAreAtWork)
   EXPECT_EQ(PrintedRightHandSide("%2"), "(" + tangent + " - (([%2] * [%2]) * " + tangent + "))");
 }
 
+TEST(ConversionMeetingItself, UsesTheVariablesMadeWhileAskingForItsInitialValue)
+{
+  // The right exponential asks for y', so that the cosine meets itself. Its initial value makes the
+  // innermost exponential ask for y' once more, and there the cosine makes its variables, behind
+  // %0 of that exponential. No second set follows: %3 and %4 are the other exponentials.
+  const ScopedGlobal global;
+  ReadAndConvert("y' = cos(exp(exp(y)) + exp(y)) & 0.25;");
+  EXPECT_EQ(Names(), (Texts{"%0", "%1", "%2", "%3", "%4", "y"}));
+  EXPECT_EQ(PrintedRightHandSide("y"), "[%1]");
+  EXPECT_EQ(PrintedRightHandSide("%0"), "([%1] * [%0])");
+  EXPECT_EQ(PrintedRightHandSide("%3"), "([%1] * [%3])");
+  EXPECT_EQ(PrintedRightHandSide("%4"), "(([%1] * [%0]) * [%4])");
+  const std::string argument = "((([%1] * [%0]) * [%4]) + ([%1] * [%3]))";
+  EXPECT_EQ(PrintedRightHandSide("%1"), "([%2] * " + argument + ")");
+  EXPECT_EQ(PrintedRightHandSide("%2"), "((-[%1]) * " + argument + ")");
+}
+
 TEST(ConversionMeetingItself, GoesThroughOtherEquations)
 {
   const ScopedGlobal global;
