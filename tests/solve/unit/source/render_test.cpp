@@ -1,5 +1,6 @@
 #include "solve/source/render.h"
 
+#include <algorithm>
 #include <string>
 
 #include <gmock/gmock.h>
@@ -100,7 +101,9 @@ TEST(Render, AFloodOfErrorsIsCounted)
   for (int i = 0; i < 100; ++i) diagnostics.Error({0, 0, 1}, "m");
   EXPECT_THAT(Render(diagnostics, sources), Not(HasSubstr("more errors")));
   for (int i = 0; i < 3; ++i) diagnostics.Error({0, 0, 1}, "m");
-  EXPECT_THAT(Render(diagnostics, sources), EndsWith("3 more errors are not shown\n"));
+  const std::string text = Render(diagnostics, sources);
+  EXPECT_THAT(text, EndsWith("3 more errors are not shown\n"));
+  EXPECT_EQ(std::count(text.begin(), text.end(), ':'), 4 * 100);  // f:1:1: error: m
 }
 
 TEST(Render, NoRemarksNoText)
