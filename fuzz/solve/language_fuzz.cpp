@@ -13,8 +13,9 @@
 #include <vector>
 
 #include "solve/language/parse.h"
+#include "solve/evaluation/domain_error.h"
+#include "solve/evaluation/evaluator.h"
 #include "solve/model/build_model.h"
-#include "solve/model/evaluate_constant.h"
 #include "solve/model/print.h"
 
 namespace {
@@ -67,9 +68,11 @@ void ReadConstant(Model& model, const std::string& text, Sources& sources)
 {
   try {
     const NodeId node = AddConstant(model, text, "--to", sources);
-    Real value(100);
-    EvaluateConstant(value, model.graph, model.parameters, node);
+    std::vector<NodeId> parameters;
+    for (const Parameter& parameter : model.parameters) parameters.push_back(parameter.value);
+    EvaluateConstant(model.graph, node, 100, parameters);
   } catch (const ProblemError&) {
+  } catch (const DomainError&) {
   }
 }
 
