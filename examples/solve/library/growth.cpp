@@ -1,5 +1,5 @@
-// Growth towards a limit, y' = rate*y*(1 - y), at the rate given on the command line: prints a table
-// with 25 digits, and how large the last value is as a double.
+// Growth towards a limit, y' = rate*y*(1 - y), at the rate given on the command line: prints a
+// table with 25 digits, and how large the last value is as a double.
 
 #include <exception>
 #include <iostream>
