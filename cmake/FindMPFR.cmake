@@ -1,4 +1,4 @@
-# Finds the MPFR library, which the tests take as reference, and defines the target MPFR::MPFR.
+# Finds the MPFR library and defines the target MPFR::MPFR.
 
 find_package(GMP)
 find_path(MPFR_INCLUDE_DIR mpfr.h)

@@ -21,6 +21,8 @@ class InstallTest(unittest.TestCase):
                 [CMAKE, "--install", BUILD, "--prefix", folder], check=True, capture_output=True)
             share = Path(folder) / "share"
             for name in ("man/man1/varno.1.gz", "bash-completion/completions/varno",
+                         "man/man1/varno-solve.1.gz", "bash-completion/completions/varno-solve",
+                         "doc/varno/docs/solve/manual.md", "doc/varno/examples/solve/kepler.varno",
                          "doc/varno/README.md", "doc/varno/LICENSE", "doc/varno/docs/varno/manual.md",
                          "doc/varno/docs/varno/gallery/lorenz.png"):
                 self.assertTrue((share / name).is_file(), name)
@@ -30,6 +32,14 @@ class InstallTest(unittest.TestCase):
                 check=True, capture_output=True, text=True)
             self.assertTrue(result.stdout.startswith("# ORDER TIME x y z\n"), result.stdout)
             self.assertIn("1.00000000000e+00 ", result.stdout.splitlines()[-1])
+
+            result = subprocess.run(
+                [Path(folder) / "bin" / "varno-solve", "--last", "--quiet",
+                 share / "doc/varno/examples/solve/sir.varno"],
+                check=True, capture_output=True, text=True)
+            self.assertTrue(
+                result.stdout.startswith("# t  susceptible  infected  recovered  invariant\n"),
+                result.stdout)
 
 
 if __name__ == "__main__":

@@ -1,0 +1,11 @@
+# find_package(varno) of other projects: defines the target varno::solve, the library of varno-solve.
+
+include(CMakeFindDependencyMacro)
+
+# The modules that find GMP and MPFR stand beside this file.
+list(PREPEND CMAKE_MODULE_PATH "${CMAKE_CURRENT_LIST_DIR}")
+find_dependency(MPFR)
+find_dependency(fmt)
+list(POP_FRONT CMAKE_MODULE_PATH)
+
+include("${CMAKE_CURRENT_LIST_DIR}/varno-targets.cmake")

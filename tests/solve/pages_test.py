@@ -1,0 +1,112 @@
+#!/usr/bin/env python3
+"""Runs every command of varno-solve that the pages show with its output, and compares.
+
+Usage: pages_test.py PROGRAM
+
+A command is a line "    $ varno-solve ..." of an indented block; what follows in the block, up to the
+next command, is its output: standard output, as a shell shows it. A line of "..." stands for any
+lines that are left out. The seconds of a summary are not compared. The files that a command reads are
+the page's own, blocks behind a line that ends with "`NAME.varno`:", and those of examples/solve/.
+"""
+
+import os
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+PROGRAM = Path(sys.argv.pop()).resolve()
+ROOT = Path(__file__).resolve().parents[2]
+# Each with the least number of commands that it shows.
+PAGES = {"README.md": 3, "docs/solve/manual.md": 10, "docs/solve/digits.md": 1}
+INDENT = "    "
+
+
+def blocks_of(text):
+    """Indented blocks as (line before, lines); blank lines within do not end a block."""
+    before, block = "", []
+    for line in [*text.splitlines(), "end"]:
+        if line.startswith(INDENT):
+            block.append(line.removeprefix(INDENT))
+        elif not line.strip() and block:
+            block.append("")
+        elif line.strip():
+            if block:
+                yield before, block
+            before, block = line, []
+
+
+def strip_blank(lines):
+    return "\n".join(lines).strip("\n").split("\n")
+
+
+def read_page(path):
+    """The files that a page holds, and its commands as (command, lines of output)."""
+    files, commands = {}, []
+    for before, block in blocks_of(path.read_text(encoding="utf-8")):
+        first = next((i for i, line in enumerate(block) if line.startswith("$ ")), len(block))
+        name = re.search(r"`(\w+\.varno)`:$", before)
+        if name:
+            files[name[1]] = "\n".join(strip_blank(block[:first])) + "\n"
+        shown = None
+        for line in block[first:]:
+            if line.startswith("$ "):
+                shown = []
+                if line.startswith("$ varno-solve "):
+                    commands.append((line.removeprefix("$ "), shown))
+            else:
+                shown.append(line)
+    return files, [(command, strip_blank(shown)) for command, shown in commands]
+
+
+def mask(line):
+    return re.sub(r"^[\d.e+-]+ seconds$", "? seconds", line)
+
+
+def matches(expected, actual):
+    """Whether lines are those expected, where "..." is any number of lines."""
+    pattern = "".join(r"(?:.*\n)*" if line == "..." else re.escape(mask(line)) + "\n"
+                      for line in expected)
+    return re.fullmatch(pattern, "".join(mask(line) + "\n" for line in actual)) is not None
+
+
+class PagesTest(unittest.TestCase):
+    maxDiff = None
+
+    def check_page(self, page, least):
+        files, commands = read_page(ROOT / page)
+        self.assertGreaterEqual(len(commands), least, page)
+        with tempfile.TemporaryDirectory(prefix="varno-pages-") as folder:
+            work, programs = Path(folder) / "work", Path(folder) / "bin"
+            shutil.copytree(ROOT / "examples" / "solve", work)
+            programs.mkdir()
+            (programs / "varno-solve").symlink_to(PROGRAM)
+            for name, text in files.items():
+                (work / name).write_text(text)
+            for command, expected in commands:
+                with self.subTest(page=page, command=command):
+                    result = subprocess.run(
+                        ["bash", "-c", command], cwd=work, text=True, check=False,
+                        stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                        env={"PATH": f"{programs}:{os.environ['PATH']}", "LC_ALL": "C"})
+                    actual = strip_blank(result.stdout.splitlines())
+                    if not matches(expected, actual):
+                        self.assertEqual(actual, expected)
+
+    def test_commands_show_what_the_program_prints(self):
+        for page, least in PAGES.items():
+            self.check_page(page, least)
+
+    def test_left_out_lines_are_found(self):
+        self.assertTrue(matches(["a", "...", "c"], ["a", "b", "b", "c"]))
+        self.assertTrue(matches(["a", "...", "c"], ["a", "c"]))
+        self.assertFalse(matches(["a", "...", "c"], ["a", "b"]))
+        self.assertFalse(matches(["a"], ["a", "b"]))
+        self.assertTrue(matches(["0.02 seconds"], ["1.5 seconds"]))
+
+
+if __name__ == "__main__":
+    unittest.main()
