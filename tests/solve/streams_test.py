@@ -22,7 +22,7 @@ PROGRAM = Path(sys.argv.pop(1)).resolve()
 EQUATIONS = "x' = v & 1;\nv' = -x;\n"
 #: more rows than any test waits for
 ENDLESS = ["--to", "1e9", "--every", "1"]
-ROW = re.compile(r"[0-9.e+]+ +-?[0-9.]+e[+-]\d\d +(-?[0-9.]+e[+-]\d\d|0)")
+ROW = re.compile(r"^[0-9.e+]+ +-?[0-9.]+e[+-]\d\d +(-?[0-9.]+e[+-]\d\d|0)$")
 TIMEOUT = 60
 
 

@@ -122,6 +122,13 @@ TEST(CommandLine, SettingsAreKeptInTheirOrder)
   EXPECT_EQ(commandLine.file, "file");
 }
 
+TEST(CommandLine, SettingsTakeNothingButTheirValue)
+{
+  const CommandLine commandLine = Parse({"--set", "[a=1,2]", "--", "--digits"});
+  EXPECT_EQ(commandLine.settings, Strings{"[a=1,2]"});
+  EXPECT_EQ(commandLine.file, "--digits");
+}
+
 TEST(CommandLine, Output)
 {
   const CommandLine commandLine = Parse({"file", "--format", "json", "--output", "-x", "--columns",
