@@ -12,9 +12,9 @@
 #include <utility>
 #include <vector>
 
-#include "solve/language/parse.h"
 #include "solve/evaluation/domain_error.h"
 #include "solve/evaluation/evaluator.h"
+#include "solve/language/parse.h"
 #include "solve/model/build_model.h"
 #include "solve/model/print.h"
 

@@ -7,8 +7,8 @@
 
 #include "solve/command/command_line.h"
 #include "solve/command/output_file.h"
-#include "solve/rows/row_writer.h"
 #include "solve/library/solve.h"
+#include "solve/rows/row_writer.h"
 
 namespace varno::solve {
 

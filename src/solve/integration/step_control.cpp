@@ -80,8 +80,8 @@ bool StepControl::NeedsMoreTerms(const Series& series, LineId id)
   return !settledLines[id];
 }
 
-/// The order up to which the terms of a line that vanish are followed. A polynomial, such as t^1000, is followed to its
-/// end: however many of its terms vanish, it is known not to be 0.
+/// The order up to which the terms of a line that vanish are followed. A polynomial, such as
+/// t^1000, is followed to its end: however many of its terms vanish, it is known not to be 0.
 int StepControl::MostOrder(const Line& line) const
 {
   const int usual = kMostOrderFactor * settings.order;
@@ -139,8 +139,8 @@ double StepControl::AccuracyBound(double size) const
 double StepControl::DomainBound(double log2) const
 {
   const int order = static_cast<int>(terms.size()) - 1;
-  // Begin at the latest where the largest term equals the first one: that may be many times shorter than what bounds the
-  // step so far.
+  // Begin at the latest where the largest term equals the first one: that may be many times shorter
+  // than what bounds the step so far.
   for (int k = 1; k <= order; ++k) log2 = std::min(log2, (terms[0] - terms[k]) / k);
   if (log2 == kInfinity) return log2;
   for (int trial = 0; trial < kMostTrials; ++trial) {

@@ -4,9 +4,9 @@
 
 #include "solve/evaluation/domain_error.h"
 #include "solve/integration/run.h"
+#include "solve/library/solve.h"
 #include "solve/number/moment.h"
 #include "solve/source/sources.h"
-#include "solve/library/solve.h"
 
 namespace varno::solve {
 

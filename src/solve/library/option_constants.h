@@ -5,10 +5,10 @@
 #include <unordered_map>
 #include <vector>
 
+#include "solve/library/solve.h"
 #include "solve/model/model.h"
 #include "solve/number/moment.h"
 #include "solve/source/sources.h"
-#include "solve/library/solve.h"
 
 namespace varno::solve {
 

@@ -2,9 +2,9 @@
 #include <utility>
 
 #include "solve/library/problem_data.h"
+#include "solve/library/solve.h"
 #include "solve/model/build_model.h"
 #include "solve/source/diagnostics.h"
-#include "solve/library/solve.h"
 
 namespace varno::solve {
 

@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
+#include "solve/library/solve.h"
 #include "solve/model/model.h"
 #include "solve/source/sources.h"
-#include "solve/library/solve.h"
 
 namespace varno::solve {
 

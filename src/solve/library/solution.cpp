@@ -1,8 +1,8 @@
 #include <utility>
 
 #include "solve/library/solution_data.h"
-#include "solve/number/exponent_range.h"
 #include "solve/library/solve.h"
+#include "solve/number/exponent_range.h"
 
 namespace varno::solve {
 

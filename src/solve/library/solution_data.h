@@ -8,11 +8,11 @@
 #include "solve/library/ends.h"
 #include "solve/library/option_constants.h"
 #include "solve/library/problem_data.h"
+#include "solve/library/solve.h"
 #include "solve/rows/number_format.h"
 #include "solve/rows/time_format.h"
 #include "solve/tape/tape.h"
 #include "solve/verification/verified_rows.h"
-#include "solve/library/solve.h"
 
 namespace varno::solve {
 

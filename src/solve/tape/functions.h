@@ -7,7 +7,8 @@ namespace varno::solve {
 
 /// Adds the lines of an elementary function of one argument and returns the one that is its value.
 ///
-/// Each function is the integral of its derivative, which is a line of its own (docs/solve/recurrences.md, 9 and 10):
+/// Each function is the integral of its derivative, which is a line of its own
+/// (docs/solve/recurrences.md, 9 and 10):
 ///     exp' = exp,  ln' = 1/u,  sin' = cos,  cos' = -sin,  tan' = 1 + tan^2,  cot' = -(1 + cot^2),
 ///     sinh' = cosh,  cosh' = sinh,  tanh' = 1/cosh^2,  coth' = -1/sinh^2,
 ///     asin' = 1/sqrt(1 - u^2),  acos' = -asin',  atan' = 1/(1 + u^2),  acot' = -atan',

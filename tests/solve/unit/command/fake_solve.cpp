@@ -14,12 +14,12 @@
 #include <memory>
 #include <string>
 
+#include "solve/library/solve.h"
 #include "solve/number/moment.h"
 #include "solve/number/real.h"
 #include "solve/rows/number_format.h"
 #include "solve/rows/row_times.h"
 #include "solve/rows/time_format.h"
-#include "solve/library/solve.h"
 
 namespace varno::solve {
 

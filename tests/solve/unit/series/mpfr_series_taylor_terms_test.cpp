@@ -1,7 +1,5 @@
 // The terms of each elementary function against coefficients by mpmath (make_taylor_terms.py).
 
-#include "tests/solve/support/taylor_terms.h"
-
 #include <algorithm>
 #include <cmath>
 #include <fstream>
@@ -15,6 +13,7 @@
 #include "solve/graph/operation.h"
 #include "tests/solve/support/comparison.h"
 #include "tests/solve/support/equations.h"
+#include "tests/solve/support/taylor_terms.h"
 
 namespace varno::solve {
 namespace {

@@ -32,7 +32,7 @@ TEST(Agreement, AskedToAQuarterOfTheLastUnit)
 TEST(Agreement, TakesTheSmallerUnitAtAPowerOfTen)
 {
   EXPECT_EQ(Compared(Number("1.00000"), Number("1.000004")), Verdict::kAgree);
-  EXPECT_EQ(Compared(Number("0.999990"), Number("1.000001")), Verdict::kDiffer);
+  EXPECT_EQ(Compared(Number("1.000001"), Number("0.999990")), Verdict::kDiffer);
 }
 
 TEST(Agreement, ExactZerosAgree)
