@@ -68,6 +68,7 @@ int PrintRows(Solution& solution, RowOutput& output, ProgressLine& progressLine,
   } catch (const RunEnded& end) {
     progressLine.Clear();
     console.Say(end.what());
+    if (end.Reason() == EndReason::kWrongRow) return kRowWasWrong;
     if (end.Reason() != EndReason::kInterrupted) return kEndedEarly;
   } catch (const OutputInterrupted&) {
     progressLine.Clear();

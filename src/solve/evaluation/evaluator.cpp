@@ -49,7 +49,8 @@ Evaluator::Evaluator(const Graph& graph, const std::vector<NodeId>& roots, mpfr_
   for (const NodeId id : Below(graph, roots, parameters)) {
     const Node& node = graph[id];
     places[id] = static_cast<std::uint32_t>(values.size());
-    Step& step = steps.emplace_back(node.operation, id, 0, 0, node.index);
+    Step& step = steps.emplace_back();
+    step = {node.operation, id, 0, 0, node.index};
     if (node.operandCount > 0) step.a = places[node.operands[0]];
     if (node.operandCount > 1) step.b = places[node.operands[1]];
     // The value of a parameter has a smaller number than the leaf.

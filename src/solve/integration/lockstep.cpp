@@ -10,8 +10,9 @@ namespace varno::solve {
 Lockstep::Lockstep(const Tape& tape, const std::vector<RunSettings>& settings, const Moment& start,
                    const std::vector<std::vector<Real>>& states, const Moment& reach,
                    StepWatch watch, Compare compare)
-    : ends(settings.size()), reach(reach), watch(std::move(watch)), compare(std::move(compare))
+    : reach(reach), watch(std::move(watch)), compare(std::move(compare))
 {
+  ends.resize(settings.size());
   runs.reserve(settings.size());
   for (std::size_t i = 0; i < settings.size(); ++i)
     runs.emplace_back(tape, settings[i], start, states[i], reach);

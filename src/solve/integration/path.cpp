@@ -1,6 +1,5 @@
 #include "solve/integration/path.h"
 
-#include <ranges>
 #include <utility>
 
 namespace varno::solve {
@@ -27,9 +26,9 @@ std::vector<SizedStates> Path::LatestStates(const Moment& time) const
 /// Goes from the start to the first of the early times, and begins anew for the others.
 void Path::IntegrateEarly()
 {
-  for (const Moment& time : early | std::views::reverse) {
-    lockstep->Reach(time);
-    earlyStates.push_back(LatestStates(time));
+  for (auto time = early.rbegin(); time != early.rend(); ++time) {
+    lockstep->Reach(*time);
+    earlyStates.push_back(LatestStates(*time));
   }
   early.clear();
   earlySteps = Best().Steps();

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "solve/evaluation/disturbance.h"
 #include "solve/evaluation/domain_error.h"
 #include "solve/evaluation/size.h"
 
@@ -58,11 +59,11 @@ Run::Run(const Tape& tape, const RunSettings& settings, const Moment& start,
 }
 
 /// How many bits the time takes more than a step of this length.
-mpfr_prec_t Run::BitsForTime(double stepLog2) const
+mpfr_prec_t Run::BitsForTime(double lengthLog2) const
 {
   const double time = std::max(Log2Moment(end), Log2Moment(reach));
-  if (!std::isfinite(time) || !std::isfinite(stepLog2)) return 0;
-  return static_cast<mpfr_prec_t>(std::ceil(std::max(0.0, time - stepLog2)));
+  if (!std::isfinite(time) || !std::isfinite(lengthLog2)) return 0;
+  return static_cast<mpfr_prec_t>(std::ceil(std::max(0.0, time - lengthLog2)));
 }
 
 /// Computes with at least this precision from now on.
@@ -70,7 +71,7 @@ void Run::RequireBits(mpfr_prec_t wanted)
 {
   if (series != nullptr && wanted <= bits) return;
   bits = std::max(bits, wanted);
-  series = MakeSeries(tape, bits, settings.order);
+  series = MakeSeries(tape, bits, settings.order, settings.disturbed);
   for (Real& state : states) {
     Real wider(bits);
     mpfr_set(wider, state, MPFR_RNDN);
@@ -107,6 +108,20 @@ void Run::RequireProgress(const StepBound& bound) const
   throw Singularity{end, bound.line == kNone ? 0 : tape.lines[bound.line].node};
 }
 
+/// The states at the end of a step; those that were rounded are moved where that is asked for.
+void Run::SumToEnd(mpfr_srcptr offset)
+{
+  std::vector<Real> sums;
+  for (LineId state = 0; state < states.size(); ++state) {
+    Real& sum = sums.emplace_back(bits);
+    mpfr_clear_inexflag();
+    series->Sum(state, offset, sum);
+    if (!settings.disturbed || mpfr_inexflag_p() == 0) continue;
+    Disturb(sum, static_cast<std::uint64_t>(steps) * states.size() + state);
+  }
+  states = std::move(sums);
+}
+
 std::vector<Real> Run::SumStates(mpfr_srcptr offset) const
 {
   std::vector<Real> sums(states.size(), Real(bits));
@@ -130,7 +145,7 @@ void Run::Step()
 
   Real offset(64);
   length.InUnits(scaleExponent, offset);
-  states = SumStates(offset);
+  SumToEnd(offset);
   begin = end;
   const Moment advance = ToMoment(length);
   end = backwards ? end - advance : end + advance;

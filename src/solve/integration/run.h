@@ -55,11 +55,12 @@ class Run {
  private:
   StepBound PrepareSeries();
   void RequireBits(mpfr_prec_t wanted);
-  mpfr_prec_t BitsForTime(double stepLog2) const;
+  mpfr_prec_t BitsForTime(double lengthLog2) const;
   StepLength ChooseLength(const StepBound& bound) const;
   void RequireProgress(const StepBound& bound) const;
   Real Offset(const Moment& time) const;
   std::vector<Real> SumStates(mpfr_srcptr offset) const;
+  void SumToEnd(mpfr_srcptr offset);
 
   const Tape& tape;
   RunSettings settings;

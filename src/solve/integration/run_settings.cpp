@@ -23,6 +23,7 @@ RunSettings SettingsFor(double decimals, double placeDecimals)
   return {.toleranceBits = toleranceBits,
           .order = order,
           .bits = static_cast<mpfr_prec_t>(std::ceil(toleranceBits + guardBits)),
+          .disturbed = false,
           .placeBits = placeDecimals * std::numbers::ln10 / std::numbers::ln2};
 }
 

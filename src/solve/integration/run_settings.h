@@ -9,6 +9,7 @@ struct RunSettings {
   double toleranceBits;  ///< -log2 of the relative error that a step may make in a line
   int order;             ///< of the series, usually
   mpfr_prec_t bits;      ///< of the arithmetic
+  bool disturbed;        ///< whether it moves what it rounds, so that unstable solutions show
   double placeBits;      ///< a step shorter than 2^-placeBits of the way is the end of the way
 };
 

@@ -152,6 +152,20 @@ double StepControl::DomainBound(double log2) const
   return -kInfinity;
 }
 
+/// The line that must not pass 0 within the step lest a function jump: the argument of acot, at 0;
+/// for the angle of (x, y) the larger one of both, and y to the left of the origin, where the cut
+/// is.
+LineId StepControl::LineOfCut(const Series& series, const Line& line) const
+{
+  if (line.kind == LineKind::kIntegralOfQuotient && line.function == Operation::kAcot)
+    return line.a;
+  if (line.kind != LineKind::kAngle) return kNone;
+  Real x(2);
+  series.Term(line.b, 0, x);
+  const bool isRight = mpfr_sgn(static_cast<mpfr_srcptr>(x)) > 0;
+  return isRight && series.Log2(line.b, 0) >= series.Log2(line.a, 0) ? line.b : line.a;
+}
+
 StepBound StepControl::Choose(Series& series)
 {
   series.ExtendTo(settings.order);
@@ -168,9 +182,14 @@ StepBound StepControl::Choose(Series& series)
     ReadTerms(series, id);
     lower(AccuracyBound(sizes[id]), id);
   }
-  for (const LineId id : domainLines) {
+  const auto keepFromZero = [&](LineId id) {
     ReadTerms(series, id);
     lower(DomainBound(bound.log2), id);
+  };
+  for (const LineId id : domainLines) keepFromZero(id);
+  for (const Line& line : tape.lines) {
+    const LineId cut = LineOfCut(series, line);
+    if (cut != kNone) keepFromZero(cut);
   }
   return bound;
 }

@@ -36,6 +36,7 @@ class StepControl {
   void ReadTerms(const Series& series, LineId id);
   double AccuracyBound(double size) const;
   double DomainBound(double log2) const;
+  LineId LineOfCut(const Series& series, const Line& line) const;
 
   const Tape& tape;
   RunSettings settings;

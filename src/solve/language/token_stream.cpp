@@ -150,9 +150,9 @@ class Classification {
   {
     const std::string_view text = TextAt(i);
     if (statementBegins) {
-      if (KindAt(i + 1) != Kind::TOKEN_NAME) return Kind::TOKEN_NAME;
-      if (text == "function") return Kind::TOKEN_FUNCTION;
-      if (text == "event") return Kind::TOKEN_EVENT;
+      const bool introduces = KindAt(i + 1) == Kind::TOKEN_NAME;
+      if (introduces && text == "function") return Kind::TOKEN_FUNCTION;
+      if (introduces && text == "event") return Kind::TOKEN_EVENT;
       return Kind::TOKEN_NAME;
     }
     if (EndsOperand(tokens.back().kind)) {

@@ -5,10 +5,10 @@
 
 namespace varno::solve {
 
-void Value::Clear::operator()(mpfr_ptr number) const
+void Value::Clear::operator()(mpfr_ptr owned) const
 {
-  mpfr_clear(number);
-  delete number;
+  mpfr_clear(owned);
+  delete owned;
 }
 
 Value::Value(std::string text, mpfr_srcptr number) : text(std::move(text))

@@ -26,6 +26,7 @@ bool AreEqualConstants(const Graph& graph, const std::vector<Parameter>& paramet
 
   const ScopedExponentRange range;
   std::vector<NodeId> values;
+  values.reserve(parameters.size());
   for (const Parameter& parameter : parameters) values.push_back(parameter.value);
   try {
     const Real x = EvaluateConstant(graph, a, kComparedBits, values);

@@ -1,5 +1,6 @@
 #include "solve/series/mpfr_series.h"
 
+#include "solve/evaluation/disturbance.h"
 #include "solve/evaluation/domain_error.h"
 #include "solve/evaluation/elementary.h"
 #include "solve/evaluation/evaluator.h"
@@ -37,7 +38,7 @@ std::vector<bool> NeedDerivatives(const Tape& tape)
 
 }  // namespace
 
-MpfrSeries::MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder)
+MpfrSeries::MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder, bool disturbed)
     : tape(tape),
       bits(bits),
       terms(tape.lines.size(), usualOrder + 2, bits),
@@ -50,7 +51,7 @@ MpfrSeries::MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder)
       weighted(bits)
 {
   AssignDerivatives();
-  ComputeConstants(bits);
+  ComputeConstants(disturbed);
 }
 
 void MpfrSeries::AssignDerivatives()
@@ -63,12 +64,15 @@ void MpfrSeries::AssignDerivatives()
   derivatives = TermStore(count, terms.TermCount(), bits);
 }
 
-void MpfrSeries::ComputeConstants(mpfr_prec_t precision)
+void MpfrSeries::ComputeConstants(bool disturbed)
 {
   for (const NodeId constant : tape.constants) {
-    constants.push_back(EvaluateConstant(tape.graph, constant, precision));
+    constants.push_back(EvaluateConstant(tape.graph, constant, bits));
+    if (disturbed && !IsExact(tape.graph, constant, bits)) {
+      Disturb(constants.back(), DisturbanceKey(tape.graph, constant));
+    }
   }
-  powerExponentsPlusOne.assign(constants.size(), Real(precision));
+  powerExponentsPlusOne.assign(constants.size(), Real(bits));
   for (const Line& line : tape.lines) {
     if (line.kind != LineKind::kPower || line.constant == kNone) continue;
     mpfr_add_ui(powerExponentsPlusOne[line.constant], constants[line.constant], 1, kNearest);
@@ -398,9 +402,10 @@ void MpfrSeries::Sum(LineId line, mpfr_srcptr offset, mpfr_ptr result) const
   mpfr_set(result, value, kNearest);
 }
 
-std::unique_ptr<Series> MakeSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder)
+std::unique_ptr<Series> MakeSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder,
+                                   bool disturbed)
 {
-  return std::make_unique<MpfrSeries>(tape, bits, usualOrder);
+  return std::make_unique<MpfrSeries>(tape, bits, usualOrder, disturbed);
 }
 
 }  // namespace varno::solve

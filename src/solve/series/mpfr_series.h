@@ -12,7 +12,7 @@ namespace varno::solve {
 /// The numbers in parentheses are those of docs/solve/recurrences.md.
 class MpfrSeries final : public Series {
  public:
-  MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder);
+  MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder, bool disturbed);
 
   void Begin(mpfr_srcptr time, std::span<const Real> states, bool backwards,
              long scaleExponent) override;
@@ -24,7 +24,7 @@ class MpfrSeries final : public Series {
   void Term(LineId line, int k, mpfr_ptr result) const override;
 
  private:
-  void ComputeConstants(mpfr_prec_t bits);
+  void ComputeConstants(bool disturbed);
   void AssignDerivatives();
   mpfr_srcptr Constant(ConstantId constant) const;
 

@@ -39,7 +39,9 @@ class Series {
 };
 
 /// A series for a tape, which must outlive it, with at least this precision. Throws DomainError
-/// where a constant of the tape has no value.
-std::unique_ptr<Series> MakeSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder);
+/// where a constant of the tape has no value. `disturbed` moves constants that are rounded
+/// (evaluation/disturbance.h).
+std::unique_ptr<Series> MakeSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder,
+                                   bool disturbed = false);
 
 }  // namespace varno::solve

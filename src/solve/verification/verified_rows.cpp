@@ -2,10 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
-#include <limits>
 #include <utility>
 
+#include "solve/evaluation/disturbance.h"
 #include "solve/evaluation/domain_error.h"
 #include "solve/evaluation/evaluator.h"
 #include "solve/evaluation/size.h"
@@ -21,23 +20,9 @@ constexpr double kSecondRunDecimals = 3;
 /// What the extrapolated loss is multiplied with.
 constexpr double kLossMargin = 1.1;
 constexpr double kLog2Of10 = 3.3219280948873626;
-
-void Mix(std::size_t& hash, std::size_t part)
-{
-  hash ^= part + 0x9E3779B97F4A7C15u + (hash << 6) + (hash >> 2);
-}
-
-/// The digits of a number as they are printed, whatever its precision.
-std::size_t HashDigits(const Real& value, int digits)
-{
-  mpfr_exp_t exponent = 0;
-  char* const text = mpfr_get_str(nullptr, &exponent, 10,
-                                  static_cast<std::size_t>(std::max(digits, 2)), value, MPFR_RNDN);
-  std::size_t hash = std::hash<std::string_view>{}(text);
-  mpfr_free_str(text);
-  Mix(hash, static_cast<std::size_t>(exponent));
-  return hash;
-}
+constexpr double kLog10OfHalf = -0.30102999566398120;
+/// Printed rows are remembered with this many bits more than their digits have.
+constexpr mpfr_prec_t kRememberedGuardBits = 16;
 
 }  // namespace
 
@@ -57,6 +42,7 @@ std::vector<RunSettings> VerifiedRows::Settings() const
   const double decimals = wanted.digits + spareDecimals;
   std::vector<RunSettings> settings{SettingsFor(decimals, PlaceDecimals())};
   if (wanted.check) settings.push_back(SettingsFor(decimals + kSecondRunDecimals, PlaceDecimals()));
+  settings.front().disturbed = wanted.check;
   return settings;
 }
 
@@ -66,11 +52,15 @@ double VerifiedRows::PlaceDecimals() const
   return wanted.digits / 2.0 + spareDecimals - 2;
 }
 
-std::vector<Real> VerifiedRows::StartStates(mpfr_prec_t bits) const
+std::vector<Real> VerifiedRows::StartStates(const RunSettings& runSettings) const
 {
   std::vector<Real> states;
-  for (const State& state : model.states)
-    states.push_back(EvaluateConstant(model.graph, state.start, bits));
+  for (const State& state : model.states) {
+    states.push_back(EvaluateConstant(model.graph, state.start, runSettings.bits));
+    if (runSettings.disturbed && !IsExact(model.graph, state.start, runSettings.bits)) {
+      Disturb(states.back(), DisturbanceKey(model.graph, state.start));
+    }
+  }
   return states;
 }
 
@@ -86,7 +76,7 @@ void VerifiedRows::Begin()
                         }};
   if (problem.settings.back().bits > wanted.maxBits) throw PrecisionExhausted{interval.start};
   for (const RunSettings& settings : problem.settings)
-    problem.startStates.push_back(StartStates(settings.bits));
+    problem.startStates.push_back(StartStates(settings));
   schedule = fullSchedule;
   schedule->Replay(given.size(), [this](std::size_t row) { return given[row].time; });
   attempt = std::make_unique<Attempt>(model, wanted.columns, std::move(problem), schedule->Early());
@@ -118,12 +108,11 @@ std::optional<VerifiedRow> VerifiedRows::TryRow()
     const std::optional<Moment> time = schedule->Next(attempt->Integration());
     if (!time) return std::nullopt;
     VerifiedRow row = Judge(*time, attempt->RowAt(*time));
-    const std::size_t hash = Hash(row);
     if (rowsDone++ >= given.size()) {
-      given.push_back({*time, hash});
+      given.push_back(Remembered(row));
       return row;
     }
-    if (given[rowsDone - 1].hash != hash) throw WrongRow{*time};
+    if (Contradicts(given[rowsDone - 1], row)) throw WrongRow{*time};
   }
 }
 
@@ -142,7 +131,8 @@ VerifiedRow VerifiedRows::Judge(const Moment& time,
   std::optional<Failure> failure;
   for (std::size_t i = 0; i < best.size(); ++i) {
     const Agreement agreement = Compare(first[i], best[i], rule);
-    RowNumber& number = row.numbers.emplace_back(best[i].value, std::nullopt);
+    RowNumber& number = row.numbers.emplace_back();
+    number.value = best[i].value;
     if (agreement.verdict == Verdict::kAgree) continue;
     if (agreement.verdict == Verdict::kZero) {
       number.zeroUnit = ZeroUnit(std::max(first[i].size, best[i].size), wanted.digits);
@@ -209,15 +199,32 @@ void VerifiedRows::BeginAgain(double spare, const Moment& time)
   if (Settings().back().bits > wanted.maxBits) throw PrecisionExhausted{time};
 }
 
-/// What of a row is printed; a zero counts as zero whatever it was verified to.
-std::size_t VerifiedRows::Hash(const VerifiedRow& row) const
+VerifiedRows::GivenRow VerifiedRows::Remembered(const VerifiedRow& row) const
 {
-  std::size_t hash = 0;
+  GivenRow remembered{row.time, {}};
   for (const RowNumber& number : row.numbers) {
-    const bool isZero = number.zeroUnit || (number.value && number.value->IsZero());
-    Mix(hash, isZero ? 0 : number.value ? HashDigits(*number.value, wanted.digits) : 1);
+    std::optional<Real>& kept = remembered.numbers.emplace_back();
+    if (number.zeroUnit || !number.value) continue;
+    kept.emplace(static_cast<mpfr_prec_t>(wanted.digits * kLog2Of10) + kRememberedGuardBits);
+    mpfr_set(*kept, *number.value, MPFR_RNDN);
   }
-  return hash;
+  return remembered;
+}
+
+/// Whether a better attempt shows that a printed number is off by more than a unit of its last
+/// digit: half a unit is what its rounding may have added.
+bool VerifiedRows::Contradicts(const GivenRow& before, const VerifiedRow& row) const
+{
+  Real difference(64);
+  for (std::size_t i = 0; i < row.numbers.size(); ++i) {
+    const RowNumber& now = row.numbers[i];
+    const std::optional<Real>& then = before.numbers[i];
+    if (!then || !now.value) continue;
+    mpfr_sub(difference, *then, *now.value, MPFR_RNDN);
+    const double unit = std::floor(Log2Size(*then) / kLog2Of10 - 1e-9) + 1 - wanted.digits;
+    if (Log2Size(difference) / kLog2Of10 > unit + kLog10OfHalf) return true;
+  }
+  return false;
 }
 
 }  // namespace varno::solve

@@ -71,9 +71,10 @@ class VerifiedRows {
   double SpareDecimals() const { return spareDecimals; }
 
  private:
+  /// A row as it was given, its numbers rounded to somewhat more digits than were printed.
   struct GivenRow {
     Moment time;
-    std::size_t hash;
+    std::vector<std::optional<Real>> numbers;  ///< none for zeros and undefined definitions
   };
   /// Where all runs of an attempt ended, and how near that is (log10).
   struct EndSeen {
@@ -88,7 +89,7 @@ class VerifiedRows {
   };
 
   void Begin();
-  std::vector<Real> StartStates(mpfr_prec_t bits) const;
+  std::vector<Real> StartStates(const RunSettings& runSettings) const;
   std::optional<VerifiedRow> TryRow();
   VerifiedRow Judge(const Moment& time, const std::vector<std::vector<SizedNumber>>& runs) const;
   void CompareStates(const Moment& time, const Run& a, const Run& b) const;
@@ -97,7 +98,8 @@ class VerifiedRows {
   void BeginAgain(double spare, const Moment& time);
   double PlaceDecimals() const;
   bool MayDeclareZero() const;
-  std::size_t Hash(const VerifiedRow& row) const;
+  GivenRow Remembered(const VerifiedRow& row) const;
+  bool Contradicts(const GivenRow& before, const VerifiedRow& row) const;
 
   const Model& model;
   const Tape& tape;
