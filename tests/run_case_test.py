@@ -141,7 +141,7 @@ class RunCaseTest(unittest.TestCase):
             HOLDS)
 
     def test_check_imports_shared_modules(self):
-        self.assert_outcome(self.run_case("true", check="#!/usr/bin/env python3\nimport results\n"), HOLDS)
+        self.assert_outcome(self.run_case("true", check="#!/usr/bin/env python3\nimport case_support\n"), HOLDS)
 
     def test_check_that_fails(self):
         self.assert_outcome(
