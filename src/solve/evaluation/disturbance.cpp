@@ -31,7 +31,7 @@ void Disturb(mpfr_ptr number, std::uint64_t key)
   const mpfr_exp_t unit = mpfr_get_exp(number) - mpfr_get_prec(number);
   Real shift(kDisturbanceBits + 1);
   // Away from 0 or towards it, so that opposite numbers stay opposite.
-  const long sign = ((scattered & 1) != 0 ? 1 : -1) * mpfr_sgn(number);
+  const long sign = (scattered & 1) != 0 ? mpfr_sgn(number) : -mpfr_sgn(number);
   mpfr_set_si_2exp(shift, sign * units, unit, MPFR_RNDN);
   mpfr_add(number, number, shift, MPFR_RNDN);
 }
