@@ -46,7 +46,6 @@ class Run {
   /// what the size of the derivative makes of the step. What is far below it may be the rest of a
   /// cancellation.
   std::vector<double> StateSizes() const;
-  const Moment& Start() const { return start; }
 
   std::int64_t Steps() const { return steps; }
   int Order() const { return order; }

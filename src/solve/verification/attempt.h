@@ -13,8 +13,8 @@ namespace varno::solve {
 /// The columns of a problem by one run, or by two of different exactness.
 class Attempt {
  public:
-  /// The runs compute with `decimals` decimals each. Throws DomainError where a constant has no
-  /// value.
+  /// `columns` are nodes of the graph of the model. Throws DomainError where a constant of the tape
+  /// has no value.
   Attempt(const Model& model, const std::vector<NodeId>& columns, Path::Problem problem,
           const std::vector<Moment>& early);
 
