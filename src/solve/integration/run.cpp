@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 #include "solve/evaluation/disturbance.h"
@@ -17,6 +18,19 @@ double Log2Moment(const Moment& moment)
   Real value(53);
   moment.Evaluate(value);
   return Log2Size(value);
+}
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+/// How often a step is computed again because its scale was far from its length.
+constexpr int kMostScales = 2;
+/// log2 of what the next step may be longer.
+constexpr double kScaleMargin = 0.125;
+
+/// The scale for a step of about this length (log2): not shorter, so that all terms fall.
+long ScaleFor(double stepLog2)
+{
+  return static_cast<long>(std::ceil(stepLog2 + kScaleMargin));
 }
 
 /// When time needs more precision, some more is taken at once, so that this is rare.
@@ -86,9 +100,36 @@ StepBound Run::PrepareSeries()
   end.Evaluate(time);
   scaleExponent = nextScaleExponent;
   series->Begin(time, states, backwards, scaleExponent);
+  return ChooseBound();
+}
+
+StepBound Run::ChooseBound()
+{
   StepBound bound = control.Choose(*series);
   bound.log2 += static_cast<double>(scaleExponent);
   return bound;
+}
+
+/// The same with a series that is exact enough for the step which it allows: with the scale near that
+/// step if it was far, which it may be in the first step, else without any scale.
+StepBound Run::PrepareExactSeries()
+{
+  StepBound bound = PrepareSeries();
+  for (int trial = 0; !IsExactFor(bound); ++trial) {
+    if (trial == kMostScales || !std::isfinite(bound.log2)) {
+      series->Refine();
+      return ChooseBound();
+    }
+    nextScaleExponent = ScaleFor(ChooseLength(bound).Log2());
+    bound = PrepareSeries();
+  }
+  return bound;
+}
+
+bool Run::IsExactFor(const StepBound& bound)
+{
+  const double step = bound.log2 > -kInfinity ? ChooseLength(bound).Log2() : bound.log2;
+  return series->IsExactFor(step - static_cast<double>(scaleExponent));
 }
 
 StepLength Run::ChooseLength(const StepBound& bound) const
@@ -132,12 +173,12 @@ std::vector<Real> Run::SumStates(mpfr_srcptr offset) const
 
 void Run::Step()
 {
-  StepBound bound = PrepareSeries();
+  StepBound bound = PrepareExactSeries();
   if (usesTime) {
     const mpfr_prec_t needed = settings.bits + BitsForTime(bound.log2);
     if (needed > bits) {
       RequireBits(needed + kSpareTimeBits);
-      bound = PrepareSeries();
+      bound = PrepareExactSeries();
     }
   }
   RequireProgress(bound);
@@ -149,7 +190,7 @@ void Run::Step()
   begin = end;
   const Moment advance = ToMoment(length);
   end = backwards ? end - advance : end + advance;
-  nextScaleExponent = static_cast<long>(std::floor(length.Log2()));
+  nextScaleExponent = ScaleFor(length.Log2());
   stepLog2 = length.Log2();
   order = series->Order();
   ++steps;

@@ -52,7 +52,10 @@ class Run {
   mpfr_prec_t Bits() const { return bits; }
 
  private:
+  StepBound PrepareExactSeries();
   StepBound PrepareSeries();
+  StepBound ChooseBound();
+  bool IsExactFor(const StepBound& bound);
   void RequireBits(mpfr_prec_t wanted);
   mpfr_prec_t BitsForTime(double lengthLog2) const;
   StepLength ChooseLength(const StepBound& bound) const;

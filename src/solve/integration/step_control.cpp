@@ -21,6 +21,10 @@ constexpr int kMostOrderOfPolynomial = 5000;
 constexpr double kMostOfFirstTerm = 0.9;
 /// A step that a domain bounds is tried shorter by this factor (log2).
 constexpr double kShorterLog2 = -0.25;
+/// Terms that cannot be resolved may grow by so many bits beyond what can before the next step looks
+/// at them anew; but not to more than this many bits above the rounding of the line's size.
+constexpr double kBitsOutOfTheDark = 8;
+constexpr double kMostDarkBits = 24;
 /// Trials of a shorter step: beyond it the step is as good as gone.
 constexpr int kMostTrials = 200;
 
@@ -112,22 +116,28 @@ void StepControl::ReadTerms(const Series& series, LineId id)
 
 /// log2 of the longest step for which the terms of a line fall as they should: the least over its
 /// last orders k of  max over j < k of (tol |c_j| / |c_k|)^(1/(k-j)) * tol^(1/p - 1/k).
-double StepControl::AccuracyBound(double size) const
+///
+/// `resolution` is what the terms may be wrong by: one that is smaller, but not 0, counts as that
+/// large, and may come out of the dark by a few bits at most.
+double StepControl::AccuracyBound(double size, double resolution) const
 {
   const double tolerance = -settings.toleranceBits;
   const double usual = 1.0 / settings.order;
   // What rounding leaves of the line is no smaller than this, whatever its first term is.
   const double rounding = size - static_cast<double>(settings.bits);
   const double first = std::max(terms[0], rounding);
+  const double wanted =
+      std::max(tolerance + first, std::min(resolution + kBitsOutOfTheDark, rounding + kMostDarkBits));
 
   double bound = kInfinity;
   int found = 0;
   for (int k = static_cast<int>(terms.size()) - 1; k > 0 && found < kTermsForRadius; --k) {
     if (terms[k] == -kInfinity) continue;
     ++found;
-    double longest = first == -kInfinity ? -kInfinity : (tolerance + first - terms[k]) / k;
+    const double term = std::max(terms[k], resolution);
+    double longest = wanted == -kInfinity ? -kInfinity : (wanted - term) / k;
     for (int j = 1; j < k; ++j)
-      longest = std::max(longest, (tolerance + terms[j] - terms[k]) / (k - j));
+      longest = std::max(longest, (tolerance + terms[j] - term) / (k - j));
     // The first of all terms that are not zero says nothing by itself.
     if (longest == -kInfinity) continue;
     bound = std::min(bound, longest + tolerance * (usual - 1.0 / k));
@@ -180,7 +190,7 @@ StepBound StepControl::Choose(Series& series)
   for (LineId id = 0; id < tape.lines.size(); ++id) {
     if (IsShortPolynomial(tape.lines[id], series.Order() + 1)) continue;
     ReadTerms(series, id);
-    lower(AccuracyBound(sizes[id]), id);
+    lower(AccuracyBound(sizes[id], series.Resolution(id)), id);
   }
   const auto keepFromZero = [&](LineId id) {
     ReadTerms(series, id);

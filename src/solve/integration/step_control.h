@@ -34,7 +34,7 @@ class StepControl {
   int MostOrder(const Line& line) const;
   bool NeedsMoreTerms(const Series& series, LineId id);
   void ReadTerms(const Series& series, LineId id);
-  double AccuracyBound(double size) const;
+  double AccuracyBound(double size, double resolution) const;
   double DomainBound(double log2) const;
   LineId LineOfCut(const Series& series, const Line& line) const;
 

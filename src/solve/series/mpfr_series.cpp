@@ -5,36 +5,13 @@
 #include "solve/evaluation/elementary.h"
 #include "solve/evaluation/evaluator.h"
 #include "solve/evaluation/size.h"
+#include "solve/series/weighted_lines.h"
 
 namespace varno::solve {
 
 namespace {
 
 constexpr mpfr_rnd_t kNearest = MPFR_RNDN;
-
-/// The lines of which recurrences need j times term j.
-std::vector<bool> NeedDerivatives(const Tape& tape)
-{
-  std::vector<bool> needed(tape.lines.size(), false);
-  for (LineId id = 0; id < tape.lines.size(); ++id) {
-    const Line& line = tape.lines[id];
-    switch (line.kind) {
-      case LineKind::kPower:
-      case LineKind::kIntegralOfProduct:
-        needed[line.a] = true;
-        break;
-      case LineKind::kIntegralOfQuotient:
-        needed[id] = true;
-        break;
-      case LineKind::kAngle:
-        needed[id] = needed[line.a] = needed[line.b] = true;
-        break;
-      default:
-        break;
-    }
-  }
-  return needed;
-}
 
 }  // namespace
 
@@ -56,7 +33,7 @@ MpfrSeries::MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder, bool 
 
 void MpfrSeries::AssignDerivatives()
 {
-  const std::vector<bool> needed = NeedDerivatives(tape);
+  const std::vector<bool> needed = LinesNeedingWeights(tape);
   std::uint32_t count = 0;
   for (LineId id = 0; id < needed.size(); ++id) {
     if (needed[id]) derivativeRows[id] = count++;
@@ -400,12 +377,6 @@ void MpfrSeries::Sum(LineId line, mpfr_srcptr offset, mpfr_ptr result) const
     mpfr_add(value, value, a + k, kNearest);
   }
   mpfr_set(result, value, kNearest);
-}
-
-std::unique_ptr<Series> MakeSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder,
-                                   bool disturbed)
-{
-  return std::make_unique<MpfrSeries>(tape, bits, usualOrder, disturbed);
 }
 
 }  // namespace varno::solve

@@ -23,10 +23,15 @@ class MpfrSeries final : public Series {
   void Sum(LineId line, mpfr_srcptr offset, mpfr_ptr result) const override;
   void Term(LineId line, int k, mpfr_ptr result) const override;
 
+  /// Term k itself.
+  mpfr_srcptr Number(LineId line, int k) const { return Terms(line) + k; }
+  mpfr_srcptr Constant(ConstantId constant) const;
+  /// A constant + 1, where it is the exponent of a power.
+  mpfr_srcptr ExponentPlusOne(ConstantId constant) const { return powerExponentsPlusOne[constant]; }
+
  private:
   void ComputeConstants(bool disturbed);
   void AssignDerivatives();
-  mpfr_srcptr Constant(ConstantId constant) const;
 
   void Start(const Line& line, mpfr_ptr s, mpfr_srcptr time, std::span<const Real> states);
   void StartQuotient(const Line& line, mpfr_ptr s);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <limits>
 #include <memory>
 #include <span>
 
@@ -36,6 +37,19 @@ class Series {
   virtual void Sum(LineId line, mpfr_srcptr offset, mpfr_ptr result) const = 0;
   /// Sets result to term k.
   virtual void Term(LineId line, int k, mpfr_ptr result) const = 0;
+
+  /// log2 of what the terms k > 0 of a line, whatever their own size, may be wrong by: a term that
+  /// is not 0 but smaller cannot be told from others that small. -infinity where every term has
+  /// its own precision.
+  virtual double Resolution(LineId /*line*/) const
+  {
+    return -std::numeric_limits<double>::infinity();
+  }
+  /// Whether the terms are as exact as asked for over a step of 2^log2 units of the scale. If not,
+  /// a scale near the step helps, or Refine.
+  virtual bool IsExactFor(double /*log2*/) { return true; }
+  /// Gives every term its own precision, whatever that costs, until the next Begin.
+  virtual void Refine() {}
 };
 
 /// A series for a tape, which must outlive it, with at least this precision. Throws DomainError

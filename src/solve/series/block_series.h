@@ -1,0 +1,159 @@
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <vector>
+
+#include "solve/series/mpfr_series.h"
+#include "solve/series/weighted_lines.h"
+
+namespace varno::solve {
+
+/// The Taylor terms of a tape in block fixed-point arithmetic: one exponent for all terms of a
+/// line, so that a sum of products is one of integers (docs/solve/fixed-point.md).
+///
+/// Errors are small beside the largest term of a line, not beside each term. Where a step asks for
+/// more, or what happens in it does not fit the numbers, the terms are those of MpfrSeries, which
+/// also computes all terms 0. The numbers in parentheses are those of docs/solve/recurrences.md.
+template <class Arithmetic>
+class BlockSeries final : public Series {
+ public:
+  BlockSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder, bool disturbed)
+      : tape(tape),
+        bits(bits),
+        precise(tape, bits, 0, disturbed),
+        arithmetic(bits),
+        terms(tape.lines.size()),
+        largest(tape.lines.size(), kUnknown),
+        divisors(tape.lines.size()),
+        resolutions(tape.lines.size())
+  {
+    const std::vector<bool> weighted = LinesNeedingWeights(tape);
+    weightedRows.assign(weighted.size(), kNone);
+    for (LineId id = 0; id < weighted.size(); ++id) {
+      if (!weighted[id]) continue;
+      weightedRows[id] = static_cast<std::uint32_t>(weightedTerms.size());
+      weightedTerms.emplace_back();
+    }
+    Reserve(usualOrder + 2);
+    ConvertConstants();
+  }
+
+  void Begin(mpfr_srcptr time, std::span<const Real> states, bool backwards,
+             long newScaleExponent) override
+  {
+    precise.Begin(time, states, backwards, newScaleExponent);
+    isRefined = false;
+    isBackwards = backwards;
+    scaleExponent = newScaleExponent;
+    order = 0;
+    Reserve(1);
+    for (LineId id = 0; id < tape.lines.size(); ++id) StartLine(id);
+  }
+
+  void ExtendTo(int wanted) override
+  {
+    if (wanted > Arithmetic::kMostOrder) Refine();
+    if (isRefined) {
+      precise.ExtendTo(wanted);
+      return;
+    }
+    Reserve(wanted + 1);
+    for (; order < wanted; ++order) ComputeTerms(order + 1);
+  }
+
+  int Order() const override { return isRefined ? precise.Order() : order; }
+
+  double Log2(LineId line, int k) const override
+  {
+    return isRefined || k == 0 ? precise.Log2(line, k) : Arithmetic::Log2(terms[line], k);
+  }
+
+  double Log2Constant(ConstantId constant) const override { return precise.Log2Constant(constant); }
+
+  void Sum(LineId line, mpfr_srcptr offset, mpfr_ptr result) const override;
+
+  void Term(LineId line, int k, mpfr_ptr result) const override
+  {
+    if (isRefined || k == 0) {
+      precise.Term(line, k, result);
+    } else {
+      Arithmetic::ToNumber(Arithmetic::Load(terms[line], k), result);
+    }
+  }
+
+  double Resolution(LineId line) const override
+  {
+    if (isRefined) return -kInfinity;
+    if (resolvedOrder != order) FindResolutions();
+    return resolutions[line];
+  }
+
+  bool IsExactFor(double log2) override;
+
+  void Refine() override
+  {
+    if (isRefined) return;
+    isRefined = true;
+    precise.ExtendTo(order);
+  }
+
+ private:
+  using Value = typename Arithmetic::Value;
+  using Factor = typename Arithmetic::Factor;
+  using Terms = typename Arithmetic::Terms;
+
+  static constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  static constexpr long kUnknown = std::numeric_limits<long>::min();
+  /// Bits of the guard that a line may lose by the difference between the scale and the step.
+  static constexpr double kMostLostBits = 16;
+  /// log2 of the units that a term may be wrong by: a quarter for each product, and some more.
+  static constexpr double kErrorBits = 4;
+
+  void Reserve(int count);
+  void ConvertConstants();
+  void StartLine(LineId id);
+  void StartDivisor(const Line& line, LineId id);
+  void ComputeTerms(int k);
+  void AdvanceStates(int k);
+  Value TermOf(const Line& line, LineId id, int k);
+  Value Combination(const Line& line, int k);
+  Value IntegralOfQuotient(const Line& line, LineId id, int k);
+  Value Angle(const Line& line, LineId id, int k);
+  Value Power(const Line& line, LineId id, int k);
+  Value Difference(Value a, Value b) const
+  {
+    Arithmetic::Negate(b);
+    Arithmetic::Add(a, b);
+    return a;
+  }
+  Terms& Weighted(LineId line) { return weightedTerms[weightedRows[line]]; }
+
+  void FindResolutions() const;
+  double ResolutionOf(const Line& line, LineId id) const;
+  double SizeLog2(LineId line) const { return static_cast<double>(terms[line].exponent - 2); }
+  int LastTerm(LineId line) const;
+
+  const Tape& tape;
+  mpfr_prec_t bits;
+  MpfrSeries precise;
+  Arithmetic arithmetic;
+  std::vector<Terms> terms;
+  std::vector<std::uint32_t> weightedRows;  // kNone where a line needs none
+  std::vector<Terms> weightedTerms;         // j times term j
+  std::vector<Factor> constants;            // by constant
+  std::vector<Factor> exponentsPlusOne;     // by constant
+  std::vector<long> largest;                // by line: log2 of the largest term of the step before
+  std::vector<Factor> divisors;             // by line: the reciprocal of what its terms divide by
+  mutable std::vector<double> resolutions;
+  mutable int resolvedOrder = -1;
+  bool isRefined = false;
+  bool isBackwards = false;
+  long scaleExponent = 0;
+  int order = -1;
+};
+
+}  // namespace varno::solve
+
+#include "solve/series/block_series_terms.h"

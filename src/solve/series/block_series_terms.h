@@ -1,0 +1,332 @@
+#pragma once
+
+// The members of BlockSeries.
+
+#include "solve/series/block_series.h"
+
+namespace varno::solve {
+
+template <class Arithmetic>
+void BlockSeries<Arithmetic>::Reserve(int count)
+{
+  for (Terms& row : terms) Arithmetic::Reserve(row, count);
+  for (Terms& row : weightedTerms) Arithmetic::Reserve(row, count);
+}
+
+template <class Arithmetic>
+void BlockSeries<Arithmetic>::ConvertConstants()
+{
+  for (ConstantId id = 0; id < tape.constants.size(); ++id) {
+    constants.push_back(Arithmetic::ToFactor(Arithmetic::FromNumber(precise.Constant(id))));
+    exponentsPlusOne.push_back(
+        Arithmetic::ToFactor(Arithmetic::FromNumber(precise.ExponentPlusOne(id))));
+  }
+}
+
+// ---------------------------------------------------------------------------------------------
+// Term 0
+
+template <class Arithmetic>
+void BlockSeries<Arithmetic>::StartLine(LineId id)
+{
+  const Line& line = tape.lines[id];
+  resolvedOrder = -1;
+  const Value first = Arithmetic::FromNumber(precise.Number(id, 0));
+  const long least = largest[id] == kUnknown ? kUnknown : largest[id] + 2;
+  Arithmetic::Reset(terms[id], least);
+  Arithmetic::Store(terms[id], 0, first);
+  if (weightedRows[id] != kNone) {
+    Arithmetic::Reset(Weighted(id), least);
+    Arithmetic::Store(Weighted(id), 0, Value());
+  }
+  StartDivisor(line, id);
+  if (std::abs(first.exponent) > Arithmetic::kMostExponent) Refine();
+}
+
+/// The reciprocal of term 0 of a divisor, of twice the root, of a base.
+template <class Arithmetic>
+void BlockSeries<Arithmetic>::StartDivisor(const Line& line, LineId id)
+{
+  LineId divisor = kNone;
+  switch (line.kind) {
+    case LineKind::kQuotient:
+    case LineKind::kIntegralOfQuotient:
+      divisor = line.b;
+      break;
+    case LineKind::kSquareRoot:
+      divisor = id;
+      break;
+    case LineKind::kPower:
+      divisor = line.a;
+      break;
+    case LineKind::kAngle:
+      divisor = line.c;
+      break;
+    default:
+      return;
+  }
+  // More bits than the number has: its conversion rounds at once to what a factor holds.
+  Real reciprocal(bits + 64);
+  mpfr_ui_div(reciprocal, 1, precise.Number(divisor, 0), MPFR_RNDN);
+  if (line.kind == LineKind::kSquareRoot) mpfr_div_2ui(reciprocal, reciprocal, 1, MPFR_RNDN);
+  divisors[id] = Arithmetic::ToFactor(Arithmetic::FromNumber(reciprocal));
+}
+
+// ---------------------------------------------------------------------------------------------
+// Term k > 0
+
+template <class Arithmetic>
+void BlockSeries<Arithmetic>::ComputeTerms(int k)
+{
+  AdvanceStates(k);
+  for (LineId id = 0; id < tape.lines.size(); ++id) {
+    const Line& line = tape.lines[id];
+    if (line.kind != LineKind::kState) Arithmetic::Store(terms[id], k, TermOf(line, id, k));
+    if (weightedRows[id] == kNone) continue;
+    Value weighted = Arithmetic::Load(terms[id], k);
+    Arithmetic::MultiplyBy(weighted, k);
+    Arithmetic::Store(Weighted(id), k, weighted);
+  }
+}
+
+/// (2) x' = f: term k of x is scale / k times term k-1 of f.
+template <class Arithmetic>
+void BlockSeries<Arithmetic>::AdvanceStates(int k)
+{
+  for (std::size_t i = 0; i < tape.rightHandSides.size(); ++i) {
+    Value x = Arithmetic::Load(terms[tape.rightHandSides[i]], k - 1);
+    Arithmetic::Shift(x, scaleExponent);
+    if (isBackwards) Arithmetic::Negate(x);
+    arithmetic.DivideBy(x, k);
+    Arithmetic::Store(terms[i], k, x);
+  }
+}
+
+template <class Arithmetic>
+auto BlockSeries<Arithmetic>::TermOf(const Line& line, LineId id, int k) -> Value
+{
+  switch (line.kind) {
+    case LineKind::kConstant:
+    case LineKind::kState:
+      return {};
+    case LineKind::kTime: {
+      if (k > 1) return {};
+      Real scale(2);
+      mpfr_set_si_2exp(scale, isBackwards ? -1 : 1, scaleExponent, MPFR_RNDN);
+      return Arithmetic::FromNumber(scale);
+    }
+    case LineKind::kCombination:
+      return Combination(line, k);
+    case LineKind::kProduct:
+      return arithmetic.Convolve(terms[line.a], terms[line.b], 0, k, k);
+    case LineKind::kSquare:
+      return arithmetic.ConvolveSelf(terms[line.a], 0, k);
+    case LineKind::kQuotient: {
+      // (6) s b = a: s[k] = (a[k] - sum over j = 1..k of b[j] s[k-j]) / b[0]
+      Value s = Difference(Arithmetic::Load(terms[line.a], k),
+                           arithmetic.Convolve(terms[line.b], terms[id], 1, k, k));
+      arithmetic.Multiply(s, divisors[id]);
+      return s;
+    }
+    case LineKind::kSquareRoot: {
+      // (7) s^2 = a: s[k] = (a[k] - sum over j = 1..k-1 of s[j] s[k-j]) / (2 s[0])
+      Value s = Difference(Arithmetic::Load(terms[line.a], k),
+                           arithmetic.ConvolveSelf(terms[id], 1, k));
+      arithmetic.Multiply(s, divisors[id]);
+      return s;
+    }
+    case LineKind::kPower:
+      return Power(line, id, k);
+    case LineKind::kIntegralOfProduct: {
+      // (9) s' = +-b a': k s[k] = +-(sum over j = 1..k of j a[j] b[k-j])
+      Value s = arithmetic.Convolve(Weighted(line.a), terms[line.b], 1, k, k);
+      arithmetic.DivideBy(s, k);
+      if (line.negative) Arithmetic::Negate(s);
+      return s;
+    }
+    case LineKind::kIntegralOfQuotient:
+      return IntegralOfQuotient(line, id, k);
+    case LineKind::kAngle:
+      return Angle(line, id, k);
+  }
+  return {};
+}
+
+/// (3) s[k] = sum of factor * a[k]
+template <class Arithmetic>
+auto BlockSeries<Arithmetic>::Combination(const Line& line, int k) -> Value
+{
+  Value sum;
+  for (std::uint32_t i = 0; i < line.factorCount; ++i) {
+    const varno::solve::Factor& factor = tape.factors[line.firstFactor + i];
+    Value a = Arithmetic::Load(terms[factor.line], k);
+    if (a.IsExactZero()) continue;
+    if (factor.whole == -1) {
+      Arithmetic::Negate(a);
+    } else if (factor.whole == 0) {
+      arithmetic.Multiply(a, constants[factor.constant]);
+    } else if (factor.whole != 1) {
+      arithmetic.MultiplyByWhole(a, factor.whole);
+    }
+    Arithmetic::Add(sum, a);
+  }
+  return sum;
+}
+
+/// (8) a s' = e s a': k a[0] s[k] = sum over j = 1..k of ((e + 1) j - k) a[j] s[k-j]
+template <class Arithmetic>
+auto BlockSeries<Arithmetic>::Power(const Line& line, LineId id, int k) -> Value
+{
+  Value s = arithmetic.Convolve(Weighted(line.a), terms[id], 1, k, k);
+  if (line.constant != kNone) arithmetic.Multiply(s, exponentsPlusOne[line.constant]);
+  arithmetic.DivideBy(s, k);
+  s = Difference(s, arithmetic.Convolve(terms[line.a], terms[id], 1, k, k));
+  arithmetic.Multiply(s, divisors[id]);
+  return s;
+}
+
+/// (10) b s' = +-a': k b[0] s[k] = +-k a[k] - sum over j = 1..k-1 of j s[j] b[k-j]
+template <class Arithmetic>
+auto BlockSeries<Arithmetic>::IntegralOfQuotient(const Line& line, LineId id, int k) -> Value
+{
+  Value s = Arithmetic::Load(terms[line.a], k);
+  Arithmetic::MultiplyBy(s, k);
+  if (line.negative) Arithmetic::Negate(s);
+  s = Difference(s, arithmetic.Convolve(Weighted(id), terms[line.b], 1, k - 1, k));
+  arithmetic.Multiply(s, divisors[id]);
+  arithmetic.DivideBy(s, k);
+  return s;
+}
+
+/// (11) c s' = b a' - a b' with c = a^2 + b^2: k c[0] s[k] =
+/// sum over j = 1..k of (j a[j] b[k-j] - j b[j] a[k-j]) - sum over j = 1..k-1 of j s[j] c[k-j]
+template <class Arithmetic>
+auto BlockSeries<Arithmetic>::Angle(const Line& line, LineId id, int k) -> Value
+{
+  Value s = Difference(arithmetic.Convolve(Weighted(line.a), terms[line.b], 1, k, k),
+                       arithmetic.Convolve(Weighted(line.b), terms[line.a], 1, k, k));
+  s = Difference(s, arithmetic.Convolve(Weighted(id), terms[line.c], 1, k - 1, k));
+  arithmetic.Multiply(s, divisors[id]);
+  arithmetic.DivideBy(s, k);
+  return s;
+}
+
+// ---------------------------------------------------------------------------------------------
+// What others ask
+
+/// Horner's scheme on the terms behind the first, which is added with all its digits.
+template <class Arithmetic>
+void BlockSeries<Arithmetic>::Sum(LineId line, mpfr_srcptr offset, mpfr_ptr result) const
+{
+  if (isRefined) {
+    precise.Sum(line, offset, result);
+    return;
+  }
+  const Factor r = Arithmetic::ToFactor(Arithmetic::FromNumber(offset));
+  Value sum;
+  for (int k = order; k > 0; --k) {
+    Arithmetic::Add(sum, Arithmetic::Load(terms[line], k));
+    arithmetic.Multiply(sum, r);
+  }
+  Real others(bits + 64);
+  Arithmetic::ToNumber(sum, others);
+  mpfr_add(result, precise.Number(line, 0), others, MPFR_RNDN);
+  if (sum.lost || sum.inexact) mpfr_set_inexflag();
+}
+
+/// The last term that is not exactly 0, or 0.
+template <class Arithmetic>
+int BlockSeries<Arithmetic>::LastTerm(LineId line) const
+{
+  for (int k = order; k > 0; --k) {
+    if (terms[line].exactZero[k] == 0) return k;
+  }
+  return 0;
+}
+
+template <class Arithmetic>
+bool BlockSeries<Arithmetic>::IsExactFor(double log2)
+{
+  if (isRefined) return true;
+  if (!std::isfinite(log2)) return false;
+  bool isExact = true;
+  for (LineId id = 0; id < tape.lines.size(); ++id) {
+    if (!terms[id].started) {
+      largest[id] = kUnknown;
+      continue;
+    }
+    double size = -kInfinity;
+    for (int k = 0; k <= order; ++k) size = std::max(size, Log2(id, k) + k * log2);
+    largest[id] = static_cast<long>(std::floor(size)) + 1;
+    const double unit = static_cast<double>(Arithmetic::UnitLog2(terms[id].exponent));
+    const double error = unit + kErrorBits + std::max(0.0, LastTerm(id) * log2);
+    isExact &= error - size <= kMostLostBits - static_cast<double>(bits);
+    isExact &= std::abs(terms[id].exponent) < Arithmetic::kMostExponent;
+  }
+  return isExact;
+}
+
+/// What errors of the operands make of the terms of a line, beside its own rounding.
+template <class Arithmetic>
+double BlockSeries<Arithmetic>::ResolutionOf(const Line& line, LineId id) const
+{
+  const auto product = [this](LineId a, LineId b) {
+    return std::max(resolutions[a] + SizeLog2(b), SizeLog2(a) + resolutions[b]);
+  };
+  switch (line.kind) {
+    case LineKind::kConstant:
+    case LineKind::kTime:
+      return -kInfinity;
+    case LineKind::kState:
+      return resolutions[tape.rightHandSides[line.index]] + static_cast<double>(scaleExponent);
+    case LineKind::kCombination: {
+      double sum = -kInfinity;
+      for (std::uint32_t i = 0; i < line.factorCount; ++i) {
+        const varno::solve::Factor& factor = tape.factors[line.firstFactor + i];
+        const double weight = factor.whole != 0
+                                  ? std::log2(std::abs(static_cast<double>(factor.whole)))
+                                  : precise.Log2Constant(factor.constant);
+        sum = std::max(sum, weight + resolutions[factor.line]);
+      }
+      return sum;
+    }
+    case LineKind::kProduct:
+    case LineKind::kIntegralOfProduct:
+      return product(line.a, line.b);
+    case LineKind::kSquare:
+      return product(line.a, line.a) + 1;
+    case LineKind::kQuotient:
+    case LineKind::kIntegralOfQuotient:
+      return std::max(resolutions[line.a], product(id, line.b)) - Log2(line.b, 0);
+    case LineKind::kSquareRoot:
+      return resolutions[line.a] - 1 - Log2(id, 0);
+    case LineKind::kPower:
+      return product(id, line.a) - Log2(line.a, 0) +
+             std::max(0.0, precise.Log2Constant(line.constant));
+    case LineKind::kAngle:
+      return std::max({product(line.a, line.b), product(id, line.c)}) - Log2(line.c, 0);
+  }
+  return -kInfinity;
+}
+
+/// Errors go round: those of a derivative into its state, and from there into the next term.
+template <class Arithmetic>
+void BlockSeries<Arithmetic>::FindResolutions() const
+{
+  const auto own = [this](LineId id) {
+    return terms[id].started
+               ? static_cast<double>(Arithmetic::UnitLog2(terms[id].exponent)) + kErrorBits
+               : -kInfinity;
+  };
+  for (LineId id = 0; id < tape.lines.size(); ++id) resolutions[id] = own(id);
+  constexpr int kPasses = 2;
+  for (int pass = 0; pass < kPasses; ++pass) {
+    for (LineId id = 0; id < tape.lines.size(); ++id) {
+      const double passed = ResolutionOf(tape.lines[id], id);
+      resolutions[id] = std::max(own(id), std::isnan(passed) ? -kInfinity : passed);
+    }
+  }
+  resolvedOrder = order;
+}
+
+}  // namespace varno::solve
