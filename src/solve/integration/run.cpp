@@ -22,8 +22,6 @@ double Log2Moment(const Moment& moment)
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-/// How often a step is computed again because its scale was far from its length.
-constexpr int kMostScales = 2;
 /// log2 of what the next step may be longer.
 constexpr double kScaleMargin = 0.125;
 
@@ -93,16 +91,16 @@ void Run::RequireBits(mpfr_prec_t wanted)
   }
 }
 
-/// The series about `end`, and what it allows.
-StepBound Run::PrepareSeries()
+/// The series about `end`.
+void Run::BeginSeries(long wantedScaleExponent)
 {
   Real time(bits);
   end.Evaluate(time);
-  scaleExponent = nextScaleExponent;
+  scaleExponent = wantedScaleExponent;
   series->Begin(time, states, backwards, scaleExponent);
-  return ChooseBound();
 }
 
+/// What the series allows.
 StepBound Run::ChooseBound()
 {
   StepBound bound = control.Choose(*series);
@@ -110,20 +108,26 @@ StepBound Run::ChooseBound()
   return bound;
 }
 
-/// The same with a series that is exact enough for the step which it allows: with the scale near that
-/// step if it was far, which it may be in the first step, else without any scale.
-StepBound Run::PrepareExactSeries()
+/// The series about `end`, exact enough for the step that it allows: with the scale near that step
+/// if it was far, which it is in the first step mostly, else refined.
+StepBound Run::PrepareSeries()
 {
-  StepBound bound = PrepareSeries();
-  for (int trial = 0; !IsExactFor(bound); ++trial) {
-    if (trial == kMostScales || !std::isfinite(bound.log2)) {
-      series->Refine();
-      return ChooseBound();
-    }
-    nextScaleExponent = ScaleFor(ChooseLength(bound).Log2());
-    bound = PrepareSeries();
+  const long usualScaleExponent = nextScaleExponent;
+  BeginSeries(usualScaleExponent);
+  StepBound bound = ChooseBound();
+  if (IsExactFor(bound)) return bound;
+  if (steps == 0) {
+    series->Refine();
+    bound = ChooseBound();
   }
-  return bound;
+  if (std::isfinite(bound.log2)) {
+    BeginSeries(ScaleFor(ChooseLength(bound).Log2()));
+    bound = ChooseBound();
+    if (IsExactFor(bound)) return bound;
+    BeginSeries(usualScaleExponent);
+  }
+  series->Refine();
+  return ChooseBound();
 }
 
 bool Run::IsExactFor(const StepBound& bound)
@@ -173,12 +177,12 @@ std::vector<Real> Run::SumStates(mpfr_srcptr offset) const
 
 void Run::Step()
 {
-  StepBound bound = PrepareExactSeries();
+  StepBound bound = PrepareSeries();
   if (usesTime) {
     const mpfr_prec_t needed = settings.bits + BitsForTime(bound.log2);
     if (needed > bits) {
       RequireBits(needed + kSpareTimeBits);
-      bound = PrepareExactSeries();
+      bound = PrepareSeries();
     }
   }
   RequireProgress(bound);

@@ -52,9 +52,9 @@ class Run {
   mpfr_prec_t Bits() const { return bits; }
 
  private:
-  StepBound PrepareExactSeries();
-  StepBound PrepareSeries();
+  void BeginSeries(long wantedScaleExponent);
   StepBound ChooseBound();
+  StepBound PrepareSeries();
   bool IsExactFor(const StepBound& bound);
   void RequireBits(mpfr_prec_t wanted);
   mpfr_prec_t BitsForTime(double lengthLog2) const;

@@ -22,9 +22,8 @@ constexpr double kMostOfFirstTerm = 0.9;
 /// A step that a domain bounds is tried shorter by this factor (log2).
 constexpr double kShorterLog2 = -0.25;
 /// Terms that cannot be resolved may grow by so many bits beyond what can before the next step looks
-/// at them anew; but not to more than this many bits above the rounding of the line's size.
+/// at them anew.
 constexpr double kBitsOutOfTheDark = 8;
-constexpr double kMostDarkBits = 24;
 /// Trials of a shorter step: beyond it the step is as good as gone.
 constexpr int kMostTrials = 200;
 
@@ -126,8 +125,7 @@ double StepControl::AccuracyBound(double size, double resolution) const
   // What rounding leaves of the line is no smaller than this, whatever its first term is.
   const double rounding = size - static_cast<double>(settings.bits);
   const double first = std::max(terms[0], rounding);
-  const double wanted =
-      std::max(tolerance + first, std::min(resolution + kBitsOutOfTheDark, rounding + kMostDarkBits));
+  const double wanted = std::max(tolerance + first, resolution + kBitsOutOfTheDark);
 
   double bound = kInfinity;
   int found = 0;

@@ -113,7 +113,7 @@ TEST(MpfrSeries, ExtendsWithoutChangingTerms)
            support::Power(2 + m.Time(), Rational(1, 3));
   });
   const Tape tape = Compile(model);
-  const auto atOnce = MakeSeries(tape, 128, 4), piecewise = MakeSeries(tape, 128, 4);
+  const auto atOnce = std::make_unique<MpfrSeries>(tape, 128, 4, false), piecewise = std::make_unique<MpfrSeries>(tape, 128, 4, false);
   Real time(128);
   mpfr_set_d(time, 0.5, MPFR_RNDN);
   for (Series* series : {atOnce.get(), piecewise.get()})
@@ -137,7 +137,7 @@ TEST(MpfrSeries, BeginsAnew)
   const Model model = support::Quadrature(
       [](Equations& m) { return support::Function(Operation::kErf, m.Time()); });
   const Tape tape = Compile(model);
-  const auto used = MakeSeries(tape, 128, 10), fresh = MakeSeries(tape, 128, 10);
+  const auto used = std::make_unique<MpfrSeries>(tape, 128, 10, false), fresh = std::make_unique<MpfrSeries>(tape, 128, 10, false);
   const std::vector<Real> states(1, Real(128));
   Real time(128), a(128), b(128);
   used->Begin(time, states, true, 5);
@@ -160,7 +160,7 @@ TEST(MpfrSeries, SumsAtAnOffset)
 {
   const Model model = support::Quadrature([](Equations& m) { return 1 / (1 - m.Time()); });
   const Tape tape = Compile(model);
-  const auto series = MakeSeries(tape, 64, 6);
+  const auto series = std::make_unique<MpfrSeries>(tape, 64, 6, false);
   series->Begin(Real(64), std::vector<Real>(1, Real(64)), false, 0);
   series->ExtendTo(6);
   Real offset(64), sum(64);
@@ -174,7 +174,7 @@ TEST(MpfrSeries, TellsMagnitudesBeyondDoubles)
   const Model model = support::Quadrature(
       [](Equations& m) { return support::Power(m.Number(2), 3000) * m.Time(); });
   const Tape tape = Compile(model);
-  const auto series = MakeSeries(tape, 64, 6);
+  const auto series = std::make_unique<MpfrSeries>(tape, 64, 6, false);
   Real time(64);
   mpfr_set_ui(time, 3, MPFR_RNDN);
   series->Begin(time, std::vector<Real>(1, Real(64)), false, -7000);
@@ -200,7 +200,7 @@ TEST_P(MpfrSeriesUndefined, IsTold)
 {
   const Model model = support::Quadrature(GetParam().function);
   const Tape tape = Compile(model);
-  const auto series = MakeSeries(tape, 64, 6);
+  const auto series = std::make_unique<MpfrSeries>(tape, 64, 6, false);
   try {
     series->Begin(Real(64), std::vector<Real>(1, Real(64)), false, 0);
     FAIL() << "no error";
