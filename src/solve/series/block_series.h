@@ -95,6 +95,7 @@ class BlockSeries final : public Series {
   void Refine() override
   {
     if (isRefined) return;
+    std::ranges::fill(largest, kUnknown);
     isRefined = true;
     precise.ExtendTo(order);
   }
@@ -130,6 +131,7 @@ class BlockSeries final : public Series {
   }
   Terms& Weighted(LineId line) { return weightedTerms[weightedRows[line]]; }
 
+  bool FindLargest(double log2);
   void FindResolutions() const;
   double ResolutionOf(const Line& line, LineId id) const;
   double SizeLog2(LineId line) const { return static_cast<double>(terms[line].exponent - 2); }

@@ -248,22 +248,30 @@ template <class Arithmetic>
 bool BlockSeries<Arithmetic>::IsExactFor(double log2)
 {
   if (isRefined) return true;
-  if (!std::isfinite(log2)) return false;
-  bool isExact = true;
+  const bool isExact = std::isfinite(log2) && FindLargest(log2);
+  // What was found with a scale too far off says nothing about the next terms.
+  if (!isExact) std::ranges::fill(largest, kUnknown);
+  return isExact;
+}
+
+/// Finds the largest terms over a step, and whether all lines are exact enough beside these.
+template <class Arithmetic>
+bool BlockSeries<Arithmetic>::FindLargest(double log2)
+{
   for (LineId id = 0; id < tape.lines.size(); ++id) {
     if (!terms[id].started) {
       largest[id] = kUnknown;
       continue;
     }
+    if (std::abs(terms[id].exponent) > Arithmetic::kMostExponent) return false;
     double size = -kInfinity;
     for (int k = 0; k <= order; ++k) size = std::max(size, Log2(id, k) + k * log2);
     largest[id] = static_cast<long>(std::floor(size)) + 1;
     const double unit = static_cast<double>(Arithmetic::UnitLog2(terms[id].exponent));
     const double error = unit + kErrorBits + std::max(0.0, LastTerm(id) * log2);
-    isExact &= error - size <= kMostLostBits - static_cast<double>(bits);
-    isExact &= std::abs(terms[id].exponent) < Arithmetic::kMostExponent;
+    if (error - size > kMostLostBits - static_cast<double>(bits)) return false;
   }
-  return isExact;
+  return true;
 }
 
 /// What errors of the operands make of the terms of a line, beside its own rounding.
