@@ -63,8 +63,13 @@ class NarrowArithmetic {
 
   explicit NarrowArithmetic(mpfr_prec_t /*bits*/) {}
 
+  /// log2 of the units of the last bit that a term may be wrong by: a quarter for each product.
+  static constexpr double kErrorBits = 6;
+
   /// log2 of the unit of a series with this exponent.
-  static long UnitLog2(long exponent) { return exponent - kFractionBits; }
+  static double UnitLog2(long exponent) { return static_cast<double>(exponent - kFractionBits); }
+  /// The exponent of a series with terms below 2^log2.
+  static long ExponentFor(long log2) { return log2 + 2; }
 
   static void Reserve(Terms& terms, int count);
   static void Reset(Terms& terms, long leastExponent);

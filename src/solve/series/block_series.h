@@ -27,7 +27,8 @@ class BlockSeries final : public Series {
         terms(tape.lines.size()),
         largest(tape.lines.size(), kUnknown),
         divisors(tape.lines.size()),
-        resolutions(tape.lines.size())
+        resolutions(tape.lines.size()),
+        sizes(tape.lines.size())
   {
     const std::vector<bool> weighted = LinesNeedingWeights(tape);
     weightedRows.assign(weighted.size(), kNone);
@@ -67,7 +68,7 @@ class BlockSeries final : public Series {
 
   double Log2(LineId line, int k) const override
   {
-    return isRefined || k == 0 ? precise.Log2(line, k) : Arithmetic::Log2(terms[line], k);
+    return isRefined || k == 0 ? precise.Log2(line, k) : arithmetic.Log2(terms[line], k);
   }
 
   double Log2Constant(ConstantId constant) const override { return precise.Log2Constant(constant); }
@@ -79,7 +80,7 @@ class BlockSeries final : public Series {
     if (isRefined || k == 0) {
       precise.Term(line, k, result);
     } else {
-      Arithmetic::ToNumber(Arithmetic::Load(terms[line], k), result);
+      arithmetic.ToNumber(arithmetic.Load(terms[line], k), result);
     }
   }
 
@@ -109,8 +110,6 @@ class BlockSeries final : public Series {
   static constexpr long kUnknown = std::numeric_limits<long>::min();
   /// Bits of the guard that a line may lose by the difference between the scale and the step.
   static constexpr double kMostLostBits = 16;
-  /// log2 of the units that a term may be wrong by: a quarter for each product, and some more.
-  static constexpr double kErrorBits = 4;
 
   void Reserve(int count);
   void ConvertConstants();
@@ -125,8 +124,8 @@ class BlockSeries final : public Series {
   Value Power(const Line& line, LineId id, int k);
   Value Difference(Value a, Value b) const
   {
-    Arithmetic::Negate(b);
-    Arithmetic::Add(a, b);
+    arithmetic.Negate(b);
+    arithmetic.Add(a, b);
     return a;
   }
   Terms& Weighted(LineId line) { return weightedTerms[weightedRows[line]]; }
@@ -134,7 +133,6 @@ class BlockSeries final : public Series {
   bool FindLargest(double log2);
   void FindResolutions() const;
   double ResolutionOf(const Line& line, LineId id) const;
-  double SizeLog2(LineId line) const { return static_cast<double>(terms[line].exponent - 2); }
   int LastTerm(LineId line) const;
 
   const Tape& tape;
@@ -149,6 +147,7 @@ class BlockSeries final : public Series {
   std::vector<long> largest;                // by line: log2 of the largest term of the step before
   std::vector<Factor> divisors;             // by line: the reciprocal of what its terms divide by
   mutable std::vector<double> resolutions;
+  mutable std::vector<double> sizes;  // by line: log2 of the largest term
   mutable int resolvedOrder = -1;
   bool isRefined = false;
   bool isBackwards = false;

@@ -9,17 +9,17 @@ namespace varno::solve {
 template <class Arithmetic>
 void BlockSeries<Arithmetic>::Reserve(int count)
 {
-  for (Terms& row : terms) Arithmetic::Reserve(row, count);
-  for (Terms& row : weightedTerms) Arithmetic::Reserve(row, count);
+  for (Terms& row : terms) arithmetic.Reserve(row, count);
+  for (Terms& row : weightedTerms) arithmetic.Reserve(row, count);
 }
 
 template <class Arithmetic>
 void BlockSeries<Arithmetic>::ConvertConstants()
 {
   for (ConstantId id = 0; id < tape.constants.size(); ++id) {
-    constants.push_back(Arithmetic::ToFactor(Arithmetic::FromNumber(precise.Constant(id))));
+    constants.push_back(arithmetic.ToFactor(arithmetic.FromNumber(precise.Constant(id))));
     exponentsPlusOne.push_back(
-        Arithmetic::ToFactor(Arithmetic::FromNumber(precise.ExponentPlusOne(id))));
+        arithmetic.ToFactor(arithmetic.FromNumber(precise.ExponentPlusOne(id))));
   }
 }
 
@@ -31,13 +31,13 @@ void BlockSeries<Arithmetic>::StartLine(LineId id)
 {
   const Line& line = tape.lines[id];
   resolvedOrder = -1;
-  const Value first = Arithmetic::FromNumber(precise.Number(id, 0));
-  const long least = largest[id] == kUnknown ? kUnknown : largest[id] + 2;
-  Arithmetic::Reset(terms[id], least);
-  Arithmetic::Store(terms[id], 0, first);
+  const Value first = arithmetic.FromNumber(precise.Number(id, 0));
+  const long least = largest[id] == kUnknown ? kUnknown : arithmetic.ExponentFor(largest[id]);
+  arithmetic.Reset(terms[id], least);
+  arithmetic.Store(terms[id], 0, first);
   if (weightedRows[id] != kNone) {
-    Arithmetic::Reset(Weighted(id), least);
-    Arithmetic::Store(Weighted(id), 0, Value());
+    arithmetic.Reset(Weighted(id), least);
+    arithmetic.Store(Weighted(id), 0, Value());
   }
   StartDivisor(line, id);
   if (std::abs(first.exponent) > Arithmetic::kMostExponent) Refine();
@@ -69,7 +69,7 @@ void BlockSeries<Arithmetic>::StartDivisor(const Line& line, LineId id)
   Real reciprocal(bits + 64);
   mpfr_ui_div(reciprocal, 1, precise.Number(divisor, 0), MPFR_RNDN);
   if (line.kind == LineKind::kSquareRoot) mpfr_div_2ui(reciprocal, reciprocal, 1, MPFR_RNDN);
-  divisors[id] = Arithmetic::ToFactor(Arithmetic::FromNumber(reciprocal));
+  divisors[id] = arithmetic.ToFactor(arithmetic.FromNumber(reciprocal));
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -81,11 +81,11 @@ void BlockSeries<Arithmetic>::ComputeTerms(int k)
   AdvanceStates(k);
   for (LineId id = 0; id < tape.lines.size(); ++id) {
     const Line& line = tape.lines[id];
-    if (line.kind != LineKind::kState) Arithmetic::Store(terms[id], k, TermOf(line, id, k));
+    if (line.kind != LineKind::kState) arithmetic.Store(terms[id], k, TermOf(line, id, k));
     if (weightedRows[id] == kNone) continue;
-    Value weighted = Arithmetic::Load(terms[id], k);
-    Arithmetic::MultiplyBy(weighted, k);
-    Arithmetic::Store(Weighted(id), k, weighted);
+    Value weighted = arithmetic.Load(terms[id], k);
+    arithmetic.MultiplyBy(weighted, k);
+    arithmetic.Store(Weighted(id), k, weighted);
   }
 }
 
@@ -94,11 +94,11 @@ template <class Arithmetic>
 void BlockSeries<Arithmetic>::AdvanceStates(int k)
 {
   for (std::size_t i = 0; i < tape.rightHandSides.size(); ++i) {
-    Value x = Arithmetic::Load(terms[tape.rightHandSides[i]], k - 1);
-    Arithmetic::Shift(x, scaleExponent);
-    if (isBackwards) Arithmetic::Negate(x);
+    Value x = arithmetic.Load(terms[tape.rightHandSides[i]], k - 1);
+    arithmetic.Shift(x, scaleExponent);
+    if (isBackwards) arithmetic.Negate(x);
     arithmetic.DivideBy(x, k);
-    Arithmetic::Store(terms[i], k, x);
+    arithmetic.Store(terms[i], k, x);
   }
 }
 
@@ -113,7 +113,7 @@ auto BlockSeries<Arithmetic>::TermOf(const Line& line, LineId id, int k) -> Valu
       if (k > 1) return {};
       Real scale(2);
       mpfr_set_si_2exp(scale, isBackwards ? -1 : 1, scaleExponent, MPFR_RNDN);
-      return Arithmetic::FromNumber(scale);
+      return arithmetic.FromNumber(scale);
     }
     case LineKind::kCombination:
       return Combination(line, k);
@@ -123,14 +123,14 @@ auto BlockSeries<Arithmetic>::TermOf(const Line& line, LineId id, int k) -> Valu
       return arithmetic.ConvolveSelf(terms[line.a], 0, k);
     case LineKind::kQuotient: {
       // (6) s b = a: s[k] = (a[k] - sum over j = 1..k of b[j] s[k-j]) / b[0]
-      Value s = Difference(Arithmetic::Load(terms[line.a], k),
+      Value s = Difference(arithmetic.Load(terms[line.a], k),
                            arithmetic.Convolve(terms[line.b], terms[id], 1, k, k));
       arithmetic.Multiply(s, divisors[id]);
       return s;
     }
     case LineKind::kSquareRoot: {
       // (7) s^2 = a: s[k] = (a[k] - sum over j = 1..k-1 of s[j] s[k-j]) / (2 s[0])
-      Value s = Difference(Arithmetic::Load(terms[line.a], k),
+      Value s = Difference(arithmetic.Load(terms[line.a], k),
                            arithmetic.ConvolveSelf(terms[id], 1, k));
       arithmetic.Multiply(s, divisors[id]);
       return s;
@@ -141,7 +141,7 @@ auto BlockSeries<Arithmetic>::TermOf(const Line& line, LineId id, int k) -> Valu
       // (9) s' = +-b a': k s[k] = +-(sum over j = 1..k of j a[j] b[k-j])
       Value s = arithmetic.Convolve(Weighted(line.a), terms[line.b], 1, k, k);
       arithmetic.DivideBy(s, k);
-      if (line.negative) Arithmetic::Negate(s);
+      if (line.negative) arithmetic.Negate(s);
       return s;
     }
     case LineKind::kIntegralOfQuotient:
@@ -159,16 +159,16 @@ auto BlockSeries<Arithmetic>::Combination(const Line& line, int k) -> Value
   Value sum;
   for (std::uint32_t i = 0; i < line.factorCount; ++i) {
     const varno::solve::Factor& factor = tape.factors[line.firstFactor + i];
-    Value a = Arithmetic::Load(terms[factor.line], k);
+    Value a = arithmetic.Load(terms[factor.line], k);
     if (a.IsExactZero()) continue;
     if (factor.whole == -1) {
-      Arithmetic::Negate(a);
+      arithmetic.Negate(a);
     } else if (factor.whole == 0) {
       arithmetic.Multiply(a, constants[factor.constant]);
     } else if (factor.whole != 1) {
       arithmetic.MultiplyByWhole(a, factor.whole);
     }
-    Arithmetic::Add(sum, a);
+    arithmetic.Add(sum, a);
   }
   return sum;
 }
@@ -189,9 +189,9 @@ auto BlockSeries<Arithmetic>::Power(const Line& line, LineId id, int k) -> Value
 template <class Arithmetic>
 auto BlockSeries<Arithmetic>::IntegralOfQuotient(const Line& line, LineId id, int k) -> Value
 {
-  Value s = Arithmetic::Load(terms[line.a], k);
-  Arithmetic::MultiplyBy(s, k);
-  if (line.negative) Arithmetic::Negate(s);
+  Value s = arithmetic.Load(terms[line.a], k);
+  arithmetic.MultiplyBy(s, k);
+  if (line.negative) arithmetic.Negate(s);
   s = Difference(s, arithmetic.Convolve(Weighted(id), terms[line.b], 1, k - 1, k));
   arithmetic.Multiply(s, divisors[id]);
   arithmetic.DivideBy(s, k);
@@ -222,14 +222,14 @@ void BlockSeries<Arithmetic>::Sum(LineId line, mpfr_srcptr offset, mpfr_ptr resu
     precise.Sum(line, offset, result);
     return;
   }
-  const Factor r = Arithmetic::ToFactor(Arithmetic::FromNumber(offset));
+  const Factor r = arithmetic.ToFactor(arithmetic.FromNumber(offset));
   Value sum;
   for (int k = order; k > 0; --k) {
-    Arithmetic::Add(sum, Arithmetic::Load(terms[line], k));
+    arithmetic.Add(sum, arithmetic.Load(terms[line], k));
     arithmetic.Multiply(sum, r);
   }
   Real others(bits + 64);
-  Arithmetic::ToNumber(sum, others);
+  arithmetic.ToNumber(sum, others);
   mpfr_add(result, precise.Number(line, 0), others, MPFR_RNDN);
   if (sum.lost || sum.inexact) mpfr_set_inexflag();
 }
@@ -267,8 +267,8 @@ bool BlockSeries<Arithmetic>::FindLargest(double log2)
     double size = -kInfinity;
     for (int k = 0; k <= order; ++k) size = std::max(size, Log2(id, k) + k * log2);
     largest[id] = static_cast<long>(std::floor(size)) + 1;
-    const double unit = static_cast<double>(Arithmetic::UnitLog2(terms[id].exponent));
-    const double error = unit + kErrorBits + std::max(0.0, LastTerm(id) * log2);
+    const double unit = arithmetic.UnitLog2(terms[id].exponent);
+    const double error = unit + Arithmetic::kErrorBits + std::max(0.0, LastTerm(id) * log2);
     if (error - size > kMostLostBits - static_cast<double>(bits)) return false;
   }
   return true;
@@ -279,7 +279,7 @@ template <class Arithmetic>
 double BlockSeries<Arithmetic>::ResolutionOf(const Line& line, LineId id) const
 {
   const auto product = [this](LineId a, LineId b) {
-    return std::max(resolutions[a] + SizeLog2(b), SizeLog2(a) + resolutions[b]);
+    return std::max(resolutions[a] + sizes[b], sizes[a] + resolutions[b]);
   };
   switch (line.kind) {
     case LineKind::kConstant:
@@ -323,10 +323,14 @@ void BlockSeries<Arithmetic>::FindResolutions() const
 {
   const auto own = [this](LineId id) {
     return terms[id].started
-               ? static_cast<double>(Arithmetic::UnitLog2(terms[id].exponent)) + kErrorBits
+               ? arithmetic.UnitLog2(terms[id].exponent) + Arithmetic::kErrorBits
                : -kInfinity;
   };
-  for (LineId id = 0; id < tape.lines.size(); ++id) resolutions[id] = own(id);
+  for (LineId id = 0; id < tape.lines.size(); ++id) {
+    resolutions[id] = own(id);
+    sizes[id] = -kInfinity;
+    for (int k = 0; k <= order; ++k) sizes[id] = std::max(sizes[id], Log2(id, k));
+  }
   constexpr int kPasses = 2;
   for (int pass = 0; pass < kPasses; ++pass) {
     for (LineId id = 0; id < tape.lines.size(); ++id) {

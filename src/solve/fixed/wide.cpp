@@ -1,0 +1,431 @@
+#include "solve/fixed/wide.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include <gmpxx.h>
+
+namespace varno::solve {
+
+namespace {
+
+constexpr int kBits = kWideDigitBits;
+constexpr std::int64_t kHalf = std::int64_t{1} << (kBits - 1);
+
+/// The digit next to x / 2^51, so that what remains of x is a balanced digit.
+std::int64_t CarryOf(std::int64_t x)
+{
+  return (x + kHalf) >> kBits;
+}
+
+std::int64_t Rest(std::int64_t x, std::int64_t carry)
+{
+  return x - carry * (std::int64_t{1} << kBits);
+}
+
+long FloorDivide(long a, long b)
+{
+  const long quotient = a / b;
+  return a % b < 0 ? quotient - 1 : quotient;
+}
+
+/// Bits first..first+50 of a fraction, counted from its top, as a number; bits outside are 0.
+std::int64_t BitsOf(const mp_limb_t* limbs, long count, long first)
+{
+  std::uint64_t found = 0;
+  for (long bit = first; bit < first + kBits;) {
+    const long limb = FloorDivide(bit, 64);
+    const int offset = static_cast<int>(bit - limb * 64);
+    const int taken = static_cast<int>(std::min<long>(64 - offset, first + kBits - bit));
+    const std::uint64_t word =
+        limb >= 0 && limb < count ? static_cast<std::uint64_t>(limbs[count - 1 - limb]) : 0;
+    found = (found << taken) | ((word << offset) >> (64 - taken));
+    bit += taken;
+  }
+  return static_cast<std::int64_t>(found);
+}
+
+}  // namespace
+
+template <int kMostDigits>
+WideArithmetic<kMostDigits>::WideArithmetic(mpfr_prec_t bits)
+    : n(static_cast<int>((bits - 4 + kBits - 1) / kBits) + 1), kernel(BestColumnKernel())
+{}
+
+template <int kMostDigits>
+long WideArithmetic<kMostDigits>::ExponentFor(long log2)
+{
+  // |term| <= 2^log2 < 2^(51 e - 1)
+  return FloorDivide(log2 + 1, kBits) + 1;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Values
+
+/// Puts another digit before the first; the last one goes.
+template <int kMostDigits>
+void WideArithmetic<kMostDigits>::PushDown(Value& value, std::int64_t top) const
+{
+  value.lost |= value.digits[n] != 0;
+  for (int i = n; i > 0; --i) value.digits[i] = value.digits[i - 1];
+  value.digits[0] = top;
+  ++value.exponent;
+}
+
+/// Makes all digits balanced again; they may be up to 2^62 before.
+template <int kMostDigits>
+void WideArithmetic<kMostDigits>::Carry(Value& value) const
+{
+  std::int64_t any = 0;
+  for (int i = n; i > 0; --i) {
+    const std::int64_t carry = CarryOf(value.digits[i]);
+    value.digits[i] = Rest(value.digits[i], carry);
+    value.digits[i - 1] += carry;
+    any |= value.digits[i];
+  }
+  const std::int64_t carry = CarryOf(value.digits[0]);
+  if (carry != 0) {
+    value.digits[0] = Rest(value.digits[0], carry);
+    PushDown(value, carry);
+  }
+  value.isZero = (any | value.digits[0]) == 0 && carry == 0;
+}
+
+template <int kMostDigits>
+void WideArithmetic<kMostDigits>::Add(Value& sum, const Value& value) const
+{
+  sum.lost |= value.lost;
+  sum.inexact |= value.inexact;
+  if (value.isZero) {
+    // What cannot be seen still has its place.
+    if (sum.isZero && value.lost) sum.exponent = std::max(sum.exponent, value.exponent);
+    return;
+  }
+  if (sum.isZero) {
+    sum.digits = value.digits;
+    sum.exponent = value.exponent;
+    sum.isZero = false;
+    return;
+  }
+  if (value.exponent > sum.exponent) {
+    const long down = value.exponent - sum.exponent;
+    for (int i = n; i > n - down && i >= 0; --i) sum.lost |= sum.digits[i] != 0;
+    for (int i = n; i >= 0; --i) sum.digits[i] = i >= down ? sum.digits[i - down] : 0;
+    sum.exponent = value.exponent;
+  }
+  const long down = sum.exponent - value.exponent;
+  for (int i = n; i > n - down && i >= 0; --i) sum.lost |= value.digits[i] != 0;
+  for (long i = down; i <= n; ++i) sum.digits[i] += value.digits[i - down];
+  Carry(sum);
+}
+
+template <int kMostDigits>
+void WideArithmetic<kMostDigits>::Negate(Value& value) const
+{
+  if (value.isZero) return;
+  for (int i = 0; i <= n; ++i) value.digits[i] = -value.digits[i];
+}
+
+template <int kMostDigits>
+void WideArithmetic<kMostDigits>::Shift(Value& value, long shift) const
+{
+  const long whole = FloorDivide(shift, kBits);
+  const int part = static_cast<int>(shift - whole * kBits);
+  value.exponent += whole;
+  if (value.isZero || part == 0) return;
+  const std::int64_t factor = std::int64_t{1} << part;
+  std::int64_t carry = 0;
+  for (int i = n; i >= 0; --i) {
+    const Int128 product = static_cast<Int128>(value.digits[i]) * factor + carry;
+    carry = static_cast<std::int64_t>((product + kHalf) >> kBits);
+    value.digits[i] = static_cast<std::int64_t>(product - static_cast<Int128>(carry) *
+                                                              (std::int64_t{1} << kBits));
+  }
+  if (carry != 0) PushDown(value, carry);
+}
+
+template <int kMostDigits>
+void WideArithmetic<kMostDigits>::MultiplyBy(Value& value, int factor) const
+{
+  if (value.isZero) return;
+  for (int i = 0; i <= n; ++i) value.digits[i] *= factor;
+  Carry(value);
+}
+
+template <int kMostDigits>
+void WideArithmetic<kMostDigits>::MultiplyByWhole(Value& value, std::int32_t factor) const
+{
+  if (factor <= kMostOrder && factor >= -kMostOrder) {
+    MultiplyBy(value, factor);
+    return;
+  }
+  Value whole;
+  whole.digits.fill(0);
+  whole.digits[0] = factor;
+  whole.exponent = 1;
+  whole.isZero = false;
+  Multiply(value, whole);
+}
+
+template <int kMostDigits>
+void WideArithmetic<kMostDigits>::DivideBy(Value& value, int k) const
+{
+  if (value.isZero || k == 1) return;
+  std::int64_t rest = 0;
+  for (int i = 0; i <= n; ++i) {
+    const std::int64_t dividend = rest * (std::int64_t{1} << kBits) + value.digits[i];
+    value.digits[i] = dividend / k;
+    rest = dividend - value.digits[i] * k;
+  }
+  value.lost |= rest != 0;
+  Carry(value);
+}
+
+/// Digits 0..n from columns 1..n+1 behind a carry; the last column rounds.
+template <int kMostDigits>
+auto WideArithmetic<kMostDigits>::FromColumns(const Int128* columns, long exponent) const -> Value
+{
+  Value value;
+  value.exponent = exponent;
+  Int128 carry = 0;
+  std::int64_t any = 0;
+  for (int c = n; c >= 0; --c) {
+    const Int128 sum = columns[c] + carry;
+    carry = (sum + kHalf) >> kBits;
+    const auto digit =
+        static_cast<std::int64_t>(sum - carry * (std::int64_t{1} << kBits));
+    if (c < n) {
+      value.digits[c + 1] = digit;
+      any |= digit;
+    } else {
+      value.lost = digit != 0;
+    }
+  }
+  value.digits[0] = static_cast<std::int64_t>(carry);
+  value.isZero = (any | value.digits[0]) == 0;
+  // Sums of products may reach beyond the first digit.
+  if (CarryOf(value.digits[0]) != 0) Carry(value);
+  return value;
+}
+
+template <int kMostDigits>
+void WideArithmetic<kMostDigits>::Multiply(Value& value, const Factor& factor) const
+{
+  const bool lost = value.lost, inexact = value.inexact || factor.inexact;
+  const long exponent = value.exponent + factor.exponent;
+  if (value.isZero || factor.isZero) {
+    value.exponent = exponent;
+    value.isZero = true;
+    value.inexact = inexact;
+    return;
+  }
+  int leading = 0;
+  while (value.digits[leading] == 0) ++leading;
+  // Columns 0..n+2 make a carry before and digits 1..n+2; the last column only rounds.
+  std::array<Int128, kMostDigits + 3> columns;
+  std::fill_n(columns.begin(), n + 3, 0);
+  bool beyond = false;
+  for (int i = 0; i <= n; ++i) {
+    const std::int64_t digit = factor.digits[i];
+    if (digit == 0) continue;
+    for (int m = leading; m <= n; ++m) {
+      const int c = i + m - leading;
+      if (c <= n + 2) columns[c] += static_cast<Int128>(digit) * value.digits[m];
+      beyond |= c > n + 2 && value.digits[m] != 0;
+    }
+  }
+  std::array<std::int64_t, kMostDigits + 3> digits;
+  Int128 carry = 0;
+  for (int c = n + 2; c >= 0; --c) {
+    const Int128 sum = columns[c] + carry;
+    carry = (sum + kHalf) >> kBits;
+    const auto digit = static_cast<std::int64_t>(sum - carry * (std::int64_t{1} << kBits));
+    if (c < n + 2) digits[c + 1] = digit;
+    beyond |= c == n + 2 && digit != 0;
+  }
+  digits[0] = static_cast<std::int64_t>(carry);
+  // Leading zeros are no digits, or each factor would cost one.
+  int skipped = 0;
+  while (skipped < 2 && digits[skipped] == 0) ++skipped;
+  std::copy_n(digits.begin() + skipped, n + 1, value.digits.begin());
+  for (int i = skipped + n + 1; i <= n + 2; ++i) beyond |= digits[i] != 0;
+  value.exponent = exponent - leading - skipped;
+  value.lost = lost || beyond;
+  value.inexact = inexact;
+  if (CarryOf(value.digits[0]) != 0) Carry(value);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Numbers
+
+template <int kMostDigits>
+auto WideArithmetic<kMostDigits>::FromNumber(mpfr_srcptr x) const -> Value
+{
+  Value value;
+  if (mpfr_regular_p(x) == 0) return value;
+  const auto* limbs = static_cast<const mp_limb_t*>(mpfr_custom_get_significand(x));
+  const long count = (mpfr_get_prec(x) + 63) / 64;
+  const long exponent = mpfr_get_exp(x);
+  value.exponent = ExponentFor(exponent);
+  // Bit b of the fraction has the weight 2^(exponent - 1 - b).
+  const long first = exponent - kBits * value.exponent;
+  for (int i = 0; i <= n; ++i) value.digits[i] = BitsOf(limbs, count, first + kBits * i);
+  for (long bit = first + kBits * (n + 1); bit < 64 * count; bit += kBits)
+    value.lost |= BitsOf(limbs, count, bit) != 0;
+  Carry(value);
+  if (mpfr_signbit(x) != 0) Negate(value);
+  value.inexact = value.lost;
+  return value;
+}
+
+template <int kMostDigits>
+auto WideArithmetic<kMostDigits>::ToFactor(const Value& value) const -> Factor
+{
+  Factor factor = value;
+  factor.inexact = value.lost || value.inexact;
+  if (value.isZero) return factor;
+  int leading = 0;
+  while (value.digits[leading] == 0) ++leading;
+  for (int i = 0; i <= n; ++i) factor.digits[i] = i + leading <= n ? value.digits[i + leading] : 0;
+  factor.exponent -= leading;
+  return factor;
+}
+
+template <int kMostDigits>
+void WideArithmetic<kMostDigits>::ToNumber(const Value& value, mpfr_ptr result) const
+{
+  if (value.isZero) {
+    mpfr_set_zero(result, 1);
+    return;
+  }
+  mpz_class whole;
+  for (int i = 0; i <= n; ++i) {
+    whole <<= kBits;
+    whole += static_cast<long>(value.digits[i]);
+  }
+  mpfr_set_z_2exp(result, whole.get_mpz_t(), kBits * (value.exponent - 1 - n), MPFR_RNDN);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Terms
+
+template <int kMostDigits>
+void WideArithmetic<kMostDigits>::Store(Terms& terms, int k, const Value& value) const
+{
+  terms.inexact |= value.lost || value.inexact;
+  terms.exactZero[k] = value.IsExactZero() ? 1 : 0;
+  int leading = 0;
+  if (value.isZero) {
+    if (terms.started || value.IsExactZero()) {
+      terms.SetZero(k);
+      return;
+    }
+    // What is not zero, but cannot be seen, is a unit of the value's own resolution.
+    leading = n;
+  } else {
+    while (value.digits[leading] == 0) ++leading;
+  }
+  const long needed = value.exponent - leading;
+  if (!terms.started) {
+    terms.started = true;
+    terms.exponent = std::max(terms.leastExponent, needed);
+  } else if (needed > terms.exponent) {
+    terms.Raise(needed, k);
+  }
+  // Digit i of the term is digit i + up of the value.
+  const long up = value.exponent - terms.exponent;
+  std::array<std::int64_t, kMostDigits + 2> row;
+  for (long i = 0; i < n; ++i) {
+    const long from = i + up;
+    row[i] = from < 0 || from > n ? 0 : value.isZero ? (from == leading ? 1 : 0) : value.digits[from];
+  }
+  if (!value.isZero) {
+    for (long i = std::max(0L, n + up); i <= n; ++i) terms.inexact |= value.digits[i] != 0;
+  }
+  terms.Set(k, row.data());
+}
+
+template <int kMostDigits>
+auto WideArithmetic<kMostDigits>::Load(const Terms& terms, int k) const -> Value
+{
+  Value value;
+  if (terms.exactZero[k] != 0) return value;
+  value.exponent = terms.exponent;
+  value.inexact = terms.inexact;
+  value.isZero = value.lost = terms.leading[k] == n;
+  if (value.isZero) return value;
+  std::copy_n(&terms.digits[static_cast<std::size_t>(k) * n], n, value.digits.begin());
+  value.digits[n] = 0;
+  return value;
+}
+
+template <int kMostDigits>
+double WideArithmetic<kMostDigits>::Log2(const Terms& terms, int k) const
+{
+  if (terms.exactZero[k] != 0) return -std::numeric_limits<double>::infinity();
+  const int i = terms.leading[k];
+  if (i == n) return UnitLog2(terms.exponent);
+  const std::int64_t* const digits = &terms.digits[static_cast<std::size_t>(k) * n];
+  double size = static_cast<double>(digits[i]);
+  if (i + 1 < n) size += static_cast<double>(digits[i + 1]) * 0x1p-51;
+  return std::log2(std::abs(size)) + static_cast<double>(kBits * (terms.exponent - 1 - i));
+}
+
+/// Whether every product of a sum has a factor that is exactly 0.
+static bool AllExactZeros(const WideTerms& a, const WideTerms& b, int first, int last, int k)
+{
+  for (int j = first; j <= last; ++j) {
+    if (a.exactZero[j] == 0 && b.exactZero[k - j] == 0) return false;
+  }
+  return true;
+}
+
+/// Whether products may have digits behind the columns that are summed.
+static bool ReachBeyond(const WideTerms& a, const WideTerms& b)
+{
+  int aLast = a.n - 1, bLast = b.n - 1;
+  while (aLast >= 0 && a.last[aLast] < 0) --aLast;
+  while (bLast >= 0 && b.last[bLast] < 0) --bLast;
+  return aLast + bLast > a.n;
+}
+
+template <int kMostDigits>
+auto WideArithmetic<kMostDigits>::Convolve(const Terms& a, const Terms& b, int first, int last,
+                                           int k) const -> Value
+{
+  if (!a.started || !b.started || first > last) return {};
+  std::array<Int128, kMostDigits + 2> columns;
+  kernel(a, b, first, last, k, columns.data());
+  Value value = FromColumns(columns.data(), a.exponent + b.exponent);
+  value.lost |= ReachBeyond(a, b);
+  value.inexact = a.inexact || b.inexact;
+  if (value.isZero) value.lost = !AllExactZeros(a, b, first, last, k);
+  return value;
+}
+
+template <int kMostDigits>
+auto WideArithmetic<kMostDigits>::ConvolveSelf(const Terms& a, int first, int k) const -> Value
+{
+  if (!a.started || 2 * first > k) return {};
+  std::array<Int128, kMostDigits + 2> columns, middle;
+  std::fill_n(columns.begin(), n + 1, 0);
+  const int half = k > 0 ? (k - 1) / 2 : -1;
+  if (first <= half) kernel(a, a, first, half, k, columns.data());
+  for (int c = 0; c <= n; ++c) columns[c] *= 2;
+  if (k % 2 == 0) {
+    SumColumns(a, a, k / 2, k / 2, k, middle.data());
+    for (int c = 0; c <= n; ++c) columns[c] += middle[c];
+  }
+  Value value = FromColumns(columns.data(), 2 * a.exponent);
+  value.lost |= ReachBeyond(a, a);
+  value.inexact = a.inexact;
+  if (value.isZero) value.lost = !AllExactZeros(a, a, first, k - first, k);
+  return value;
+}
+
+template class WideArithmetic<8>;
+template class WideArithmetic<24>;
+template class WideArithmetic<64>;
+
+}  // namespace varno::solve

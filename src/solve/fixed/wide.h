@@ -1,0 +1,99 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+#include <mpfr.h>
+
+#include "solve/fixed/columns.h"
+#include "solve/fixed/int128.h"
+
+namespace varno::solve {
+
+/// A number on its way from one series to another: the sum of digits[i] 2^(51 (exponent - 1 - i)),
+/// i = 0..n, where n is the number of digits of a term. All digits are at most 2^50 in size.
+template <int kMostDigits>
+struct WideValue {
+  std::array<std::int64_t, kMostDigits + 2> digits;  // only those up to n are ever looked at
+  long exponent = 0;
+  bool isZero = true;  ///< then the digits hold nothing
+  /// Whether making this value dropped digits that were not zero: a zero is then no exact one.
+  bool lost = false;
+  /// Whether digits were dropped anywhere on the way to it.
+  bool inexact = false;
+
+  bool IsExactZero() const { return isZero && !lost; }
+};
+
+/// Arithmetic on series of fixed-point numbers with n balanced digits of 51 bits and one exponent,
+/// in whole digits, for all terms of a series; for any precision up to the capacity
+/// (docs/solve/fixed-point.md).
+template <int kMostDigits>
+class WideArithmetic {
+ public:
+  using Value = WideValue<kMostDigits>;
+  using Factor = Value;
+  using Terms = WideTerms;
+
+  static constexpr int kDigitBits = kWideDigitBits;
+  /// One digit is for exponents in whole digits.
+  static constexpr mpfr_prec_t kMostBits = (kMostDigits - 1) * kDigitBits;
+  static constexpr int kMostOrder = 2000;
+  static constexpr long kMostExponent = 1L << 40;
+  /// log2 of the units of the last digit that a term may be wrong by.
+  static constexpr double kErrorBits = 8;
+
+  explicit WideArithmetic(mpfr_prec_t bits);
+  /// With this many digits and this kernel, for tests.
+  WideArithmetic(int digitCount, ColumnKernel kernel) : n(digitCount), kernel(kernel) {}
+
+  double UnitLog2(long exponent) const
+  {
+    return static_cast<double>((exponent - n) * kDigitBits);
+  }
+  /// The exponent of a series with terms below 2^log2.
+  static long ExponentFor(long log2);
+
+  void Reserve(Terms& terms, int count) const { terms.Reserve(n, count); }
+  static void Reset(Terms& terms, long leastExponent) { terms.Reset(leastExponent); }
+  void Store(Terms& terms, int k, const Value& value) const;
+  Value Load(const Terms& terms, int k) const;
+  double Log2(const Terms& terms, int k) const;
+
+  Value FromNumber(mpfr_srcptr x) const;
+  /// With a leading digit that is not 0.
+  Factor ToFactor(const Value& value) const;
+  void ToNumber(const Value& value, mpfr_ptr result) const;
+
+  void Add(Value& sum, const Value& value) const;
+  void Negate(Value& value) const;
+  /// value *= 2^shift
+  void Shift(Value& value, long shift) const;
+  void Multiply(Value& value, const Factor& factor) const;
+  /// value *= factor, |factor| <= kMostOrder
+  void MultiplyBy(Value& value, int factor) const;
+  /// The same for any factor.
+  void MultiplyByWhole(Value& value, std::int32_t factor) const;
+  /// value /= k, for 0 < k <= kMostOrder
+  void DivideBy(Value& value, int k) const;
+
+  /// Sum over j = first..last of a[j] b[k-j]
+  Value Convolve(const Terms& a, const Terms& b, int first, int last, int k) const;
+  /// Sum over j = first..k-first of a[j] a[k-j]
+  Value ConvolveSelf(const Terms& a, int first, int k) const;
+
+ private:
+  void Carry(Value& value) const;
+  void PushDown(Value& value, std::int64_t top) const;
+  Value FromColumns(const Int128* columns, long exponent) const;
+
+  int n;
+  ColumnKernel kernel;
+};
+
+extern template class WideArithmetic<8>;
+extern template class WideArithmetic<24>;
+extern template class WideArithmetic<64>;
+
+}  // namespace varno::solve

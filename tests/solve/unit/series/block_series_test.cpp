@@ -1,0 +1,118 @@
+// The terms of block fixed-point arithmetic against those of MPFR with many more bits.
+
+#include "solve/series/block_series.h"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+
+#include <gtest/gtest.h>
+
+#include "solve/evaluation/evaluator.h"
+#include "solve/fixed/narrow.h"
+#include "solve/fixed/wide.h"
+#include "solve/tape/compile.h"
+#include "tests/solve/support/comparison.h"
+#include "tests/solve/support/equations.h"
+
+namespace varno::solve {
+namespace {
+
+using support::Equations;
+using support::Expression;
+using support::Function;
+using support::Power;
+using enum Operation;
+
+constexpr mpfr_prec_t kReferenceBits = 2000;
+
+/// A problem with every kind of line: all functions of an angle and of a radius.
+Tape EveryLine()
+{
+  Equations m;
+  const Expression x = m.Variable("x", Rational(3, 5)), y = m.Variable("y", Rational(-7, 3)),
+                   z = m.Variable("z", Rational(1, 1024)), t = m.Time();
+  const Expression u = 2 + x * x + z, w = y / u;
+  m.SetDerivative(x, Function(kSin, y) * Function(kSqrt, u) + Rational(1, 3) * t);
+  m.SetDerivative(y, Function(kExp, x) - 5 * w + Power(u, Rational(-3, 2)) +
+                         100000 * Power(x, 3) - 100000 * x * x * x);
+  m.SetDerivative(z, Function(kLn, u) * Function(kAtan2, x + 2, u) + Function(kTanh, w) +
+                         Function(kErf, x) + Function(kAtan, t) - z);
+  return Compile(m.Finished());
+}
+
+std::vector<Real> States(const Tape& tape, mpfr_prec_t bits)
+{
+  std::vector<Real> states;
+  for (std::size_t i = 0; i < tape.rightHandSides.size(); ++i) {
+    mpfr_set_d(states.emplace_back(bits), 0.625 - static_cast<double>(i), MPFR_RNDN);
+  }
+  return states;
+}
+
+/// log2 of the largest error of a term beside the largest term of its line, over all lines.
+double LargestError(const Tape& tape, const Series& series, int order, const Series& exact)
+{
+  double worst = -INFINITY;
+  Real term(kReferenceBits), expected(kReferenceBits);
+  for (LineId line = 0; line < tape.lines.size(); ++line) {
+    double largest = -INFINITY, error = -INFINITY;
+    for (int k = 0; k <= order; ++k) {
+      series.Term(line, k, term);
+      exact.Term(line, k, expected);
+      largest = std::max(largest, support::Log2(expected));
+      mpfr_sub(term, term, expected, MPFR_RNDN);
+      error = std::max(error, support::Log2(term));
+    }
+    if (error > -INFINITY) worst = std::max(worst, error - largest);
+  }
+  return worst;
+}
+
+struct Format {
+  const char* name;
+  mpfr_prec_t bits;
+  std::unique_ptr<Series> (*make)(const Tape& tape, mpfr_prec_t bits);
+};
+
+template <class Arithmetic>
+std::unique_ptr<Series> Make(const Tape& tape, mpfr_prec_t bits)
+{
+  return std::make_unique<BlockSeries<Arithmetic>>(tape, bits, 20, false);
+}
+
+class BlockSeriesOfFormat : public testing::TestWithParam<Format> {};
+
+TEST_P(BlockSeriesOfFormat, HasTheTermsOfEveryLine)
+{
+  const Format& format = GetParam();
+  const Tape tape = EveryLine();
+  const auto series = format.make(tape, format.bits);
+  MpfrSeries exact(tape, kReferenceBits, 20, false);
+  Real time(20);
+  mpfr_set_d(time, 0.25, MPFR_RNDN);
+  constexpr int kOrder = 40;
+  for (const bool backwards : {false, true}) {
+    series->Begin(time, States(tape, 20), backwards, -5);
+    exact.Begin(time, States(tape, 20), backwards, -5);
+    series->ExtendTo(kOrder);
+    exact.ExtendTo(kOrder);
+    ASSERT_TRUE(series->IsExactFor(0));
+    ASSERT_EQ(kOrder, series->Order());
+    // Not refined: every line has a resolution.
+    EXPECT_GT(series->Resolution(tape.rightHandSides[0]), -INFINITY);
+    EXPECT_LT(LargestError(tape, *series, kOrder, exact), 16 - static_cast<double>(format.bits));
+  }
+}
+
+const Format kFormats[] = {
+    {"Narrow", 108, Make<NarrowArithmetic>},    {"Wide130", 130, Make<WideArithmetic<8>>},
+    {"Wide265", 265, Make<WideArithmetic<8>>},  {"Wide357", 357, Make<WideArithmetic<8>>},
+    {"Wide929", 929, Make<WideArithmetic<24>>}, {"Wide1700", 1700, Make<WideArithmetic<64>>},
+};
+
+INSTANTIATE_TEST_SUITE_P(All, BlockSeriesOfFormat, testing::ValuesIn(kFormats),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+}  // namespace
+}  // namespace varno::solve
