@@ -78,8 +78,7 @@ void WideTerms::Raise(long newExponent, int count)
   exponent = newExponent;
 }
 
-void SumColumns(const WideTerms& a, const WideTerms& b, int first, int last, int k,
-                Int128* columns)
+void SumColumns(const WideTerms& a, const WideTerms& b, int first, int last, int k, Int128* columns)
 {
   const int n = a.n;
   std::fill_n(columns, n + 1, 0);

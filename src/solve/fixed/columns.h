@@ -17,11 +17,11 @@ inline constexpr int kWideDigitBits = 51;
 struct WideTerms {
   int n = 0;
   int capacity = 0;
-  std::vector<std::int64_t> digits;   // k n + i
-  std::vector<double> upwards;        // i capacity + k
-  std::vector<double> downwards;      // i capacity + capacity - 1 - k
-  std::vector<int> leading;           // by k: the first digit that is not 0, n where all are
-  std::vector<int> last;              // by i: the last k where digit i is not 0, -1 where none is
+  std::vector<std::int64_t> digits;     // k n + i
+  std::vector<double> upwards;          // i capacity + k
+  std::vector<double> downwards;        // i capacity + capacity - 1 - k
+  std::vector<int> leading;             // by k: the first digit that is not 0, n where all are
+  std::vector<int> last;                // by i: the last k where digit i is not 0, -1 where none is
   std::vector<std::uint8_t> exactZero;  // by k: 0, not merely too small to be seen
   long exponent = 0;
   long leastExponent = 0;  ///< where the exponent begins at least

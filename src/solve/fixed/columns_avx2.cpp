@@ -14,8 +14,8 @@ namespace {
 
 // A product of two digits has 100 bits. Added to kHigh, it is rounded to a multiple of 2^51, and
 // the bit pattern of the sum is that of kHigh plus this multiple; the rest, added to kLow, is an
-// integer in the bit pattern of that sum. Patterns are added as integers, and those of the constants
-// subtracted once, for each product.
+// integer in the bit pattern of that sum. Patterns are added as integers, and those of the
+// constants subtracted once, for each product.
 constexpr double kHigh = 0x1.8p103;
 constexpr double kLow = 0x1.8p52;
 constexpr auto kHighPattern = std::bit_cast<std::uint64_t>(kHigh);

@@ -84,8 +84,7 @@ void Raise(NarrowTerms& terms, long exponent, int count)
 {
   const long shift = exponent - terms.exponent;
   for (int j = 0; j < count; ++j) {
-    const Int128 mantissa =
-        ShiftRight(Joined(terms.high[j], terms.low[j]), shift, terms.inexact);
+    const Int128 mantissa = ShiftRight(Joined(terms.high[j], terms.low[j]), shift, terms.inexact);
     terms.low[j] = LowDigit(mantissa);
     terms.high[j] = HighDigit(mantissa, terms.low[j]);
     terms.hasLow |= terms.low[j] != 0;
@@ -122,13 +121,12 @@ void NarrowArithmetic::Store(Terms& terms, int k, const Value& value)
     // What is not zero, but cannot be seen, is a unit of the value's own resolution.
     if (mantissa == 0) mantissa = 1;
     terms.started = true;
-    terms.exponent = std::max(terms.leastExponent, value.exponent - kFractionBits +
-                                                       BitLength(mantissa) + 2);
+    terms.exponent =
+        std::max(terms.leastExponent, value.exponent - kFractionBits + BitLength(mantissa) + 2);
   }
   const long up = value.exponent - terms.exponent;
   const int length = BitLength(mantissa);
-  if (length + up > kTermBits)
-    Raise(terms, value.exponent - kFractionBits + length + 2, k);
+  if (length + up > kTermBits) Raise(terms, value.exponent - kFractionBits + length + 2, k);
   const long shift = value.exponent - terms.exponent;
   if (shift < 0) {
     mantissa = ShiftRight(mantissa, -shift, terms.inexact);
@@ -154,8 +152,8 @@ NarrowValue NarrowArithmetic::Load(const Terms& terms, int k)
 double NarrowArithmetic::Log2(const Terms& terms, int k)
 {
   if (terms.exactZero[k] != 0) return -std::numeric_limits<double>::infinity();
-  const double size = std::abs(static_cast<double>(terms.high[k]) * 0x1p60 +
-                               static_cast<double>(terms.low[k]));
+  const double size =
+      std::abs(static_cast<double>(terms.high[k]) * 0x1p60 + static_cast<double>(terms.low[k]));
   return std::log2(std::max(size, 1.0)) + UnitLog2(terms.exponent);
 }
 
@@ -183,8 +181,7 @@ NarrowFactor NarrowArithmetic::ToFactor(const Value& value)
   // All 120 bits count.
   const int up = kFractionBits - BitLength(value.mantissa);
   bool lost = value.lost || value.inexact;
-  const Int128 mantissa =
-      up >= 0 ? value.mantissa << up : ShiftRight(value.mantissa, -up, lost);
+  const Int128 mantissa = up >= 0 ? value.mantissa << up : ShiftRight(value.mantissa, -up, lost);
   factor.low = LowDigit(mantissa);
   factor.high = HighDigit(mantissa, factor.low);
   factor.exponent = value.exponent - up;
@@ -199,8 +196,8 @@ void NarrowArithmetic::ToNumber(const Value& value, mpfr_ptr result)
     mpfr_set_zero(result, 1);
     return;
   }
-  const UInt128 size =
-      value.mantissa < 0 ? -static_cast<UInt128>(value.mantissa) : static_cast<UInt128>(value.mantissa);
+  const UInt128 size = value.mantissa < 0 ? -static_cast<UInt128>(value.mantissa)
+                                          : static_cast<UInt128>(value.mantissa);
   const UInt128 top = size << (128 - length);
   mp_limb_t limbs[2] = {static_cast<mp_limb_t>(top), static_cast<mp_limb_t>(top >> 64)};
   mpfr_t number;
@@ -288,7 +285,8 @@ void NarrowArithmetic::DivideBy(Value& value, int k)
     // All bits of the quotient count: those behind the point of a fraction below 1, too.
     const int up = kFractionBits - BitLength(one.mantissa);
     const UInt128 rest = (static_cast<UInt128>(1) << kFractionBits) % static_cast<UInt128>(divisor);
-    one.mantissa = (one.mantissa << up) + static_cast<Int128>((rest << up) / static_cast<UInt128>(divisor));
+    one.mantissa =
+        (one.mantissa << up) + static_cast<Int128>((rest << up) / static_cast<UInt128>(divisor));
     one.exponent = -up;
     reciprocals.push_back(ToFactor(one));
   }

@@ -193,8 +193,7 @@ auto WideArithmetic<kMostDigits>::FromColumns(const Int128* columns, long expone
   for (int c = n; c >= 0; --c) {
     const Int128 sum = columns[c] + carry;
     carry = (sum + kHalf) >> kBits;
-    const auto digit =
-        static_cast<std::int64_t>(sum - carry * (std::int64_t{1} << kBits));
+    const auto digit = static_cast<std::int64_t>(sum - carry * (std::int64_t{1} << kBits));
     if (c < n) {
       value.digits[c + 1] = digit;
       any |= digit;
@@ -338,7 +337,9 @@ void WideArithmetic<kMostDigits>::Store(Terms& terms, int k, const Value& value)
   std::array<std::int64_t, kMostDigits + 2> row;
   for (long i = 0; i < n; ++i) {
     const long from = i + up;
-    row[i] = from < 0 || from > n ? 0 : value.isZero ? (from == leading ? 1 : 0) : value.digits[from];
+    row[i] = from < 0 || from > n ? 0
+             : value.isZero       ? (from == leading ? 1 : 0)
+                                  : value.digits[from];
   }
   if (!value.isZero) {
     for (long i = std::max(0L, n + up); i <= n; ++i) terms.inexact |= value.digits[i] != 0;

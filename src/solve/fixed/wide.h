@@ -48,10 +48,7 @@ class WideArithmetic {
   /// With this many digits and this kernel, for tests.
   WideArithmetic(int digitCount, ColumnKernel kernel) : n(digitCount), kernel(kernel) {}
 
-  double UnitLog2(long exponent) const
-  {
-    return static_cast<double>((exponent - n) * kDigitBits);
-  }
+  double UnitLog2(long exponent) const { return static_cast<double>((exponent - n) * kDigitBits); }
   /// The exponent of a series with terms below 2^log2.
   static long ExponentFor(long log2);
 

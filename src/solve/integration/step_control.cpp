@@ -21,8 +21,8 @@ constexpr int kMostOrderOfPolynomial = 5000;
 constexpr double kMostOfFirstTerm = 0.9;
 /// A step that a domain bounds is tried shorter by this factor (log2).
 constexpr double kShorterLog2 = -0.25;
-/// Terms that cannot be resolved may grow by so many bits beyond what can before the next step looks
-/// at them anew.
+/// Terms that cannot be resolved may grow by so many bits beyond what can before the next step
+/// looks at them anew.
 constexpr double kBitsOutOfTheDark = 8;
 /// Trials of a shorter step: beyond it the step is as good as gone.
 constexpr int kMostTrials = 200;

@@ -110,6 +110,11 @@ class BlockSeries final : public Series {
   static constexpr long kUnknown = std::numeric_limits<long>::min();
   /// Bits of the guard that a line may lose by the difference between the scale and the step.
   static constexpr double kMostLostBits = 16;
+  /// The same with what cancels and what the operands pass on.
+  static constexpr double kMostCancelledBits = 24;
+  /// By how many bits the second half of the terms may be larger than the first: rounding that is
+  /// left of a cancellation stays about the same.
+  static constexpr double kMostRiseBits = 8;
 
   void Reserve(int count);
   void ConvertConstants();

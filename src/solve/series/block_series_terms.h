@@ -130,8 +130,8 @@ auto BlockSeries<Arithmetic>::TermOf(const Line& line, LineId id, int k) -> Valu
     }
     case LineKind::kSquareRoot: {
       // (7) s^2 = a: s[k] = (a[k] - sum over j = 1..k-1 of s[j] s[k-j]) / (2 s[0])
-      Value s = Difference(arithmetic.Load(terms[line.a], k),
-                           arithmetic.ConvolveSelf(terms[id], 1, k));
+      Value s =
+          Difference(arithmetic.Load(terms[line.a], k), arithmetic.ConvolveSelf(terms[id], 1, k));
       arithmetic.Multiply(s, divisors[id]);
       return s;
     }
@@ -264,12 +264,20 @@ bool BlockSeries<Arithmetic>::FindLargest(double log2)
       continue;
     }
     if (std::abs(terms[id].exponent) > Arithmetic::kMostExponent) return false;
-    double size = -kInfinity;
-    for (int k = 0; k <= order; ++k) size = std::max(size, Log2(id, k) + k * log2);
+    double early = -kInfinity, late = -kInfinity;
+    for (int k = 0; k <= order; ++k) {
+      double& size = 2 * k <= order ? early : late;
+      size = std::max(size, Log2(id, k) + k * log2);
+    }
+    // Terms that rise are no measure for errors.
+    if (late > early + kMostRiseBits) return false;
+    const double size = std::max(early, late);
     largest[id] = static_cast<long>(std::floor(size)) + 1;
     const double unit = arithmetic.UnitLog2(terms[id].exponent);
     const double error = unit + Arithmetic::kErrorBits + std::max(0.0, LastTerm(id) * log2);
     if (error - size > kMostLostBits - static_cast<double>(bits)) return false;
+    // A line of which little is left: MPFR rounds each of its terms less than this one all.
+    if (Resolution(id) - size > kMostCancelledBits - static_cast<double>(bits)) return false;
   }
   return true;
 }
@@ -322,9 +330,8 @@ template <class Arithmetic>
 void BlockSeries<Arithmetic>::FindResolutions() const
 {
   const auto own = [this](LineId id) {
-    return terms[id].started
-               ? arithmetic.UnitLog2(terms[id].exponent) + Arithmetic::kErrorBits
-               : -kInfinity;
+    return terms[id].started ? arithmetic.UnitLog2(terms[id].exponent) + Arithmetic::kErrorBits
+                             : -kInfinity;
   };
   for (LineId id = 0; id < tape.lines.size(); ++id) {
     resolutions[id] = own(id);

@@ -21,8 +21,7 @@ std::vector<PowerSeries> RightHandSideTerms(const Model& model, const SeriesRequ
   std::vector<PowerSeries> found;
   for (const LineId line : tape.rightHandSides) {
     PowerSeries& terms = found.emplace_back();
-    for (int k = 0; k <= request.order; ++k)
-      series.Term(line, k, terms.emplace_back(request.bits));
+    for (int k = 0; k <= request.order; ++k) series.Term(line, k, terms.emplace_back(request.bits));
   }
   return found;
 }

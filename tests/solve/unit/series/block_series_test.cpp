@@ -34,8 +34,8 @@ Tape EveryLine()
                    z = m.Variable("z", Rational(1, 1024)), t = m.Time();
   const Expression u = 2 + x * x + z, w = y / u;
   m.SetDerivative(x, Function(kSin, y) * Function(kSqrt, u) + Rational(1, 3) * t);
-  m.SetDerivative(y, Function(kExp, x) - 5 * w + Power(u, Rational(-3, 2)) +
-                         100000 * Power(x, 3) - 100000 * x * x * x);
+  m.SetDerivative(y, Function(kExp, x) - 5 * w + Power(u, Rational(-3, 2)) + 100000 * Power(x, 3) -
+                         100000 * x * x * x);
   m.SetDerivative(z, Function(kLn, u) * Function(kAtan2, x + 2, u) + Function(kTanh, w) +
                          Function(kErf, x) + Function(kAtan, t) - z);
   return Compile(m.Finished());

@@ -113,7 +113,8 @@ TEST(MpfrSeries, ExtendsWithoutChangingTerms)
            support::Power(2 + m.Time(), Rational(1, 3));
   });
   const Tape tape = Compile(model);
-  const auto atOnce = std::make_unique<MpfrSeries>(tape, 128, 4, false), piecewise = std::make_unique<MpfrSeries>(tape, 128, 4, false);
+  const auto atOnce = std::make_unique<MpfrSeries>(tape, 128, 4, false),
+             piecewise = std::make_unique<MpfrSeries>(tape, 128, 4, false);
   Real time(128);
   mpfr_set_d(time, 0.5, MPFR_RNDN);
   for (Series* series : {atOnce.get(), piecewise.get()})
@@ -137,7 +138,8 @@ TEST(MpfrSeries, BeginsAnew)
   const Model model = support::Quadrature(
       [](Equations& m) { return support::Function(Operation::kErf, m.Time()); });
   const Tape tape = Compile(model);
-  const auto used = std::make_unique<MpfrSeries>(tape, 128, 10, false), fresh = std::make_unique<MpfrSeries>(tape, 128, 10, false);
+  const auto used = std::make_unique<MpfrSeries>(tape, 128, 10, false),
+             fresh = std::make_unique<MpfrSeries>(tape, 128, 10, false);
   const std::vector<Real> states(1, Real(128));
   Real time(128), a(128), b(128);
   used->Begin(time, states, true, 5);
