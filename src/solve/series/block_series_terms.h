@@ -1,8 +1,6 @@
 #pragma once
 
-// The members of BlockSeries.
-
-#include "solve/series/block_series.h"
+// The members of BlockSeries, for block_series.h only.
 
 namespace varno::solve {
 
