@@ -7,38 +7,20 @@ Usage: completion_test.py PROGRAM
 import re
 import subprocess
 import sys
-import tempfile
 import unittest
 from pathlib import Path
 
-COMPLETION = Path(__file__).resolve().parents[2] / "completions" / "varno-solve"
+from completion_support import CompletionCase
+
 PROGRAM = Path(sys.argv.pop(1)).resolve()
 
-ASK = """
-source "$1"
-complete -p varno-solve >&2 || exit
-shift
-COMP_WORDS=(varno-solve "$@")
-COMP_CWORD=$#
-_varno_solve
-printf '%s\\n' "${COMPREPLY[@]}"
-"""
 
+class CompletionTest(CompletionCase):
+    command = "varno-solve"
 
-class CompletionTest(unittest.TestCase):
     def setUp(self):
-        scratch = tempfile.TemporaryDirectory()
-        self.addCleanup(scratch.cleanup)
-        self.folder = Path(scratch.name)
+        super().setUp()
         self.usage = subprocess.run([PROGRAM, "--help"], capture_output=True, text=True).stdout
-
-    def complete(self, *words):
-        """The completions of the last word."""
-        result = subprocess.run(
-            ["bash", "--norc", "-u", "-c", ASK, "bash", COMPLETION, *words], cwd=self.folder,
-            capture_output=True, text=True, check=True)
-        self.assertEqual(result.stderr, "complete -F _varno_solve varno-solve\n")
-        return sorted(result.stdout.split())
 
     def test_options_are_those_of_the_program(self):
         options = re.findall(r"^  (--\S+)", self.usage, re.MULTILINE)
