@@ -91,13 +91,26 @@ void MpfrSeries::Begin(mpfr_srcptr time, std::span<const Real> states, bool back
                        long scaleExponent)
 {
   mpfr_set_si_2exp(scale, backwards ? -1 : 1, scaleExponent, kNearest);
+  order = 0;
+  try {
+    StartLines(time, states);
+  } catch (const DomainError& error) {
+    // Some functions take several lines, such as the root of 1 - u^2 in asin(u): then the error of
+    // a line tells of an operand that nobody has written.
+    if (error.outcome == Outcome::kUndefined)
+      Evaluator(tape.graph, {error.node}, bits).Evaluate(time, states);
+    throw;
+  }
+}
+
+void MpfrSeries::StartLines(mpfr_srcptr time, std::span<const Real> states)
+{
   for (LineId id = 0; id < tape.lines.size(); ++id) {
     const Line& line = tape.lines[id];
     mpfr_ptr s = Terms(id);
     Start(line, s, time, states);
     Check(line, s);
   }
-  order = 0;
 }
 
 void MpfrSeries::Start(const Line& line, mpfr_ptr s, mpfr_srcptr time, std::span<const Real> states)

@@ -28,6 +28,7 @@ class MpfrSeries final : public Series {
   void AssignDerivatives();
   mpfr_srcptr Constant(ConstantId constant) const;
 
+  void StartLines(mpfr_srcptr time, std::span<const Real> states);
   void Start(const Line& line, mpfr_ptr s, mpfr_srcptr time, std::span<const Real> states);
   void StartQuotient(const Line& line, mpfr_ptr s);
   void StartRoot(const Line& line, mpfr_ptr s);

@@ -264,5 +264,20 @@ const Undefined kUndefined[] = {
 INSTANTIATE_TEST_SUITE_P(All, MpfrSeriesUndefined, testing::ValuesIn(kUndefined),
                          [](const auto& info) { return std::string(info.param.name); });
 
+// asin(u) takes the root of 1 - u^2, which is -3 here: nobody has written that.
+TEST(MpfrSeriesDomain, NamesTheArgumentThatWasWritten)
+{
+  const Model model =
+      support::Quadrature([](Equations& m) { return Of(Operation::kAsin, m.Time() + 2); });
+  const Tape tape = Compile(model);
+  const auto series = MakeSeries(tape, 64, 6);
+  try {
+    series->Begin(Real(64), std::vector<Real>(1, Real(64)), false, 0);
+    FAIL() << "no error";
+  } catch (const DomainError& error) {
+    EXPECT_EQ(0, mpfr_cmp_si(static_cast<mpfr_srcptr>(error.argument), 2));
+  }
+}
+
 }  // namespace
 }  // namespace varno::solve
