@@ -35,7 +35,7 @@ class CompletionTest(CompletionCase):
         (self.folder / "5.varno").touch()
         with_values = re.findall(r"^  (--\S+) [A-Z]", self.usage, re.MULTILINE)
         self.assertGreater(len(with_values), 10)
-        for option in set(with_values) - {"--format", "--output"}:
+        for option in set(with_values) - {"--format", "--output", "--sweep-file"}:
             self.assertEqual(self.complete(option, ""), [], option)
 
     def test_switches_take_no_value(self):
@@ -50,9 +50,10 @@ class CompletionTest(CompletionCase):
             self.assertEqual(self.complete(*words), ["csv", "json", "table"])
         self.assertEqual(self.complete("--format", "=", "j"), ["json"])
 
-    def test_output_is_any_file(self):
+    def test_other_files_are_any_file(self):
         (self.folder / "rows.txt").touch()
-        self.assertEqual(self.complete("--output", "r"), ["rows.txt"])
+        for option in ("--output", "--sweep-file"):
+            self.assertEqual(self.complete(option, "r"), ["rows.txt"])
 
     def test_input_files_and_folders(self):
         for name in ("lorenz.varno", "lorenz.png"):

@@ -14,19 +14,19 @@ namespace varno::solve {
 namespace {
 
 constexpr int kMostDigits = 10'000;
+constexpr std::int64_t kMostJobs = 100'000;
 constexpr std::size_t kHelpColumn = 20;
 constexpr std::int64_t kNoLimit = std::numeric_limits<std::int64_t>::max();
 
 /// Options that belong to the language of the command line but do nothing yet: their names are
 /// taken, so that no abbreviation changes its meaning when they come.
-constexpr const char* kFutureOptions[] = {"--sweep", "--sweep-file", "--events", "--plot",
-                                          "--axes",  "--save",       "--resume"};
+constexpr const char* kFutureOptions[] = {"--events", "--plot", "--axes", "--save", "--resume"};
 
 /// The values of the options as they were written.
 struct Texts {
   std::string from, to, every, points, at, digits, tiny, columns, format, output;
   std::string jobs, maxSteps, maxSeconds, maxBits, future;
-  std::vector<std::string> settings, files;
+  std::vector<std::string> settings, sweeps, sweepFiles, files;
   bool steps = false, last = false, noCheck = false, explain = false, hold = false;
   bool progress = false, quiet = false, help = false, version = false;
 };
@@ -78,6 +78,8 @@ class Parser {
  private:
   void AddValue(const std::string& name, const std::string& valueName, std::string& text,
                 const std::string& description);
+  void AddList(const std::string& name, const std::string& valueName,
+               std::vector<std::string>& list, const std::string& description);
   void AddSwitch(const std::string& name, bool& isOn, const std::string& description);
   void AddRowOptions();
   void AddNumberOptions();
@@ -125,6 +127,16 @@ void Parser::AddSwitch(const std::string& name, bool& isOn, const std::string& d
   app.add_flag(name, isOn, description)->take_last()->group(group);
 }
 
+/// An option that may be given several times and keeps all of its values.
+void Parser::AddList(const std::string& name, const std::string& valueName,
+                     std::vector<std::string>& list, const std::string& description)
+{
+  app.add_option(name, list, description)
+      ->allow_extra_args(false)
+      ->type_name(valueName)
+      ->group(group);
+}
+
 void Parser::AddRowOptions()
 {
   group = "Rows (times are constants such as 2.5, 1/3, 10*pi)";
@@ -149,10 +161,13 @@ void Parser::AddNumberOptions()
 void Parser::AddProblemOptions()
 {
   group = "Problem";
-  app.add_option("--set", texts.settings, "change a parameter or a start value: mu=7, 'x(0)=2'")
-      ->allow_extra_args(false)
-      ->type_name("NAME=EXPR")
-      ->group(group);
+  AddList("--set", "NAME=EXPR", texts.settings,
+          "change a parameter or a start value: mu=7, 'x(0)=2'");
+  AddList("--sweep", "NAME=VALUES", texts.sweeps,
+          "a run for each value: mu=1,2,5 or mu=FIRST:LAST:STEP");
+  AddList("--sweep-file", "CSV", texts.sweepFiles,
+          "a run for each line of a file; names in the first");
+  AddValue("--jobs", "N", texts.jobs, "threads of a sweep (all cores)");
   AddSwitch("--explain", texts.explain, "tell how the equations are understood; no run");
 }
 
@@ -180,8 +195,6 @@ void Parser::AddFutureOptions()
 {
   group.clear();  // which the help does not show
   for (const char* name : kFutureOptions) AddValue(name, "VALUE", texts.future, "");
-  // One run occupies one thread: there is nothing to spread yet.
-  AddValue("--jobs", "N", texts.jobs, "");
 }
 
 std::variant<CommandLine, Information> Parser::Parse(const std::vector<std::string>& arguments)
@@ -204,7 +217,10 @@ std::variant<CommandLine, Information> Parser::Parse(const std::vector<std::stri
   commandLine.settings = texts.settings;
   commandLine.format = OutputFormat();
   if (IsGiven("--output")) commandLine.output = texts.output;
-  if (IsGiven("--jobs")) WholeNumber("--jobs", texts.jobs, 1, kNoLimit);
+  commandLine.sweeps = texts.sweeps;
+  commandLine.sweepFiles = texts.sweepFiles;
+  if (IsGiven("--jobs"))
+    commandLine.jobs = static_cast<int>(WholeNumber("--jobs", texts.jobs, 1, kMostJobs));
   commandLine.explain = texts.explain;
   commandLine.hold = texts.hold;
   commandLine.progress = texts.progress;

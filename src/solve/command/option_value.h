@@ -20,4 +20,8 @@ double Seconds(const std::string& option, const std::string& value);
 /// a part is empty.
 std::vector<std::string> SplitAtCommas(const std::string& option, std::string_view value);
 
+/// The parts of a value between the separators that stand outside of parentheses and brackets,
+/// without the blanks around them; parts may be empty.
+std::vector<std::string> SplitOutside(std::string_view value, char separator);
+
 }  // namespace varno::solve

@@ -1,55 +1,23 @@
 #include "solve/command/run.h"
 
 #include <csignal>
-#include <filesystem>
 #include <new>
 #include <string>
-#include <system_error>
 
 #include "solve/command/exit_status.h"
 #include "solve/command/input_file.h"
 #include "solve/command/interruption.h"
 #include "solve/command/output_file.h"
+#include "solve/command/problem_files.h"
 #include "solve/command/progress_line.h"
 #include "solve/command/row_output.h"
 #include "solve/command/summary_text.h"
+#include "solve/command/sweep_command.h"
 #include "solve/command/usage_error.h"
 
 namespace varno::solve {
 
 namespace {
-
-bool IsInterrupted()
-{
-  return Interruption::Signal() != 0;
-}
-
-Problem ReadProblem(const CommandLine& commandLine)
-{
-  InputFile input = ReadInputFile(commandLine.file);
-  Problem problem = Problem::Parse(std::move(input.text), std::move(input.name));
-  for (const std::string& setting : commandLine.settings) problem.Set(setting);
-  return problem;
-}
-
-/// Rows into the file of the equations would destroy them.
-void RefuseOutputIntoInput(const std::string& output, const std::string& input)
-{
-  namespace fs = std::filesystem;
-  std::error_code ignored;
-  if (fs::is_regular_file(output, ignored) && fs::equivalent(output, input, ignored)) {
-    throw UsageError("--output '" + output + "' is the file of the equations");
-  }
-}
-
-OutputFile OpenOutput(const CommandLine& commandLine)
-{
-  if (!commandLine.output || *commandLine.output == "-") {
-    return OutputFile::StandardOutput(IsInterrupted);
-  }
-  RefuseOutputIntoInput(*commandLine.output, commandLine.file);
-  return OutputFile::Open(*commandLine.output, IsInterrupted);
-}
 
 /// Prints row after row until the last one, or until something ends the run.
 int PrintRows(Solution& solution, RowOutput& output, ProgressLine& progressLine,
@@ -85,6 +53,9 @@ int Solve(const CommandLine& commandLine, const Console& console)
 {
   const Problem problem = ReadProblem(commandLine);
   if (!commandLine.quiet) console.Print(problem.Notes());
+
+  if (commandLine.IsSweep() && !commandLine.explain)
+    return SolveSweep(commandLine, problem, console);
 
   const bool wantsProgress =
       commandLine.progress || (console.errorsAreTerminal && !commandLine.quiet);

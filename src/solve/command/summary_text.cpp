@@ -29,4 +29,15 @@ std::string SummaryText(const Summary& summary)
   return text + "\n" + SecondsText(summary.seconds) + " seconds\n";
 }
 
+std::string SummaryText(const SweepResult& result, std::int64_t runs, const Options& options,
+                        double seconds)
+{
+  std::string text = Counted(runs, "run");
+  if (result.done < runs) text = fmt::format("{} of {}", result.done, text);
+  text += fmt::format(", {} failed\n", result.failed);
+  text += Counted(options.digits, "digit");
+  text += options.check ? ", each run verified by a second one" : ", not verified: one run each";
+  return text + "\n" + SecondsText(seconds) + " seconds\n";
+}
+
 }  // namespace varno::solve

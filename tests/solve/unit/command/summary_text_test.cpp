@@ -34,4 +34,16 @@ TEST(SummaryText, SaysHowDigitsWereVerified)
             "86400 seconds\n");
 }
 
+TEST(SummaryText, OfASweep)
+{
+  EXPECT_EQ(SummaryText({.done = 3, .failed = 1, .wrong = 0}, 3, {.digits = 9}, 1.25),
+            "3 runs, 1 failed\n"
+            "9 digits, each run verified by a second one\n"
+            "1.25 seconds\n");
+  EXPECT_EQ(SummaryText({.done = 1, .failed = 0, .wrong = 0}, 5, {.check = false}, 1),
+            "1 of 5 runs, 0 failed\n"
+            "15 digits, not verified: one run each\n"
+            "1 seconds\n");
+}
+
 }  // namespace varno::solve
