@@ -35,7 +35,7 @@ std::string SuffixOf(const std::string& file)
 std::string TerminalCommand(const PlotRequest& request)
 {
   if (request.file == "-") {
-    return fmt::format("set terminal dumb nofeed noenhanced size {},{}\n", request.terminalWidth,
+    return fmt::format("set terminal dumb noenhanced size {},{}\n", request.terminalWidth,
                        request.terminalHeight);
   }
   const std::string suffix = SuffixOf(request.file);

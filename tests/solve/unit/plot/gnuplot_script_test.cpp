@@ -111,7 +111,7 @@ TEST(GnuplotScript, Kinds)
   PlotRequest request = Request();
   request.file = "-";
   EXPECT_TRUE(
-      GnuplotScript(request, data).starts_with("set terminal dumb nofeed noenhanced size 79,24\n$run1"));
+      GnuplotScript(request, data).starts_with("set terminal dumb noenhanced size 79,24\n$run1"));
   request.file = "it's.svg";
   EXPECT_TRUE(GnuplotScript(request, data)
                   .starts_with("set terminal svg noenhanced size 960,600 dynamic\n"
