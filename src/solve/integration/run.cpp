@@ -42,10 +42,11 @@ Moment ToMoment(const StepLength& length)
 }  // namespace
 
 Run::Run(const Tape& tape, const RunSettings& settings, const Moment& start,
-         std::vector<Real> initial, const Moment& reach)
+         std::vector<Real> initial, const Moment& reach, Poll poll)
     : tape(tape),
       settings(settings),
       control(tape, settings),
+      poll(std::move(poll)),
       bits(settings.bits),
       start(start),
       begin(start),
@@ -71,7 +72,7 @@ void Run::RequireBits(mpfr_prec_t wanted)
 {
   if (series != nullptr && wanted <= bits) return;
   bits = std::max(bits, wanted);
-  series = MakeSeries(tape, bits, settings.order, settings.disturbed);
+  series = MakeSeries(tape, bits, settings.order, settings.disturbed, poll);
   for (Real& state : states) {
     Real wider(bits);
     mpfr_set(wider, state, MPFR_RNDN);

@@ -27,9 +27,9 @@ class Run {
  public:
   /// Begins at `start` with these states. The tape must outlive the run. `reach` is how far the
   /// run will be asked to go at most; it bounds a step that nothing else bounds. Throws
-  /// DomainError where a constant has no value.
+  /// DomainError where a constant has no value. `poll` is called within each step.
   Run(const Tape& tape, const RunSettings& settings, const Moment& start, std::vector<Real> states,
-      const Moment& reach);
+      const Moment& reach, Poll poll = {});
 
   /// Makes one step. Throws DomainError or Singularity; End() and the states there stay then.
   void Step();
@@ -64,6 +64,7 @@ class Run {
   const Tape& tape;
   RunSettings settings;
   StepControl control;
+  Poll poll;
   mpfr_prec_t bits;
   std::unique_ptr<Series> series;
   Moment start, begin, end, reach;

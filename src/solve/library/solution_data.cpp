@@ -60,9 +60,10 @@ Solution::Implementation::Implementation(const Problem::Implementation& problem,
       ends(sources, tape.graph, options.digits)
 {
   ChooseColumns();
-  rows.emplace(model, tape, interval, schedule,
-               RowsWanted{columns, options.digits, options.check, options.maxBits},
-               [this](const Run& run) { Watch(run); });
+  rows.emplace(
+      model, tape, interval, schedule,
+      RowsWanted{columns, options.digits, options.check, options.maxBits},
+      [this](const Run& run) { Watch(run); }, [this] { EndWhereAsked(); });
 }
 
 void Solution::Implementation::ChooseColumns()
@@ -119,17 +120,28 @@ double Solution::Implementation::SecondsSinceBegin() const
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 }
 
+/// How far the best run of the present attempt is.
+Moment Solution::Implementation::Reached() const
+{
+  const Path* const path = rows->Integration();
+  return path == nullptr ? interval.start : path->Best().End();
+}
+
+/// Within steps: interruption, and the limit of time.
+void Solution::Implementation::EndWhereAsked() const
+{
+  if (options.interrupted && options.interrupted()) throw ends.Interrupted(Reached());
+  if (options.maxSeconds && SecondsSinceBegin() >= *options.maxSeconds)
+    throw ends.AtLimit(fmt::format("--max-seconds {}", *options.maxSeconds), Reached());
+}
+
 /// After each step: limits, interruption, progress.
 void Solution::Implementation::Watch(const Run& run) const
 {
   const std::int64_t steps = run.Steps();
-  if (options.interrupted && options.interrupted()) throw ends.Interrupted(run.End());
+  EndWhereAsked();
   if (options.maxSteps && steps >= *options.maxSteps) {
     throw ends.AtLimit(fmt::format("--max-steps {}", *options.maxSteps), run.End());
-  }
-  const double seconds = SecondsSinceBegin();
-  if (options.maxSeconds && seconds >= *options.maxSeconds) {
-    throw ends.AtLimit(fmt::format("--max-seconds {}", *options.maxSeconds), run.End());
   }
   if (run.Bits() > options.maxBits)
     throw ends.AtLimit(fmt::format("--max-bits {}", options.maxBits), run.End());
@@ -140,7 +152,7 @@ void Solution::Implementation::Watch(const Run& run) const
                     .fraction = way == 0 ? 1 : std::clamp(done / way, 0.0, 1.0),
                     .steps = steps,
                     .step = std::abs((run.End() - run.Begin()).ToDouble()),
-                    .seconds = seconds});
+                    .seconds = SecondsSinceBegin()});
 }
 
 std::optional<Row> Solution::Implementation::Next()
@@ -152,8 +164,7 @@ std::optional<Row> Solution::Implementation::Next()
     if (!row) return std::nullopt;
     return MakeRow(*row);
   } catch (const DomainError& error) {
-    throw ends.Of(
-        error, rows->Integration() != nullptr ? rows->Integration()->Best().End() : interval.start);
+    throw ends.Of(error, Reached());
   } catch (const Singularity& singularity) {
     throw ends.Of(singularity);
   } catch (const PrecisionExhausted& exhausted) {

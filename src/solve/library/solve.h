@@ -120,7 +120,7 @@ struct Options {
   std::optional<std::int64_t> maxSteps;
   std::optional<double> maxSeconds;
   long maxBits = 1L << 20;                        ///< the highest precision to try
-  std::function<bool()> interrupted;              ///< asked after each step: true ends the run
+  std::function<bool()> interrupted;              ///< asked many times a second: true ends the run
   std::function<void(const Progress&)> progress;  ///< called after each step
 };
 

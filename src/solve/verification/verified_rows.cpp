@@ -27,13 +27,14 @@ constexpr mpfr_prec_t kRememberedGuardBits = 16;
 }  // namespace
 
 VerifiedRows::VerifiedRows(const Model& model, const Tape& tape, const Interval& interval,
-                           RowSchedule schedule, RowsWanted wanted, StepWatch watch)
+                           RowSchedule schedule, RowsWanted wanted, StepWatch watch, Poll poll)
     : model(model),
       tape(tape),
       interval(interval),
       fullSchedule(std::move(schedule)),
       wanted(std::move(wanted)),
       watch(std::move(watch)),
+      poll(std::move(poll)),
       spareDecimals(kFirstSpareDecimals)
 {}
 
@@ -71,6 +72,7 @@ void VerifiedRows::Begin()
                         .settings = Settings(),
                         .startStates = {},
                         .watch = watch,
+                        .poll = poll,
                         .compare = [this](const Moment& time, const Run& a, const Run& b) {
                           CompareStates(time, a, b);
                         }};

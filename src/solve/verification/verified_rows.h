@@ -53,9 +53,10 @@ struct WrongRow {
 /// of the way is believed when a second attempt, which comes much nearer, ends in the same place.
 class VerifiedRows {
  public:
-  /// The model's parameters are bound; model and tape must outlive this.
+  /// The model's parameters are bound; model and tape must outlive this. `watch` is called after
+  /// each step of each run, `poll` within them; both may throw to end it all.
   VerifiedRows(const Model& model, const Tape& tape, const Interval& interval, RowSchedule schedule,
-               RowsWanted wanted, StepWatch watch);
+               RowsWanted wanted, StepWatch watch, Poll poll);
 
   /// The next row, none after the last. Throws what Path throws but Disagreement,
   /// PrecisionExhausted and WrongRow.
@@ -107,6 +108,7 @@ class VerifiedRows {
   RowSchedule fullSchedule;  // as given; each attempt goes through a copy
   RowsWanted wanted;
   StepWatch watch;
+  Poll poll;
 
   std::unique_ptr<Attempt> attempt;
   std::optional<RowSchedule> schedule;
