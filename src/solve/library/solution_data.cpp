@@ -168,8 +168,8 @@ std::optional<Row> Solution::Implementation::Next()
   } catch (const Singularity& singularity) {
     throw ends.Of(singularity);
   } catch (const PrecisionExhausted& exhausted) {
-    throw ends.AtLimit(fmt::format("{} digits need more than --max-bits {}; limit", options.digits,
-                                   options.maxBits),
+    throw ends.AtLimit(fmt::format("{} digits need more than --max-bits {}: this limit was",
+                                   options.digits, options.maxBits),
                        exhausted.time);
   } catch (const WrongRow& wrong) {
     throw WrongRowEnd(wrong.time);
@@ -205,13 +205,13 @@ Summary Solution::Implementation::Summarise() const
 {
   Summary summary;
   summary.digits = options.digits;
+  summary.rows = rows->RowsGiven();
   summary.verified = options.check;
-  const Path* const path = rows->Integration();
-  if (path == nullptr) return summary;
-  summary.steps = path->Steps();
-  summary.order = path->Best().Order();
-  summary.bits = path->Best().Bits();
-  summary.seconds = SecondsSinceBegin();
+  const RunStatistics best = rows->BestRun();
+  summary.steps = best.steps;
+  summary.order = best.order;
+  summary.bits = best.bits;
+  if (begin != std::chrono::steady_clock::time_point()) summary.seconds = SecondsSinceBegin();
   if (rows->Restarts() > 0) {
     summary.remark = fmt::format(
         "the problem cost up to {:.0f} digits: computed with {:.0f} more than asked for, restarts: "

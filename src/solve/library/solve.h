@@ -155,7 +155,8 @@ struct Summary {
   int order = 0;          ///< of the latest step
   long bits = 0;          ///< of the arithmetic
   int digits = 0;         ///< asked for
-  bool verified = false;  ///< by a second run
+  std::int64_t rows = 0;  ///< given so far
+  bool verified = false;  ///< whether a second run verified each of them
   double seconds = 0;     ///< wall time
   std::string remark;     ///< a further sentence; usually empty
 };

@@ -197,8 +197,16 @@ void VerifiedRows::BeginAgain(double spare, const Moment& time)
 {
   spareDecimals = spare;
   ++restarts;
+  givenUp = BestRun();
   attempt.reset();
   if (Settings().back().bits > wanted.maxBits) throw PrecisionExhausted{time};
+}
+
+RunStatistics VerifiedRows::BestRun() const
+{
+  if (attempt == nullptr) return givenUp;
+  const Path& path = attempt->Integration();
+  return {path.Steps(), path.Best().Order(), path.Best().Bits()};
 }
 
 VerifiedRows::GivenRow VerifiedRows::Remembered(const VerifiedRow& row) const

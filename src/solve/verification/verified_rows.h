@@ -34,6 +34,13 @@ struct VerifiedRow {
   std::vector<RowNumber> numbers;
 };
 
+/// What the best run of an attempt did.
+struct RunStatistics {
+  std::int64_t steps = 0;
+  int order = 0;
+  mpfr_prec_t bits = 0;
+};
+
 /// The digits asked for cannot be had within the highest precision.
 struct PrecisionExhausted {
   Moment time;
@@ -64,6 +71,9 @@ class VerifiedRows {
 
   /// The run behind the latest row; null before the first.
   const Path* Integration() const { return attempt ? &attempt->Integration() : nullptr; }
+  /// Of the present attempt, or of the one that was given up last.
+  RunStatistics BestRun() const;
+  std::int64_t RowsGiven() const { return static_cast<std::int64_t>(given.size()); }
   /// The settings of the runs, the most exact last.
   std::vector<RunSettings> Settings() const;
   /// How often the runs began again.
@@ -112,6 +122,7 @@ class VerifiedRows {
 
   std::unique_ptr<Attempt> attempt;
   std::optional<RowSchedule> schedule;
+  RunStatistics givenUp;
   double spareDecimals;
   int restarts = 0;
   std::optional<EndSeen> endSeen;

@@ -25,6 +25,7 @@ TEST(SummaryText, SaysHowDigitsWereVerified)
   summary.order = 12;
   summary.bits = 64;
   summary.digits = 1;
+  summary.rows = 2;
   summary.verified = true;
   summary.remark = "the row t = 2 stands on a jump";
   summary.seconds = 86400;
@@ -32,6 +33,21 @@ TEST(SummaryText, SaysHowDigitsWereVerified)
             "1 step, order 12, 64 bits\n"
             "1 digit, verified by a second run; the row t = 2 stands on a jump\n"
             "86400 seconds\n");
+}
+
+TEST(SummaryText, ClaimsNothingOfRowsThatAreNotThere)
+{
+  Summary summary;
+  summary.steps = 3;
+  summary.order = 23;
+  summary.bits = 107;
+  summary.digits = 15;
+  summary.verified = true;
+  summary.seconds = 2;
+  EXPECT_EQ(SummaryText(summary),
+            "3 steps, order 23, 107 bits\n"
+            "15 digits: no row could be verified\n"
+            "2 seconds\n");
 }
 
 }  // namespace varno::solve
