@@ -213,10 +213,10 @@ Summary Solution::Implementation::Summarise() const
   summary.bits = best.bits;
   if (begin != std::chrono::steady_clock::time_point()) summary.seconds = SecondsSinceBegin();
   if (rows->Restarts() > 0) {
-    summary.remark = fmt::format(
-        "the problem cost up to {:.0f} digits: computed with {:.0f} more than asked for, restarts: "
-        "{}",
-        rows->SpareDecimals(), rows->SpareDecimals(), rows->Restarts());
+    const double lost = rows->DecimalsLost();
+    if (lost >= 1) summary.remark = fmt::format("the problem cost {:.0f} digits, ", lost);
+    summary.remark += fmt::format("computed with {:.0f} more than asked for, restarts: {}",
+                                  rows->SpareDecimals(), rows->Restarts());
   }
   return summary;
 }

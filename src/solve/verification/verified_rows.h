@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -11,6 +12,7 @@
 #include "solve/tape/tape.h"
 #include "solve/verification/agreement.h"
 #include "solve/verification/attempt.h"
+#include "solve/verification/loss.h"
 #include "solve/verification/row_schedule.h"
 
 namespace varno::solve {
@@ -55,8 +57,9 @@ struct WrongRow {
 ///
 /// The problem is integrated by two runs of different tolerance, order and precision. A row counts
 /// when both agree to a quarter of its last unit. Where they do not, or contradict each other on
-/// the way, the loss of digits so far is extrapolated to the end of the interval and both runs
-/// begin again, with at least twice the spare digits; rows already given are compared again. An end
+/// the way, the loss of digits so far is extrapolated to the end of the interval (Loss) and both
+/// runs begin again, with at least twice the spare digits; rows already given are compared again.
+/// They begin again before they disagree where the extrapolation leaves no doubt. An end
 /// of the way is believed when a second attempt, which comes much nearer, ends in the same place.
 class VerifiedRows {
  public:
@@ -78,6 +81,8 @@ class VerifiedRows {
   std::vector<RunSettings> Settings() const;
   /// How often the runs began again.
   int Restarts() const { return restarts; }
+  /// How many decimals the difference of the runs has grown by in the present attempt.
+  double DecimalsLost() const { return std::max(lostBackwards, loss.SoFar()); }
   /// The decimals that the runs compute with beyond those asked for.
   double SpareDecimals() const { return spareDecimals; }
 
@@ -103,7 +108,11 @@ class VerifiedRows {
   std::vector<Real> StartStates(const RunSettings& runSettings) const;
   std::optional<VerifiedRow> TryRow();
   VerifiedRow Judge(const Moment& time, const std::vector<std::vector<SizedNumber>>& runs) const;
-  void CompareStates(const Moment& time, const Run& a, const Run& b) const;
+  void CompareStates(const Moment& time, const Run& a, const Run& b);
+  void AddLoss(const Moment& time, double commonDecimals);
+  double Distance(const Moment& time) const;
+  double WholeDistance() const;
+  bool IsDoomed(double distance, double commonDecimals) const;
   void Escalate(const Failure& failure);
   bool IsConfirmedEnd(const Moment& time);
   void BeginAgain(double spare, const Moment& time);
@@ -122,6 +131,9 @@ class VerifiedRows {
 
   std::unique_ptr<Attempt> attempt;
   std::optional<RowSchedule> schedule;
+  Loss loss;                 // of the present attempt, in its latest direction
+  double lostBackwards = 0;  // in the direction before
+  double latestDistance = 0;
   RunStatistics givenUp;
   double spareDecimals;
   int restarts = 0;
