@@ -143,8 +143,6 @@ void Solution::Implementation::Watch(const Run& run) const
   if (options.maxSteps && steps >= *options.maxSteps) {
     throw ends.AtLimit(fmt::format("--max-steps {}", *options.maxSteps), run.End());
   }
-  if (run.Bits() > options.maxBits)
-    throw ends.AtLimit(fmt::format("--max-bits {}", options.maxBits), run.End());
   if (!options.progress) return;
   const double way = (interval.to - interval.from).ToDouble(),
                done = (run.End() - interval.from).ToDouble();

@@ -49,6 +49,7 @@ std::vector<RunSettings> VerifiedRows::Settings() const
   std::vector<RunSettings> settings{SettingsFor(decimals, PlaceDecimals())};
   if (wanted.check) settings.push_back(SettingsFor(decimals + kSecondRunDecimals, PlaceDecimals()));
   settings.front().disturbed = wanted.check;
+  for (RunSettings& run : settings) run.mostBits = wanted.maxBits;
   return settings;
 }
 
@@ -193,7 +194,8 @@ void VerifiedRows::AddLoss(const Moment& time, double commonDecimals)
     loss = Loss();
   }
   latestDistance = distance;
-  loss.Add(distance, -commonDecimals);
+  // What agrees beyond the tolerance of the first run does so by chance.
+  loss.Add(distance, -std::min(commonDecimals, wanted.digits + spareDecimals));
   if (IsDoomed(distance, commonDecimals)) throw Failure{time, commonDecimals, false};
 }
 

@@ -43,11 +43,6 @@ struct RunStatistics {
   mpfr_prec_t bits = 0;
 };
 
-/// The digits asked for cannot be had within the highest precision.
-struct PrecisionExhausted {
-  Moment time;
-};
-
 /// A row that was given turned out to be wrong by a more exact attempt.
 struct WrongRow {
   Moment time;
