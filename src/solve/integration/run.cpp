@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "solve/evaluation/disturbance.h"
-#include "solve/evaluation/domain_error.h"
 #include "solve/evaluation/size.h"
+#include "solve/integration/resolution.h"
 
 namespace varno::solve {
 
@@ -19,8 +19,8 @@ double Log2Moment(const Moment& moment)
   return Log2Size(value);
 }
 
-/// When time needs more precision, some more is taken at once, so that this is rare.
-constexpr mpfr_prec_t kSpareTimeBits = 64;
+/// When a step needs more precision, some more is taken at once, so that this is rare.
+constexpr double kSpareBits = 64;
 
 bool HasTimeLine(const Tape& tape)
 {
@@ -42,10 +42,11 @@ Moment ToMoment(const StepLength& length)
 }  // namespace
 
 Run::Run(const Tape& tape, const RunSettings& settings, const Moment& start,
-         std::vector<Real> initial, const Moment& reach)
+         std::vector<Real> initial, const Moment& reach, Poll poll)
     : tape(tape),
       settings(settings),
       control(tape, settings),
+      poll(std::move(poll)),
       bits(settings.bits),
       start(start),
       begin(start),
@@ -55,27 +56,54 @@ Run::Run(const Tape& tape, const RunSettings& settings, const Moment& start,
       usesTime(HasTimeLine(tape)),
       states(std::move(initial))
 {
-  RequireBits(settings.bits + (usesTime ? BitsForTime(Log2Moment(reach - start)) : 0));
+  const double forTime = usesTime ? BitsForTime(Log2Moment(reach - start)) : 0;
+  RequireBits(static_cast<double>(settings.bits) + forTime);
+  for (const Real& state : states) stateSizes.push_back(Log2Size(state));
 }
 
 /// How many bits the time takes more than a step of this length.
-mpfr_prec_t Run::BitsForTime(double lengthLog2) const
+double Run::BitsForTime(double lengthLog2) const
 {
   const double time = std::max(Log2Moment(end), Log2Moment(reach));
   if (!std::isfinite(time) || !std::isfinite(lengthLog2)) return 0;
-  return static_cast<mpfr_prec_t>(std::ceil(std::max(0.0, time - lengthLog2)));
+  return std::ceil(std::max(0.0, time - lengthLog2));
 }
 
 /// Computes with at least this precision from now on.
-void Run::RequireBits(mpfr_prec_t wanted)
+void Run::RequireBits(double wanted)
 {
-  if (series != nullptr && wanted <= bits) return;
-  bits = std::max(bits, wanted);
-  series = MakeSeries(tape, bits, settings.order, settings.disturbed);
+  if (series != nullptr && wanted <= static_cast<double>(bits)) return;
+  if (wanted > static_cast<double>(settings.mostBits)) throw PrecisionExhausted{end};
+  bits = std::max(bits, static_cast<mpfr_prec_t>(std::ceil(wanted)));
+  series = MakeSeries(tape, bits, settings.order, settings.disturbed, poll);
   for (Real& state : states) {
     Real wider(bits);
     mpfr_set(wider, state, MPFR_RNDN);
     state = std::move(wider);
+  }
+}
+
+/// The precision that a step of this length needs.
+double Run::NeededBits(const StepBound& bound) const
+{
+  if (std::isinf(bound.log2) && bound.log2 < 0) return 0;
+  const double forTime =
+      usesTime ? static_cast<double>(settings.bits) + BitsForTime(bound.log2) : 0;
+  const StepStart start{states, stateSizes, control.Sizes(), ChooseLength(bound).Log2()};
+  return std::max(forTime, BitsForDerivatives(tape, *series, start, settings, bits));
+}
+
+/// The series about `end` with enough bits, and what it allows.
+StepBound Run::PrepareStep()
+{
+  for (;;) {
+    const StepBound bound = PrepareSeries();
+    const double needed = NeededBits(bound);
+    if (needed <= static_cast<double>(bits)) {
+      RequireProgress(bound);
+      return bound;
+    }
+    RequireBits(needed + kSpareBits);
   }
 }
 
@@ -132,16 +160,7 @@ std::vector<Real> Run::SumStates(mpfr_srcptr offset) const
 
 void Run::Step()
 {
-  StepBound bound = PrepareSeries();
-  if (usesTime) {
-    const mpfr_prec_t needed = settings.bits + BitsForTime(bound.log2);
-    if (needed > bits) {
-      RequireBits(needed + kSpareTimeBits);
-      bound = PrepareSeries();
-    }
-  }
-  RequireProgress(bound);
-  const StepLength length = ChooseLength(bound);
+  const StepLength length = ChooseLength(PrepareStep());
 
   Real offset(64);
   length.InUnits(scaleExponent, offset);
@@ -152,6 +171,7 @@ void Run::Step()
   nextScaleExponent = static_cast<long>(std::floor(length.Log2()));
   stepLog2 = length.Log2();
   order = series->Order();
+  stateSizes = SizesOverStep();
   ++steps;
 }
 
@@ -169,13 +189,9 @@ std::vector<Real> Run::StatesAt(const Moment& time) const
   return time == end ? states : SumStates(Offset(time));
 }
 
-std::vector<double> Run::StateSizes() const
+std::vector<double> Run::SizesOverStep() const
 {
   std::vector<double> sizes;
-  if (steps == 0) {
-    for (const Real& state : states) sizes.push_back(Log2Size(state));
-    return sizes;
-  }
   const double offset = stepLog2 - static_cast<double>(scaleExponent);
   for (LineId state = 0; state < states.size(); ++state) {
     double size = control.Sizes()[tape.rightHandSides[state]] + stepLog2;

@@ -19,6 +19,11 @@ struct Singularity {
   NodeId node;  ///< the expression that made the steps short, in the tape's graph
 };
 
+/// A run needs a higher precision than it may take.
+struct PrecisionExhausted {
+  Moment time;
+};
+
 /// One integration of a tape from one point in one direction, step by step.
 ///
 /// A run knows nothing of rows: it goes its own steps, and the series of the latest step gives the
@@ -27,11 +32,12 @@ class Run {
  public:
   /// Begins at `start` with these states. The tape must outlive the run. `reach` is how far the
   /// run will be asked to go at most; it bounds a step that nothing else bounds. Throws
-  /// DomainError where a constant has no value.
+  /// DomainError where a constant has no value. `poll` is called within each step.
   Run(const Tape& tape, const RunSettings& settings, const Moment& start, std::vector<Real> states,
-      const Moment& reach);
+      const Moment& reach, Poll poll = {});
 
-  /// Makes one step. Throws DomainError or Singularity; End() and the states there stay then.
+  /// Makes one step. Throws DomainError, Singularity or PrecisionExhausted; End() and the states
+  /// there stay then.
   void Step();
 
   /// The latest step is from Begin() to End(), both at the start before the first one.
@@ -45,16 +51,19 @@ class Run {
   /// log2 of the sizes of the states over the latest step: the largest terms of their sums, and
   /// what the size of the derivative makes of the step. What is far below it may be the rest of a
   /// cancellation.
-  std::vector<double> StateSizes() const;
+  const std::vector<double>& StateSizes() const { return stateSizes; }
 
   std::int64_t Steps() const { return steps; }
   int Order() const { return order; }
   mpfr_prec_t Bits() const { return bits; }
 
  private:
+  StepBound PrepareStep();
   StepBound PrepareSeries();
-  void RequireBits(mpfr_prec_t wanted);
-  mpfr_prec_t BitsForTime(double lengthLog2) const;
+  void RequireBits(double wanted);
+  double NeededBits(const StepBound& bound) const;
+  double BitsForTime(double lengthLog2) const;
+  std::vector<double> SizesOverStep() const;
   StepLength ChooseLength(const StepBound& bound) const;
   void RequireProgress(const StepBound& bound) const;
   Real Offset(const Moment& time) const;
@@ -64,13 +73,15 @@ class Run {
   const Tape& tape;
   RunSettings settings;
   StepControl control;
+  Poll poll;
   mpfr_prec_t bits;
   std::unique_ptr<Series> series;
   Moment start, begin, end, reach;
   bool backwards;
   bool usesTime;
-  std::vector<Real> states;  // at `end`
-  long scaleExponent = 0;    // of the series in use
+  std::vector<Real> states;        // at `end`
+  std::vector<double> stateSizes;  // over the latest step
+  long scaleExponent = 0;          // of the series in use
   long nextScaleExponent = 0;
   double stepLog2 = 0;  // of the length of the latest step
   std::int64_t steps = 0;

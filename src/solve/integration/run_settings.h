@@ -6,11 +6,12 @@ namespace varno::solve {
 
 /// How exactly one run computes.
 struct RunSettings {
-  double toleranceBits;  ///< -log2 of the relative error that a step may make in a line
-  int order;             ///< of the series, usually
-  mpfr_prec_t bits;      ///< of the arithmetic
-  bool disturbed;        ///< whether it moves what it rounds, so that unstable solutions show
-  double placeBits;      ///< a step shorter than 2^-placeBits of the way is the end of the way
+  double toleranceBits;      ///< -log2 of the relative error that a step may make in a line
+  int order;                 ///< of the series, usually
+  mpfr_prec_t bits;          ///< of the arithmetic
+  bool disturbed;            ///< whether it moves what it rounds, so that unstable solutions show
+  double placeBits;          ///< a step shorter than 2^-placeBits of the way is the end of the way
+  long mostBits = 1L << 20;  ///< what the arithmetic may take where a step needs more
 };
 
 /// The settings of a run with a relative error of about 10^-decimals in each step, which follows

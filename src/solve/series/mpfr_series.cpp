@@ -1,5 +1,7 @@
 #include "solve/series/mpfr_series.h"
 
+#include <utility>
+
 #include "solve/evaluation/disturbance.h"
 #include "solve/evaluation/domain_error.h"
 #include "solve/evaluation/elementary.h"
@@ -38,7 +40,8 @@ std::vector<bool> NeedDerivatives(const Tape& tape)
 
 }  // namespace
 
-MpfrSeries::MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder, bool disturbed)
+MpfrSeries::MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder, bool disturbed,
+                       Poll poll)
     : tape(tape),
       bits(bits),
       terms(tape.lines.size(), usualOrder + 2, bits),
@@ -48,7 +51,8 @@ MpfrSeries::MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder, bool 
       zero(2),
       product(bits),
       sum(bits),
-      weighted(bits)
+      weighted(bits),
+      poll(std::move(poll))
 {
   AssignDerivatives();
   ComputeConstants(disturbed);
@@ -67,6 +71,7 @@ void MpfrSeries::AssignDerivatives()
 void MpfrSeries::ComputeConstants(bool disturbed)
 {
   for (const NodeId constant : tape.constants) {
+    if (poll) poll();
     constants.push_back(EvaluateConstant(tape.graph, constant, bits));
     if (disturbed && !IsExact(tape.graph, constant, bits)) {
       Disturb(constants.back(), DisturbanceKey(tape.graph, constant));
@@ -82,6 +87,13 @@ void MpfrSeries::ComputeConstants(bool disturbed)
 mpfr_srcptr MpfrSeries::Constant(ConstantId constant) const
 {
   return constant == kNone ? zero : constants[constant];
+}
+
+void MpfrSeries::CountProduct() const
+{
+  if (++products < kProductsPerPoll) return;
+  products = 0;
+  if (poll) poll();
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -275,6 +287,7 @@ void MpfrSeries::Convolve(mpfr_srcptr a, mpfr_srcptr b, int first, int last, int
     if (mpfr_zero_p(a + j) != 0 || mpfr_zero_p(b + (k - j)) != 0) continue;
     mpfr_mul(product, a + j, b + (k - j), kNearest);
     mpfr_add(result, result, product, kNearest);
+    CountProduct();
   }
 }
 
@@ -410,15 +423,16 @@ void MpfrSeries::Sum(LineId line, mpfr_srcptr offset, mpfr_ptr result) const
   Real value(bits);
   for (int k = order; k >= 0; --k) {
     mpfr_mul(value, value, offset, kNearest);
+    CountProduct();
     mpfr_add(value, value, a + k, kNearest);
   }
   mpfr_set(result, value, kNearest);
 }
 
 std::unique_ptr<Series> MakeSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder,
-                                   bool disturbed)
+                                   bool disturbed, Poll poll)
 {
-  return std::make_unique<MpfrSeries>(tape, bits, usualOrder, disturbed);
+  return std::make_unique<MpfrSeries>(tape, bits, usualOrder, disturbed, std::move(poll));
 }
 
 }  // namespace varno::solve

@@ -12,7 +12,7 @@ namespace varno::solve {
 /// The numbers in parentheses are those of docs/solve/recurrences.md.
 class MpfrSeries final : public Series {
  public:
-  MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder, bool disturbed);
+  MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder, bool disturbed, Poll poll);
 
   void Begin(mpfr_srcptr time, std::span<const Real> states, bool backwards,
              long scaleExponent) override;
@@ -27,6 +27,7 @@ class MpfrSeries final : public Series {
   void ComputeConstants(bool disturbed);
   void AssignDerivatives();
   mpfr_srcptr Constant(ConstantId constant) const;
+  void CountProduct() const;
 
   void StartLines(mpfr_srcptr time, std::span<const Real> states);
   void Start(const Line& line, mpfr_ptr s, mpfr_srcptr time, std::span<const Real> states);
@@ -65,6 +66,8 @@ class MpfrSeries final : public Series {
   Real scale;
   Real zero, product, sum, weighted;
   int order = -1;
+  Poll poll;
+  mutable int products = 0;  // since the latest poll
 };
 
 }  // namespace varno::solve

@@ -4,6 +4,7 @@
 #include <span>
 
 #include "solve/number/real.h"
+#include "solve/series/poll.h"
 #include "solve/tape/tape.h"
 
 namespace varno::solve {
@@ -40,8 +41,9 @@ class Series {
 
 /// A series for a tape, which must outlive it, with at least this precision. Throws DomainError
 /// where a constant of the tape has no value. `disturbed` moves constants that are rounded
-/// (evaluation/disturbance.h).
+/// (evaluation/disturbance.h). `poll`, if there is one, is called while terms are computed or
+/// summed; what it throws leaves the series to be begun again.
 std::unique_ptr<Series> MakeSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder,
-                                   bool disturbed = false);
+                                   bool disturbed = false, Poll poll = {});
 
 }  // namespace varno::solve
