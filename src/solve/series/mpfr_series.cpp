@@ -120,6 +120,7 @@ void MpfrSeries::StartLines(mpfr_srcptr time, std::span<const Real> states)
   for (LineId id = 0; id < tape.lines.size(); ++id) {
     const Line& line = tape.lines[id];
     mpfr_ptr s = Terms(id);
+    mpfr_clear_underflow();
     Start(line, s, time, states);
     Check(line, s);
   }
@@ -194,9 +195,12 @@ void MpfrSeries::StartFunction(const Line& line, mpfr_ptr s)
   throw DomainError{outcome, line.node, argument};
 }
 
+/// A number too small for the arithmetic would be 0, and with it all terms: a bell that rises later
+/// would never be seen.
 void MpfrSeries::Check(const Line& line, mpfr_srcptr s) const
 {
   if (mpfr_number_p(s) == 0) throw DomainError{Outcome::kOutOfRange, line.node, Real(bits)};
+  if (mpfr_underflow_p() != 0) throw DomainError{Outcome::kTooSmall, line.node, Real(bits)};
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -18,6 +18,8 @@ namespace {
 /// first.
 constexpr double kFirstSpareDecimals = 7;
 constexpr double kSecondRunDecimals = 3;
+/// Of the spare decimals, those that errors of steps and roundings may have eaten.
+constexpr double kNoiseDecimals = 4;
 /// What the extrapolated loss is multiplied with.
 constexpr double kLossMargin = 1.1;
 /// An attempt is given up before it fails only behind this part of the way, and if its last row
@@ -135,7 +137,10 @@ bool VerifiedRows::MayDeclareZero() const
 VerifiedRow VerifiedRows::Judge(const Moment& time,
                                 const std::vector<std::vector<SizedNumber>>& runs) const
 {
-  const AgreementRule rule{wanted.digits, MayDeclareZero()};
+  const AgreementRule rule{.digits = wanted.digits,
+                           .mayDeclareZero = MayDeclareZero(),
+                           .clearDecimals = wanted.check ? spareDecimals - kNoiseDecimals
+                                                         : std::numeric_limits<double>::infinity()};
   const std::vector<SizedNumber>&first = runs.front(), &best = runs.back();
   VerifiedRow row{time, {}};
   std::optional<Failure> failure;
