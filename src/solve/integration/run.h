@@ -2,8 +2,10 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
+#include "solve/integration/exemption.h"
 #include "solve/integration/run_settings.h"
 #include "solve/integration/step_control.h"
 #include "solve/integration/step_length.h"
@@ -53,6 +55,8 @@ class Run {
 
  private:
   StepBound PrepareSeries();
+  StepBound BeginSeries(mpfr_srcptr time, std::vector<bool> leftOut);
+  double LongestStepLog2() const;
   void RequireBits(mpfr_prec_t wanted);
   mpfr_prec_t BitsForTime(double lengthLog2) const;
   StepLength ChooseLength(const StepBound& bound) const;
@@ -60,12 +64,15 @@ class Run {
   Real Offset(const Moment& time) const;
   std::vector<Real> SumStates(mpfr_srcptr offset) const;
   void SumToEnd(mpfr_srcptr offset);
+  void ShiftByExemption();
 
   const Tape& tape;
   RunSettings settings;
   StepControl control;
   mpfr_prec_t bits;
   std::unique_ptr<Series> series;
+  std::optional<ExemptionRule> exemptionRule;
+  std::optional<Exemption> exemption;  // of the step at hand
   Moment start, begin, end, reach;
   bool backwards;
   bool usesTime;
