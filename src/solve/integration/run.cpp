@@ -76,6 +76,7 @@ void Run::RequireBits(double wanted)
   if (wanted > static_cast<double>(settings.mostBits)) throw PrecisionExhausted{end};
   bits = std::max(bits, static_cast<mpfr_prec_t>(std::ceil(wanted)));
   series = MakeSeries(tape, bits, settings.order, settings.disturbed, poll);
+  exemptionRule.emplace(tape, settings, bits);
   for (Real& state : states) {
     Real wider(bits);
     mpfr_set(wider, state, MPFR_RNDN);
@@ -107,25 +108,45 @@ StepBound Run::PrepareStep()
   }
 }
 
+/// The series about `end` without some lines, and what it allows.
+StepBound Run::BeginSeries(mpfr_srcptr time, std::vector<bool> leftOut)
+{
+  series->LeaveOut(leftOut);
+  series->Begin(time, states, backwards, scaleExponent);
+  StepBound bound = control.Choose(*series, leftOut);
+  bound.log2 += static_cast<double>(scaleExponent);
+  return bound;
+}
+
 /// The series about `end`, and what it allows.
 StepBound Run::PrepareSeries()
 {
   Real time(bits);
   end.Evaluate(time);
   scaleExponent = nextScaleExponent;
-  series->Begin(time, states, backwards, scaleExponent);
-  StepBound bound = control.Choose(*series);
-  bound.log2 += static_cast<double>(scaleExponent);
-  return bound;
+  const StepBound bound = BeginSeries(time, std::vector<bool>(tape.lines.size(), false));
+  exemption = exemptionRule->Find(*series, control,
+                                  {.time = time,
+                                   .states = states,
+                                   .backwards = backwards,
+                                   .scaleExponent = scaleExponent,
+                                   .longestLog2 = LongestStepLog2()});
+  if (!exemption) return bound;
+  const StepBound longer = BeginSeries(time, exemption->leftOut);
+  return {std::min(longer.log2, exemption->longestLog2), bound.line};
+}
+
+/// Where nothing bounds the step it may go well beyond the end, but not for ever: a power of 2, so
+/// that it does not depend on where exactly the rows end.
+double Run::LongestStepLog2() const
+{
+  const double remaining = Log2Moment(reach - end);
+  return std::isfinite(remaining) ? std::ceil(remaining) + 1 : 0;
 }
 
 StepLength Run::ChooseLength(const StepBound& bound) const
 {
-  // Where nothing bounds the step it may go well beyond the end, but not for ever: a power of 2, so
-  // that it does not depend on where exactly the rows end.
-  const double remaining = Log2Moment(reach - end);
-  const double longest = std::isfinite(remaining) ? std::ceil(remaining) + 1 : 0;
-  return StepLength::AtMost(std::min(bound.log2, longest));
+  return StepLength::AtMost(std::min(bound.log2, LongestStepLog2()));
 }
 
 /// Ends the run where the step is nothing beside the way behind it.
@@ -150,6 +171,21 @@ void Run::SumToEnd(mpfr_srcptr offset)
   states = std::move(sums);
 }
 
+/// What was exempt is an error, not 0: the disturbed run and the other one move by its bound to
+/// either side, so that they show what becomes of it.
+void Run::ShiftByExemption()
+{
+  for (std::size_t i = 0; i < states.size(); ++i) {
+    const Real& bound = exemption->deviation.states[i];
+    if (bound.IsZero()) continue;
+    if (settings.disturbed) {
+      mpfr_add(states[i], states[i], bound, MPFR_RNDU);
+    } else {
+      mpfr_sub(states[i], states[i], bound, MPFR_RNDD);
+    }
+  }
+}
+
 std::vector<Real> Run::SumStates(mpfr_srcptr offset) const
 {
   std::vector<Real> sums(states.size(), Real(bits));
@@ -165,6 +201,7 @@ void Run::Step()
   Real offset(64);
   length.InUnits(scaleExponent, offset);
   SumToEnd(offset);
+  if (exemption) ShiftByExemption();
   begin = end;
   const Moment advance = ToMoment(length);
   end = backwards ? end - advance : end + advance;

@@ -2,8 +2,10 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
+#include "solve/integration/exemption.h"
 #include "solve/integration/run_settings.h"
 #include "solve/integration/step_control.h"
 #include "solve/integration/step_length.h"
@@ -64,11 +66,14 @@ class Run {
   double NeededBits(const StepBound& bound) const;
   double BitsForTime(double lengthLog2) const;
   std::vector<double> SizesOverStep() const;
+  StepBound BeginSeries(mpfr_srcptr time, std::vector<bool> leftOut);
+  double LongestStepLog2() const;
   StepLength ChooseLength(const StepBound& bound) const;
   void RequireProgress(const StepBound& bound) const;
   Real Offset(const Moment& time) const;
   std::vector<Real> SumStates(mpfr_srcptr offset) const;
   void SumToEnd(mpfr_srcptr offset);
+  void ShiftByExemption();
 
   const Tape& tape;
   RunSettings settings;
@@ -76,6 +81,8 @@ class Run {
   Poll poll;
   mpfr_prec_t bits;
   std::unique_ptr<Series> series;
+  std::optional<ExemptionRule> exemptionRule;
+  std::optional<Exemption> exemption;  // of the step at hand
   Moment start, begin, end, reach;
   bool backwards;
   bool usesTime;

@@ -44,6 +44,7 @@ MpfrSeries::MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder, bool 
                        Poll poll)
     : tape(tape),
       bits(bits),
+      leftOut(tape.lines.size(), false),
       terms(tape.lines.size(), usualOrder + 2, bits),
       derivativeRows(tape.lines.size(), kNone),
       derivatives(0, usualOrder + 2, bits),
@@ -120,6 +121,10 @@ void MpfrSeries::StartLines(mpfr_srcptr time, std::span<const Real> states)
   for (LineId id = 0; id < tape.lines.size(); ++id) {
     const Line& line = tape.lines[id];
     mpfr_ptr s = Terms(id);
+    if (leftOut[id]) {
+      mpfr_set_zero(s, 1);
+      continue;
+    }
     mpfr_clear_underflow();
     Start(line, s, time, states);
     Check(line, s);
@@ -213,18 +218,11 @@ void MpfrSeries::ExtendTo(int wanted)
   for (int k = order + 1; k <= wanted; ++k) {
     AdvanceStates(k);
     for (LineId id = 0; id < tape.lines.size(); ++id) {
-      const Line& line = tape.lines[id];
       mpfr_ptr s = Terms(id);
-      switch (line.kind) {
-        case LineKind::kIntegralOfQuotient:
-          IntegralOfQuotient(line, id, s, k);
-          break;
-        case LineKind::kAngle:
-          Angle(line, id, s, k);
-          break;
-        default:
-          ComputeTerm(line, s, k);
-          break;
+      if (leftOut[id]) {
+        mpfr_set_zero(s + k, 1);
+      } else {
+        ComputeTerm(id, s, k);
       }
       if (derivativeRows[id] != kNone) mpfr_mul_si(DerivativeTerms(id) + k, s + k, k, kNearest);
     }
@@ -242,8 +240,9 @@ void MpfrSeries::AdvanceStates(int k)
   }
 }
 
-void MpfrSeries::ComputeTerm(const Line& line, mpfr_ptr s, int k)
+void MpfrSeries::ComputeTerm(LineId id, mpfr_ptr s, int k)
 {
+  const Line& line = tape.lines[id];
   switch (line.kind) {
     case LineKind::kConstant:
       mpfr_set_zero(s + k, 1);
@@ -279,8 +278,11 @@ void MpfrSeries::ComputeTerm(const Line& line, mpfr_ptr s, int k)
       IntegralOfProduct(line, s, k);
       return;
     case LineKind::kIntegralOfQuotient:
+      IntegralOfQuotient(line, id, s, k);
+      return;
     case LineKind::kAngle:
-      return;  // need their own number: ExtendTo
+      Angle(line, id, s, k);
+      return;
   }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <utility>
 #include <vector>
 
 #include "solve/series/series.h"
@@ -14,6 +15,7 @@ class MpfrSeries final : public Series {
  public:
   MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder, bool disturbed, Poll poll);
 
+  void LeaveOut(std::vector<bool> lines) override { leftOut = std::move(lines); }
   void Begin(mpfr_srcptr time, std::span<const Real> states, bool backwards,
              long scaleExponent) override;
   void ExtendTo(int order) override;
@@ -36,7 +38,7 @@ class MpfrSeries final : public Series {
   void StartFunction(const Line& line, mpfr_ptr s);
   void Check(const Line& line, mpfr_srcptr s) const;
 
-  void ComputeTerm(const Line& line, mpfr_ptr s, int k);
+  void ComputeTerm(LineId id, mpfr_ptr s, int k);
   void Combination(const Line& line, mpfr_ptr s, int k);
   void AddScaled(const Factor& factor, mpfr_ptr sum, int k);
   void Square(mpfr_srcptr a, mpfr_ptr s, int k);
@@ -58,6 +60,7 @@ class MpfrSeries final : public Series {
 
   const Tape& tape;
   mpfr_prec_t bits;
+  std::vector<bool> leftOut;  // by line
   TermStore terms;
   std::vector<std::uint32_t> derivativeRows;  // kNone where a line needs none
   TermStore derivatives;

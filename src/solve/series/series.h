@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <span>
+#include <vector>
 
 #include "solve/number/real.h"
 #include "solve/series/poll.h"
@@ -19,6 +20,9 @@ class Series {
  public:
   virtual ~Series() = default;
 
+  /// From the next Begin on, the lines marked count as 0 in all their terms and are not computed.
+  /// One entry for each line, none of them a state; at first no line is left out.
+  virtual void LeaveOut(std::vector<bool> lines) = 0;
   /// Forgets all terms and computes term 0 of every line. Throws DomainError where a line has no
   /// value or, at a root or power of 0, no Taylor series.
   virtual void Begin(mpfr_srcptr time, std::span<const Real> states, bool backwards,
