@@ -35,6 +35,8 @@ REST_DIGITS = 40
 
 
 LARGEST_EXPONENT = 100_000
+#: rounded times beyond this part of the interval say too little to judge by
+COARSEST_TIME = Fraction(1, 1000)
 #: of the many rows at the solver's own steps so many are looked at
 MOST_ROWS = 60
 
@@ -82,6 +84,8 @@ def check_row(system, references, row, time):
     if time is None:  # a rounded time of the solver's own, when it is that long
         time = Fraction(row[0])
         time_unit = printed_time.unit if printed_time.digits >= system.digits else 0
+        if time_unit > COARSEST_TIME*system.length:
+            return
     elif abs(printed_time.value - time) > (printed_time.unit if printed_time.value != time else 0):
         yield f"t = {row[0]} instead of {time}"
     for (name, reference), text in zip(references.items(), row[1:]):

@@ -8,7 +8,6 @@ namespace varno::solve {
 
 namespace {
 
-constexpr double kLeastDecimals = 12;
 /// More than any run can hold, and no more than an order can count: what asks for more is refused
 /// for its bits.
 constexpr double kMostDecimals = 1e9;

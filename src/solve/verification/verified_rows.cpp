@@ -47,7 +47,8 @@ VerifiedRows::VerifiedRows(const Model& model, const Tape& tape, const Interval&
 
 std::vector<RunSettings> VerifiedRows::Settings() const
 {
-  const double decimals = wanted.digits + spareDecimals;
+  // At least as many as a run takes in any case: with few digits both runs would be the same one.
+  const double decimals = std::max(wanted.digits + spareDecimals, kLeastDecimals);
   std::vector<RunSettings> settings{SettingsFor(decimals, PlaceDecimals())};
   if (wanted.check) settings.push_back(SettingsFor(decimals + kSecondRunDecimals, PlaceDecimals()));
   settings.front().disturbed = wanted.check;

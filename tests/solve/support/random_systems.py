@@ -32,6 +32,8 @@ class System:
     equations: str
     options: list
     digits: int
+    #: of the interval
+    length: Fraction
     #: of the column: its exact value as an expression of t
     columns: dict
     #: the exact times of the rows as expressions without t; None: the solver's own
@@ -333,7 +335,7 @@ class SystemMaker:
         digits = self.choose_digits()
         options += [f"--from={self.first}", f"--to={self.last}", "--digits", str(digits), "--format",
                     self.random.choice(("json", "csv", "table"))]
-        return System(equations, options, digits, columns, rows)
+        return System(equations, options, digits, self.length, columns, rows)
 
 
 def make_system(seed):

@@ -55,8 +55,6 @@ TEST(Agreement, EqualNumbersFarBelowTheirSizeMayBeWrongAlike)
   const double thousandths = std::log2(999.0), less = std::log2(1001.0);
   EXPECT_EQ(Compared(Number("1", thousandths), Number("1", thousandths)), Verdict::kAgree);
   EXPECT_EQ(Compared(Number("1", less), Number("1", less)), Verdict::kBlurred);
-  // So far below that it counts as zero, when the runs are exact enough.
-  EXPECT_EQ(Compared(Number("1", 70), Number("1", 70), true), Verdict::kZero);
 }
 
 TEST(Agreement, AZeroIsNotAboveItsUnit)
@@ -65,6 +63,14 @@ TEST(Agreement, AZeroIsNotAboveItsUnit)
   const double size = std::log2(9.0);
   EXPECT_EQ(Compared(Number("3e-20", size), Number("3.1e-20", size), true), Verdict::kBlurred);
   EXPECT_EQ(Compared(Number("0.9e-20", size), Number("0.8e-20", size), true), Verdict::kZero);
+}
+
+TEST(Agreement, NoZeroUnderASizeThatTheDecimalsDoNotReach)
+{
+  const double large = std::log2(1e30);
+  EXPECT_EQ(Compared(Number("0", large), Number("0", large), true), Verdict::kBlurred);
+  const AgreementRule rule{.digits = 5, .mayDeclareZero = true, .clearDecimals = 31};
+  EXPECT_EQ(Compare(Number("0", large), Number("0", large), rule).verdict, Verdict::kZero);
 }
 
 TEST(Agreement, AtAVerticalTangentOnlyTheDifferenceCounts)
