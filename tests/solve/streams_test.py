@@ -190,6 +190,14 @@ class StreamsTest(unittest.TestCase):
         process.stdout.readline()
         self.assert_interrupted(process, signal.SIGTERM)
 
+    def test_interrupt_inside_of_a_step(self):
+        # A single step takes minutes here.
+        self.file.write_text("x' = sin(x)^300 & 1/2;\n")
+        process = self.start("--digits", "10000")
+        process.stdout.readline()
+        process.stdout.readline()
+        self.assert_interrupted(process, signal.SIGINT)
+
     def test_interrupt_while_nobody_reads(self):
         process = self.start(*ENDLESS)
         process.stdout.readline()

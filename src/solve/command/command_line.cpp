@@ -170,7 +170,7 @@ void Parser::AddProblemOptions()
           "a run for each value: mu=1,2,5 or mu=FIRST:LAST:STEP");
   AddList("--sweep-file", "CSV", texts.sweepFiles,
           "a run for each line of a file; names in the first");
-  AddValue("--jobs", "N", texts.jobs, "threads of a sweep (all cores)");
+  AddValue("--jobs", "N", texts.jobs, "threads (all cores)");
   AddSwitch("--explain", texts.explain, "tell how the equations are understood; no run");
 }
 

@@ -64,6 +64,7 @@ int Solve(const CommandLine& commandLine, const Console& console)
   ProgressLine progressLine(console,
                             wantsProgress ? ProgressLine::Mode::kOn : ProgressLine::Mode::kOff);
   Options options = commandLine.options;
+  options.jobs = commandLine.jobs;
   options.interrupted = IsInterrupted;
   options.progress = [&progressLine](const Progress& progress) { progressLine.Update(progress); };
   Solution solution(problem, std::move(options));

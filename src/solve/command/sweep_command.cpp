@@ -159,10 +159,12 @@ int Status(const SweepResult& result)
   return result.failed > 0 ? kEndedEarly : kSuccess;
 }
 
-/// The options of each run, which have no progress of their own.
+/// The options of each run, which has no progress of its own, and one thread: it is the runs that
+/// share the processors.
 Options RunOptions(const CommandLine& commandLine)
 {
   Options options = commandLine.options;
+  options.jobs = 1;
   options.interrupted = IsInterrupted;
   return options;
 }

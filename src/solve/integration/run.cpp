@@ -49,22 +49,24 @@ Run::Run(const Tape& tape, const RunSettings& settings, const Moment& start,
       poll(std::move(poll)),
       bits(settings.bits),
       start(start),
-      begin(start),
-      end(start),
       reach(reach),
-      backwards(reach < start),
       usesTime(HasTimeLine(tape)),
-      states(std::move(initial))
+      latest{.begin = start,
+             .end = start,
+             .backwards = reach < start,
+             .states = std::move(initial),
+             .stateSizes = {}}
 {
   const double forTime = usesTime ? BitsForTime(Log2Moment(reach - start)) : 0;
   RequireBits(static_cast<double>(settings.bits) + forTime);
-  for (const Real& state : states) stateSizes.push_back(Log2Size(state));
+  for (const Real& state : latest.states) latest.stateSizes.push_back(Log2Size(state));
+  latest.bits = bits;
 }
 
 /// How many bits the time takes more than a step of this length.
 double Run::BitsForTime(double lengthLog2) const
 {
-  const double time = std::max(Log2Moment(end), Log2Moment(reach));
+  const double time = std::max(Log2Moment(latest.end), Log2Moment(reach));
   if (!std::isfinite(time) || !std::isfinite(lengthLog2)) return 0;
   return std::ceil(std::max(0.0, time - lengthLog2));
 }
@@ -72,16 +74,14 @@ double Run::BitsForTime(double lengthLog2) const
 /// Computes with at least this precision from now on.
 void Run::RequireBits(double wanted)
 {
-  if (series != nullptr && wanted <= static_cast<double>(bits)) return;
-  if (wanted > static_cast<double>(settings.mostBits)) throw PrecisionExhausted{end};
+  if (pool != nullptr && wanted <= static_cast<double>(bits)) return;
+  if (wanted > static_cast<double>(settings.mostBits)) throw PrecisionExhausted{latest.end};
   bits = std::max(bits, static_cast<mpfr_prec_t>(std::ceil(wanted)));
-  series = MakeSeries(tape, bits, settings.order, settings.disturbed, poll);
+  pool = std::make_shared<SeriesPool>([this, precision = bits] {
+    return MakeSeries(tape, precision, settings.order, settings.disturbed, poll);
+  });
+  series = pool->Take();
   exemptionRule.emplace(tape, settings, bits);
-  for (Real& state : states) {
-    Real wider(bits);
-    mpfr_set(wider, state, MPFR_RNDN);
-    state = std::move(wider);
-  }
 }
 
 /// The precision that a step of this length needs.
@@ -90,11 +90,12 @@ double Run::NeededBits(const StepBound& bound) const
   if (std::isinf(bound.log2) && bound.log2 < 0) return 0;
   const double forTime =
       usesTime ? static_cast<double>(settings.bits) + BitsForTime(bound.log2) : 0;
-  const StepStart start{states, stateSizes, control.Sizes(), ChooseLength(bound).Log2()};
-  return std::max(forTime, BitsForDerivatives(tape, *series, start, settings, bits));
+  const StepStart begin{latest.states, latest.stateSizes, control.Sizes(),
+                        ChooseLength(bound).Log2()};
+  return std::max(forTime, BitsForDerivatives(tape, *series, begin, settings, bits));
 }
 
-/// The series about `end` with enough bits, and what it allows.
+/// The series about the end of the latest step with enough bits, and what it allows.
 StepBound Run::PrepareStep()
 {
   for (;;) {
@@ -108,27 +109,26 @@ StepBound Run::PrepareStep()
   }
 }
 
-/// The series about `end` without some lines, and what it allows.
+/// The series about the end of the latest step without some lines, and what it allows.
 StepBound Run::BeginSeries(mpfr_srcptr time, std::vector<bool> leftOut)
 {
   series->LeaveOut(leftOut);
-  series->Begin(time, states, backwards, scaleExponent);
+  series->Begin(time, latest.states, latest.backwards, scaleExponent);
   StepBound bound = control.Choose(*series, leftOut);
   bound.log2 += static_cast<double>(scaleExponent);
   return bound;
 }
 
-/// The series about `end`, and what it allows.
+/// The series about the end of the latest step, and what it allows.
 StepBound Run::PrepareSeries()
 {
   Real time(bits);
-  end.Evaluate(time);
-  scaleExponent = nextScaleExponent;
+  latest.end.Evaluate(time);
   const StepBound bound = BeginSeries(time, std::vector<bool>(tape.lines.size(), false));
   exemption = exemptionRule->Find(*series, control,
                                   {.time = time,
-                                   .states = states,
-                                   .backwards = backwards,
+                                   .states = latest.states,
+                                   .backwards = latest.backwards,
                                    .scaleExponent = scaleExponent,
                                    .longestLog2 = LongestStepLog2()});
   if (!exemption) return bound;
@@ -140,7 +140,7 @@ StepBound Run::PrepareSeries()
 /// that it does not depend on where exactly the rows end.
 double Run::LongestStepLog2() const
 {
-  const double remaining = Log2Moment(reach - end);
+  const double remaining = Log2Moment(reach - latest.end);
   return std::isfinite(remaining) ? std::ceil(remaining) + 1 : 0;
 }
 
@@ -152,87 +152,72 @@ StepLength Run::ChooseLength(const StepBound& bound) const
 /// Ends the run where the step is nothing beside the way behind it.
 void Run::RequireProgress(const StepBound& bound) const
 {
-  const double way = Log2Moment(end - start);
+  const double way = Log2Moment(latest.end - start);
   if (bound.log2 > way - settings.placeBits) return;
-  throw Singularity{end, bound.line == kNone ? 0 : tape.lines[bound.line].node};
+  throw Singularity{latest.end, bound.line == kNone ? 0 : tape.lines[bound.line].node};
 }
 
 /// The states at the end of a step; those that were rounded are moved where that is asked for.
-void Run::SumToEnd(mpfr_srcptr offset)
+std::vector<Real> Run::SumToEnd(mpfr_srcptr offset) const
 {
   std::vector<Real> sums;
-  for (LineId state = 0; state < states.size(); ++state) {
+  for (LineId state = 0; state < latest.states.size(); ++state) {
     Real& sum = sums.emplace_back(bits);
     mpfr_clear_inexflag();
     series->Sum(state, offset, sum);
     if (!settings.disturbed || mpfr_inexflag_p() == 0) continue;
-    Disturb(sum, static_cast<std::uint64_t>(steps) * states.size() + state);
+    Disturb(sum, static_cast<std::uint64_t>(latest.steps) * latest.states.size() + state);
   }
-  states = std::move(sums);
+  return sums;
 }
 
 /// What was exempt is an error, not 0: the disturbed run and the other one move by its bound to
 /// either side, so that they show what becomes of it.
 void Run::ShiftByExemption()
 {
-  for (std::size_t i = 0; i < states.size(); ++i) {
+  for (std::size_t i = 0; i < latest.states.size(); ++i) {
     const Real& bound = exemption->deviation.states[i];
     if (bound.IsZero()) continue;
+    Real& state = latest.states[i];
     if (settings.disturbed) {
-      mpfr_add(states[i], states[i], bound, MPFR_RNDU);
+      mpfr_add(state, state, bound, MPFR_RNDU);
     } else {
-      mpfr_sub(states[i], states[i], bound, MPFR_RNDD);
+      mpfr_sub(state, state, bound, MPFR_RNDD);
     }
   }
 }
 
-std::vector<Real> Run::SumStates(mpfr_srcptr offset) const
-{
-  std::vector<Real> sums(states.size(), Real(bits));
-  for (std::size_t i = 0; i < sums.size(); ++i)
-    series->Sum(static_cast<LineId>(i), offset, sums[i]);
-  return sums;
-}
-
 void Run::Step()
 {
+  // Where nobody else holds it, the series of the latest step is the next one's.
+  latest.series = nullptr;
+  if (series == nullptr) series = pool->Take();
   const StepLength length = ChooseLength(PrepareStep());
 
   Real offset(64);
   length.InUnits(scaleExponent, offset);
-  SumToEnd(offset);
+  latest.states = SumToEnd(offset);
   if (exemption) ShiftByExemption();
-  begin = end;
+  latest.begin = latest.end;
   const Moment advance = ToMoment(length);
-  end = backwards ? end - advance : end + advance;
-  nextScaleExponent = static_cast<long>(std::floor(length.Log2()));
-  stepLog2 = length.Log2();
-  order = series->Order();
-  stateSizes = SizesOverStep();
-  ++steps;
+  latest.end = latest.backwards ? latest.begin - advance : latest.begin + advance;
+  latest.stateSizes = StateSizes(length.Log2());
+  latest.series = std::move(series);
+  latest.scaleExponent = scaleExponent;
+  latest.order = latest.series->Order();
+  latest.bits = bits;
+  ++latest.steps;
+  scaleExponent = static_cast<long>(std::floor(length.Log2()));
 }
 
-/// How far a time lies from the begin of the latest step, in units of the series' scale.
-Real Run::Offset(const Moment& time) const
-{
-  Real offset(bits);
-  (backwards ? begin - time : time - begin).Evaluate(offset);
-  mpfr_mul_2si(offset, offset, -scaleExponent, MPFR_RNDN);
-  return offset;
-}
-
-std::vector<Real> Run::StatesAt(const Moment& time) const
-{
-  return time == end ? states : SumStates(Offset(time));
-}
-
-std::vector<double> Run::SizesOverStep() const
+std::vector<double> Run::StateSizes(double lengthLog2) const
 {
   std::vector<double> sizes;
-  const double offset = stepLog2 - static_cast<double>(scaleExponent);
-  for (LineId state = 0; state < states.size(); ++state) {
-    double size = control.Sizes()[tape.rightHandSides[state]] + stepLog2;
-    for (int k = 0; k <= order; ++k) size = std::max(size, series->Log2(state, k) + k * offset);
+  const double offset = lengthLog2 - static_cast<double>(scaleExponent);
+  for (LineId state = 0; state < latest.states.size(); ++state) {
+    double size = control.Sizes()[tape.rightHandSides[state]] + lengthLog2;
+    for (int k = 0; k <= series->Order(); ++k)
+      size = std::max(size, series->Log2(state, k) + k * offset);
     sizes.push_back(size);
   }
   return sizes;

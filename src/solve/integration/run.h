@@ -5,8 +5,10 @@
 #include <optional>
 #include <vector>
 
+#include "solve/integration/dense_step.h"
 #include "solve/integration/exemption.h"
 #include "solve/integration/run_settings.h"
+#include "solve/integration/series_pool.h"
 #include "solve/integration/step_control.h"
 #include "solve/integration/step_length.h"
 #include "solve/number/moment.h"
@@ -38,41 +40,32 @@ class Run {
   Run(const Tape& tape, const RunSettings& settings, const Moment& start, std::vector<Real> states,
       const Moment& reach, Poll poll = {});
 
-  /// Makes one step. Throws DomainError, Singularity or PrecisionExhausted; End() and the states
-  /// there stay then.
+  /// Makes one step. Throws DomainError, Singularity or PrecisionExhausted; of the latest step, the
+  /// end and the states there stay then.
   void Step();
+  /// The latest step; before the first one it has no length. A copy stays what it is.
+  const DenseStep& Latest() const { return latest; }
 
-  /// The latest step is from Begin() to End(), both at the start before the first one.
-  const Moment& Begin() const { return begin; }
-  const Moment& End() const { return end; }
-  /// Whether a time lies beyond the latest step, in the direction of the run.
-  bool IsBehind(const Moment& time) const { return backwards ? time < end : time > end; }
-  /// The states at a time within the latest step, or at its end.
-  std::vector<Real> StatesAt(const Moment& time) const;
-
-  /// log2 of the sizes of the states over the latest step: the largest terms of their sums, and
-  /// what the size of the derivative makes of the step. What is far below it may be the rest of a
-  /// cancellation.
-  const std::vector<double>& StateSizes() const { return stateSizes; }
-
-  std::int64_t Steps() const { return steps; }
-  int Order() const { return order; }
+  const Moment& Begin() const { return latest.begin; }
+  const Moment& End() const { return latest.end; }
+  bool IsBehind(const Moment& time) const { return latest.IsBehind(time); }
+  std::vector<Real> StatesAt(const Moment& time) const { return latest.StatesAt(time); }
+  std::int64_t Steps() const { return latest.steps; }
+  int Order() const { return latest.order; }
   mpfr_prec_t Bits() const { return bits; }
 
  private:
   StepBound PrepareStep();
   StepBound PrepareSeries();
+  StepBound BeginSeries(mpfr_srcptr time, std::vector<bool> leftOut);
+  double LongestStepLog2() const;
   void RequireBits(double wanted);
   double NeededBits(const StepBound& bound) const;
   double BitsForTime(double lengthLog2) const;
-  std::vector<double> SizesOverStep() const;
-  StepBound BeginSeries(mpfr_srcptr time, std::vector<bool> leftOut);
-  double LongestStepLog2() const;
+  std::vector<double> StateSizes(double lengthLog2) const;
   StepLength ChooseLength(const StepBound& bound) const;
   void RequireProgress(const StepBound& bound) const;
-  Real Offset(const Moment& time) const;
-  std::vector<Real> SumStates(mpfr_srcptr offset) const;
-  void SumToEnd(mpfr_srcptr offset);
+  std::vector<Real> SumToEnd(mpfr_srcptr offset) const;
   void ShiftByExemption();
 
   const Tape& tape;
@@ -80,19 +73,14 @@ class Run {
   StepControl control;
   Poll poll;
   mpfr_prec_t bits;
-  std::unique_ptr<Series> series;
+  std::shared_ptr<SeriesPool> pool;  // of series with these bits
+  std::shared_ptr<Series> series;    // about the end of the latest step; null between steps
   std::optional<ExemptionRule> exemptionRule;
   std::optional<Exemption> exemption;  // of the step at hand
-  Moment start, begin, end, reach;
-  bool backwards;
+  Moment start, reach;
   bool usesTime;
-  std::vector<Real> states;        // at `end`
-  std::vector<double> stateSizes;  // over the latest step
-  long scaleExponent = 0;          // of the series in use
-  long nextScaleExponent = 0;
-  double stepLog2 = 0;  // of the length of the latest step
-  std::int64_t steps = 0;
-  int order = 0;
+  long scaleExponent = 0;  // of the series that comes next
+  DenseStep latest;
 };
 
 }  // namespace varno::solve

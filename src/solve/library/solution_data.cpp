@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <stdexcept>
+#include <thread>
 #include <utility>
 
 #include <fmt/format.h>
@@ -62,8 +63,8 @@ Solution::Implementation::Implementation(const Problem::Implementation& problem,
   ChooseColumns();
   rows.emplace(
       model, tape, interval, schedule,
-      RowsWanted{columns, options.digits, options.check, options.maxBits},
-      [this](const Run& run) { Watch(run); }, [this] { EndWhereAsked(); });
+      RowsWanted{columns, options.digits, options.check, options.maxBits, MayUseThreads()},
+      [this](const DenseStep& step) { Watch(step); }, [this] { EndWhereAsked(); });
 }
 
 void Solution::Implementation::ChooseColumns()
@@ -120,6 +121,11 @@ double Solution::Implementation::SecondsSinceBegin() const
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 }
 
+bool Solution::Implementation::MayUseThreads() const
+{
+  return options.jobs == 0 ? std::thread::hardware_concurrency() > 1 : options.jobs > 1;
+}
+
 /// How far the best run of the present attempt is.
 Moment Solution::Implementation::Reached() const
 {
@@ -136,7 +142,7 @@ void Solution::Implementation::EndWhereAsked() const
 }
 
 /// After each step: limits, interruption, progress.
-void Solution::Implementation::Watch(const Run& run) const
+void Solution::Implementation::Watch(const DenseStep& run) const
 {
   const std::int64_t steps = run.Steps();
   EndWhereAsked();

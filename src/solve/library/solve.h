@@ -144,9 +144,11 @@ struct Options {
   /// Names, in this order; empty: all, in the order of the file.
   std::vector<std::string> columns = {};
   bool check = true;  ///< two runs instead of one
+  int jobs = 0;       ///< threads; 0: as many as there are processors
   std::optional<std::int64_t> maxSteps = {};
   std::optional<double> maxSeconds = {};
-  long maxBits = 1L << 20;                 ///< the highest precision to try
+  long maxBits = 1L << 20;  ///< the highest precision to try
+  /// Both are called on the thread that asks for rows.
   std::function<bool()> interrupted = {};  ///< asked many times a second: true ends the run
   std::function<void(const Progress&)> progress = {};  ///< called after each step
 };

@@ -21,7 +21,7 @@ constexpr double kSecondRunDecimals = 3;
 /// Of the spare decimals, those that errors of steps and roundings may have eaten.
 constexpr double kNoiseDecimals = 4;
 /// What the extrapolated loss is multiplied with.
-constexpr double kLossMargin = 1.1;
+constexpr double kLossMargin = 1.25;
 /// An attempt is given up before it fails only behind this part of the way, and if its last row
 /// will lack so many decimals.
 constexpr double kLeastPartOfWay = 1.0 / 8;
@@ -82,9 +82,9 @@ void VerifiedRows::Begin()
                         .startStates = {},
                         .watch = watch,
                         .poll = poll,
-                        .compare = [this](const Moment& time, const Run& a, const Run& b) {
-                          CompareStates(time, a, b);
-                        }};
+                        .compare = [this](const Moment& time, const DenseStep& a,
+                                          const DenseStep& b) { CompareStates(time, a, b); },
+                        .mayUseThreads = wanted.mayUseThreads};
   if (problem.settings.back().bits > wanted.maxBits) throw PrecisionExhausted{interval.start};
   for (const RunSettings& settings : problem.settings)
     problem.startStates.push_back(StartStates(settings));
@@ -165,10 +165,10 @@ VerifiedRow VerifiedRows::Judge(const Moment& time,
 
 /// At the ends of steps half the digits must agree: a run that has lost its way and came back to an
 /// attractor would agree with the other one again at the rows.
-void VerifiedRows::CompareStates(const Moment& time, const Run& a, const Run& b)
+void VerifiedRows::CompareStates(const Moment& time, const DenseStep& a, const DenseStep& b)
 {
   const std::vector<Real> first = a.StatesAt(time), second = b.StatesAt(time);
-  const std::vector<double> sizes = b.StateSizes();
+  const std::vector<double>& sizes = b.StateSizes();
   Real difference(64);
   double common = std::numeric_limits<double>::infinity();
   for (std::size_t i = 0; i < first.size(); ++i) {

@@ -23,6 +23,7 @@ struct RowsWanted {
   int digits;                   ///< significant digits of each number
   bool check;                   ///< by two runs; else one, and nothing is verified
   long maxBits;                 ///< the highest precision to try
+  bool mayUseThreads;           ///< of two runs, one each
 };
 
 /// A number of a row: the best run's, or a verified zero.
@@ -103,7 +104,7 @@ class VerifiedRows {
   std::vector<Real> StartStates(const RunSettings& runSettings) const;
   std::optional<VerifiedRow> TryRow();
   VerifiedRow Judge(const Moment& time, const std::vector<std::vector<SizedNumber>>& runs) const;
-  void CompareStates(const Moment& time, const Run& a, const Run& b);
+  void CompareStates(const Moment& time, const DenseStep& a, const DenseStep& b);
   void AddLoss(const Moment& time, double commonDecimals);
   double Distance(const Moment& time) const;
   double WholeDistance() const;
