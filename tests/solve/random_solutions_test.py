@@ -60,7 +60,8 @@ class Reference:
                 found.append(value(expression, closed_form.to_mpf(time)))
         low, high = found
         with mpmath.workdps(self.high):
-            size = max(abs(high), mpmath.mpf(10)**-REST_DIGITS*abs(value(self.slope, closed_form.to_mpf(time))))
+            slope = abs(value(self.slope, closed_form.to_mpf(time)))
+            size = max(abs(high), mpmath.mpf(10)**-REST_DIGITS*slope)
             if abs(low - high) > mpmath.mpf(10)**-(self.low - GUARD_DIGITS + 5)*size:
                 raise ArithmeticError(f"the reference loses digits at t = {time}")
         return high

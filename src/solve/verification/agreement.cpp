@@ -47,8 +47,8 @@ Agreement Compare(const SizedNumber& a, const SizedNumber& b, const AgreementRul
   const bool isEqual = apart < unit - kLog10Of4 || (apart == -kInfinity && size == kInfinity);
   if (isClear && isEqual) return {Verdict::kAgree, kInfinity};
 
-  // Not a zero by its size alone: it must not exceed the unit that is printed. And what lies under a
-  // large size may count by itself, as in 1e60*(sqrt(1 + 1e-60) - 1): more decimals decide.
+  // Not a zero by its size alone: it must not exceed the unit that is printed. And what lies under
+  // a large size may count by itself, as in 1e60*(sqrt(1 + 1e-60) - 1): more decimals decide.
   if (rule.mayDeclareZero && size < rule.clearDecimals &&
       number < static_cast<double>(ZeroUnit(std::max(a.size, b.size), rule.digits)))
     return {Verdict::kZero, kInfinity};
