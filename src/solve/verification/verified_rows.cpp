@@ -22,9 +22,10 @@ constexpr double kSecondRunDecimals = 3;
 constexpr double kNoiseDecimals = 4;
 /// What the extrapolated loss is multiplied with.
 constexpr double kLossMargin = 1.25;
-/// An attempt is given up before it fails only behind this part of the way, and if its last row
-/// will lack so many decimals.
-constexpr double kLeastPartOfWay = 1.0 / 8;
+/// What is lost is extrapolated to so many times the way so far: what an unstable rest costs ends
+/// where it is left.
+constexpr double kTimesAhead = 8;
+/// An attempt is given up before it fails if its last row will lack so many decimals.
 constexpr double kDoomedDecimals = 3;
 constexpr double kLog2Of10 = 3.3219280948873626;
 constexpr double kLog10OfHalf = -0.30102999566398120;
@@ -205,12 +206,13 @@ void VerifiedRows::AddLoss(const Moment& time, double commonDecimals)
   if (IsDoomed(distance, commonDecimals)) throw Failure{time, commonDecimals, false};
 }
 
-/// Whether the last row will not agree, for all that can be said: to go on would be a waste. The
-/// way so far must be long enough for the next attempt to be right.
+/// Whether the last row will not agree, for all that can be said: half of the digits to spare are
+/// lost, and to go on would be a waste.
 bool VerifiedRows::IsDoomed(double distance, double commonDecimals) const
 {
   const double whole = WholeDistance();
-  if (distance < kLeastPartOfWay * whole || !loss.IsSteady()) return false;
+  if (kTimesAhead * distance < whole || !loss.IsSteady()) return false;
+  if (loss.SoFar() < spareDecimals / 2) return false;
   return commonDecimals - loss.Ahead(whole) < wanted.digits - kDoomedDecimals;
 }
 
@@ -234,7 +236,8 @@ void VerifiedRows::Escalate(const Failure& failure)
 {
   const double decimals = wanted.digits + spareDecimals;
   const double lost = std::clamp(decimals - failure.commonDecimals, 0.0, decimals);
-  double spare = kLossMargin * (lost + loss.Ahead(WholeDistance())) + kFirstSpareDecimals;
+  const double seen = std::min(WholeDistance(), kTimesAhead * Distance(failure.time));
+  double spare = kLossMargin * (lost + loss.Ahead(seen)) + kFirstSpareDecimals;
   if (failure.blurred) spare += kZeroGuardDigits;
   BeginAgain(std::max(2 * spareDecimals, spare), failure.time);
 }
