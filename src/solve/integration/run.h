@@ -5,6 +5,7 @@
 #include <optional>
 #include <vector>
 
+#include "solve/integration/defect_check.h"
 #include "solve/integration/exemption.h"
 #include "solve/integration/run_settings.h"
 #include "solve/integration/step_control.h"
@@ -70,6 +71,8 @@ class Run {
   double LongestStepLog2() const;
   StepLength ChooseLength(const StepBound& bound) const;
   void RequireProgress(const StepBound& bound) const;
+  StepLength ShortenToPass(StepBound bound);
+  bool PassesDefectCheck(const StepLength& length);
   Real Offset(const Moment& time) const;
   std::vector<Real> SumStates(mpfr_srcptr offset) const;
   void SumToEnd(mpfr_srcptr offset);
@@ -83,6 +86,7 @@ class Run {
   std::unique_ptr<Series> series;
   std::optional<ExemptionRule> exemptionRule;
   std::optional<Exemption> exemption;  // of the step at hand
+  std::optional<DefectCheck> defectCheck;
   Moment start, begin, end, reach;
   bool backwards;
   bool usesTime;
