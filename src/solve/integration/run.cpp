@@ -1,7 +1,9 @@
 #include "solve/integration/run.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <span>
 #include <utility>
 
 #include "solve/evaluation/disturbance.h"
@@ -21,6 +23,14 @@ double Log2Moment(const Moment& moment)
 
 /// When a step needs more precision, some more is taken at once, so that this is rare.
 constexpr double kSpareBits = 64;
+
+/// Where in a step its defect is tested: sqrt(5) - 2, 2 - sqrt(2), (sqrt(3) + 1)/3, the end. No
+/// period of the problem's has all of them in step.
+constexpr std::array<double, 4> kTestedParts = {0.2360679775, 0.5857864376, 0.9106836025, 1};
+/// Steps alike differ by less than this factor (log2).
+constexpr double kAlikeLog2 = 0.6;
+/// A step that fails its test as often as this, halved each time, is as good as gone.
+constexpr int kMostHalvings = 200;
 
 bool HasTimeLine(const Tape& tape)
 {
@@ -82,6 +92,7 @@ void Run::RequireBits(double wanted)
   });
   series = pool->Take();
   exemptionRule.emplace(tape, settings, bits);
+  defectCheck.emplace(tape, settings, bits);
 }
 
 /// The precision that a step of this length needs.
@@ -157,6 +168,43 @@ void Run::RequireProgress(const StepBound& bound) const
   throw Singularity{latest.end, bound.line == kNone ? 0 : tape.lines[bound.line].node};
 }
 
+/// Whether the series is a solution over a step of this length, as far as points can tell.
+///
+/// Only one of two runs is tested, the one that is printed: the other one is compared with it at
+/// the end of every step. A step like the one before is tested at one of four points, another one
+/// each time: a fault of a formula shows everywhere, and terms that are too few for one step are so
+/// for its neighbours. Where something is new, because the step is longer, its order higher or
+/// lines are left out, it is tested at all of them.
+bool Run::PassesDefectCheck(const StepLength& length)
+{
+  if (settings.disturbed) return true;
+  const bool isLikeLast = latest.steps > 0 && length.Log2() < stepLog2 + kAlikeLog2 &&
+                          series->Order() == settings.order && !exemption;
+  const std::size_t turn = static_cast<std::size_t>(latest.steps) % kTestedParts.size();
+  const DefectCheck::Step step{
+      .series = *series,
+      .begin = latest.end,
+      .backwards = latest.backwards,
+      .scaleExponent = scaleExponent,
+      .lengthLog2 = length.Log2() - static_cast<double>(scaleExponent),
+      .leftOut = exemption ? std::span<const Real>(exemption->deviation.rightHandSides)
+                           : std::span<const Real>()};
+  const std::span<const double> parts = kTestedParts;
+  return defectCheck->Passes(step, isLikeLast ? parts.subspan(turn, 1) : parts);
+}
+
+/// The step, halved as long as it fails the test of its defect.
+StepLength Run::ShortenToPass(StepBound bound)
+{
+  for (int halvings = 0; halvings < kMostHalvings; ++halvings) {
+    const StepLength length = ChooseLength(bound);
+    if (PassesDefectCheck(length)) return length;
+    bound.log2 = length.Log2() - 1;
+    RequireProgress(bound);
+  }
+  throw Singularity{latest.end, bound.line == kNone ? 0 : tape.lines[bound.line].node};
+}
+
 /// The states at the end of a step; those that were rounded are moved where that is asked for.
 std::vector<Real> Run::SumToEnd(mpfr_srcptr offset) const
 {
@@ -192,11 +240,12 @@ void Run::Step()
   // Where nobody else holds it, the series of the latest step is the next one's.
   latest.series = nullptr;
   if (series == nullptr) series = pool->Take();
-  const StepLength length = ChooseLength(PrepareStep());
+  const StepLength length = ShortenToPass(PrepareStep());
 
   Real offset(64);
   length.InUnits(scaleExponent, offset);
   latest.states = SumToEnd(offset);
+  control.StepMade();
   if (exemption) ShiftByExemption();
   latest.begin = latest.end;
   const Moment advance = ToMoment(length);
@@ -208,6 +257,7 @@ void Run::Step()
   latest.bits = bits;
   ++latest.steps;
   scaleExponent = static_cast<long>(std::floor(length.Log2()));
+  stepLog2 = length.Log2();
 }
 
 std::vector<double> Run::StateSizes(double lengthLog2) const

@@ -5,6 +5,7 @@
 #include <optional>
 #include <vector>
 
+#include "solve/integration/defect_check.h"
 #include "solve/integration/dense_step.h"
 #include "solve/integration/exemption.h"
 #include "solve/integration/run_settings.h"
@@ -66,6 +67,8 @@ class Run {
   StepLength ChooseLength(const StepBound& bound) const;
   void RequireProgress(const StepBound& bound) const;
   std::vector<Real> SumToEnd(mpfr_srcptr offset) const;
+  StepLength ShortenToPass(StepBound bound);
+  bool PassesDefectCheck(const StepLength& length);
   void ShiftByExemption();
 
   const Tape& tape;
@@ -77,9 +80,11 @@ class Run {
   std::shared_ptr<Series> series;    // about the end of the latest step; null between steps
   std::optional<ExemptionRule> exemptionRule;
   std::optional<Exemption> exemption;  // of the step at hand
+  std::optional<DefectCheck> defectCheck;
   Moment start, reach;
   bool usesTime;
   long scaleExponent = 0;  // of the series that comes next
+  double stepLog2 = 0;     // of the length of the latest step
   DenseStep latest;
 };
 

@@ -76,20 +76,26 @@ StepControl::StepControl(const Tape& tape, const RunSettings& settings)
     : tape(tape),
       settings(settings),
       domainLines(DomainLines(tape)),
+      flatLines(tape.lines.size(), false),
       settledLines(tape.lines.size(), false)
 {}
 
-/// Whether a line shows too few terms to tell how far its series reaches: less than five, or, of
-/// one that begins with vanishing terms, less than the usual order behind these.
-bool StepControl::NeedsMoreTerms(const Series& series, LineId id)
+/// Whether a line shows enough terms to tell how far its series reaches.
+bool StepControl::IsShown(const Series& series, LineId id) const
 {
-  if (IsShortPolynomial(tape.lines[id], series.Order() + 1)) return false;
   int found = 0;
   for (int k = series.Order(); k > 0 && found < kTermsForRadius; --k) {
     if (series.Log2(id, k) > -kInfinity) ++found;
   }
-  if (found < kTermsForRadius) return !settledLines[id];
-  settledLines[id] = false;
+  return found >= kTermsForRadius;
+}
+
+/// Whether a line shows too few terms, or, of one that begins with vanishing terms, less than the
+/// usual order behind these.
+bool StepControl::NeedsMoreTerms(const Series& series, LineId id) const
+{
+  if (IsShortPolynomial(tape.lines[id], series.Order() + 1)) return false;
+  if (!IsShown(series, id)) return !settledLines[id];
   int first = 0;
   while (series.Log2(id, first) == -kInfinity) ++first;
   return first > kMostVanishingTerms && series.Order() < first + settings.order;
@@ -116,14 +122,11 @@ void StepControl::ExtendFlatLines(Series& series, const std::vector<bool>& leftO
   for (LineId id = 0; id < tape.lines.size(); ++id) {
     if (still[id] || !NeedsMoreTerms(series, id)) continue;
     const int most = MostOrder(series, id);
-    while (NeedsMoreTerms(series, id)) {
-      if (series.Order() >= most) {
-        settledLines[id] = true;
-        break;
-      }
+    while (series.Order() < most && NeedsMoreTerms(series, id))
       series.ExtendTo(std::min(most, series.Order() + std::max(4, settings.order / 4)));
-    }
   }
+  for (LineId id = 0; id < tape.lines.size(); ++id)
+    flatLines[id] = still[id] ? settledLines[id] : !IsShown(series, id);
 }
 
 void StepControl::ReadTerms(const Series& series, LineId id)
