@@ -172,8 +172,8 @@ std::optional<Row> Solution::Implementation::Next()
   } catch (const Singularity& singularity) {
     throw ends.Of(singularity);
   } catch (const PrecisionExhausted& exhausted) {
-    throw ends.AtLimit(fmt::format("{} digits need more than --max-bits {}: this limit was",
-                                   options.digits, options.maxBits),
+    throw ends.AtLimit(fmt::format("{} digits need more than --max-bits {}; limit", options.digits,
+                                   options.maxBits),
                        exhausted.time);
   } catch (const WrongRow& wrong) {
     throw WrongRowEnd(wrong.time);

@@ -22,8 +22,8 @@ constexpr double kSecondRunDecimals = 3;
 constexpr double kNoiseDecimals = 4;
 /// What the extrapolated loss is multiplied with.
 constexpr double kLossMargin = 1.25;
-/// What is lost is extrapolated to so many times the way so far: what an unstable rest costs ends
-/// where it is left.
+/// What is lost is at first extrapolated to so many times the way so far: what an unstable rest
+/// costs ends where it is left.
 constexpr double kTimesAhead = 8;
 /// An attempt is given up before it fails if its last row will lack so many decimals.
 constexpr double kDoomedDecimals = 3;
@@ -236,8 +236,9 @@ void VerifiedRows::Escalate(const Failure& failure)
 {
   const double decimals = wanted.digits + spareDecimals;
   const double lost = std::clamp(decimals - failure.commonDecimals, 0.0, decimals);
-  const double seen = std::min(WholeDistance(), kTimesAhead * Distance(failure.time));
-  double spare = kLossMargin * (lost + loss.Ahead(seen)) + kFirstSpareDecimals;
+  const double whole = WholeDistance();
+  const double far = restarts == 0 ? std::min(whole, kTimesAhead * Distance(failure.time)) : whole;
+  double spare = kLossMargin * (lost + loss.Ahead(far)) + kFirstSpareDecimals;
   if (failure.blurred) spare += kZeroGuardDigits;
   BeginAgain(std::max(2 * spareDecimals, spare), failure.time);
 }
