@@ -149,9 +149,14 @@ double StepControl::AccuracyBound(double size) const
   const int leading = VanishingTerms(terms);
   const int begin = leading > kMostVanishingTerms ? leading : 0;
 
+  const int last = static_cast<int>(terms.size()) - 1;
+  const auto shown =
+      std::count_if(terms.begin() + 1, terms.end(), [](double term) { return term > -kInfinity; });
+  const int least = shown < kTermsForRadius ? last / 2 : 0;
+
   double bound = kInfinity;
   int found = 0;
-  for (int k = static_cast<int>(terms.size()) - 1; k > 0 && found < kTermsForRadius; --k) {
+  for (int k = last; k > least && found < kTermsForRadius; --k) {
     if (terms[k] == -kInfinity) continue;
     ++found;
     double longest = first == -kInfinity ? -kInfinity : (tolerance + first - terms[k]) / k;
