@@ -5,8 +5,9 @@
 #include <utility>
 
 #include "solve/evaluation/disturbance.h"
-#include "solve/evaluation/domain_error.h"
 #include "solve/evaluation/size.h"
+#include "solve/integration/common_roots.h"
+#include "solve/number/simplest_rational.h"
 
 namespace varno::solve {
 
@@ -19,6 +20,12 @@ double Log2Moment(const Moment& moment)
   return Log2Size(value);
 }
 
+/// A step that must not reach a place goes this part of the way (log2).
+const double kPartOfWayLog2 = std::log2(0.9);
+/// A root is taken for a simple fraction near it when that has no more than this part of the bits
+/// that it is known to.
+constexpr double kMostBitsOfFraction = 1.0 / 3;
+
 /// When time needs more precision, some more is taken at once, so that this is rare.
 constexpr mpfr_prec_t kSpareTimeBits = 64;
 
@@ -26,6 +33,17 @@ bool HasTimeLine(const Tape& tape)
 {
   return std::ranges::any_of(tape.lines,
                              [](const Line& line) { return line.kind == LineKind::kTime; });
+}
+
+bool Contains(const std::vector<LineId>& lines, LineId line)
+{
+  return std::ranges::find(lines, line) != lines.end();
+}
+
+/// Whether a root cannot be told from the start of the step.
+bool IsAtStart(const RootAhead& root)
+{
+  return mpfr_cmp(root.place, root.error) <= 0;
 }
 
 Moment ToMoment(const StepLength& length)
@@ -47,6 +65,7 @@ Run::Run(const Tape& tape, const RunSettings& settings, const Moment& start,
       settings(settings),
       control(tape, settings),
       bits(settings.bits),
+      domains(tape),
       start(start),
       begin(start),
       end(start),
@@ -79,14 +98,67 @@ void Run::RequireBits(mpfr_prec_t wanted)
   }
 }
 
+/// Adds the lines that must be 0 where an operation has no value or no series; false if that is not
+/// why, or was known.
+bool Run::NoteZeroLines(const DomainError& error)
+{
+  if (error.outcome != Outcome::kUndefined && error.outcome != Outcome::kNoSeries) return false;
+  bool isNew = false;
+  for (const Line& line : tape.lines) {
+    const LineId domain = DomainOf(line);
+    if (line.node != error.node || domain == kNone || Contains(zeroLines, domain)) continue;
+    zeroLines.push_back(domain);
+    isNew = true;
+  }
+  return isNew;
+}
+
+/// Begins the series where some lines are 0. Throws Singularity where none can go on from there.
+void Run::BeginAtRoot(mpfr_srcptr time)
+{
+  for (;;) {
+    const auto continuation =
+        FindContinuation(tape, settings, bits, {time, states, backwards, scaleExponent}, zeroLines);
+    if (!continuation) throw Singularity{end, tape.lines[zeroLines.front()].node};
+    if (!continuation->isExact && !settings.mayDeclareZero) throw ZeroInDoubt{end};
+    atRoot = MakeSeriesAtRoot(tape, bits, settings.order, settings.disturbed, continuation->roots);
+    try {
+      atRoot->Begin(time, states, backwards, scaleExponent);
+      return;
+    } catch (const DomainError& error) {
+      if (!NoteZeroLines(error)) throw;
+    }
+  }
+}
+
+void Run::BeginSeries(mpfr_srcptr time)
+{
+  atRoot.reset();
+  if (!zeroLines.empty()) {
+    BeginAtRoot(time);
+    return;
+  }
+  try {
+    series->Begin(time, states, backwards, scaleExponent);
+  } catch (const DomainError& error) {
+    if (!NoteZeroLines(error)) throw;
+    const DomainError first = error;
+    try {
+      BeginAtRoot(time);
+    } catch (const Singularity&) {
+      throw first;
+    }
+  }
+}
+
 /// The series about `end`, and what it allows.
 StepBound Run::PrepareSeries()
 {
   Real time(bits);
   end.Evaluate(time);
   scaleExponent = nextScaleExponent;
-  series->Begin(time, states, backwards, scaleExponent);
-  StepBound bound = control.Choose(*series);
+  BeginSeries(time);
+  StepBound bound = control.Choose(atRoot ? *atRoot : *series);
   bound.log2 += static_cast<double>(scaleExponent);
   return bound;
 }
@@ -98,6 +170,79 @@ StepLength Run::ChooseLength(const StepBound& bound) const
   const double remaining = Log2Moment(reach - end);
   const double longest = std::isfinite(remaining) ? std::ceil(remaining) + 1 : 0;
   return StepLength::AtMost(std::min(bound.log2, longest));
+}
+
+/// The time of a root: a simple fraction where one lies so near that this cannot be by chance.
+Moment Run::PlaceOf(const RootAhead& root) const
+{
+  Rational distance, error;
+  mpfr_get_q(distance.get_mpq_t(), root.place);
+  mpfr_get_q(error.get_mpq_t(), root.error);
+  error *= 2;
+  const Moment unit = ToMoment({.mantissa = 1, .exponent = scaleExponent});
+  const Moment ahead = unit * distance;
+  const Moment place = backwards ? end - ahead : end + ahead;
+  const Rational around = (unit * error).RationalPart();
+  if (sgn(around) == 0) return place;
+  if (!place.IsRational()) {
+    const bool isZero = place <= Moment(around) && place >= Moment(-around);
+    return isZero ? Moment(Rational(0)) : place;
+  }
+  const Rational& exact = place.RationalPart();
+  const Rational simple = SimplestBetween(exact - around, exact + around);
+  const double known = std::max(Log2Moment(place), Log2Moment(ahead)) - Log2Moment(Moment(around));
+  const std::size_t size =
+      mpz_sizeinbase(simple.get_num_mpz_t(), 2) + mpz_sizeinbase(simple.get_den_mpz_t(), 2);
+  return static_cast<double>(size) <= kMostBitsOfFraction * known ? Moment(simple) : place;
+}
+
+/// The step that ends at a root.
+Run::Stride Run::StrideTo(const RootAhead& root)
+{
+  const Moment place = PlaceOf(root);
+  const Moment advance = backwards ? end - place : place - end;
+  Real offset(bits);
+  advance.Evaluate(offset);
+  mpfr_mul_2si(offset, offset, -scaleExponent, MPFR_RNDN);
+  return {std::move(offset), advance, Log2Moment(advance)};
+}
+
+/// How far the step goes: as far as its terms allow, and not over a root.
+Run::Stride Run::ChooseStride(StepBound& bound)
+{
+  for (;;) {
+    const StepLength length = ChooseLength(bound);
+    Stride stride{Real(64), ToMoment(length), length.Log2()};
+    length.InUnits(scaleExponent, stride.offset);
+    std::optional<RootAhead> root =
+        domains.FirstRoot({Current(), control.Sizes(), stride.offset, settings});
+    if (root && IsAtStart(*root)) {
+      BeginAgainAt(*root);
+      bound = PrepareSeries();
+      continue;
+    }
+    zeroLines.clear();
+    if (!root) return stride;
+    if (root->mayGoOn) {
+      zeroLines = std::move(root->lines);
+      return StrideTo(*root);
+    }
+    const double distance = Log2Size(root->place) + static_cast<double>(scaleExponent);
+    bound = {distance + kPartOfWayLog2, root->lines.front()};
+  }
+}
+
+/// Makes the lines that are 0 at the start of the step known as such. Throws Singularity where they
+/// do not go on, or were known.
+void Run::BeginAgainAt(const RootAhead& root)
+{
+  bool isNew = false;
+  for (const LineId line : root.lines) {
+    if (Contains(zeroLines, line)) continue;
+    zeroLines.push_back(line);
+    isNew = true;
+  }
+  if (!isNew || !root.mayGoOn) throw Singularity{end, tape.lines[root.lines.front()].node};
 }
 
 /// Ends the run where the step is nothing beside the way behind it.
@@ -115,7 +260,7 @@ void Run::SumToEnd(mpfr_srcptr offset)
   for (LineId state = 0; state < states.size(); ++state) {
     Real& sum = sums.emplace_back(bits);
     mpfr_clear_inexflag();
-    series->Sum(state, offset, sum);
+    Current().Sum(state, offset, sum);
     if (!settings.disturbed || mpfr_inexflag_p() == 0) continue;
     Disturb(sum, static_cast<std::uint64_t>(steps) * states.size() + state);
   }
@@ -126,7 +271,7 @@ std::vector<Real> Run::SumStates(mpfr_srcptr offset) const
 {
   std::vector<Real> sums(states.size(), Real(bits));
   for (std::size_t i = 0; i < sums.size(); ++i)
-    series->Sum(static_cast<LineId>(i), offset, sums[i]);
+    Current().Sum(static_cast<LineId>(i), offset, sums[i]);
   return sums;
 }
 
@@ -140,18 +285,17 @@ void Run::Step()
       bound = PrepareSeries();
     }
   }
+  const Stride stride = ChooseStride(bound);
   RequireProgress(bound);
-  const StepLength length = ChooseLength(bound);
 
-  Real offset(64);
-  length.InUnits(scaleExponent, offset);
-  SumToEnd(offset);
+  SumToEnd(stride.offset);
   begin = end;
-  const Moment advance = ToMoment(length);
-  end = backwards ? end - advance : end + advance;
-  nextScaleExponent = static_cast<long>(std::floor(length.Log2()));
-  stepLog2 = length.Log2();
-  order = series->Order();
+  end = backwards ? end - stride.advance : end + stride.advance;
+  // A step that ends at a root says little about the next one.
+  const bool landed = !zeroLines.empty();
+  nextScaleExponent = landed ? scaleExponent : static_cast<long>(std::floor(stride.log2));
+  stepLog2 = stride.log2;
+  order = Current().Order();
   ++steps;
 }
 
@@ -179,7 +323,7 @@ std::vector<double> Run::StateSizes() const
   const double offset = stepLog2 - static_cast<double>(scaleExponent);
   for (LineId state = 0; state < states.size(); ++state) {
     double size = control.Sizes()[tape.rightHandSides[state]] + stepLog2;
-    for (int k = 0; k <= order; ++k) size = std::max(size, series->Log2(state, k) + k * offset);
+    for (int k = 0; k <= order; ++k) size = std::max(size, Current().Log2(state, k) + k * offset);
     sizes.push_back(size);
   }
   return sizes;

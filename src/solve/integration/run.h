@@ -4,6 +4,8 @@
 #include <memory>
 #include <vector>
 
+#include "solve/evaluation/domain_error.h"
+#include "solve/integration/domains.h"
 #include "solve/integration/run_settings.h"
 #include "solve/integration/step_control.h"
 #include "solve/integration/step_length.h"
@@ -19,6 +21,12 @@ struct Singularity {
   NodeId node;  ///< the expression that made the steps short, in the tape's graph
 };
 
+/// A run that can go on from a point only if something is 0 there, and is not exact enough to say
+/// so.
+struct ZeroInDoubt {
+  Moment time;
+};
+
 /// One integration of a tape from one point in one direction, step by step.
 ///
 /// A run knows nothing of rows: it goes its own steps, and the series of the latest step gives the
@@ -31,7 +39,8 @@ class Run {
   Run(const Tape& tape, const RunSettings& settings, const Moment& start, std::vector<Real> states,
       const Moment& reach);
 
-  /// Makes one step. Throws DomainError or Singularity; End() and the states there stay then.
+  /// Makes one step. Throws DomainError, Singularity or ZeroInDoubt; End() and the states there
+  /// stay then.
   void Step();
 
   /// The latest step is from Begin() to End(), both at the start before the first one.
@@ -52,10 +61,25 @@ class Run {
   mpfr_prec_t Bits() const { return bits; }
 
  private:
+  /// How far a step goes.
+  struct Stride {
+    Real offset;  // in units of the series' scale
+    Moment advance;
+    double log2;
+  };
+
   StepBound PrepareSeries();
+  void BeginSeries(mpfr_srcptr time);
+  void BeginAtRoot(mpfr_srcptr time);
+  bool NoteZeroLines(const DomainError& error);
+  const Series& Current() const { return atRoot ? *atRoot : *series; }
   void RequireBits(mpfr_prec_t wanted);
   mpfr_prec_t BitsForTime(double lengthLog2) const;
   StepLength ChooseLength(const StepBound& bound) const;
+  Stride ChooseStride(StepBound& bound);
+  void BeginAgainAt(const RootAhead& root);
+  Stride StrideTo(const RootAhead& root);
+  Moment PlaceOf(const RootAhead& root) const;
   void RequireProgress(const StepBound& bound) const;
   Real Offset(const Moment& time) const;
   std::vector<Real> SumStates(mpfr_srcptr offset) const;
@@ -65,7 +89,10 @@ class Run {
   RunSettings settings;
   StepControl control;
   mpfr_prec_t bits;
+  Domains domains;
   std::unique_ptr<Series> series;
+  std::unique_ptr<Series> atRoot;  // of a step that begins at a root, instead
+  std::vector<LineId> zeroLines;   // divisors and radicands that are 0 at `end`
   Moment start, begin, end, reach;
   bool backwards;
   bool usesTime;

@@ -10,7 +10,9 @@ struct RunSettings {
   int order;             ///< of the series, usually
   mpfr_prec_t bits;      ///< of the arithmetic
   bool disturbed;        ///< whether it moves what it rounds, so that unstable solutions show
-  double placeBits;      ///< a step shorter than 2^-placeBits of the way is the end of the way
+  /// Whether its zeros count as such where the way goes on only if they are: else ZeroInDoubt.
+  bool mayDeclareZero;
+  double placeBits;  ///< a step shorter than 2^-placeBits of the way is the end of the way
 };
 
 /// The settings of a run with a relative error of about 10^-decimals in each step, which follows

@@ -17,38 +17,6 @@ constexpr int kTermsForRadius = 5;
 constexpr int kMostOrderFactor = 6;
 /// How far it may grow to hold all terms of a line that is a polynomial by its structure.
 constexpr int kMostOrderOfPolynomial = 5000;
-/// The terms of a divisor or radicand behind the first may make up this part of it: no root then.
-constexpr double kMostOfFirstTerm = 0.9;
-/// A step that a domain bounds is tried shorter by this factor (log2).
-constexpr double kShorterLog2 = -0.25;
-/// Trials of a shorter step: beyond it the step is as good as gone.
-constexpr int kMostTrials = 200;
-
-/// Lines that must stay away from 0 within a step.
-std::vector<LineId> DomainLines(const Tape& tape)
-{
-  std::vector<LineId> found;
-  for (const Line& line : tape.lines) {
-    switch (line.kind) {
-      case LineKind::kQuotient:
-      case LineKind::kIntegralOfQuotient:
-        found.push_back(line.b);
-        break;
-      case LineKind::kSquareRoot:
-      case LineKind::kPower:
-        found.push_back(line.a);
-        break;
-      case LineKind::kAngle:
-        found.push_back(line.c);
-        break;
-      default:
-        break;
-    }
-  }
-  std::ranges::sort(found);
-  found.erase(std::unique(found.begin(), found.end()), found.end());
-  return found;
-}
 
 /// Whether the terms of a line end by its structure before the usual order.
 bool IsShortPolynomial(const Line& line, int order)
@@ -59,10 +27,7 @@ bool IsShortPolynomial(const Line& line, int order)
 }  // namespace
 
 StepControl::StepControl(const Tape& tape, const RunSettings& settings)
-    : tape(tape),
-      settings(settings),
-      domainLines(DomainLines(tape)),
-      settledLines(tape.lines.size(), false)
+    : tape(tape), settings(settings), settledLines(tape.lines.size(), false)
 {}
 
 /// Whether a line shows too few terms to tell how far its series reaches.
@@ -120,6 +85,14 @@ double StepControl::AccuracyBound(double size) const
   const double rounding = size - static_cast<double>(settings.bits);
   const double first = std::max(terms[0], rounding);
 
+  // All terms behind the first few are 0, as in sqrt((1 - t)^2) = 1 - t: like a polynomial that is
+  // one by its structure, it reaches anywhere.
+  const auto last =
+      std::find_if(terms.rbegin(), terms.rend(), [](double term) { return term > -kInfinity; });
+  const auto vanishing = last - terms.rbegin();
+  if (2 * vanishing > std::ssize(terms) && std::ssize(terms) - vanishing <= kTermsForRadius)
+    return kInfinity;
+
   double bound = kInfinity;
   int found = 0;
   for (int k = static_cast<int>(terms.size()) - 1; k > 0 && found < kTermsForRadius; --k) {
@@ -133,37 +106,6 @@ double StepControl::AccuracyBound(double size) const
     bound = std::min(bound, longest + tolerance * (usual - 1.0 / k));
   }
   return bound;
-}
-
-/// The longest step not above 2^log2 in which the terms k > 0 of a line cannot outweigh term 0.
-double StepControl::DomainBound(double log2) const
-{
-  const int order = static_cast<int>(terms.size()) - 1;
-  // Begin at the latest where the largest term equals the first one: that may be many times shorter
-  // than what bounds the step so far.
-  for (int k = 1; k <= order; ++k) log2 = std::min(log2, (terms[0] - terms[k]) / k);
-  if (log2 == kInfinity) return log2;
-  for (int trial = 0; trial < kMostTrials; ++trial) {
-    double others = 0;
-    for (int k = 1; k <= order; ++k) others += std::exp2(terms[k] + k * log2 - terms[0]);
-    if (others < kMostOfFirstTerm) return log2;
-    log2 += kShorterLog2;
-  }
-  return -kInfinity;
-}
-
-/// The line that must not pass 0 within the step lest a function jump: the argument of acot, at 0;
-/// for the angle of (x, y) the larger one of both, and y to the left of the origin, where the cut
-/// is.
-LineId StepControl::LineOfCut(const Series& series, const Line& line) const
-{
-  if (line.kind == LineKind::kIntegralOfQuotient && line.function == Operation::kAcot)
-    return line.a;
-  if (line.kind != LineKind::kAngle) return kNone;
-  Real x(2);
-  series.Term(line.b, 0, x);
-  const bool isRight = mpfr_sgn(static_cast<mpfr_srcptr>(x)) > 0;
-  return isRight && series.Log2(line.b, 0) >= series.Log2(line.a, 0) ? line.b : line.a;
 }
 
 StepBound StepControl::Choose(Series& series)
@@ -181,15 +123,6 @@ StepBound StepControl::Choose(Series& series)
     if (IsShortPolynomial(tape.lines[id], series.Order() + 1)) continue;
     ReadTerms(series, id);
     lower(AccuracyBound(sizes[id]), id);
-  }
-  const auto keepFromZero = [&](LineId id) {
-    ReadTerms(series, id);
-    lower(DomainBound(bound.log2), id);
-  };
-  for (const LineId id : domainLines) keepFromZero(id);
-  for (const Line& line : tape.lines) {
-    const LineId cut = LineOfCut(series, line);
-    if (cut != kNone) keepFromZero(cut);
   }
   return bound;
 }

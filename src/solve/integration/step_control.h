@@ -35,13 +35,10 @@ class StepControl {
   bool NeedsMoreTerms(const Series& series, LineId id);
   void ReadTerms(const Series& series, LineId id);
   double AccuracyBound(double size) const;
-  double DomainBound(double log2) const;
-  LineId LineOfCut(const Series& series, const Line& line) const;
 
   const Tape& tape;
   RunSettings settings;
-  std::vector<LineId> domainLines;  // divisors, radicands, bases: must not have a root in the step
-  std::vector<bool> settledLines;   // too few terms even at the highest order, in the step before
+  std::vector<bool> settledLines;  // too few terms even at the highest order, in the step before
   std::vector<double> sizes;
   std::vector<double> terms;  // log2 of the sizes of the terms of the line looked at
 };

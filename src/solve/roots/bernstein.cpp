@@ -103,20 +103,16 @@ Bernstein::Signs Bernstein::ReadSigns() const
   return signs;
 }
 
-int Bernstein::MostRoots() const
+bool Bernstein::IsMonotone() const
 {
-  Bernstein differences = *this;
-  for (int m = 1; differences.coefficients.size() > 1; ++m) {
-    std::vector<Real>&b = differences.coefficients, &e = differences.errors;
-    for (std::size_t i = 0; i + 1 < b.size(); ++i) {
-      mpfr_sub(b[i], b[i + 1], b[i], MPFR_RNDN);
-      mpfr_add(e[i], e[i], e[i + 1], MPFR_RNDU);
-    }
-    b.pop_back();
-    e.pop_back();
-    if (differences.ReadSigns().allEqual) return m;
+  Bernstein differences;
+  for (std::size_t i = 0; i + 1 < coefficients.size(); ++i) {
+    Real& difference = differences.coefficients.emplace_back(coefficients[i].Bits());
+    Real& error = differences.errors.emplace_back(kErrorBits);
+    mpfr_sub(difference, coefficients[i + 1], coefficients[i], MPFR_RNDN);
+    mpfr_add(error, errors[i], errors[i + 1], MPFR_RNDU);
   }
-  return static_cast<int>(coefficients.size());
+  return !differences.coefficients.empty() && differences.ReadSigns().allEqual;
 }
 
 }  // namespace varno::solve

@@ -28,9 +28,8 @@ class Bernstein {
   };
   Signs ReadSigns() const;
 
-  /// The least m > 0 such that derivative m has no root in the interval, which leaves room for m
-  /// roots at most, multiple ones counted as often; degree + 1 where there is none.
-  int MostRoots() const;
+  /// Whether the derivative has no root in the interval.
+  bool IsMonotone() const;
 
  private:
   Bernstein() = default;

@@ -9,6 +9,9 @@ namespace varno::solve {
 
 namespace {
 
+/// Roots that may be of a higher multiplicity are not looked at more closely.
+constexpr int kMostMultiplicity = 40;
+
 /// A dyadic part of [0, 1]: from place / 2^depth, 2^-depth long.
 struct Piece {
   Bernstein form;
@@ -44,7 +47,7 @@ class Isolation {
     const Bernstein::Signs signs = piece.form.ReadSigns();
     if (signs.allEqual) return;
     const bool crosses = signs.first * signs.last < 0;
-    if (signs.changeOnce || (crosses && piece.form.MostRoots() == 1)) {
+    if (signs.changeOnce || (crosses && piece.form.IsMonotone())) {
       found.push_back({piece.begin, piece.End(), signs.first, signs.last, 1});
     } else if (signs.nothingStandsOut || piece.depth >= mostDepth) {
       AddUndecided(piece, signs);
@@ -80,6 +83,20 @@ class Isolation {
   std::vector<Piece> open;
 };
 
+/// The least m > 0 such that derivative m has no root from begin to begin + width, which leaves
+/// room for m roots at most. The derivatives are those of the terms, of which the errors are known
+/// better than those of a sum that is nearly 0.
+int MostRoots(const UncertainPolynomial& polynomial, const Real& begin, const Real& width)
+{
+  UncertainPolynomial derivative = polynomial;
+  int m = 0;
+  while (++m <= kMostMultiplicity && static_cast<std::size_t>(m) <= polynomial.Degree()) {
+    derivative = Derivative(derivative);
+    if (Bernstein(Restricted(derivative, begin, width)).ReadSigns().allEqual) return m;
+  }
+  return static_cast<int>(polynomial.Degree()) + 1;
+}
+
 /// Looks at an undecided interval with some room around it: in most cases that shows the signs on
 /// both sides and how many roots there can be.
 void Classify(const UncertainPolynomial& polynomial, RootInterval& interval, const Real& from,
@@ -93,9 +110,9 @@ void Classify(const UncertainPolynomial& polynomial, RootInterval& interval, con
   mpfr_max(begin, begin, from, MPFR_RNDN);
   mpfr_min(end, end, to, MPFR_RNDN);
   mpfr_sub(width, end, begin, MPFR_RNDN);
-  const Bernstein form(Restricted(polynomial, begin, width));
-  const Bernstein::Signs signs = form.ReadSigns();
-  interval = {std::move(begin), std::move(end), signs.first, signs.last, form.MostRoots()};
+  const Bernstein::Signs signs = Bernstein(Restricted(polynomial, begin, width)).ReadSigns();
+  const int mostRoots = MostRoots(polynomial, begin, width);
+  interval = {std::move(begin), std::move(end), signs.first, signs.last, mostRoots};
 }
 
 }  // namespace

@@ -15,7 +15,8 @@ struct RootInterval {
   Real begin, end;
   /// The sign just before and behind it: -1 or 1, 0 where that is not certain, as at 0 and 1.
   int signBefore, signAfter;
-  /// There are at most so many roots, multiple ones counted as often: 1 is a simple root.
+  /// There are at most so many roots, multiple ones counted as often: 1 is a simple root; degree +
+  /// 1 where that is not known.
   int mostRoots;
 
   bool IsCrossing() const { return signBefore * signAfter < 0; }

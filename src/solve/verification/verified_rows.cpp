@@ -43,6 +43,7 @@ std::vector<RunSettings> VerifiedRows::Settings() const
   std::vector<RunSettings> settings{SettingsFor(decimals, PlaceDecimals())};
   if (wanted.check) settings.push_back(SettingsFor(decimals + kSecondRunDecimals, PlaceDecimals()));
   settings.front().disturbed = wanted.check;
+  for (RunSettings& one : settings) one.mayDeclareZero = MayDeclareZero();
   return settings;
 }
 
@@ -93,6 +94,8 @@ std::optional<VerifiedRow> VerifiedRows::Next()
       Escalate(failure);
     } catch (const Disagreement& disagreement) {
       Escalate({disagreement.time, 0, false});
+    } catch (const ZeroInDoubt& doubt) {
+      Escalate({doubt.time, wanted.digits + spareDecimals, true});
     } catch (const Singularity& singularity) {
       if (IsConfirmedEnd(singularity.time)) throw;
     } catch (const DomainError&) {
