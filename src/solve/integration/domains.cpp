@@ -64,6 +64,25 @@ Real ErrorBound(double log2)
   return bound;
 }
 
+/// Leaves out the last terms as far as they are below 2^log2 together, and counts them, and what
+/// the series itself leaves out, as an error of the last term that stays.
+void CutTail(UncertainPolynomial& polynomial, double log2)
+{
+  const Real limit = ErrorBound(log2);
+  Real tail(kErrorBits), longer(kErrorBits), term(kErrorBits);
+  while (polynomial.coefficients.size() > 1) {
+    mpfr_abs(term, polynomial.coefficients.back(), MPFR_RNDU);
+    mpfr_add(longer, tail, term, MPFR_RNDU);
+    if (mpfr_cmp(longer, limit) > 0) break;
+    tail = longer;
+    polynomial.coefficients.pop_back();
+    polynomial.errors.pop_back();
+  }
+  Real& last = polynomial.errors.back();
+  mpfr_add(last, last, tail, MPFR_RNDU);
+  mpfr_add(last, last, limit, MPFR_RNDU);
+}
+
 /// A line over a step as a polynomial on [0, 1], from term `first` on, which becomes the first one.
 /// A term is as exact as the largest of those up to it, or as the size of the line: what begins
 /// with small terms knows these to all their digits.
@@ -84,13 +103,9 @@ UncertainPolynomial OverStep(const Tape& tape, const Domains::Step& step, LineId
     largest = std::max(largest, Log2Size(coefficient));
     polynomial.errors.push_back(ErrorBound(largest + unit));
   }
-  // What the series leaves out belongs to higher orders.
   const std::int32_t degree = tape.lines[line].degree;
-  if (degree < 0 || degree > series.Order()) {
-    Real& last = polynomial.errors.back();
-    mpfr_add(last, last, ErrorBound(largest - step.settings.toleranceBits + kToleranceMarginBits),
-             MPFR_RNDU);
-  }
+  if (degree < 0 || degree > series.Order())
+    CutTail(polynomial, largest - step.settings.toleranceBits + kToleranceMarginBits);
   return polynomial;
 }
 

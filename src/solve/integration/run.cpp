@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 #include "solve/evaluation/disturbance.h"
@@ -22,6 +23,10 @@ double Log2Moment(const Moment& moment)
 
 /// A step that must not reach a place goes this part of the way (log2).
 const double kPartOfWayLog2 = std::log2(0.9);
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+/// Steps shrink when they do so by this much (log2) over so many of them.
+constexpr std::size_t kStepsLookedAt = 8;
+constexpr double kLeastShrinkingLog2 = 1;
 /// A root is taken for a simple fraction near it when that has no more than this part of the bits
 /// that it is known to.
 constexpr double kMostBitsOfFraction = 1.0 / 3;
@@ -113,13 +118,21 @@ bool Run::NoteZeroLines(const DomainError& error)
   return isNew;
 }
 
+/// The end of a way that cannot go on where a line is 0: all states are there.
+Singularity Run::EndAt(LineId zeroLine) const
+{
+  const auto user = std::ranges::find(tape.lines, zeroLine, DomainOf);
+  const NodeId node = (user != tape.lines.end() ? *user : tape.lines[zeroLine]).node;
+  return {.time = end, .node = node, .kind = SingularityKind::kDomainEdge, .bits = bits};
+}
+
 /// Begins the series where some lines are 0. Throws Singularity where none can go on from there.
 void Run::BeginAtRoot(mpfr_srcptr time)
 {
   for (;;) {
     const auto continuation =
         FindContinuation(tape, settings, bits, {time, states, backwards, scaleExponent}, zeroLines);
-    if (!continuation) throw Singularity{end, tape.lines[zeroLines.front()].node};
+    if (!continuation) throw EndAt(zeroLines.front());
     if (!continuation->isExact && !settings.mayDeclareZero) throw ZeroInDoubt{end};
     atRoot = MakeSeriesAtRoot(tape, bits, settings.order, settings.disturbed, continuation->roots);
     try {
@@ -242,15 +255,29 @@ void Run::BeginAgainAt(const RootAhead& root)
     zeroLines.push_back(line);
     isNew = true;
   }
-  if (!isNew || !root.mayGoOn) throw Singularity{end, tape.lines[root.lines.front()].node};
+  if (!isNew || !root.mayGoOn) throw EndAt(root.lines.front());
 }
 
-/// Ends the run where the step is nothing beside the way behind it.
-void Run::RequireProgress(const StepBound& bound) const
+/// Whether the steps have been shrinking to this one: those towards a singularity become shorter by
+/// a tenth or more each, while others are short because everything is fast.
+bool Run::IsShrinking(double log2) const
+{
+  if (log2 == -kInfinity) return true;
+  return latestBounds.size() == kStepsLookedAt && log2 < latestBounds.back() - kLeastShrinkingLog2;
+}
+
+/// Ends the run where the steps shrink to nothing beside the way behind it.
+void Run::RequireProgress(const StepBound& bound)
 {
   const double way = Log2Moment(end - start);
-  if (bound.log2 > way - settings.placeBits) return;
-  throw Singularity{end, bound.line == kNone ? 0 : tape.lines[bound.line].node};
+  if (bound.log2 <= way - settings.placeBits && IsShrinking(bound.log2)) {
+    Rational unit = ToMoment({.mantissa = 1, .exponent = scaleExponent}).RationalPart();
+    if (backwards) unit = -unit;
+    const NodeId node = bound.line == kNone ? 0 : tape.lines[bound.line].node;
+    throw Classify(tape, Current(), end, unit, node, bits);
+  }
+  latestBounds.push_front(bound.log2);
+  if (latestBounds.size() > kStepsLookedAt) latestBounds.pop_back();
 }
 
 /// The states at the end of a step; those that were rounded are moved where that is asked for.

@@ -1,12 +1,14 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <vector>
 
 #include "solve/evaluation/domain_error.h"
 #include "solve/integration/domains.h"
 #include "solve/integration/run_settings.h"
+#include "solve/integration/singularity.h"
 #include "solve/integration/step_control.h"
 #include "solve/integration/step_length.h"
 #include "solve/number/moment.h"
@@ -14,12 +16,6 @@
 #include "solve/tape/tape.h"
 
 namespace varno::solve {
-
-/// The end of a run in one point: the steps shrink to nothing there.
-struct Singularity {
-  Moment time;  ///< as near as the steps came
-  NodeId node;  ///< the expression that made the steps short, in the tape's graph
-};
 
 /// A run that can go on from a point only if something is 0 there, and is not exact enough to say
 /// so.
@@ -71,6 +67,7 @@ class Run {
   StepBound PrepareSeries();
   void BeginSeries(mpfr_srcptr time);
   void BeginAtRoot(mpfr_srcptr time);
+  Singularity EndAt(LineId zeroLine) const;
   bool NoteZeroLines(const DomainError& error);
   const Series& Current() const { return atRoot ? *atRoot : *series; }
   void RequireBits(mpfr_prec_t wanted);
@@ -80,7 +77,8 @@ class Run {
   void BeginAgainAt(const RootAhead& root);
   Stride StrideTo(const RootAhead& root);
   Moment PlaceOf(const RootAhead& root) const;
-  void RequireProgress(const StepBound& bound) const;
+  bool IsShrinking(double log2) const;
+  void RequireProgress(const StepBound& bound);
   Real Offset(const Moment& time) const;
   std::vector<Real> SumStates(mpfr_srcptr offset) const;
   void SumToEnd(mpfr_srcptr offset);
@@ -99,7 +97,8 @@ class Run {
   std::vector<Real> states;  // at `end`
   long scaleExponent = 0;    // of the series in use
   long nextScaleExponent = 0;
-  double stepLog2 = 0;  // of the length of the latest step
+  double stepLog2 = 0;              // of the length of the latest step
+  std::deque<double> latestBounds;  // log2 of what latest steps were allowed, the last one first
   std::int64_t steps = 0;
   int order = 0;
 };

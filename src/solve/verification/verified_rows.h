@@ -80,6 +80,7 @@ class VerifiedRows {
   struct EndSeen {
     Moment time;
     double log10Distance;
+    std::optional<Singularity> singularity;
   };
   /// Why an attempt has to be given up.
   struct Failure {
@@ -94,7 +95,8 @@ class VerifiedRows {
   VerifiedRow Judge(const Moment& time, const std::vector<std::vector<SizedNumber>>& runs) const;
   void CompareStates(const Moment& time, const Run& a, const Run& b) const;
   void Escalate(const Failure& failure);
-  bool IsConfirmedEnd(const Moment& time);
+  bool IsConfirmedEnd(const Moment& time, const std::optional<Singularity>& singularity);
+  double DecimalsOfConstants() const;
   void BeginAgain(double spare, const Moment& time);
   double PlaceDecimals() const;
   bool MayDeclareZero() const;
