@@ -9,7 +9,7 @@ namespace varno::solve {
 namespace {
 
 /// Fits to this many pairs of ratios must agree.
-constexpr int kFits = 5;
+constexpr std::size_t kFits = 5;
 /// An exponent is known when all fits agree to this, and a fraction when it is as near to one.
 constexpr double kExponentError = 1e-4;
 constexpr int kLargestDenominator = 12;
@@ -47,8 +47,8 @@ std::optional<PowerLaw> FitPowerLaw(const std::vector<Real>& terms)
   }
   PowerLaw law = FitAt(terms, last);
   if (!(mpfr_sgn(static_cast<mpfr_srcptr>(law.distance)) > 0)) return std::nullopt;
-  for (int i = 1; i < kFits; ++i) {
-    const double other = FitAt(terms, last - static_cast<std::size_t>(2 * i)).exponent;
+  for (std::size_t i = 1; i < kFits; ++i) {
+    const double other = FitAt(terms, last - 2 * i).exponent;
     if (!(std::abs(other - law.exponent) < kExponentError)) return std::nullopt;
   }
   return law;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <exception>
 #include <limits>
 #include <utility>
 
@@ -155,11 +156,11 @@ void Run::BeginSeries(mpfr_srcptr time)
     series->Begin(time, states, backwards, scaleExponent);
   } catch (const DomainError& error) {
     if (!NoteZeroLines(error)) throw;
-    const DomainError first = error;
+    const std::exception_ptr first = std::current_exception();
     try {
       BeginAtRoot(time);
     } catch (const Singularity&) {
-      throw first;
+      std::rethrow_exception(first);
     }
   }
 }
@@ -194,7 +195,7 @@ Moment Run::PlaceOf(const RootAhead& root) const
   error *= 2;
   const Moment unit = ToMoment({.mantissa = 1, .exponent = scaleExponent});
   const Moment ahead = unit * distance;
-  const Moment place = backwards ? end - ahead : end + ahead;
+  Moment place = backwards ? end - ahead : end + ahead;
   const Rational around = (unit * error).RationalPart();
   if (sgn(around) == 0) return place;
   if (!place.IsRational()) {

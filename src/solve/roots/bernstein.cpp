@@ -19,7 +19,8 @@ constexpr unsigned long kStandsOut = 16;
 Bernstein::Bernstein(const UncertainPolynomial& polynomial)
 {
   const std::size_t size = polynomial.coefficients.size();
-  const mpfr_prec_t bits = polynomial.Bits() + kGuardBits + 2 * std::bit_width(size);
+  const auto sizeBits = static_cast<mpfr_prec_t>(std::bit_width(size));
+  const mpfr_prec_t bits = polynomial.Bits() + kGuardBits + 2 * sizeBits;
   // a[k] / binomial(n, k)
   Integer binomial = 1;
   for (std::size_t k = 0; k < size; ++k) {
