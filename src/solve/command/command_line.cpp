@@ -1,5 +1,6 @@
 #include "solve/command/command_line.h"
 
+#include <algorithm>
 #include <limits>
 #include <memory>
 
@@ -20,11 +21,12 @@ constexpr std::int64_t kNoLimit = std::numeric_limits<std::int64_t>::max();
 
 /// Options that belong to the language of the command line but do nothing yet: their names are
 /// taken, so that no abbreviation changes its meaning when they come.
-constexpr const char* kFutureOptions[] = {"--events", "--plot", "--axes", "--save", "--resume"};
+constexpr const char* kFutureOptions[] = {"--events", "--save", "--resume"};
 
 /// The values of the options as they were written.
 struct Texts {
   std::string from, to, every, points, at, digits, tiny, columns, format, output;
+  std::string plot, axes, title, xLabel, yLabel;
   std::string jobs, maxSteps, maxSeconds, maxBits, future;
   std::vector<std::string> settings, sweeps, sweepFiles, files;
   bool steps = false, last = false, noCheck = false, explain = false, hold = false;
@@ -93,6 +95,7 @@ class Parser {
   std::string File() const;
   RowChoice Rows() const;
   Format OutputFormat() const;
+  std::optional<PlotRequest> Plot() const;
   Options SolverOptions() const;
 
   CLI::App app;
@@ -176,6 +179,12 @@ void Parser::AddOutputOptions()
   group = "Output";
   AddValue("--format", "FORMAT", texts.format, "table, csv or json (table)");
   AddValue("--output", "FILE", texts.output, "write the rows into a file");
+  AddValue("--plot", "FILE", texts.plot,
+           "a picture by gnuplot: .png, .svg, .pdf; -: in the terminal");
+  AddValue("--axes", "X:Y[:Z]", texts.axes, "which columns go against which (all against t)");
+  AddValue("--title", "TEXT", texts.title, "of the picture");
+  AddValue("--xlabel", "TEXT", texts.xLabel, "of its first axis (the column's name)");
+  AddValue("--ylabel", "TEXT", texts.yLabel, "of its second axis");
   AddSwitch("--hold", texts.hold, "print nothing before all rows are there");
   AddSwitch("--progress", texts.progress, "tell on standard error how far the run is");
   AddSwitch("--quiet", texts.quiet, "no notes and no summary on standard error");
@@ -217,6 +226,7 @@ std::variant<CommandLine, Information> Parser::Parse(const std::vector<std::stri
   commandLine.settings = texts.settings;
   commandLine.format = OutputFormat();
   if (IsGiven("--output")) commandLine.output = texts.output;
+  commandLine.plot = Plot();
   commandLine.sweeps = texts.sweeps;
   commandLine.sweepFiles = texts.sweepFiles;
   if (IsGiven("--jobs"))
@@ -273,6 +283,27 @@ Format Parser::OutputFormat() const
   if (texts.format == "csv") return Format::kCsv;
   if (texts.format == "json") return Format::kJson;
   throw UsageError("--format takes table, csv or json, not '" + texts.format + "'");
+}
+
+std::optional<PlotRequest> Parser::Plot() const
+{
+  if (!IsGiven("--plot")) {
+    for (const char* name : {"--axes", "--title", "--xlabel", "--ylabel"}) {
+      if (IsGiven(name)) throw UsageError(std::string(name) + " belongs to --plot");
+    }
+    return std::nullopt;
+  }
+  PlotRequest request{.file = texts.plot,
+                      .axes = {},
+                      .title = texts.title,
+                      .xLabel = texts.xLabel,
+                      .yLabel = texts.yLabel};
+  if (!IsGiven("--axes")) return request;
+  request.axes = SplitOutside(texts.axes, ':');
+  const bool hasEmpty = std::ranges::find(request.axes, "") != request.axes.end();
+  if (request.axes.size() < 2 || request.axes.size() > 3 || hasEmpty)
+    throw UsageError("--axes takes two or three columns, as in x:y, not '" + texts.axes + "'");
+  return request;
 }
 
 Options Parser::SolverOptions() const

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "solve/library/solve.h"
+#include "solve/plot/gnuplot_script.h"
 
 namespace varno::solve {
 
@@ -20,6 +21,7 @@ struct CommandLine {
   int jobs = 0;  ///< threads; 0: as many as there are cores
   Format format = Format::kTable;
   std::optional<std::string> output;  ///< a file for the rows
+  std::optional<PlotRequest> plot;
   bool explain = false;
   bool hold = false;      ///< no row before all are there
   bool progress = false;  ///< a progress line also where none would be shown

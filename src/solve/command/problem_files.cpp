@@ -13,13 +13,23 @@ namespace varno::solve {
 
 namespace {
 
-/// Rows into a file that is read would destroy it.
-void RefuseOutputIntoInput(const std::string& output, const std::string& input, const char* what)
+bool IsSameFile(const std::string& one, const std::string& other)
 {
   namespace fs = std::filesystem;
   std::error_code ignored;
-  if (fs::is_regular_file(output, ignored) && fs::equivalent(output, input, ignored))
-    throw UsageError("--output '" + output + "' is the file of the " + what);
+  return fs::is_regular_file(one, ignored) && fs::equivalent(one, other, ignored);
+}
+
+/// What goes into a file that is read would destroy it.
+void RefuseOverwriting(const std::string& option, const std::string& path,
+                       const CommandLine& commandLine)
+{
+  if (IsSameFile(path, commandLine.file))
+    throw UsageError(option + " '" + path + "' is the file of the equations");
+  for (const std::string& file : commandLine.sweepFiles) {
+    if (IsSameFile(path, file))
+      throw UsageError(option + " '" + path + "' is the file of the sweep");
+  }
 }
 
 }  // namespace
@@ -38,11 +48,13 @@ Problem ReadProblem(const CommandLine& commandLine)
 
 OutputFile OpenOutput(const CommandLine& commandLine)
 {
+  if (commandLine.plot) RefuseOverwriting("--plot", commandLine.plot->file, commandLine);
+  // A picture in the terminal takes the place of the rows.
+  if (!commandLine.output && commandLine.plot && commandLine.plot->file == "-")
+    return OutputFile::Open("/dev/null", IsInterrupted);
   if (!commandLine.output || *commandLine.output == "-")
     return OutputFile::StandardOutput(IsInterrupted);
-  RefuseOutputIntoInput(*commandLine.output, commandLine.file, "equations");
-  for (const std::string& file : commandLine.sweepFiles)
-    RefuseOutputIntoInput(*commandLine.output, file, "sweep");
+  RefuseOverwriting("--output", *commandLine.output, commandLine);
   return OutputFile::Open(*commandLine.output, IsInterrupted);
 }
 

@@ -8,6 +8,7 @@
 #include "solve/command/input_file.h"
 #include "solve/command/interruption.h"
 #include "solve/command/output_file.h"
+#include "solve/command/plotting.h"
 #include "solve/command/problem_files.h"
 #include "solve/command/progress_line.h"
 #include "solve/command/row_output.h"
@@ -20,7 +21,7 @@ namespace varno::solve {
 namespace {
 
 /// Prints row after row until the last one, or until something ends the run.
-int PrintRows(Solution& solution, RowOutput& output, ProgressLine& progressLine,
+int PrintRows(Solution& solution, RowOutput& output, Plotting& plotting, ProgressLine& progressLine,
               const Console& console)
 {
   const bool shareTerminal = console.errorsAreTerminal && output.GoesToTerminal();
@@ -30,6 +31,7 @@ int PrintRows(Solution& solution, RowOutput& output, ProgressLine& progressLine,
       if (!row) return kSuccess;
       if (shareTerminal) progressLine.Clear();
       output.Print(*row);
+      plotting.Add(*row);
     }
     progressLine.Clear();
     console.Say("interrupted");
@@ -73,11 +75,13 @@ int Solve(const CommandLine& commandLine, const Console& console)
     return kSuccess;
   }
 
+  Plotting plotting(commandLine, {}, solution.Columns());
   const Interruption interruption;
   RowOutput output(OpenOutput(commandLine), commandLine, solution);
-  const int status = PrintRows(solution, output, progressLine, console);
+  const int status = PrintRows(solution, output, plotting, progressLine, console);
   output.Finish();
   progressLine.Clear();
+  plotting.Draw();
   if (!commandLine.quiet) console.Print(SummaryText(solution.Summarise()));
   return status;
 }
@@ -93,6 +97,8 @@ int Run(const CommandLine& commandLine, const Console& console)
   } catch (const InputFileError& error) {
     console.Say(error.what());
   } catch (const UsageError& error) {
+    console.Say(error.what());
+  } catch (const PlotError& error) {
     console.Say(error.what());
   } catch (const OutputError& error) {
     console.Say(error.what());

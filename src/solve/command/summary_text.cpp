@@ -24,7 +24,11 @@ std::string SummaryText(const Summary& summary)
   std::string text = fmt::format("{}, order {}, {}\n", Counted(summary.steps, "step"),
                                  summary.order, Counted(summary.bits, "bit"));
   text += Counted(summary.digits, "digit");
-  text += summary.verified ? ", verified by a second run" : ", not verified: one run";
+  if (!summary.verified) {
+    text += ", not verified: one run";
+  } else {
+    text += summary.rows > 0 ? ", verified by a second run" : ": no row could be verified";
+  }
   if (!summary.remark.empty()) text += "; " + summary.remark;
   return text + "\n" + SecondsText(summary.seconds) + " seconds\n";
 }

@@ -15,6 +15,7 @@
 #include "solve/command/exit_status.h"
 #include "solve/command/held_text.h"
 #include "solve/command/interruption.h"
+#include "solve/command/plotting.h"
 #include "solve/command/problem_files.h"
 #include "solve/command/progress_line.h"
 #include "solve/command/row_writers.h"
@@ -78,30 +79,34 @@ std::string CombinationText(const Sweep& sweep, const Combination& combination)
 class RunPrinter {
  public:
   RunPrinter(TextSink& sink, const CommandLine& commandLine, const Solution& solution,
-             const Sweep& sweep, const Combination& combination)
+             const Sweep& sweep, const Combination& combination, std::int64_t run,
+             Plotting& plotting)
       : sink(sink),
         writer(MakeRowWriter(sink, commandLine, solution, {sweep.Names(), combination.texts})),
         isTable(commandLine.format == Format::kTable),
-        heading("# " + CombinationText(sweep, combination) + "\n")
+        label{run, CombinationText(sweep, combination), combination.texts},
+        plotting(plotting)
   {}
 
   void operator()(const Row& row)
   {
     if (!hasBegun && isTable) {
-      sink.Write(heading);
+      sink.Write("# " + label.title + "\n");
       writer->Begin();
     }
     hasBegun = true;
     values.clear();
     for (const Value& value : row.values) values.emplace_back(value.Text());
     writer->Write(row.time.Text(), values);
+    plotting.Add(row, label);
   }
 
  private:
   TextSink& sink;
   std::unique_ptr<RowWriter> writer;
   bool isTable;
-  std::string heading;
+  RunLabel label;
+  Plotting& plotting;
   bool hasBegun = false;
   std::vector<std::string_view> values;
 };
@@ -116,11 +121,12 @@ OrderedOutput::Frame MakeFrame(const CommandLine& commandLine, const Solution& s
   return {header.text, commandLine.format == Format::kTable ? "\n" : ""};
 }
 
-auto PrinterMaker(const CommandLine& commandLine, const Sweep& sweep)
+auto PrinterMaker(const CommandLine& commandLine, const Sweep& sweep, Plotting& plotting)
 {
-  return [&](TextSink& sink, const Solution& solution, const Combination& combination) -> PrintRow {
-    const auto printer =
-        std::make_shared<RunPrinter>(sink, commandLine, solution, sweep, combination);
+  return [&](TextSink& sink, const Solution& solution, std::int64_t run,
+             const Combination& combination) -> PrintRow {
+    const auto printer = std::make_shared<RunPrinter>(sink, commandLine, solution, sweep,
+                                                      combination, run, plotting);
     return [printer](const Row& row) { (*printer)(row); };
   };
 }
@@ -173,6 +179,7 @@ int SolveSweep(const CommandLine& commandLine, const Problem& problem, const Con
   const Options options = RunOptions(commandLine);
   // Wrong options are told once, and before anything is written.
   const Solution asWritten(problem, options);
+  Plotting plotting(commandLine, sweep.Names(), asWritten.Columns());
   OutputFile file = OpenOutput(commandLine);
 
   const Interruption interruption;
@@ -186,7 +193,7 @@ int SolveSweep(const CommandLine& commandLine, const Problem& problem, const Con
                        .sweep = sweep,
                        .options = options,
                        .jobs = Jobs(commandLine),
-                       .makePrinter = PrinterMaker(commandLine, sweep),
+                       .makePrinter = PrinterMaker(commandLine, sweep, plotting),
                        .message = MessageMaker(sweep),
                        .progress = [&](std::int64_t done) {
                          screen.Update({done, sweep.Count(), seconds()});
@@ -195,6 +202,7 @@ int SolveSweep(const CommandLine& commandLine, const Problem& problem, const Con
   file.Write(held.text);
   file.Close();
   progressLine.Clear();
+  plotting.Draw();
   if (!commandLine.quiet) console.Print(SummaryText(result, sweep.Count(), options, seconds()));
   return Status(result);
 }

@@ -139,7 +139,9 @@ Real EvaluateConstant(const Graph& graph, NodeId node, mpfr_prec_t bits,
 {
   for (mpfr_prec_t guard = kFirstGuardBits;; guard *= 4) {
     Evaluator evaluator(graph, {node}, bits + guard, parameters);
+    mpfr_clear_underflow();
     evaluator.Evaluate(nullptr, {});
+    if (mpfr_underflow_p() != 0) throw DomainError{Outcome::kTooSmall, node, Real(bits)};
     evaluator.EvaluateSizes({});
     const double cancelled = evaluator.Size(0) - Log2Size(evaluator[0]);
     const bool isExact =

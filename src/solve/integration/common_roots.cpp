@@ -8,7 +8,7 @@
 #include "solve/evaluation/size.h"
 #include "solve/integration/domains.h"
 #include "solve/integration/line_sizes.h"
-#include "solve/tape/operands.h"
+#include "solve/tape/below.h"
 
 namespace varno::solve {
 

@@ -186,10 +186,14 @@ bool Domains::MayGoOn(const Step& step, const Root& root) const
 std::optional<RootAhead> Domains::FirstRoot(const Step& step) const
 {
   std::vector<Root> roots;
-  for (const LineId line : lines) AddRoot(step, line, roots);
+  for (const LineId line : lines) {
+    const bool counts =
+        std::ranges::any_of(users[line], [&](LineId user) { return !step.LeavesOut(user); });
+    if (counts) AddRoot(step, line, roots);
+  }
   const std::size_t atDomains = roots.size();
-  for (const Line& line : tape.lines) {
-    const LineId cut = LineOfCut(step.series, line);
+  for (LineId id = 0; id < tape.lines.size(); ++id) {
+    const LineId cut = step.LeavesOut(id) ? kNone : LineOfCut(step.series, tape.lines[id]);
     if (cut != kNone) AddRoot(step, cut, roots);
   }
   if (roots.empty()) return std::nullopt;

@@ -39,6 +39,9 @@ class Domains {
     const std::vector<double>& sizes;  ///< log2 of the sizes of all lines at its start
     mpfr_srcptr length;                ///< in units of the series' scale
     const RunSettings& settings;
+    const std::vector<bool>* leftOut = nullptr;  ///< lines that do not count; null: none
+
+    bool LeavesOut(LineId line) const { return leftOut != nullptr && (*leftOut)[line]; }
   };
   /// The first root in a step.
   std::optional<RootAhead> FirstRoot(const Step& step) const;

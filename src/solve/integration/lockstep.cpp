@@ -9,13 +9,13 @@ namespace varno::solve {
 
 Lockstep::Lockstep(const Tape& tape, const std::vector<RunSettings>& settings, const Moment& start,
                    const std::vector<std::vector<Real>>& states, const Moment& reach,
-                   StepWatch watch, Compare compare)
+                   StepWatch watch, const Poll& poll, Compare compare)
     : reach(reach), watch(std::move(watch)), compare(std::move(compare))
 {
   ends.resize(settings.size());
   runs.reserve(settings.size());
   for (std::size_t i = 0; i < settings.size(); ++i)
-    runs.emplace_back(tape, settings[i], start, states[i], reach);
+    runs.emplace_back(tape, settings[i], start, states[i], reach, poll);
 }
 
 /// The run that is farthest behind among those that have not ended; null when all have.

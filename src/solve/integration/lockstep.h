@@ -34,10 +34,10 @@ class Lockstep {
   /// Called when two runs have reached a time that ends a step of one of them.
   using Compare = std::function<void(const Moment&, const Run&, const Run&)>;
 
-  /// The tape must outlive the runs.
+  /// The tape must outlive the runs. `watch` is called after each step, `poll` within them.
   Lockstep(const Tape& tape, const std::vector<RunSettings>& settings, const Moment& start,
            const std::vector<std::vector<Real>>& states, const Moment& reach, StepWatch watch,
-           Compare compare);
+           const Poll& poll, Compare compare);
 
   /// Integrates until every run has reached the time; the latest steps of all of them hold it then,
   /// if times come in order. Throws DomainError or Singularity where all runs end alike,

@@ -13,7 +13,7 @@ Path::Path(Problem given, std::vector<Moment> earlyTimes)
 void Path::Depart(const Moment& reach)
 {
   lockstep.emplace(problem.tape, problem.settings, problem.interval.start, problem.startStates,
-                   reach, problem.watch, problem.compare);
+                   reach, problem.watch, problem.poll, problem.compare);
 }
 
 std::vector<SizedStates> Path::LatestStates(const Moment& time) const

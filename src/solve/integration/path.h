@@ -25,6 +25,7 @@ class Path {
     std::vector<RunSettings> settings;
     std::vector<std::vector<Real>> startStates;
     StepWatch watch;
+    Poll poll;
     Lockstep::Compare compare;
   };
 

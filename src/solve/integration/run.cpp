@@ -9,6 +9,7 @@
 #include "solve/evaluation/disturbance.h"
 #include "solve/evaluation/size.h"
 #include "solve/integration/common_roots.h"
+#include "solve/integration/resolution.h"
 #include "solve/number/simplest_rational.h"
 
 namespace varno::solve {
@@ -32,8 +33,8 @@ constexpr double kLeastShrinkingLog2 = 1;
 /// that it is known to.
 constexpr double kMostBitsOfFraction = 1.0 / 3;
 
-/// When time needs more precision, some more is taken at once, so that this is rare.
-constexpr mpfr_prec_t kSpareTimeBits = 64;
+/// When a step needs more precision, some more is taken at once, so that this is rare.
+constexpr double kSpareBits = 64;
 
 bool HasTimeLine(const Tape& tape)
 {
@@ -66,10 +67,11 @@ Moment ToMoment(const StepLength& length)
 }  // namespace
 
 Run::Run(const Tape& tape, const RunSettings& settings, const Moment& start,
-         std::vector<Real> initial, const Moment& reach)
+         std::vector<Real> initial, const Moment& reach, Poll poll)
     : tape(tape),
       settings(settings),
       control(tape, settings),
+      poll(std::move(poll)),
       bits(settings.bits),
       domains(tape),
       start(start),
@@ -80,27 +82,52 @@ Run::Run(const Tape& tape, const RunSettings& settings, const Moment& start,
       usesTime(HasTimeLine(tape)),
       states(std::move(initial))
 {
-  RequireBits(settings.bits + (usesTime ? BitsForTime(Log2Moment(reach - start)) : 0));
+  const double forTime = usesTime ? BitsForTime(Log2Moment(reach - start)) : 0;
+  RequireBits(static_cast<double>(settings.bits) + forTime);
+  for (const Real& state : states) stateSizes.push_back(Log2Size(state));
 }
 
 /// How many bits the time takes more than a step of this length.
-mpfr_prec_t Run::BitsForTime(double lengthLog2) const
+double Run::BitsForTime(double lengthLog2) const
 {
   const double time = std::max(Log2Moment(end), Log2Moment(reach));
   if (!std::isfinite(time) || !std::isfinite(lengthLog2)) return 0;
-  return static_cast<mpfr_prec_t>(std::ceil(std::max(0.0, time - lengthLog2)));
+  return std::ceil(std::max(0.0, time - lengthLog2));
 }
 
 /// Computes with at least this precision from now on.
-void Run::RequireBits(mpfr_prec_t wanted)
+void Run::RequireBits(double wanted)
 {
-  if (series != nullptr && wanted <= bits) return;
-  bits = std::max(bits, wanted);
-  series = MakeSeries(tape, bits, settings.order, settings.disturbed);
+  if (series != nullptr && wanted <= static_cast<double>(bits)) return;
+  if (wanted > static_cast<double>(settings.mostBits)) throw PrecisionExhausted{end};
+  bits = std::max(bits, static_cast<mpfr_prec_t>(std::ceil(wanted)));
+  series = MakeSeries(tape, bits, settings.order, settings.disturbed, poll);
+  exemptionRule.emplace(tape, settings, bits);
   for (Real& state : states) {
     Real wider(bits);
     mpfr_set(wider, state, MPFR_RNDN);
     state = std::move(wider);
+  }
+}
+
+/// The precision that a step of this length needs.
+double Run::NeededBits(const StepBound& bound) const
+{
+  if (std::isinf(bound.log2) && bound.log2 < 0) return 0;
+  const double forTime =
+      usesTime ? static_cast<double>(settings.bits) + BitsForTime(bound.log2) : 0;
+  const StepStart start{states, stateSizes, control.Sizes(), ChooseLength(bound).Log2()};
+  return std::max(forTime, BitsForDerivatives(tape, Current(), start, settings, bits));
+}
+
+/// The series about `end` with enough bits, and what it allows.
+StepBound Run::PrepareStep()
+{
+  for (;;) {
+    const StepBound bound = PrepareSeries();
+    const double needed = NeededBits(bound);
+    if (needed <= static_cast<double>(bits)) return bound;
+    RequireBits(needed + kSpareBits);
   }
 }
 
@@ -135,7 +162,8 @@ void Run::BeginAtRoot(mpfr_srcptr time)
         FindContinuation(tape, settings, bits, {time, states, backwards, scaleExponent}, zeroLines);
     if (!continuation) throw EndAt(zeroLines.front());
     if (!continuation->isExact && !settings.mayDeclareZero) throw ZeroInDoubt{end};
-    atRoot = MakeSeriesAtRoot(tape, bits, settings.order, settings.disturbed, continuation->roots);
+    atRoot =
+        MakeSeriesAtRoot(tape, bits, settings.order, settings.disturbed, continuation->roots, poll);
     try {
       atRoot->Begin(time, states, backwards, scaleExponent);
       return;
@@ -145,7 +173,7 @@ void Run::BeginAtRoot(mpfr_srcptr time)
   }
 }
 
-void Run::BeginSeries(mpfr_srcptr time)
+void Run::BeginLines(mpfr_srcptr time, const std::vector<bool>& leftOut)
 {
   atRoot.reset();
   if (!zeroLines.empty()) {
@@ -153,6 +181,7 @@ void Run::BeginSeries(mpfr_srcptr time)
     return;
   }
   try {
+    series->LeaveOut(leftOut);
     series->Begin(time, states, backwards, scaleExponent);
   } catch (const DomainError& error) {
     if (!NoteZeroLines(error)) throw;
@@ -165,25 +194,46 @@ void Run::BeginSeries(mpfr_srcptr time)
   }
 }
 
+/// The series about `end` without some lines, and what it allows.
+StepBound Run::BeginSeries(mpfr_srcptr time, const std::vector<bool>& leftOut)
+{
+  BeginLines(time, leftOut);
+  StepBound bound = control.Choose(Current(), leftOut);
+  bound.log2 += static_cast<double>(scaleExponent);
+  return bound;
+}
+
 /// The series about `end`, and what it allows.
 StepBound Run::PrepareSeries()
 {
   Real time(bits);
   end.Evaluate(time);
   scaleExponent = nextScaleExponent;
-  BeginSeries(time);
-  StepBound bound = control.Choose(atRoot ? *atRoot : *series);
-  bound.log2 += static_cast<double>(scaleExponent);
-  return bound;
+  exemption.reset();
+  const StepBound bound = BeginSeries(time, std::vector<bool>(tape.lines.size(), false));
+  if (atRoot) return bound;
+  exemption = exemptionRule->Find(*series, control,
+                                  {.time = time,
+                                   .states = states,
+                                   .backwards = backwards,
+                                   .scaleExponent = scaleExponent,
+                                   .longestLog2 = LongestStepLog2()});
+  if (!exemption) return bound;
+  const StepBound longer = BeginSeries(time, exemption->leftOut);
+  return {std::min(longer.log2, exemption->longestLog2), bound.line};
+}
+
+/// Where nothing bounds the step it may go well beyond the end, but not for ever: a power of 2, so
+/// that it does not depend on where exactly the rows end.
+double Run::LongestStepLog2() const
+{
+  const double remaining = Log2Moment(reach - end);
+  return std::isfinite(remaining) ? std::ceil(remaining) + 1 : 0;
 }
 
 StepLength Run::ChooseLength(const StepBound& bound) const
 {
-  // Where nothing bounds the step it may go well beyond the end, but not for ever: a power of 2, so
-  // that it does not depend on where exactly the rows end.
-  const double remaining = Log2Moment(reach - end);
-  const double longest = std::isfinite(remaining) ? std::ceil(remaining) + 1 : 0;
-  return StepLength::AtMost(std::min(bound.log2, longest));
+  return StepLength::AtMost(std::min(bound.log2, LongestStepLog2()));
 }
 
 /// The time of a root: a simple fraction where one lies so near that this cannot be by chance.
@@ -221,18 +271,25 @@ Run::Stride Run::StrideTo(const RootAhead& root)
   return {std::move(offset), advance, Log2Moment(advance)};
 }
 
+/// The lines that the step at hand leaves out; null: none.
+const std::vector<bool>* Run::LeftOut() const
+{
+  return exemption ? &exemption->leftOut : nullptr;
+}
+
 /// How far the step goes: as far as its terms allow, and not over a root.
 Run::Stride Run::ChooseStride(StepBound& bound)
 {
   for (;;) {
+    if (bound.log2 == -kInfinity) RequireProgress(bound);
     const StepLength length = ChooseLength(bound);
     Stride stride{Real(64), ToMoment(length), length.Log2()};
     length.InUnits(scaleExponent, stride.offset);
     std::optional<RootAhead> root =
-        domains.FirstRoot({Current(), control.Sizes(), stride.offset, settings});
+        domains.FirstRoot({Current(), control.Sizes(), stride.offset, settings, LeftOut()});
     if (root && IsAtStart(*root)) {
       BeginAgainAt(*root);
-      bound = PrepareSeries();
+      bound = PrepareStep();
       continue;
     }
     zeroLines.clear();
@@ -295,6 +352,21 @@ void Run::SumToEnd(mpfr_srcptr offset)
   states = std::move(sums);
 }
 
+/// What was exempt is an error, not 0: the disturbed run and the other one move by its bound to
+/// either side, so that they show what becomes of it.
+void Run::ShiftByExemption()
+{
+  for (std::size_t i = 0; i < states.size(); ++i) {
+    const Real& bound = exemption->deviation.states[i];
+    if (bound.IsZero()) continue;
+    if (settings.disturbed) {
+      mpfr_add(states[i], states[i], bound, MPFR_RNDU);
+    } else {
+      mpfr_sub(states[i], states[i], bound, MPFR_RNDD);
+    }
+  }
+}
+
 std::vector<Real> Run::SumStates(mpfr_srcptr offset) const
 {
   std::vector<Real> sums(states.size(), Real(bits));
@@ -305,18 +377,12 @@ std::vector<Real> Run::SumStates(mpfr_srcptr offset) const
 
 void Run::Step()
 {
-  StepBound bound = PrepareSeries();
-  if (usesTime) {
-    const mpfr_prec_t needed = settings.bits + BitsForTime(bound.log2);
-    if (needed > bits) {
-      RequireBits(needed + kSpareTimeBits);
-      bound = PrepareSeries();
-    }
-  }
+  StepBound bound = PrepareStep();
   const Stride stride = ChooseStride(bound);
   RequireProgress(bound);
 
   SumToEnd(stride.offset);
+  if (exemption) ShiftByExemption();
   begin = end;
   end = backwards ? end - stride.advance : end + stride.advance;
   // A step that ends at a root says little about the next one.
@@ -324,6 +390,7 @@ void Run::Step()
   nextScaleExponent = landed ? scaleExponent : static_cast<long>(std::floor(stride.log2));
   stepLog2 = stride.log2;
   order = Current().Order();
+  stateSizes = SizesOverStep();
   ++steps;
 }
 
@@ -341,13 +408,9 @@ std::vector<Real> Run::StatesAt(const Moment& time) const
   return time == end ? states : SumStates(Offset(time));
 }
 
-std::vector<double> Run::StateSizes() const
+std::vector<double> Run::SizesOverStep() const
 {
   std::vector<double> sizes;
-  if (steps == 0) {
-    for (const Real& state : states) sizes.push_back(Log2Size(state));
-    return sizes;
-  }
   const double offset = stepLog2 - static_cast<double>(scaleExponent);
   for (LineId state = 0; state < states.size(); ++state) {
     double size = control.Sizes()[tape.rightHandSides[state]] + stepLog2;

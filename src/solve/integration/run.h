@@ -3,10 +3,12 @@
 #include <cstdint>
 #include <deque>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "solve/evaluation/domain_error.h"
 #include "solve/integration/domains.h"
+#include "solve/integration/exemption.h"
 #include "solve/integration/run_settings.h"
 #include "solve/integration/singularity.h"
 #include "solve/integration/step_control.h"
@@ -23,6 +25,11 @@ struct ZeroInDoubt {
   Moment time;
 };
 
+/// A run needs a higher precision than it may take.
+struct PrecisionExhausted {
+  Moment time;
+};
+
 /// One integration of a tape from one point in one direction, step by step.
 ///
 /// A run knows nothing of rows: it goes its own steps, and the series of the latest step gives the
@@ -31,12 +38,12 @@ class Run {
  public:
   /// Begins at `start` with these states. The tape must outlive the run. `reach` is how far the
   /// run will be asked to go at most; it bounds a step that nothing else bounds. Throws
-  /// DomainError where a constant has no value.
+  /// DomainError where a constant has no value. `poll` is called within each step.
   Run(const Tape& tape, const RunSettings& settings, const Moment& start, std::vector<Real> states,
-      const Moment& reach);
+      const Moment& reach, Poll poll = {});
 
-  /// Makes one step. Throws DomainError, Singularity or ZeroInDoubt; End() and the states there
-  /// stay then.
+  /// Makes one step. Throws DomainError, Singularity, ZeroInDoubt or PrecisionExhausted; End() and
+  /// the states there stay then.
   void Step();
 
   /// The latest step is from Begin() to End(), both at the start before the first one.
@@ -50,7 +57,7 @@ class Run {
   /// log2 of the sizes of the states over the latest step: the largest terms of their sums, and
   /// what the size of the derivative makes of the step. What is far below it may be the rest of a
   /// cancellation.
-  std::vector<double> StateSizes() const;
+  const std::vector<double>& StateSizes() const { return stateSizes; }
 
   std::int64_t Steps() const { return steps; }
   int Order() const { return order; }
@@ -64,14 +71,21 @@ class Run {
     double log2;
   };
 
+  StepBound PrepareStep();
   StepBound PrepareSeries();
-  void BeginSeries(mpfr_srcptr time);
+  void RequireBits(double wanted);
+  double NeededBits(const StepBound& bound) const;
+  double BitsForTime(double lengthLog2) const;
+  std::vector<double> SizesOverStep() const;
+  StepBound BeginSeries(mpfr_srcptr time, const std::vector<bool>& leftOut);
+  void BeginLines(mpfr_srcptr time, const std::vector<bool>& leftOut);
   void BeginAtRoot(mpfr_srcptr time);
   Singularity EndAt(LineId zeroLine) const;
   bool NoteZeroLines(const DomainError& error);
+  Series& Current() { return atRoot ? *atRoot : *series; }
   const Series& Current() const { return atRoot ? *atRoot : *series; }
-  void RequireBits(mpfr_prec_t wanted);
-  mpfr_prec_t BitsForTime(double lengthLog2) const;
+  double LongestStepLog2() const;
+  const std::vector<bool>* LeftOut() const;
   StepLength ChooseLength(const StepBound& bound) const;
   Stride ChooseStride(StepBound& bound);
   void BeginAgainAt(const RootAhead& root);
@@ -82,20 +96,25 @@ class Run {
   Real Offset(const Moment& time) const;
   std::vector<Real> SumStates(mpfr_srcptr offset) const;
   void SumToEnd(mpfr_srcptr offset);
+  void ShiftByExemption();
 
   const Tape& tape;
   RunSettings settings;
   StepControl control;
+  Poll poll;
   mpfr_prec_t bits;
   Domains domains;
   std::unique_ptr<Series> series;
   std::unique_ptr<Series> atRoot;  // of a step that begins at a root, instead
   std::vector<LineId> zeroLines;   // divisors and radicands that are 0 at `end`
+  std::optional<ExemptionRule> exemptionRule;
+  std::optional<Exemption> exemption;  // of the step at hand
   Moment start, begin, end, reach;
   bool backwards;
   bool usesTime;
-  std::vector<Real> states;  // at `end`
-  long scaleExponent = 0;    // of the series in use
+  std::vector<Real> states;        // at `end`
+  std::vector<double> stateSizes;  // over the latest step
+  long scaleExponent = 0;          // of the series in use
   long nextScaleExponent = 0;
   double stepLog2 = 0;              // of the length of the latest step
   std::deque<double> latestBounds;  // log2 of what latest steps were allowed, the last one first

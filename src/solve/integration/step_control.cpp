@@ -3,8 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <optional>
 
+#include "solve/integration/leading_terms.h"
 #include "solve/integration/line_sizes.h"
+#include "solve/integration/tape_cut.h"
 
 namespace varno::solve {
 
@@ -15,8 +18,19 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr int kTermsForRadius = 5;
 /// How far the order may grow beyond the usual one for lines whose terms vanish.
 constexpr int kMostOrderFactor = 6;
-/// How far it may grow to hold all terms of a line that is a polynomial by its structure.
-constexpr int kMostOrderOfPolynomial = 5000;
+/// How far it may grow to hold all terms of a line that is a polynomial by its structure, or to
+/// reach a first term that is known not to be 0.
+constexpr int kMostKnownOrder = 5000;
+/// A line that begins with more vanishing terms than this is flat: the order counts from its first
+/// term that is not 0.
+constexpr int kMostVanishingTerms = 5;
+
+/// How many terms vanish before the first that does not.
+int VanishingTerms(const std::vector<double>& terms)
+{
+  const auto first = std::ranges::find_if(terms, [](double term) { return term > -kInfinity; });
+  return static_cast<int>(first - terms.begin());
+}
 
 /// Whether the terms of a line end by its structure before the usual order.
 bool IsShortPolynomial(const Line& line, int order)
@@ -30,7 +44,8 @@ StepControl::StepControl(const Tape& tape, const RunSettings& settings)
     : tape(tape), settings(settings), settledLines(tape.lines.size(), false)
 {}
 
-/// Whether a line shows too few terms to tell how far its series reaches.
+/// Whether a line shows too few terms to tell how far its series reaches: less than five, or, of
+/// one that begins with vanishing terms, less than the usual order behind these.
 bool StepControl::NeedsMoreTerms(const Series& series, LineId id)
 {
   if (IsShortPolynomial(tape.lines[id], series.Order() + 1)) return false;
@@ -38,27 +53,34 @@ bool StepControl::NeedsMoreTerms(const Series& series, LineId id)
   for (int k = series.Order(); k > 0 && found < kTermsForRadius; --k) {
     if (series.Log2(id, k) > -kInfinity) ++found;
   }
-  if (found >= kTermsForRadius) {
-    settledLines[id] = false;
-    return false;
-  }
-  return !settledLines[id];
+  if (found < kTermsForRadius) return !settledLines[id];
+  settledLines[id] = false;
+  int first = 0;
+  while (series.Log2(id, first) == -kInfinity) ++first;
+  return first > kMostVanishingTerms && series.Order() < first + settings.order;
 }
 
-/// The order up to which the terms of a line that vanish are followed. A polynomial, such as
-/// t^1000, is followed to its end: however many of its terms vanish, it is known not to be 0.
-int StepControl::MostOrder(const Line& line) const
+/// The order up to which the terms of a line that vanish are followed. Where it is known by the
+/// structure how far that is, as with t^1000 or sin(t)^1000, they are followed to their end:
+/// however many they are, the line is not 0.
+int StepControl::MostOrder(const Series& series, LineId id) const
 {
-  const int usual = kMostOrderFactor * settings.order;
-  return line.degree > usual && line.degree <= kMostOrderOfPolynomial ? line.degree : usual;
+  const int usual = kMostOrderFactor * settings.order, degree = tape.lines[id].degree;
+  if (degree > usual && degree <= kMostKnownOrder) return degree;
+  const std::optional<int> first = LeadingTerms(tape, series)[id];
+  const int needed = first && *first <= kMostKnownOrder ? *first + settings.order : 0;
+  return std::max(usual, needed);
 }
 
 /// Raises the order until every line shows enough terms, or to the highest. A line that shows none
 /// even there is taken for what it seems in the steps that follow, until it moves.
-void StepControl::ExtendFlatLines(Series& series)
+void StepControl::ExtendFlatLines(Series& series, const std::vector<bool>& leftOut)
 {
+  const bool isWhole = std::ranges::find(leftOut, true) == leftOut.end();
+  const std::vector<bool> still = isWhole ? leftOut : StillLines(tape, leftOut);
   for (LineId id = 0; id < tape.lines.size(); ++id) {
-    const int most = MostOrder(tape.lines[id]);
+    if (still[id] || !NeedsMoreTerms(series, id)) continue;
+    const int most = MostOrder(series, id);
     while (NeedsMoreTerms(series, id)) {
       if (series.Order() >= most) {
         settledLines[id] = true;
@@ -76,7 +98,8 @@ void StepControl::ReadTerms(const Series& series, LineId id)
 }
 
 /// log2 of the longest step for which the terms of a line fall as they should: the least over its
-/// last orders k of  max over j < k of (tol |c_j| / |c_k|)^(1/(k-j)) * tol^(1/p - 1/k).
+/// last orders k of  max over j < k of (tol |c_j| / |c_k|)^(1/(k-j)) * tol^(1/p - 1/k), where k
+/// counts from the first term that is not 0 in a flat line.
 double StepControl::AccuracyBound(double size) const
 {
   const double tolerance = -settings.toleranceBits;
@@ -92,6 +115,8 @@ double StepControl::AccuracyBound(double size) const
   const auto vanishing = last - terms.rbegin();
   if (2 * vanishing > std::ssize(terms) && std::ssize(terms) - vanishing <= kTermsForRadius)
     return kInfinity;
+  const int leading = VanishingTerms(terms);
+  const int begin = leading > kMostVanishingTerms ? leading : 0;
 
   double bound = kInfinity;
   int found = 0;
@@ -103,24 +128,27 @@ double StepControl::AccuracyBound(double size) const
       longest = std::max(longest, (tolerance + terms[j] - terms[k]) / (k - j));
     // The first of all terms that are not zero says nothing by itself.
     if (longest == -kInfinity) continue;
-    bound = std::min(bound, longest + tolerance * (usual - 1.0 / k));
+    bound = std::min(bound, longest + tolerance * (usual - 1.0 / (k - begin)));
   }
   return bound;
 }
 
-StepBound StepControl::Choose(Series& series)
+StepBound StepControl::Choose(Series& series, const std::vector<bool>& leftOut)
 {
   series.ExtendTo(settings.order);
-  ExtendFlatLines(series);
+  ExtendFlatLines(series, leftOut);
   sizes = LineSizes(tape, series);
 
   StepBound bound{kInfinity, kNone};
+  lineBounds.assign(tape.lines.size(), kInfinity);
   const auto lower = [&](double log2, LineId id) {
     // NaN, from terms that are no numbers, counts as no step at all.
-    if (!(log2 >= bound.log2)) bound = {std::isnan(log2) ? -kInfinity : log2, id};
+    if (std::isnan(log2)) log2 = -kInfinity;
+    lineBounds[id] = std::min(lineBounds[id], log2);
+    if (log2 < bound.log2) bound = {log2, id};
   };
   for (LineId id = 0; id < tape.lines.size(); ++id) {
-    if (IsShortPolynomial(tape.lines[id], series.Order() + 1)) continue;
+    if (leftOut[id] || IsShortPolynomial(tape.lines[id], series.Order() + 1)) continue;
     ReadTerms(series, id);
     lower(AccuracyBound(sizes[id]), id);
   }

@@ -24,14 +24,17 @@ class StepControl {
  public:
   StepControl(const Tape& tape, const RunSettings& settings);
 
-  /// Extends the series, begun, to the order that the step needs, and bounds the step.
-  StepBound Choose(Series& series);
+  /// Extends the series, begun, to the order that the step needs, and bounds the step. Lines that
+  /// the series leaves out do not count; one entry for each line.
+  StepBound Choose(Series& series, const std::vector<bool>& leftOut);
+  /// What each line allows of the step chosen last, log2 in units of the series' scale.
+  const std::vector<double>& LineBounds() const { return lineBounds; }
   /// log2 of the sizes of all lines at the start of the step chosen last.
   const std::vector<double>& Sizes() const { return sizes; }
 
  private:
-  void ExtendFlatLines(Series& series);
-  int MostOrder(const Line& line) const;
+  void ExtendFlatLines(Series& series, const std::vector<bool>& leftOut);
+  int MostOrder(const Series& series, LineId id) const;
   bool NeedsMoreTerms(const Series& series, LineId id);
   void ReadTerms(const Series& series, LineId id);
   double AccuracyBound(double size) const;
@@ -40,6 +43,7 @@ class StepControl {
   RunSettings settings;
   std::vector<bool> settledLines;  // too few terms even at the highest order, in the step before
   std::vector<double> sizes;
+  std::vector<double> lineBounds;
   std::vector<double> terms;  // log2 of the sizes of the terms of the line looked at
 };
 

@@ -22,6 +22,8 @@ std::string Reason(const Graph& graph, const DomainError& error)
   switch (error.outcome) {
     case Outcome::kOutOfRange:
       return "is too large for the arithmetic";
+    case Outcome::kTooSmall:
+      return "is too small for the arithmetic";
     case Outcome::kNoSeries:
       return "has no Taylor series, because it is a root or power of 0,";
     case Outcome::kUndefined:
@@ -65,7 +67,8 @@ RunEnded Ends::Of(const DomainError& error, const Moment& time) const
   const std::string message =
       fmt::format("'{}' {} at t = {}{}", sources.Text(node.place), Reason(graph, error),
                   TimeText(time), mayBranch ? ": the solution may not be unique" : "");
-  const bool outOfRange = error.outcome == Outcome::kOutOfRange;
+  const bool outOfRange =
+      error.outcome == Outcome::kOutOfRange || error.outcome == Outcome::kTooSmall;
   return {outOfRange ? EndReason::kOutOfRange : EndReason::kLostDomain,
           Described(error.node, message)};
 }

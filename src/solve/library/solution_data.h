@@ -31,6 +31,8 @@ struct Solution::Implementation {
   Interval MakeInterval();
   RowSchedule MakeSchedule();
   void Watch(const Run& run) const;
+  void EndWhereAsked() const;
+  Moment Reached() const;
   Row MakeRow(const VerifiedRow& row) const;
   Value MakeValue(const RowNumber& number) const;
   RunEnded WrongRowEnd(const Moment& time) const;

@@ -141,13 +141,13 @@ struct Options {
   RowChoice rows = RowsPoints{};
   int digits = 15;               ///< significant digits of each number, 1 to 10,000
   std::string tiny = "1e-1000";  ///< what is smaller counts as 0; a decimal number
-  std::vector<std::string> columns =
-      {};             ///< names, in this order; empty: all, in the order of the file
+  /// Names, in this order; empty: all, in the order of the file.
+  std::vector<std::string> columns = {};
   bool check = true;  ///< two runs instead of one
   std::optional<std::int64_t> maxSteps = {};
   std::optional<double> maxSeconds = {};
-  long maxBits = 1L << 20;                             ///< the highest precision to try
-  std::function<bool()> interrupted = {};              ///< asked after each step: true ends the run
+  long maxBits = 1L << 20;                 ///< the highest precision to try
+  std::function<bool()> interrupted = {};  ///< asked many times a second: true ends the run
   std::function<void(const Progress&)> progress = {};  ///< called after each step
 };
 
@@ -182,7 +182,8 @@ struct Summary {
   int order = 0;          ///< of the latest step
   long bits = 0;          ///< of the arithmetic
   int digits = 0;         ///< asked for
-  bool verified = false;  ///< by a second run
+  std::int64_t rows = 0;  ///< given so far
+  bool verified = false;  ///< whether a second run verified each of them
   double seconds = 0;     ///< wall time
   std::string remark;     ///< a further sentence; usually empty
 };

@@ -1,13 +1,14 @@
 #include "solve/series/mpfr_series.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "solve/evaluation/disturbance.h"
 #include "solve/evaluation/domain_error.h"
 #include "solve/evaluation/elementary.h"
 #include "solve/evaluation/evaluator.h"
 #include "solve/evaluation/size.h"
-#include "solve/tape/operands.h"
+#include "solve/tape/below.h"
 
 namespace varno::solve {
 
@@ -42,9 +43,10 @@ std::vector<bool> NeedDerivatives(const Tape& tape)
 }  // namespace
 
 MpfrSeries::MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder, bool disturbed,
-                       const std::vector<CommonRoot>& roots)
+                       Poll poll, const std::vector<CommonRoot>& roots)
     : tape(tape),
       bits(bits),
+      leftOut(tape.lines.size(), false),
       terms(tape.lines.size(), usualOrder + 2, bits),
       derivativeRows(tape.lines.size(), kNone),
       derivatives(0, usualOrder + 2, bits),
@@ -53,6 +55,7 @@ MpfrSeries::MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder, bool 
       product(bits),
       sum(bits),
       weighted(bits),
+      poll(std::move(poll)),
       rootOrders(tape.lines.size(), 0),
       headStarts(tape.lines.size(), 0)
 {
@@ -97,6 +100,7 @@ void MpfrSeries::SetHeadStarts()
 void MpfrSeries::ComputeConstants(bool disturbed)
 {
   for (const NodeId constant : tape.constants) {
+    if (poll) poll();
     constants.push_back(EvaluateConstant(tape.graph, constant, bits));
     if (disturbed && !IsExact(tape.graph, constant, bits)) {
       Disturb(constants.back(), DisturbanceKey(tape.graph, constant));
@@ -112,6 +116,13 @@ void MpfrSeries::ComputeConstants(bool disturbed)
 mpfr_srcptr MpfrSeries::Constant(ConstantId constant) const
 {
   return constant == kNone ? zero : constants[constant];
+}
+
+void MpfrSeries::CountProduct() const
+{
+  if (++products < kProductsPerPoll) return;
+  products = 0;
+  if (poll) poll();
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -139,11 +150,20 @@ void MpfrSeries::StartLines(mpfr_srcptr time, std::span<const Real> states)
     for (LineId id = 0; id < tape.lines.size(); ++id) {
       const int term = k + headStarts[id];
       if (term > 0) ComputeTerm(id, term);
-      if (term != 0) continue;
-      Start(id, time, states);
-      Check(tape.lines[id], Terms(id));
+      if (term == 0) StartLine(id, time, states);
     }
   }
+}
+
+void MpfrSeries::StartLine(LineId id, mpfr_srcptr time, std::span<const Real> states)
+{
+  if (leftOut[id]) {
+    mpfr_set_zero(Terms(id), 1);
+    return;
+  }
+  mpfr_clear_underflow();
+  Start(id, time, states);
+  Check(tape.lines[id], Terms(id));
 }
 
 void MpfrSeries::Start(LineId id, mpfr_srcptr time, std::span<const Real> states)
@@ -221,9 +241,12 @@ void MpfrSeries::StartFunction(const Line& line, mpfr_ptr s)
   throw DomainError{outcome, line.node, argument};
 }
 
+/// A number too small for the arithmetic would be 0, and with it all terms: a bell that rises later
+/// would never be seen.
 void MpfrSeries::Check(const Line& line, mpfr_srcptr s) const
 {
   if (mpfr_number_p(s) == 0) throw DomainError{Outcome::kOutOfRange, line.node, Real(bits)};
+  if (mpfr_underflow_p() != 0) throw DomainError{Outcome::kTooSmall, line.node, Real(bits)};
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -248,14 +271,18 @@ void MpfrSeries::AdvanceState(const Line& line, mpfr_ptr x, int k)
 
 void MpfrSeries::ComputeTerm(LineId id, int k)
 {
-  const Line& line = tape.lines[id];
   mpfr_ptr s = Terms(id);
-  Recurrence(line, id, s, k);
+  if (leftOut[id]) {
+    mpfr_set_zero(s + k, 1);
+  } else {
+    Recurrence(id, s, k);
+  }
   if (derivativeRows[id] != kNone) mpfr_mul_si(DerivativeTerms(id) + k, s + k, k, kNearest);
 }
 
-void MpfrSeries::Recurrence(const Line& line, LineId id, mpfr_ptr s, int k)
+void MpfrSeries::Recurrence(LineId id, mpfr_ptr s, int k)
 {
+  const Line& line = tape.lines[id];
   switch (line.kind) {
     case LineKind::kConstant:
       mpfr_set_zero(s + k, 1);
@@ -307,6 +334,7 @@ void MpfrSeries::Convolve(mpfr_srcptr a, mpfr_srcptr b, int first, int last, int
     if (mpfr_zero_p(a + j) != 0 || mpfr_zero_p(b + (k - j)) != 0) continue;
     mpfr_mul(product, a + j, b + (k - j), kNearest);
     mpfr_add(result, result, product, kNearest);
+    CountProduct();
   }
 }
 
@@ -457,21 +485,23 @@ void MpfrSeries::Sum(LineId line, mpfr_srcptr offset, mpfr_ptr result) const
   Real value(bits);
   for (int k = order; k >= 0; --k) {
     mpfr_mul(value, value, offset, kNearest);
+    CountProduct();
     mpfr_add(value, value, a + k, kNearest);
   }
   mpfr_set(result, value, kNearest);
 }
 
 std::unique_ptr<Series> MakeSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder,
-                                   bool disturbed)
+                                   bool disturbed, Poll poll)
 {
-  return std::make_unique<MpfrSeries>(tape, bits, usualOrder, disturbed);
+  return std::make_unique<MpfrSeries>(tape, bits, usualOrder, disturbed, std::move(poll));
 }
 
 std::unique_ptr<Series> MakeSeriesAtRoot(const Tape& tape, mpfr_prec_t bits, int usualOrder,
-                                         bool disturbed, const std::vector<CommonRoot>& roots)
+                                         bool disturbed, const std::vector<CommonRoot>& roots,
+                                         Poll poll)
 {
-  return std::make_unique<MpfrSeries>(tape, bits, usualOrder, disturbed, roots);
+  return std::make_unique<MpfrSeries>(tape, bits, usualOrder, disturbed, std::move(poll), roots);
 }
 
 }  // namespace varno::solve

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <utility>
 #include <vector>
 
 #include "solve/series/series.h"
@@ -12,9 +13,10 @@ namespace varno::solve {
 /// The numbers in parentheses are those of docs/solve/recurrences.md.
 class MpfrSeries final : public Series {
  public:
-  MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder, bool disturbed,
+  MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder, bool disturbed, Poll poll,
              const std::vector<CommonRoot>& roots = {});
 
+  void LeaveOut(std::vector<bool> lines) override { leftOut = std::move(lines); }
   void Begin(mpfr_srcptr time, std::span<const Real> states, bool backwards,
              long scaleExponent) override;
   void ExtendTo(int order) override;
@@ -30,8 +32,10 @@ class MpfrSeries final : public Series {
   void AssignDerivatives();
   void SetHeadStarts();
   mpfr_srcptr Constant(ConstantId constant) const;
+  void CountProduct() const;
 
   void StartLines(mpfr_srcptr time, std::span<const Real> states);
+  void StartLine(LineId id, mpfr_srcptr time, std::span<const Real> states);
   void Start(LineId id, mpfr_srcptr time, std::span<const Real> states);
   void StartQuotient(const Line& line, int rootOrder, mpfr_ptr s);
   void StartRoot(const Line& line, int rootOrder, mpfr_ptr s);
@@ -39,7 +43,7 @@ class MpfrSeries final : public Series {
   void Check(const Line& line, mpfr_srcptr s) const;
 
   void ComputeTerm(LineId id, int k);
-  void Recurrence(const Line& line, LineId id, mpfr_ptr s, int k);
+  void Recurrence(LineId id, mpfr_ptr s, int k);
   void Combination(const Line& line, mpfr_ptr s, int k);
   void AddScaled(const Factor& factor, mpfr_ptr sum, int k);
   void Square(mpfr_srcptr a, mpfr_ptr s, int k);
@@ -61,6 +65,7 @@ class MpfrSeries final : public Series {
 
   const Tape& tape;
   mpfr_prec_t bits;
+  std::vector<bool> leftOut;  // by line
   TermStore terms;
   std::vector<std::uint32_t> derivativeRows;  // kNone where a line needs none
   TermStore derivatives;
@@ -69,6 +74,8 @@ class MpfrSeries final : public Series {
   Real scale;
   Real zero, product, sum, weighted;
   int order = -1;
+  Poll poll;
+  mutable int products = 0;  // since the latest poll
   // At common roots: the orders of these by line, and how many terms each line is ahead, because a
   // quotient of order m needs m terms more of its operands.
   std::vector<int> rootOrders;

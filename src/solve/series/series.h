@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "solve/number/real.h"
+#include "solve/series/poll.h"
 #include "solve/tape/tape.h"
 
 namespace varno::solve {
@@ -19,6 +20,9 @@ class Series {
  public:
   virtual ~Series() = default;
 
+  /// From the next Begin on, the lines marked count as 0 in all their terms and are not computed.
+  /// One entry for each line, none of them a state; at first no line is left out.
+  virtual void LeaveOut(std::vector<bool> lines) = 0;
   /// Forgets all terms and computes term 0 of every line. Throws DomainError where a line has no
   /// value or, at a root or power of 0, no Taylor series.
   virtual void Begin(mpfr_srcptr time, std::span<const Real> states, bool backwards,
@@ -51,15 +55,17 @@ struct CommonRoot {
 
 /// A series for a tape, which must outlive it, with at least this precision. Throws DomainError
 /// where a constant of the tape has no value. `disturbed` moves constants that are rounded
-/// (evaluation/disturbance.h).
+/// (evaluation/disturbance.h). `poll`, if there is one, is called while terms are computed or
+/// summed; what it throws leaves the series to be begun again.
 std::unique_ptr<Series> MakeSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder,
-                                   bool disturbed = false);
+                                   bool disturbed = false, Poll poll = {});
 
 /// The same about a point where lines begin at common roots: what their operands have there, in
 /// the terms that are 0 but for rounding, is left out, and the terms that follow are divided, or
 /// the root of them taken, the positive one ahead. No such line may depend on itself by its
 /// operands, and the first term of the divisor or radicand that counts must not be 0 (positive).
 std::unique_ptr<Series> MakeSeriesAtRoot(const Tape& tape, mpfr_prec_t bits, int usualOrder,
-                                         bool disturbed, const std::vector<CommonRoot>& roots);
+                                         bool disturbed, const std::vector<CommonRoot>& roots,
+                                         Poll poll = {});
 
 }  // namespace varno::solve

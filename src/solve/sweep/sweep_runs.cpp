@@ -115,7 +115,7 @@ void SweepRuns::PrintRows(std::int64_t run, const Combination& combination)
   const Problem problem = plan.problem.With(combination.settings);
   Solution solution(problem, plan.options);
   RunSink sink(output, run);
-  const PrintRow print = plan.makePrinter(sink, solution, combination);
+  const PrintRow print = plan.makePrinter(sink, solution, run, combination);
   while (const std::optional<Row> row = solution.Next()) print(*row);
 }
 

@@ -21,7 +21,8 @@ struct SweepPlan {
   Options options;  ///< of each run
   int jobs = 1;     ///< threads, at least one
   /// What writes the rows of a run into a sink; called by several threads.
-  std::function<PrintRow(TextSink&, const Solution&, const Combination&)> makePrinter;
+  std::function<PrintRow(TextSink&, const Solution&, std::int64_t run, const Combination&)>
+      makePrinter;
   /// The message for a run that ended early or could not begin; called by several threads.
   std::function<std::string(std::int64_t run, const Combination&, const std::string& reason)>
       message;

@@ -1,20 +1,37 @@
 #pragma once
 
-#include <vector>
+#include <cstdint>
 
 #include "solve/tape/tape.h"
 
 namespace varno::solve {
 
-/// The lines that the terms of a line are made of: those of a state are its right-hand side.
-std::vector<LineId> Operands(const Tape& tape, LineId line);
+/// Calls visit(operand) for each line that the value of a line is made of.
+template <class Visit>
+void ForEachOperand(const Tape& tape, const Line& line, Visit visit)
+{
+  for (std::uint32_t i = 0; i < line.factorCount; ++i)
+    visit(tape.factors[line.firstFactor + i].line);
+  if (line.a != kNone) visit(line.a);
+  const bool isFunction =
+      line.kind == LineKind::kIntegralOfProduct || line.kind == LineKind::kIntegralOfQuotient;
+  if (line.b != kNone && !isFunction) visit(line.b);
+}
 
-/// For each line of the tape, whether the terms of one of these depend on it: they themselves, and
-/// what is below them, through derivatives, too.
-std::vector<bool> LinesBelow(const Tape& tape, const std::vector<LineId>& lines);
-
-/// The tape with all lines but those below these made the constant 0: their terms are the same for
-/// less work. The numbers of the lines stay.
-Tape OnlyBelow(const Tape& tape, const std::vector<LineId>& lines);
+/// The line that the recurrence of a function needs beside its arguments: that of its derivative,
+/// or the sum of squares of an angle; kNone for other lines, and where it is the line itself.
+inline LineId AuxiliaryOf(const Tape& tape, LineId id)
+{
+  const Line& line = tape.lines[id];
+  switch (line.kind) {
+    case LineKind::kIntegralOfProduct:
+    case LineKind::kIntegralOfQuotient:
+      return line.b == id ? kNone : line.b;
+    case LineKind::kAngle:
+      return line.c;
+    default:
+      return kNone;
+  }
+}
 
 }  // namespace varno::solve

@@ -1,7 +1,6 @@
 #include "solve/verification/attempt.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 namespace varno::solve {
@@ -11,12 +10,16 @@ namespace {
 /// Columns are computed from the states with this many bits more.
 constexpr mpfr_prec_t kColumnGuardBits = 64;
 
-/// How many bits the larger of two times takes before the point.
+/// How many bits the larger of two times takes before the point. Not by a double: times go further.
 mpfr_prec_t WholeBits(const Interval& interval)
 {
-  const double largest =
-      std::max(std::abs(interval.from.ToDouble()), std::abs(interval.to.ToDouble()));
-  return largest < 1 ? 0 : static_cast<mpfr_prec_t>(std::ilogb(largest)) + 1;
+  mpfr_prec_t bits = 0;
+  Real time(53);
+  for (const Moment* moment : {&interval.from, &interval.to}) {
+    moment->Evaluate(time);
+    if (!time.IsZero()) bits = std::max<mpfr_prec_t>(bits, mpfr_get_exp(time));
+  }
+  return bits;
 }
 
 std::vector<ColumnValues> MakeColumnValues(const Model& model, const std::vector<NodeId>& columns,

@@ -25,6 +25,7 @@ TEST(SummaryText, SaysHowDigitsWereVerified)
   summary.order = 12;
   summary.bits = 64;
   summary.digits = 1;
+  summary.rows = 2;
   summary.verified = true;
   summary.remark = "the row t = 2 stands on a jump";
   summary.seconds = 86400;
@@ -44,6 +45,21 @@ TEST(SummaryText, OfASweep)
             "1 of 5 runs, 0 failed\n"
             "15 digits, not verified: one run each\n"
             "1 seconds\n");
+}
+
+TEST(SummaryText, ClaimsNothingOfRowsThatAreNotThere)
+{
+  Summary summary;
+  summary.steps = 3;
+  summary.order = 23;
+  summary.bits = 107;
+  summary.digits = 15;
+  summary.verified = true;
+  summary.seconds = 2;
+  EXPECT_EQ(SummaryText(summary),
+            "3 steps, order 23, 107 bits\n"
+            "15 digits: no row could be verified\n"
+            "2 seconds\n");
 }
 
 }  // namespace varno::solve

@@ -17,7 +17,8 @@ namespace {
 
 constexpr std::size_t kPlenty = 1 << 20;
 
-PrintRow PrintLastValue(TextSink& sink, const Solution&, const Combination& combination)
+PrintRow PrintLastValue(TextSink& sink, const Solution&, std::int64_t,
+                        const Combination& combination)
 {
   return [&sink, name = combination.texts.front()](const Row& row) {
     sink.Write(name + ":" + row.values.front().Text() + " ");
