@@ -27,6 +27,7 @@ RunSettings SettingsFor(double decimals, double placeDecimals)
           .order = order,
           .bits = static_cast<mpfr_prec_t>(std::ceil(toleranceBits + guardBits)),
           .disturbed = false,
+          .mayDeclareZero = true,
           .placeBits = placeDecimals * std::numbers::ln10 / std::numbers::ln2};
 }
 

@@ -6,10 +6,12 @@ namespace varno::solve {
 
 /// How exactly one run computes.
 struct RunSettings {
-  double toleranceBits;      ///< -log2 of the relative error that a step may make in a line
-  int order;                 ///< of the series, usually
-  mpfr_prec_t bits;          ///< of the arithmetic
-  bool disturbed;            ///< whether it moves what it rounds, so that unstable solutions show
+  double toleranceBits;  ///< -log2 of the relative error that a step may make in a line
+  int order;             ///< of the series, usually
+  mpfr_prec_t bits;      ///< of the arithmetic
+  bool disturbed;        ///< whether it moves what it rounds, so that unstable solutions show
+  /// Whether its zeros count as such where the way goes on only if they are: else ZeroInDoubt.
+  bool mayDeclareZero;
   double placeBits;          ///< a step shorter than 2^-placeBits of the way is the end of the way
   long mostBits = 1L << 20;  ///< what the arithmetic may take where a step needs more
 };

@@ -24,38 +24,6 @@ constexpr int kMostKnownOrder = 5000;
 /// A line that begins with more vanishing terms than this is flat: the order counts from its first
 /// term that is not 0.
 constexpr int kMostVanishingTerms = 5;
-/// The terms of a divisor or radicand behind the first may make up this part of it: no root then.
-constexpr double kMostOfFirstTerm = 0.9;
-/// A step that a domain bounds is tried shorter by this factor (log2).
-constexpr double kShorterLog2 = -0.25;
-/// Trials of a shorter step: beyond it the step is as good as gone.
-constexpr int kMostTrials = 200;
-
-/// Lines that must stay away from 0 within a step.
-std::vector<LineId> DomainLines(const Tape& tape)
-{
-  std::vector<LineId> found;
-  for (const Line& line : tape.lines) {
-    switch (line.kind) {
-      case LineKind::kQuotient:
-      case LineKind::kIntegralOfQuotient:
-        found.push_back(line.b);
-        break;
-      case LineKind::kSquareRoot:
-      case LineKind::kPower:
-        found.push_back(line.a);
-        break;
-      case LineKind::kAngle:
-        found.push_back(line.c);
-        break;
-      default:
-        break;
-    }
-  }
-  std::ranges::sort(found);
-  found.erase(std::unique(found.begin(), found.end()), found.end());
-  return found;
-}
 
 /// How many terms vanish before the first that does not.
 int VanishingTerms(const std::vector<double>& terms)
@@ -75,7 +43,6 @@ bool IsShortPolynomial(const Line& line, int order)
 StepControl::StepControl(const Tape& tape, const RunSettings& settings)
     : tape(tape),
       settings(settings),
-      domainLines(DomainLines(tape)),
       flatLines(tape.lines.size(), false),
       settledLines(tape.lines.size(), false)
 {}
@@ -149,6 +116,8 @@ double StepControl::AccuracyBound(double size) const
   const int leading = VanishingTerms(terms);
   const int begin = leading > kMostVanishingTerms ? leading : 0;
 
+  // Terms that are few and early say nothing, as in sqrt((1 - t)^2) = 1 - t: like a polynomial that
+  // is one by its structure, it reaches anywhere.
   const int last = static_cast<int>(terms.size()) - 1;
   const auto shown =
       std::count_if(terms.begin() + 1, terms.end(), [](double term) { return term > -kInfinity; });
@@ -169,37 +138,6 @@ double StepControl::AccuracyBound(double size) const
   return bound;
 }
 
-/// The longest step not above 2^log2 in which the terms k > 0 of a line cannot outweigh term 0.
-double StepControl::DomainBound(double log2) const
-{
-  const int order = static_cast<int>(terms.size()) - 1;
-  // Begin at the latest where the largest term equals the first one: that may be many times shorter
-  // than what bounds the step so far.
-  for (int k = 1; k <= order; ++k) log2 = std::min(log2, (terms[0] - terms[k]) / k);
-  if (log2 == kInfinity) return log2;
-  for (int trial = 0; trial < kMostTrials; ++trial) {
-    double others = 0;
-    for (int k = 1; k <= order; ++k) others += std::exp2(terms[k] + k * log2 - terms[0]);
-    if (others < kMostOfFirstTerm) return log2;
-    log2 += kShorterLog2;
-  }
-  return -kInfinity;
-}
-
-/// The line that must not pass 0 within the step lest a function jump: the argument of acot, at 0;
-/// for the angle of (x, y) the larger one of both, and y to the left of the origin, where the cut
-/// is.
-LineId StepControl::LineOfCut(const Series& series, const Line& line) const
-{
-  if (line.kind == LineKind::kIntegralOfQuotient && line.function == Operation::kAcot)
-    return line.a;
-  if (line.kind != LineKind::kAngle) return kNone;
-  Real x(2);
-  series.Term(line.b, 0, x);
-  const bool isRight = mpfr_sgn(static_cast<mpfr_srcptr>(x)) > 0;
-  return isRight && series.Log2(line.b, 0) >= series.Log2(line.a, 0) ? line.b : line.a;
-}
-
 StepBound StepControl::Choose(Series& series, const std::vector<bool>& leftOut)
 {
   series.ExtendTo(settings.order);
@@ -218,17 +156,6 @@ StepBound StepControl::Choose(Series& series, const std::vector<bool>& leftOut)
     if (leftOut[id] || IsShortPolynomial(tape.lines[id], series.Order() + 1)) continue;
     ReadTerms(series, id);
     lower(AccuracyBound(sizes[id]), id);
-  }
-  const auto keepFromZero = [&](LineId id) {
-    ReadTerms(series, id);
-    lower(DomainBound(bound.log2), id);
-  };
-  for (const LineId id : domainLines) {
-    if (!leftOut[id]) keepFromZero(id);
-  }
-  for (LineId id = 0; id < tape.lines.size(); ++id) {
-    const LineId cut = leftOut[id] ? kNone : LineOfCut(series, tape.lines[id]);
-    if (cut != kNone) keepFromZero(cut);
   }
   return bound;
 }

@@ -42,14 +42,11 @@ class StepControl {
   bool IsShown(const Series& series, LineId id) const;
   void ReadTerms(const Series& series, LineId id);
   double AccuracyBound(double size) const;
-  double DomainBound(double log2) const;
-  LineId LineOfCut(const Series& series, const Line& line) const;
 
   const Tape& tape;
   RunSettings settings;
-  std::vector<LineId> domainLines;  // divisors, radicands, bases: must not have a root in the step
-  std::vector<bool> flatLines;      // too few terms even at the highest order
-  std::vector<bool> settledLines;   // those of the steps before
+  std::vector<bool> flatLines;     // too few terms even at the highest order
+  std::vector<bool> settledLines;  // those of the steps before
   std::vector<double> sizes;
   std::vector<double> lineBounds;
   std::vector<double> terms;  // log2 of the sizes of the terms of the line looked at

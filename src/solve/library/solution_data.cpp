@@ -45,6 +45,13 @@ BoundProblem BindOrThrow(const Model& model, const Options& options, Sources& so
   }
 }
 
+std::vector<std::string> StateNames(const Model& model)
+{
+  std::vector<std::string> names;
+  for (const State& state : model.states) names.push_back(state.name);
+  return names;
+}
+
 }  // namespace
 
 Solution::Implementation::Implementation(const Problem::Implementation& problem, Options given)
@@ -58,7 +65,7 @@ Solution::Implementation::Implementation(const Problem::Implementation& problem,
       timeFormat(options.digits),
       interval(MakeInterval()),
       schedule(MakeSchedule()),
-      ends(sources, tape.graph, options.digits)
+      ends(sources, tape.graph, StateNames(model), options.digits)
 {
   ChooseColumns();
   rows.emplace(
@@ -227,8 +234,7 @@ Summary Solution::Implementation::Summarise() const
 
 std::string Solution::Implementation::Explain() const
 {
-  std::vector<std::string> stateNames;
-  for (const State& state : model.states) stateNames.push_back(state.name);
+  const std::vector<std::string> stateNames = StateNames(model);
   const RunSettings settings = rows->Settings().back();
   const std::size_t termCount = tape.lines.size() * static_cast<std::size_t>(settings.order + 1);
   const double mebibytes =

@@ -1,5 +1,6 @@
 #include "solve/series/mpfr_series.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "solve/evaluation/disturbance.h"
@@ -7,6 +8,7 @@
 #include "solve/evaluation/elementary.h"
 #include "solve/evaluation/evaluator.h"
 #include "solve/evaluation/size.h"
+#include "solve/tape/below.h"
 
 namespace varno::solve {
 
@@ -41,7 +43,7 @@ std::vector<bool> NeedDerivatives(const Tape& tape)
 }  // namespace
 
 MpfrSeries::MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder, bool disturbed,
-                       Poll poll)
+                       Poll poll, const std::vector<CommonRoot>& roots)
     : tape(tape),
       bits(bits),
       leftOut(tape.lines.size(), false),
@@ -53,8 +55,13 @@ MpfrSeries::MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder, bool 
       product(bits),
       sum(bits),
       weighted(bits),
-      poll(std::move(poll))
+      poll(std::move(poll)),
+      rootOrders(tape.lines.size(), 0),
+      headStarts(tape.lines.size(), 0)
 {
+  for (const CommonRoot& root : roots) rootOrders[root.line] = root.order;
+  if (!roots.empty()) SetHeadStarts();
+  terms.Grow(usualOrder + 2 + longestHeadStart);
   AssignDerivatives();
   ComputeConstants(disturbed);
 }
@@ -67,6 +74,27 @@ void MpfrSeries::AssignDerivatives()
     if (needed[id]) derivativeRows[id] = count++;
   }
   derivatives = TermStore(count, terms.TermCount(), bits);
+}
+
+/// A line must be as many terms ahead as those that are made of it, and by the order of the common
+/// root more where it is an operand of one.
+void MpfrSeries::SetHeadStarts()
+{
+  bool changed = true;
+  const auto require = [&](LineId id, int headStart) {
+    if (id == kNone || headStarts[id] >= headStart) return;
+    headStarts[id] = headStart;
+    longestHeadStart = std::max(longestHeadStart, headStart);
+    changed = true;
+  };
+  while (changed) {
+    changed = false;
+    for (LineId id = 0; id < tape.lines.size(); ++id) {
+      const int needed = headStarts[id] + rootOrders[id];
+      if (needed == 0) continue;
+      for (const LineId operand : Operands(tape, id)) require(operand, needed);
+    }
+  }
 }
 
 void MpfrSeries::ComputeConstants(bool disturbed)
@@ -110,7 +138,7 @@ void MpfrSeries::Begin(mpfr_srcptr time, std::span<const Real> states, bool back
   } catch (const DomainError& error) {
     // Some functions take several lines, such as the root of 1 - u^2 in asin(u): then the error of
     // a line tells of an operand that nobody has written.
-    if (error.outcome == Outcome::kUndefined)
+    if (error.outcome == Outcome::kUndefined && longestHeadStart == 0)
       Evaluator(tape.graph, {error.node}, bits).Evaluate(time, states);
     throw;
   }
@@ -118,21 +146,30 @@ void MpfrSeries::Begin(mpfr_srcptr time, std::span<const Real> states, bool back
 
 void MpfrSeries::StartLines(mpfr_srcptr time, std::span<const Real> states)
 {
-  for (LineId id = 0; id < tape.lines.size(); ++id) {
-    const Line& line = tape.lines[id];
-    mpfr_ptr s = Terms(id);
-    if (leftOut[id]) {
-      mpfr_set_zero(s, 1);
-      continue;
+  for (int k = -longestHeadStart; k <= 0; ++k) {
+    for (LineId id = 0; id < tape.lines.size(); ++id) {
+      const int term = k + headStarts[id];
+      if (term > 0) ComputeTerm(id, term);
+      if (term == 0) StartLine(id, time, states);
     }
-    mpfr_clear_underflow();
-    Start(line, s, time, states);
-    Check(line, s);
   }
 }
 
-void MpfrSeries::Start(const Line& line, mpfr_ptr s, mpfr_srcptr time, std::span<const Real> states)
+void MpfrSeries::StartLine(LineId id, mpfr_srcptr time, std::span<const Real> states)
 {
+  if (leftOut[id]) {
+    mpfr_set_zero(Terms(id), 1);
+    return;
+  }
+  mpfr_clear_underflow();
+  Start(id, time, states);
+  Check(tape.lines[id], Terms(id));
+}
+
+void MpfrSeries::Start(LineId id, mpfr_srcptr time, std::span<const Real> states)
+{
+  const Line& line = tape.lines[id];
+  mpfr_ptr s = Terms(id);
   switch (line.kind) {
     case LineKind::kConstant:
       mpfr_set(s, Constant(line.constant), kNearest);
@@ -154,11 +191,11 @@ void MpfrSeries::Start(const Line& line, mpfr_ptr s, mpfr_srcptr time, std::span
       mpfr_sqr(s, Terms(line.a), kNearest);
       return;
     case LineKind::kQuotient:
-      StartQuotient(line, s);
+      StartQuotient(line, rootOrders[id], s);
       return;
     case LineKind::kSquareRoot:
     case LineKind::kPower:
-      StartRoot(line, s);
+      StartRoot(line, rootOrders[id], s);
       return;
     case LineKind::kIntegralOfProduct:
     case LineKind::kIntegralOfQuotient:
@@ -168,16 +205,20 @@ void MpfrSeries::Start(const Line& line, mpfr_ptr s, mpfr_srcptr time, std::span
   }
 }
 
-void MpfrSeries::StartQuotient(const Line& line, mpfr_ptr s)
+void MpfrSeries::StartQuotient(const Line& line, int rootOrder, mpfr_ptr s)
 {
-  mpfr_srcptr b = Terms(line.b);
+  mpfr_srcptr b = Terms(line.b) + rootOrder;
   if (mpfr_zero_p(b) != 0) throw DomainError{Outcome::kUndefined, line.node, Real(bits)};
-  mpfr_div(s, Terms(line.a), b, kNearest);
+  mpfr_div(s, Terms(line.a) + rootOrder, b, kNearest);
 }
 
-/// Roots and powers have no Taylor series about 0.
-void MpfrSeries::StartRoot(const Line& line, mpfr_ptr s)
+/// Roots and powers have no Taylor series about 0, but for the square root of an even power.
+void MpfrSeries::StartRoot(const Line& line, int rootOrder, mpfr_ptr s)
 {
+  if (rootOrder > 0) {
+    mpfr_set_zero(s, 1);
+    return;
+  }
   mpfr_srcptr a = Terms(line.a);
   const Operation function = line.kind == LineKind::kSquareRoot ? Operation::kSqrt : line.function;
   const Outcome outcome =
@@ -213,34 +254,33 @@ void MpfrSeries::Check(const Line& line, mpfr_srcptr s) const
 
 void MpfrSeries::ExtendTo(int wanted)
 {
-  terms.Grow(wanted + 1);
-  derivatives.Grow(wanted + 1);
+  terms.Grow(wanted + 1 + longestHeadStart);
+  derivatives.Grow(wanted + 1 + longestHeadStart);
   for (int k = order + 1; k <= wanted; ++k) {
-    AdvanceStates(k);
-    for (LineId id = 0; id < tape.lines.size(); ++id) {
-      mpfr_ptr s = Terms(id);
-      if (leftOut[id]) {
-        mpfr_set_zero(s + k, 1);
-      } else {
-        ComputeTerm(id, s, k);
-      }
-      if (derivativeRows[id] != kNone) mpfr_mul_si(DerivativeTerms(id) + k, s + k, k, kNearest);
-    }
+    for (LineId id = 0; id < tape.lines.size(); ++id) ComputeTerm(id, k + headStarts[id]);
     order = k;
   }
 }
 
 /// (2) x' = f: term k of x is scale / k times term k-1 of f.
-void MpfrSeries::AdvanceStates(int k)
+void MpfrSeries::AdvanceState(const Line& line, mpfr_ptr x, int k)
 {
-  for (std::size_t i = 0; i < tape.rightHandSides.size(); ++i) {
-    mpfr_ptr x = Terms(static_cast<LineId>(i)) + k;
-    mpfr_mul(x, Terms(tape.rightHandSides[i]) + (k - 1), scale, kNearest);
-    mpfr_div_si(x, x, k, kNearest);
-  }
+  mpfr_mul(x + k, Terms(tape.rightHandSides[line.index]) + (k - 1), scale, kNearest);
+  mpfr_div_si(x + k, x + k, k, kNearest);
 }
 
-void MpfrSeries::ComputeTerm(LineId id, mpfr_ptr s, int k)
+void MpfrSeries::ComputeTerm(LineId id, int k)
+{
+  mpfr_ptr s = Terms(id);
+  if (leftOut[id]) {
+    mpfr_set_zero(s + k, 1);
+  } else {
+    Recurrence(id, s, k);
+  }
+  if (derivativeRows[id] != kNone) mpfr_mul_si(DerivativeTerms(id) + k, s + k, k, kNearest);
+}
+
+void MpfrSeries::Recurrence(LineId id, mpfr_ptr s, int k)
 {
   const Line& line = tape.lines[id];
   switch (line.kind) {
@@ -255,7 +295,8 @@ void MpfrSeries::ComputeTerm(LineId id, mpfr_ptr s, int k)
       }
       return;
     case LineKind::kState:
-      return;  // AdvanceStates
+      AdvanceState(line, s, k);
+      return;
     case LineKind::kCombination:
       Combination(line, s + k, k);
       return;
@@ -266,10 +307,10 @@ void MpfrSeries::ComputeTerm(LineId id, mpfr_ptr s, int k)
       Square(Terms(line.a), s, k);
       return;
     case LineKind::kQuotient:
-      Quotient(line, s, k);
+      Quotient(line, rootOrders[id], s, k);
       return;
     case LineKind::kSquareRoot:
-      SquareRoot(line, s, k);
+      SquareRoot(line, rootOrders[id], s, k);
       return;
     case LineKind::kPower:
       Power(line, s, k);
@@ -336,25 +377,38 @@ void MpfrSeries::Square(mpfr_srcptr a, mpfr_ptr s, int k)
   mpfr_add(s + k, s + k, product, kNearest);
 }
 
-/// (6) s b = a: s[k] = (a[k] - sum over j = 1..k of b[j] s[k-j]) / b[0]
-void MpfrSeries::Quotient(const Line& line, mpfr_ptr s, int k)
+/// (6) s b = a: s[k] = (a[k] - sum over j = 1..k of b[j] s[k-j]) / b[0], from term m of a and b on
+/// at a common root of order m
+void MpfrSeries::Quotient(const Line& line, int rootOrder, mpfr_ptr s, int k)
 {
-  mpfr_srcptr a = Terms(line.a), b = Terms(line.b);
+  mpfr_srcptr a = Terms(line.a) + rootOrder, b = Terms(line.b) + rootOrder;
   Convolve(b, s, 1, k, k, sum);
   mpfr_sub(sum, a + k, sum, kNearest);
   mpfr_div(s + k, sum, b, kNearest);
 }
 
-/// (7) s^2 = a: s[k] = (a[k] - sum over j = 1..k-1 of s[j] s[k-j]) / (2 s[0]), the sum by halves
-void MpfrSeries::SquareRoot(const Line& line, mpfr_ptr s, int k)
+/// (7) s^2 = a: s[k] = (a[k] - sum over j = 1..k-1 of s[j] s[k-j]) / (2 s[0]), the sum by halves;
+/// where a begins with term 2 m, s begins with term m
+void MpfrSeries::SquareRoot(const Line& line, int rootOrder, mpfr_ptr s, int k)
 {
+  mpfr_srcptr a = Terms(line.a) + 2 * rootOrder;
+  s += rootOrder;
+  k -= rootOrder;
+  if (k < 0) {
+    mpfr_set_zero(s + k, 1);
+    return;
+  }
+  if (k == 0) {
+    mpfr_sqrt(s, a, kNearest);
+    return;
+  }
   Convolve(s, s, 1, (k - 1) / 2, k, sum);
   mpfr_mul_2ui(sum, sum, 1, kNearest);
   if (k % 2 == 0) {
     mpfr_sqr(product, s + k / 2, kNearest);
     mpfr_add(sum, sum, product, kNearest);
   }
-  mpfr_sub(sum, Terms(line.a) + k, sum, kNearest);
+  mpfr_sub(sum, a + k, sum, kNearest);
   mpfr_div_2ui(sum, sum, 1, kNearest);
   mpfr_div(s + k, sum, s, kNearest);
 }
@@ -379,12 +433,14 @@ void MpfrSeries::IntegralOfProduct(const Line& line, mpfr_ptr s, int k)
   mpfr_div_si(s + k, sum, line.negative ? -k : k, kNearest);
 }
 
-/// (10) b s' = +-a': k b[0] s[k] = +-k a[k] - sum over j = 1..k-1 of j s[j] b[k-j]
+/// (10) b s' = +-a': k b[0] s[k] = +-k a[k] - sum over j = 1..k-1 of j s[j] b[k-j], from term m of
+/// b and of a' on at a common root of order m
 void MpfrSeries::IntegralOfQuotient(const Line& line, LineId id, mpfr_ptr s, int k)
 {
-  mpfr_srcptr b = Terms(line.b);
+  const int m = rootOrders[id];
+  mpfr_srcptr b = Terms(line.b) + m;
   Convolve(DerivativeTerms(id), b, 1, k - 1, k, sum);
-  mpfr_mul_si(product, Terms(line.a) + k, line.negative ? -k : k, kNearest);
+  mpfr_mul_si(product, Terms(line.a) + k + m, line.negative ? -(k + m) : k + m, kNearest);
   mpfr_sub(sum, product, sum, kNearest);
   mpfr_div(sum, sum, b, kNearest);
   mpfr_div_si(s + k, sum, k, kNearest);
@@ -439,6 +495,13 @@ std::unique_ptr<Series> MakeSeries(const Tape& tape, mpfr_prec_t bits, int usual
                                    bool disturbed, Poll poll)
 {
   return std::make_unique<MpfrSeries>(tape, bits, usualOrder, disturbed, std::move(poll));
+}
+
+std::unique_ptr<Series> MakeSeriesAtRoot(const Tape& tape, mpfr_prec_t bits, int usualOrder,
+                                         bool disturbed, const std::vector<CommonRoot>& roots,
+                                         Poll poll)
+{
+  return std::make_unique<MpfrSeries>(tape, bits, usualOrder, disturbed, std::move(poll), roots);
 }
 
 }  // namespace varno::solve

@@ -41,6 +41,16 @@ class Series {
   virtual void Sum(LineId line, mpfr_srcptr offset, mpfr_ptr result) const = 0;
   /// Sets result to term k.
   virtual void Term(LineId line, int k, mpfr_ptr result) const = 0;
+  /// The order of the common root that the line begins with: MakeSeriesAtRoot.
+  virtual int CommonRootOrder(LineId) const { return 0; }
+};
+
+/// A line that begins at a root which cancels: a quotient, or an integral of one, both parts of
+/// which begin with `order` terms of 0; the square root of a series that begins with 2 order of
+/// them. sin(t)/t at 0 is one of order 1.
+struct CommonRoot {
+  LineId line;
+  int order;
 };
 
 /// A series for a tape, which must outlive it, with at least this precision. Throws DomainError
@@ -49,5 +59,13 @@ class Series {
 /// summed; what it throws leaves the series to be begun again.
 std::unique_ptr<Series> MakeSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder,
                                    bool disturbed = false, Poll poll = {});
+
+/// The same about a point where lines begin at common roots: what their operands have there, in
+/// the terms that are 0 but for rounding, is left out, and the terms that follow are divided, or
+/// the root of them taken, the positive one ahead. No such line may depend on itself by its
+/// operands, and the first term of the divisor or radicand that counts must not be 0 (positive).
+std::unique_ptr<Series> MakeSeriesAtRoot(const Tape& tape, mpfr_prec_t bits, int usualOrder,
+                                         bool disturbed, const std::vector<CommonRoot>& roots,
+                                         Poll poll = {});
 
 }  // namespace varno::solve

@@ -29,8 +29,19 @@ constexpr double kTimesAhead = 8;
 constexpr double kDoomedDecimals = 3;
 constexpr double kLog2Of10 = 3.3219280948873626;
 constexpr double kLog10OfHalf = -0.30102999566398120;
+/// How far beyond what constants say a run must come to call an end one, and what they may say.
+constexpr double kDecimalsBeyondConstants = 3;
+constexpr double kMostDecimalsOfConstants = 100;
 /// Printed rows are remembered with this many bits more than their digits have.
 constexpr mpfr_prec_t kRememberedGuardBits = 16;
+
+/// An end as two attempts tell it: of a kind only if both say so.
+Singularity Agreed(Singularity end, const std::optional<Singularity>& before)
+{
+  const bool same = before && before->kind == end.kind && before->order == end.order;
+  if (before && !same) end.kind = SingularityKind::kUnknown;
+  return end;
+}
 
 }  // namespace
 
@@ -53,7 +64,10 @@ std::vector<RunSettings> VerifiedRows::Settings() const
   std::vector<RunSettings> settings{SettingsFor(decimals, PlaceDecimals())};
   if (wanted.check) settings.push_back(SettingsFor(decimals + kSecondRunDecimals, PlaceDecimals()));
   settings.front().disturbed = wanted.check;
-  for (RunSettings& run : settings) run.mostBits = wanted.maxBits;
+  for (RunSettings& run : settings) {
+    run.mayDeclareZero = MayDeclareZero();
+    run.mostBits = wanted.maxBits;
+  }
   return settings;
 }
 
@@ -107,10 +121,15 @@ std::optional<VerifiedRow> VerifiedRows::Next()
       Escalate(failure);
     } catch (const Disagreement& disagreement) {
       Escalate({disagreement.time, 0, false});
+    } catch (const ZeroInDoubt& doubt) {
+      Escalate({doubt.time, wanted.digits + spareDecimals, true});
     } catch (const Singularity& singularity) {
-      if (IsConfirmedEnd(singularity.time)) throw;
+      const std::optional<EndSeen> before = endSeen;
+      if (!IsConfirmedEnd(singularity.time, singularity)) continue;
+      throw Agreed(singularity, before ? before->singularity : std::nullopt);
     } catch (const DomainError&) {
-      if (attempt == nullptr || IsConfirmedEnd(attempt->Integration().Best().End())) throw;
+      if (attempt == nullptr || IsConfirmedEnd(attempt->Integration().Best().End(), std::nullopt))
+        throw;
     }
   }
 }
@@ -216,18 +235,33 @@ bool VerifiedRows::IsDoomed(double distance, double commonDecimals) const
   return commonDecimals - loss.Ahead(whole) < wanted.digits - kDoomedDecimals;
 }
 
+/// How many decimals the constants of the equations span: a peak as in 1/(1 + 1e60*(t - 1)^2) shows
+/// only from as near as they say, and looks like a pole from afar.
+double VerifiedRows::DecimalsOfConstants() const
+{
+  double most = 0;
+  for (const NodeId constant : tape.constants) {
+    const double size = Log2Size(EvaluateConstant(tape.graph, constant, 64));
+    if (std::isfinite(size)) most = std::max(most, std::abs(size) / kLog2Of10);
+  }
+  return std::min(most, kMostDecimalsOfConstants);
+}
+
 /// Whether an end of the way is to be believed. If not, everything begins again, to come nearer.
-bool VerifiedRows::IsConfirmedEnd(const Moment& time)
+bool VerifiedRows::IsConfirmedEnd(const Moment& time, const std::optional<Singularity>& singularity)
 {
   const Moment way = time - interval.start;
   if (!wanted.check || way.Sign() == 0) return true;
   const double log10Way = std::log10(std::abs(way.ToDouble()));
-  const EndSeen seen{time, log10Way - PlaceDecimals()};
+  const EndSeen seen{time, log10Way - PlaceDecimals(), singularity};
   // The steps shrink like the distance, of which they are some tenth.
   const double apart = endSeen ? std::log10(std::abs((time - endSeen->time).ToDouble())) : 0;
-  if (endSeen && apart < endSeen->log10Distance + 2) return true;
+  const double nearEnough = DecimalsOfConstants() + kDecimalsBeyondConstants;
+  if (endSeen && apart < endSeen->log10Distance + 2 && PlaceDecimals() >= nearEnough) return true;
   endSeen = seen;
-  BeginAgain(std::max(2 * spareDecimals, wanted.digits / 2.0 + kFirstSpareDecimals), time);
+  const double half = wanted.digits / 2.0;
+  BeginAgain(std::max({2 * spareDecimals, half + kFirstSpareDecimals, nearEnough + 3 - half}),
+             time);
   return false;
 }
 

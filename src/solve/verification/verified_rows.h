@@ -92,6 +92,7 @@ class VerifiedRows {
   struct EndSeen {
     Moment time;
     double log10Distance;
+    std::optional<Singularity> singularity;
   };
   /// Why an attempt has to be given up.
   struct Failure {
@@ -110,7 +111,8 @@ class VerifiedRows {
   double WholeDistance() const;
   bool IsDoomed(double distance, double commonDecimals) const;
   void Escalate(const Failure& failure);
-  bool IsConfirmedEnd(const Moment& time);
+  bool IsConfirmedEnd(const Moment& time, const std::optional<Singularity>& singularity);
+  double DecimalsOfConstants() const;
   void BeginAgain(double spare, const Moment& time);
   double PlaceDecimals() const;
   bool MayDeclareZero() const;
