@@ -1,5 +1,6 @@
 #include "solve/command/problem_files.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
 #include <system_error>
@@ -26,10 +27,9 @@ void RefuseOverwriting(const std::string& option, const std::string& path,
 {
   if (IsSameFile(path, commandLine.file))
     throw UsageError(option + " '" + path + "' is the file of the equations");
-  for (const std::string& file : commandLine.sweepFiles) {
-    if (IsSameFile(path, file))
-      throw UsageError(option + " '" + path + "' is the file of the sweep");
-  }
+  const auto isPath = [&](const std::string& file) { return IsSameFile(path, file); };
+  if (std::ranges::any_of(commandLine.sweepFiles, isPath))
+    throw UsageError(option + " '" + path + "' is the file of the sweep");
 }
 
 }  // namespace

@@ -21,7 +21,8 @@ struct EffectRules {
   void Raise(LineId line, double effect) const
   {
     // NaN: a factor 0 beside an effect without bounds.
-    effects[line] = std::isnan(effect) ? kInfinity : std::max(effects[line], effect);
+    double& known = effects[line];
+    known = std::isnan(effect) ? kInfinity : std::max(known, effect);
   }
 
   void Combination(const Line& line, double effect) const

@@ -176,6 +176,8 @@ std::optional<Row> Solution::Implementation::Next()
     return MakeRow(*row);
   } catch (const DomainError& error) {
     throw ends.Of(error, Reached());
+  } catch (const RowOutOfRange& row) {
+    throw ends.Of(row.error, row.time);
   } catch (const Singularity& singularity) {
     throw ends.Of(singularity);
   } catch (const PrecisionExhausted& exhausted) {

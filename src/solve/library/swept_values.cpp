@@ -30,6 +30,7 @@ std::shared_ptr<const Numbers> Read(const std::vector<std::string>& expressions)
   const auto numbers = std::make_shared<Numbers>();
   try {
     std::vector<NodeId> nodes;
+    nodes.reserve(expressions.size());
     for (const std::string& expression : expressions)
       nodes.push_back(AddConstant(numbers->model, expression, "--sweep", numbers->sources));
     ConstantMoments moments(numbers->model.graph, numbers->sources);

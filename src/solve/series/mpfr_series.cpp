@@ -1,6 +1,7 @@
 #include "solve/series/mpfr_series.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <utility>
 
 #include "solve/evaluation/disturbance.h"
@@ -391,7 +392,7 @@ void MpfrSeries::Quotient(const Line& line, int rootOrder, mpfr_ptr s, int k)
 /// where a begins with term 2 m, s begins with term m
 void MpfrSeries::SquareRoot(const Line& line, int rootOrder, mpfr_ptr s, int k)
 {
-  mpfr_srcptr a = Terms(line.a) + 2 * rootOrder;
+  mpfr_srcptr a = Terms(line.a) + std::ptrdiff_t{2} * rootOrder;
   s += rootOrder;
   k -= rootOrder;
   if (k < 0) {

@@ -30,6 +30,7 @@ long ZeroUnit(double size, int digits)
 
 Agreement Compare(const SizedNumber& a, const SizedNumber& b, const AgreementRule& rule)
 {
+  if (a.isInDoubt || b.isInDoubt) return {Verdict::kBlurred, kInfinity};
   if (!a.value && !b.value) return {Verdict::kAgree, kInfinity};
   if (!a.value || !b.value) return {Verdict::kDiffer, 0};
 

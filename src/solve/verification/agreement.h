@@ -11,6 +11,7 @@ namespace varno::solve {
 struct SizedNumber {
   std::optional<Real> value;
   double size;
+  bool isInDoubt = false;  ///< more digits must tell whether there is a value, and which
 };
 
 enum class Verdict {

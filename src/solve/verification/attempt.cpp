@@ -9,6 +9,9 @@ namespace {
 
 /// Columns are computed from the states with this many bits more.
 constexpr mpfr_prec_t kColumnGuardBits = 64;
+constexpr double kLog2Of10 = 3.3219280948873626;
+/// Decimals of a run that its errors may take.
+constexpr double kNoiseDecimals = 4;
 
 /// How many bits the larger of two times takes before the point. Not by a double: times go further.
 mpfr_prec_t WholeBits(const Interval& interval)
@@ -22,22 +25,31 @@ mpfr_prec_t WholeBits(const Interval& interval)
   return bits;
 }
 
+/// An argument is on an edge where it is a zero by its size, and where rounding may have made it.
+EdgeRule EdgesOf(const RunSettings& settings, int digits)
+{
+  return {.noiseBits = settings.toleranceBits - kNoiseDecimals * kLog2Of10,
+          .zeroBits = (digits + kZeroGuardDigits) * kLog2Of10,
+          .mayDeclareZero = settings.mayDeclareZero};
+}
+
 std::vector<ColumnValues> MakeColumnValues(const Model& model, const std::vector<NodeId>& columns,
-                                           const Path::Problem& problem)
+                                           int digits, const Path::Problem& problem)
 {
   std::vector<ColumnValues> values;
   for (const RunSettings& settings : problem.settings) {
     const mpfr_prec_t bits = settings.bits + kColumnGuardBits + WholeBits(problem.interval);
-    values.emplace_back(model.graph, columns, bits);
+    values.emplace_back(model.graph, columns, bits, EdgesOf(settings, digits));
   }
   return values;
 }
 
 }  // namespace
 
-Attempt::Attempt(const Model& model, const std::vector<NodeId>& columns, Path::Problem problem,
-                 const std::vector<Moment>& early)
-    : columnValues(MakeColumnValues(model, columns, problem)), path(std::move(problem), early)
+Attempt::Attempt(const Model& model, const std::vector<NodeId>& columns, int digits,
+                 Path::Problem problem, const std::vector<Moment>& early)
+    : columnValues(MakeColumnValues(model, columns, digits, problem)),
+      path(std::move(problem), early)
 {}
 
 std::vector<std::vector<SizedNumber>> Attempt::RowAt(const Moment& time)

@@ -105,7 +105,8 @@ void VerifiedRows::Begin()
     problem.startStates.push_back(StartStates(settings));
   schedule = fullSchedule;
   schedule->Replay(given.size(), [this](std::size_t row) { return given[row].time; });
-  attempt = std::make_unique<Attempt>(model, wanted.columns, std::move(problem), schedule->Early());
+  attempt = std::make_unique<Attempt>(model, wanted.columns, wanted.digits, std::move(problem),
+                                      schedule->Early());
   rowsDone = 0;
   loss = Loss();
   lostBackwards = latestDistance = 0;

@@ -64,7 +64,7 @@ class VerifiedRows {
   VerifiedRows(const Model& model, const Tape& tape, const Interval& interval, RowSchedule schedule,
                RowsWanted wanted, StepWatch watch, Poll poll);
 
-  /// The next row, none after the last. Throws what Path throws but Disagreement,
+  /// The next row, none after the last. Throws what Attempt throws but Disagreement,
   /// PrecisionExhausted and WrongRow.
   std::optional<VerifiedRow> Next();
 

@@ -26,7 +26,7 @@ TEST(Attempt, HasARowForEachRunAndANumberForEachColumn)
   const RunSettings first = SettingsFor(22, 20), second = SettingsFor(25, 20);
   Real one(second.bits);
   mpfr_set_ui(one, 1, MPFR_RNDN);
-  Attempt attempt(model, columns,
+  Attempt attempt(model, columns, 15,
                   {.tape = tape,
                    .interval = {Moment(Rational(0)), Moment(Rational(0)), Moment(2)},
                    .settings = {first, second},
