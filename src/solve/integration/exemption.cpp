@@ -66,12 +66,11 @@ struct ExemptionRule::Trial {
   /// Lines that would not be missed, to judge by the start of the step.
   std::vector<bool> Plausible(double lengthLog2) const
   {
-    const Tape& tape = rule.tape;
     std::vector<double> weights;
     for (std::size_t i = 0; i < point.states.size(); ++i)
       weights.push_back(lengthLog2 - StateSize(i, lengthLog2));
-    const std::vector<double> effects = LineEffects(tape, series, weights);
-    std::vector<bool> plausible(tape.lines.size(), false);
+    const std::vector<double> effects = LineEffects(rule.tape, series, weights);
+    std::vector<bool> plausible(rule.tape.lines.size(), false);
     for (LineId id = static_cast<LineId>(point.states.size()); id < plausible.size(); ++id)
       plausible[id] = effects[id] + control.Sizes()[id] < AllowedLog2();
     return plausible;
