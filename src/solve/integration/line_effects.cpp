@@ -22,7 +22,11 @@ struct EffectRules {
   {
     // NaN: a factor 0 beside an effect without bounds.
     double& known = effects[line];
-    known = std::isnan(effect) ? kInfinity : std::max(known, effect);
+    if (std::isnan(effect)) {
+      known = kInfinity;
+    } else {
+      known = std::max(known, effect);
+    }
   }
 
   void Combination(const Line& line, double effect) const
