@@ -2,20 +2,12 @@
 
 #include <utility>
 
+#include "solve/command/option_value.h"
 #include "solve/command/usage_error.h"
 
 namespace varno::solve {
 
 namespace {
-
-constexpr std::string_view kBlanks = " \t\r";
-
-std::string Trimmed(std::string_view text)
-{
-  const auto first = text.find_first_not_of(kBlanks);
-  if (first == std::string_view::npos) return {};
-  return std::string(text.substr(first, text.find_last_not_of(kBlanks) - first + 1));
-}
 
 /// Takes records from the front of a text.
 class Reader {
@@ -57,7 +49,7 @@ std::string Reader::Field()
   }
   const std::string_view field = rest.substr(0, rest.find_first_of(",\n"));
   rest.remove_prefix(field.size());
-  return Trimmed(field);
+  return std::string(Trimmed(field));
 }
 
 /// What follows the opening quote; two quotes are one of the text.

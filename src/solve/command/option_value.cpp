@@ -20,14 +20,14 @@ bool ReadAll(const std::string& text, Number& number)
   return error == std::errc() && rest == end;
 }
 
+}  // namespace
+
 std::string_view Trimmed(std::string_view text)
 {
-  const std::size_t first = text.find_first_not_of(" \t");
+  const std::size_t first = text.find_first_not_of(kBlanks);
   if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(" \t") + 1 - first);
+  return text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
 }
-
-}  // namespace
 
 std::int64_t WholeNumber(const std::string& option, const std::string& value, std::int64_t least,
                          std::int64_t most)

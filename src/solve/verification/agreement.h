@@ -40,6 +40,9 @@ struct AgreementRule {
 
 /// A number below 10^-(digits + kZeroGuardDigits) of its size is not chased further.
 inline constexpr int kZeroGuardDigits = 15;
+/// Of the decimals of a run, those that errors of steps and roundings may have eaten.
+inline constexpr double kNoiseDecimals = 4;
+inline constexpr double kLog2Of10 = 3.3219280948873626;
 
 Agreement Compare(const SizedNumber& a, const SizedNumber& b, const AgreementRule& rule);
 

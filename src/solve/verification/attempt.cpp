@@ -9,9 +9,6 @@ namespace {
 
 /// Columns are computed from the states with this many bits more.
 constexpr mpfr_prec_t kColumnGuardBits = 64;
-constexpr double kLog2Of10 = 3.3219280948873626;
-/// Decimals of a run that its errors may take.
-constexpr double kNoiseDecimals = 4;
 
 /// How many bits the larger of two times takes before the point. Not by a double: times go further.
 mpfr_prec_t WholeBits(const Interval& interval)

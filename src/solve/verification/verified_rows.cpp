@@ -18,8 +18,6 @@ namespace {
 /// first.
 constexpr double kFirstSpareDecimals = 7;
 constexpr double kSecondRunDecimals = 3;
-/// Of the spare decimals, those that errors of steps and roundings may have eaten.
-constexpr double kNoiseDecimals = 4;
 /// What the extrapolated loss is multiplied with.
 constexpr double kLossMargin = 1.25;
 /// What is lost is at first extrapolated to so many times the way so far: what an unstable rest
@@ -27,7 +25,6 @@ constexpr double kLossMargin = 1.25;
 constexpr double kTimesAhead = 8;
 /// An attempt is given up before it fails if its last row will lack so many decimals.
 constexpr double kDoomedDecimals = 3;
-constexpr double kLog2Of10 = 3.3219280948873626;
 constexpr double kLog10OfHalf = -0.30102999566398120;
 /// How far beyond what constants say a run must come to call an end one, and what they may say.
 constexpr double kDecimalsBeyondConstants = 3;
