@@ -7,7 +7,7 @@ set(CPACK_STRIP_FILES ON)
 
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION math)
-# What the programs are linked with, as dpkg-shlibdeps finds it: libgmp, libmpfr, libfmt and the usual
+# What the programs are linked with, as dpkg-shlibdeps finds it: libgmp, libmpfr, libmpfi, libfmt and the usual
 # libraries of C++.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS gnuplot)

@@ -2,9 +2,9 @@
 
 include(CMakeFindDependencyMacro)
 
-# The modules that find GMP and MPFR stand beside this file.
+# The modules that find GMP, MPFR and MPFI stand beside this file.
 list(PREPEND CMAKE_MODULE_PATH "${CMAKE_CURRENT_LIST_DIR}")
-find_dependency(MPFR)
+find_dependency(MPFI)
 find_dependency(fmt)
 list(POP_FRONT CMAKE_MODULE_PATH)
 

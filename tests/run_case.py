@@ -173,13 +173,17 @@ def run_script(script, folder, environment, timeout):
     """Runs setup or check; returns its exit status and everything it wrote."""
     with open(script, encoding="utf-8") as file:
         interpreter = sys.executable if "python" in file.readline() else "bash"
+    process = subprocess.Popen(
+        [interpreter, script], cwd=folder, env=environment, stdin=subprocess.DEVNULL,
+        stdout=subprocess.PIPE, stderr=subprocess.STDOUT, start_new_session=True)
     try:
-        result = subprocess.run(
-            [interpreter, script], cwd=folder, env=environment, stdin=subprocess.DEVNULL,
-            stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=timeout)
+        output, _ = process.communicate(timeout=timeout)
     except subprocess.TimeoutExpired:
+        # With what the script has started, which may be what takes so long.
+        os.killpg(process.pid, signal.SIGKILL)
+        process.communicate()
         return 1, f"{script.name}: not finished after {timeout:g} seconds\n".encode()
-    return result.returncode, result.stdout
+    return process.returncode, output
 
 
 # ---------------------------------------------------------------------------------------

@@ -147,6 +147,13 @@ class RunCaseTest(unittest.TestCase):
         self.assert_outcome(
             self.run_case("echo 1", check="echo too small; exit 4\n"), FAILS, "too small", "status 4")
 
+    def test_check_ends_in_time_with_all_that_it_started(self):
+        start = time.monotonic()
+        # What is left would hold the pipe open.
+        result = self.run_case("true", timeout="0.5", check="sleep 30 & wait\n")
+        self.assert_outcome(result, FAILS, "check: not finished after 0.5 seconds")
+        self.assertLess(time.monotonic() - start, 10)
+
     def test_check_does_not_replace_given_output(self):
         self.assert_outcome(self.run_case("echo 1", stdout="2\n", check="true\n"), FAILS, "+1\\n")
 

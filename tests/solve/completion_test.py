@@ -7,38 +7,20 @@ Usage: completion_test.py PROGRAM
 import re
 import subprocess
 import sys
-import tempfile
 import unittest
 from pathlib import Path
 
-COMPLETION = Path(__file__).resolve().parents[2] / "completions" / "varno-solve"
+from completion_support import CompletionCase
+
 PROGRAM = Path(sys.argv.pop(1)).resolve()
 
-ASK = """
-source "$1"
-complete -p varno-solve >&2 || exit
-shift
-COMP_WORDS=(varno-solve "$@")
-COMP_CWORD=$#
-_varno_solve
-printf '%s\\n' "${COMPREPLY[@]}"
-"""
 
+class CompletionTest(CompletionCase):
+    command = "varno-solve"
 
-class CompletionTest(unittest.TestCase):
     def setUp(self):
-        scratch = tempfile.TemporaryDirectory()
-        self.addCleanup(scratch.cleanup)
-        self.folder = Path(scratch.name)
+        super().setUp()
         self.usage = subprocess.run([PROGRAM, "--help"], capture_output=True, text=True).stdout
-
-    def complete(self, *words):
-        """The completions of the last word."""
-        result = subprocess.run(
-            ["bash", "--norc", "-u", "-c", ASK, "bash", COMPLETION, *words], cwd=self.folder,
-            capture_output=True, text=True, check=True)
-        self.assertEqual(result.stderr, "complete -F _varno_solve varno-solve\n")
-        return sorted(result.stdout.split())
 
     def test_options_are_those_of_the_program(self):
         options = re.findall(r"^  (--\S+)", self.usage, re.MULTILINE)
@@ -53,7 +35,7 @@ class CompletionTest(unittest.TestCase):
         (self.folder / "5.varno").touch()
         with_values = re.findall(r"^  (--\S+) [A-Z]", self.usage, re.MULTILINE)
         self.assertGreater(len(with_values), 10)
-        for option in set(with_values) - {"--format", "--output"}:
+        for option in set(with_values) - {"--format", "--output", "--plot", "--sweep-file"}:
             self.assertEqual(self.complete(option, ""), [], option)
 
     def test_switches_take_no_value(self):
@@ -68,9 +50,10 @@ class CompletionTest(unittest.TestCase):
             self.assertEqual(self.complete(*words), ["csv", "json", "table"])
         self.assertEqual(self.complete("--format", "=", "j"), ["json"])
 
-    def test_output_is_any_file(self):
+    def test_other_files_are_any_file(self):
         (self.folder / "rows.txt").touch()
-        self.assertEqual(self.complete("--output", "r"), ["rows.txt"])
+        for option in ("--output", "--plot", "--sweep-file"):
+            self.assertEqual(self.complete(option, "r"), ["rows.txt"])
 
     def test_input_files_and_folders(self):
         for name in ("lorenz.varno", "lorenz.png"):

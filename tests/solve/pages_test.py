@@ -48,7 +48,7 @@ def read_page(path):
     files, commands = {}, []
     for before, block in blocks_of(path.read_text(encoding="utf-8")):
         first = next((i for i, line in enumerate(block) if line.startswith("$ ")), len(block))
-        name = re.search(r"`(\w+\.varno)`:$", before)
+        name = re.search(r"`(\w+\.(?:varno|csv))`:$", before)
         if name:
             files[name[1]] = "\n".join(strip_blank(block[:first])) + "\n"
         shown = None

@@ -9,6 +9,7 @@ import os
 import pty
 import re
 import select
+import shutil
 import signal
 import subprocess
 import sys
@@ -117,6 +118,20 @@ class StreamsTest(unittest.TestCase):
         # A header, the rows 0, 1, ..., and the beginning of the lost one.
         self.assertIn(len(rows), (int(lost[1]) + 1, int(lost[1]) + 2))
 
+    def test_folder_that_takes_no_files(self):
+        # The administrator may write everywhere, so somebody else runs a copy of the program.
+        self.folder.chmod(0o755)
+        program = self.folder / "varno-solve"
+        shutil.copy2(PROGRAM, program)
+        closed = self.folder / "closed"
+        closed.mkdir(0o555)
+        result = subprocess.run(
+            [program, self.file, "--output", closed / "rows"], capture_output=True, text=True,
+            timeout=TIMEOUT, **({"user": 65534} if os.geteuid() == 0 else {}))
+        self.assertEqual(result.returncode, 3)
+        self.assertEqual(
+            result.stderr, f"varno-solve: cannot write '{closed}/rows': Permission denied\n")
+
     def test_each_row_is_there_at_once(self):
         # The pipe stays open, and the run goes on: nothing but the row itself can bring it here.
         process = self.start(*ENDLESS)
@@ -174,6 +189,14 @@ class StreamsTest(unittest.TestCase):
         process = self.start(*ENDLESS)
         process.stdout.readline()
         self.assert_interrupted(process, signal.SIGTERM)
+
+    def test_interrupt_inside_of_a_step(self):
+        # A single step takes minutes here.
+        self.file.write_text("x' = sin(x)^300 & 1/2;\n")
+        process = self.start("--digits", "10000")
+        process.stdout.readline()
+        process.stdout.readline()
+        self.assert_interrupted(process, signal.SIGINT)
 
     def test_interrupt_while_nobody_reads(self):
         process = self.start(*ENDLESS)

@@ -56,7 +56,8 @@ from fractions import Fraction
 
 import mpmath
 
-NUMBER = re.compile(r"-?(\d+)(?:\.(\d+))?(?:e([+-]\d+))?")
+# An exponent with more digits is garbage, and its power of ten would take for ever.
+NUMBER = re.compile(r"-?(\d+)(?:\.(\d+))?(?:e([+-]\d{1,7}))?")
 MOST_FAULTS_SHOWN = 20
 
 

@@ -7,37 +7,16 @@ Usage: completion_test.py PROGRAM
 import re
 import subprocess
 import sys
-import tempfile
 import unittest
 from pathlib import Path
 
-COMPLETION = Path(__file__).resolve().parents[2] / "completions" / "varno"
+from completion_support import CompletionCase
+
 PROGRAM = Path(sys.argv.pop(1)).resolve()
 
-ASK = """
-source "$1"
-complete -p varno >&2 || exit
-shift
-COMP_WORDS=(varno "$@")
-COMP_CWORD=$#
-_varno
-printf '%s\\n' "${COMPREPLY[@]}"
-"""
 
-
-class CompletionTest(unittest.TestCase):
-    def setUp(self):
-        scratch = tempfile.TemporaryDirectory()
-        self.addCleanup(scratch.cleanup)
-        self.folder = Path(scratch.name)
-
-    def complete(self, *words):
-        """The completions of the last word."""
-        result = subprocess.run(
-            ["bash", "--norc", "-u", "-c", ASK, "bash", COMPLETION, *words], cwd=self.folder,
-            capture_output=True, text=True, check=True)
-        self.assertEqual(result.stderr, "complete -F _varno varno\n")
-        return sorted(result.stdout.split())
+class CompletionTest(CompletionCase):
+    command = "varno"
 
     def test_options_are_those_of_the_program(self):
         usage = subprocess.run([PROGRAM, "-h"], capture_output=True, text=True).stderr

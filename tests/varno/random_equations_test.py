@@ -21,7 +21,7 @@ from equation_generator import Generator
 from run_case import make_environment
 
 PROGRAM = Path(sys.argv.pop(1)).resolve()
-RUNS = 300
+RUNS = 100
 CPU_SECONDS = 1
 SANITIZER_WORDS = ("Sanitizer", "runtime error")
 

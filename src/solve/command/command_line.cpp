@@ -1,5 +1,6 @@
 #include "solve/command/command_line.h"
 
+#include <algorithm>
 #include <limits>
 #include <memory>
 
@@ -14,19 +15,20 @@ namespace varno::solve {
 namespace {
 
 constexpr int kMostDigits = 10'000;
+constexpr std::int64_t kMostJobs = 100'000;
 constexpr std::size_t kHelpColumn = 20;
 constexpr std::int64_t kNoLimit = std::numeric_limits<std::int64_t>::max();
 
 /// Options that belong to the language of the command line but do nothing yet: their names are
 /// taken, so that no abbreviation changes its meaning when they come.
-constexpr const char* kFutureOptions[] = {"--sweep", "--sweep-file", "--events", "--plot",
-                                          "--axes",  "--save",       "--resume"};
+constexpr const char* kFutureOptions[] = {"--events", "--save", "--resume"};
 
 /// The values of the options as they were written.
 struct Texts {
   std::string from, to, every, points, at, digits, tiny, columns, format, output;
+  std::string plot, axes, title, xLabel, yLabel;
   std::string jobs, maxSteps, maxSeconds, maxBits, future;
-  std::vector<std::string> settings, files;
+  std::vector<std::string> settings, sweeps, sweepFiles, files;
   bool steps = false, last = false, noCheck = false, explain = false, hold = false;
   bool progress = false, quiet = false, help = false, version = false;
 };
@@ -78,6 +80,8 @@ class Parser {
  private:
   void AddValue(const std::string& name, const std::string& valueName, std::string& text,
                 const std::string& description);
+  void AddList(const std::string& name, const std::string& valueName,
+               std::vector<std::string>& list, const std::string& description);
   void AddSwitch(const std::string& name, bool& isOn, const std::string& description);
   void AddRowOptions();
   void AddNumberOptions();
@@ -91,6 +95,7 @@ class Parser {
   std::string File() const;
   RowChoice Rows() const;
   Format OutputFormat() const;
+  std::optional<PlotRequest> Plot() const;
   Options SolverOptions() const;
 
   CLI::App app;
@@ -125,6 +130,16 @@ void Parser::AddSwitch(const std::string& name, bool& isOn, const std::string& d
   app.add_flag(name, isOn, description)->take_last()->group(group);
 }
 
+/// An option that may be given several times and keeps all of its values.
+void Parser::AddList(const std::string& name, const std::string& valueName,
+                     std::vector<std::string>& list, const std::string& description)
+{
+  app.add_option(name, list, description)
+      ->allow_extra_args(false)
+      ->type_name(valueName)
+      ->group(group);
+}
+
 void Parser::AddRowOptions()
 {
   group = "Rows (times are constants such as 2.5, 1/3, 10*pi)";
@@ -149,10 +164,13 @@ void Parser::AddNumberOptions()
 void Parser::AddProblemOptions()
 {
   group = "Problem";
-  app.add_option("--set", texts.settings, "change a parameter or a start value: mu=7, 'x(0)=2'")
-      ->allow_extra_args(false)
-      ->type_name("NAME=EXPR")
-      ->group(group);
+  AddList("--set", "NAME=EXPR", texts.settings,
+          "change a parameter or a start value: mu=7, 'x(0)=2'");
+  AddList("--sweep", "NAME=VALUES", texts.sweeps,
+          "a run for each value: mu=1,2,5 or mu=FIRST:LAST:STEP");
+  AddList("--sweep-file", "CSV", texts.sweepFiles,
+          "a run for each line of a file; names in the first");
+  AddValue("--jobs", "N", texts.jobs, "threads (all cores)");
   AddSwitch("--explain", texts.explain, "tell how the equations are understood; no run");
 }
 
@@ -161,6 +179,12 @@ void Parser::AddOutputOptions()
   group = "Output";
   AddValue("--format", "FORMAT", texts.format, "table, csv or json (table)");
   AddValue("--output", "FILE", texts.output, "write the rows into a file");
+  AddValue("--plot", "FILE", texts.plot,
+           "a picture by gnuplot: .png, .svg, .pdf; -: in the terminal");
+  AddValue("--axes", "X:Y[:Z]", texts.axes, "which columns go against which (all against t)");
+  AddValue("--title", "TEXT", texts.title, "of the picture");
+  AddValue("--xlabel", "TEXT", texts.xLabel, "of its first axis (the column's name)");
+  AddValue("--ylabel", "TEXT", texts.yLabel, "of its second axis");
   AddSwitch("--hold", texts.hold, "print nothing before all rows are there");
   AddSwitch("--progress", texts.progress, "tell on standard error how far the run is");
   AddSwitch("--quiet", texts.quiet, "no notes and no summary on standard error");
@@ -180,8 +204,6 @@ void Parser::AddFutureOptions()
 {
   group.clear();  // which the help does not show
   for (const char* name : kFutureOptions) AddValue(name, "VALUE", texts.future, "");
-  // One run occupies one thread: there is nothing to spread yet.
-  AddValue("--jobs", "N", texts.jobs, "");
 }
 
 std::variant<CommandLine, Information> Parser::Parse(const std::vector<std::string>& arguments)
@@ -204,7 +226,11 @@ std::variant<CommandLine, Information> Parser::Parse(const std::vector<std::stri
   commandLine.settings = texts.settings;
   commandLine.format = OutputFormat();
   if (IsGiven("--output")) commandLine.output = texts.output;
-  if (IsGiven("--jobs")) WholeNumber("--jobs", texts.jobs, 1, kNoLimit);
+  commandLine.plot = Plot();
+  commandLine.sweeps = texts.sweeps;
+  commandLine.sweepFiles = texts.sweepFiles;
+  if (IsGiven("--jobs"))
+    commandLine.jobs = static_cast<int>(WholeNumber("--jobs", texts.jobs, 1, kMostJobs));
   commandLine.explain = texts.explain;
   commandLine.hold = texts.hold;
   commandLine.progress = texts.progress;
@@ -257,6 +283,27 @@ Format Parser::OutputFormat() const
   if (texts.format == "csv") return Format::kCsv;
   if (texts.format == "json") return Format::kJson;
   throw UsageError("--format takes table, csv or json, not '" + texts.format + "'");
+}
+
+std::optional<PlotRequest> Parser::Plot() const
+{
+  if (!IsGiven("--plot")) {
+    for (const char* name : {"--axes", "--title", "--xlabel", "--ylabel"}) {
+      if (IsGiven(name)) throw UsageError(std::string(name) + " belongs to --plot");
+    }
+    return std::nullopt;
+  }
+  PlotRequest request{.file = texts.plot,
+                      .axes = {},
+                      .title = texts.title,
+                      .xLabel = texts.xLabel,
+                      .yLabel = texts.yLabel};
+  if (!IsGiven("--axes")) return request;
+  request.axes = SplitOutside(texts.axes, ':');
+  const bool hasEmpty = std::ranges::find(request.axes, "") != request.axes.end();
+  if (request.axes.size() < 2 || request.axes.size() > 3 || hasEmpty)
+    throw UsageError("--axes takes two or three columns, as in x:y, not '" + texts.axes + "'");
+  return request;
 }
 
 Options Parser::SolverOptions() const

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "solve/library/solve.h"
+#include "solve/plot/gnuplot_script.h"
 
 namespace varno::solve {
 
@@ -16,12 +17,17 @@ struct CommandLine {
   std::string file;  ///< "-": standard input
   Options options;
   std::vector<std::string> settings;  ///< of --set, in order
+  std::vector<std::string> sweeps, sweepFiles;
+  int jobs = 0;  ///< threads; 0: as many as there are cores
   Format format = Format::kTable;
   std::optional<std::string> output;  ///< a file for the rows
+  std::optional<PlotRequest> plot;
   bool explain = false;
   bool hold = false;      ///< no row before all are there
   bool progress = false;  ///< a progress line also where none would be shown
   bool quiet = false;
+
+  bool IsSweep() const { return !sweeps.empty() || !sweepFiles.empty(); }
 };
 
 /// A text that was asked for instead: the help, or the version.

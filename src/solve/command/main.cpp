@@ -5,6 +5,7 @@
 
 #include "solve/command/console.h"
 #include "solve/command/exit_status.h"
+#include "solve/command/memory.h"
 #include "solve/command/program.h"
 #include "solve/command/standard_error.h"
 #include "solve/command/standard_streams.h"
@@ -15,6 +16,7 @@ int main(int argc, char** argv)
   if (!FillStandardStreams()) return kFailure;
   // A closed pipe is noticed where it is written to.
   std::signal(SIGPIPE, SIG_IGN);
+  ThrowWhereMemoryIsShort();
 
   StandardError errors;
   const Console console{errors, ::isatty(STDERR_FILENO) != 0};

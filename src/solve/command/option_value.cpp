@@ -1,5 +1,6 @@
 #include "solve/command/option_value.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -19,14 +20,14 @@ bool ReadAll(const std::string& text, Number& number)
   return error == std::errc() && rest == end;
 }
 
+}  // namespace
+
 std::string_view Trimmed(std::string_view text)
 {
-  const std::size_t first = text.find_first_not_of(" \t");
+  const std::size_t first = text.find_first_not_of(kBlanks);
   if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(" \t") + 1 - first);
+  return text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
 }
-
-}  // namespace
 
 std::int64_t WholeNumber(const std::string& option, const std::string& value, std::int64_t least,
                          std::int64_t most)
@@ -50,25 +51,28 @@ double Seconds(const std::string& option, const std::string& value)
   return seconds;
 }
 
-std::vector<std::string> SplitAtCommas(const std::string& option, std::string_view value)
+std::vector<std::string> SplitOutside(std::string_view value, char separator)
 {
   std::vector<std::string> parts;
   std::size_t begin = 0;
   int depth = 0;
   for (std::size_t i = 0; i <= value.size(); ++i) {
-    const char character = i < value.size() ? value[i] : ',';
+    const char character = i < value.size() ? value[i] : separator;
     if (character == '(' || character == '[') ++depth;
     if (character == ')' || character == ']') --depth;
-    if (character != ',' || (depth > 0 && i < value.size())) continue;
-    const std::string_view part = Trimmed(value.substr(begin, i - begin));
-    if (part.empty()) {
-      throw UsageError(option + " takes values with a comma between them, not '" +
-                       std::string(value) + "'");
-    }
-    parts.emplace_back(part);
+    if (character != separator || (depth > 0 && i < value.size())) continue;
+    parts.emplace_back(Trimmed(value.substr(begin, i - begin)));
     begin = i + 1;
   }
   return parts;
+}
+
+std::vector<std::string> SplitAtCommas(const std::string& option, std::string_view value)
+{
+  std::vector<std::string> parts = SplitOutside(value, ',');
+  if (std::ranges::find(parts, "") == parts.end()) return parts;
+  throw UsageError(option + " takes values with a comma between them, not '" + std::string(value) +
+                   "'");
 }
 
 }  // namespace varno::solve

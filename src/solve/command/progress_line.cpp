@@ -1,5 +1,6 @@
 #include "solve/command/progress_line.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include <fmt/format.h>
@@ -16,6 +17,17 @@ constexpr std::string_view kClearLine = "\r\033[K";
 }  // namespace
 
 void ProgressLine::Update(const Progress& progress)
+{
+  Show(progress);
+}
+
+void ProgressLine::Update(const SweepProgress& progress)
+{
+  Show(progress);
+}
+
+template <typename AnyProgress>
+void ProgressLine::Show(const AnyProgress& progress)
 {
   if (mode == Mode::kOff) return;
   const bool isTerminal = console.errorsAreTerminal;
@@ -44,6 +56,14 @@ std::string ProgressText(const Progress& progress)
   return fmt::format("t = {:.6g}, {:.0f} %, {} step{}, latest {:.3g}, {:.1f} s", progress.time,
                      std::floor(100 * progress.fraction), progress.steps,
                      progress.steps == 1 ? "" : "s", std::abs(progress.step), progress.seconds);
+}
+
+std::string ProgressText(const SweepProgress& progress)
+{
+  const double rate = static_cast<double>(progress.done) / std::max(progress.seconds, 1e-9);
+  const double left = static_cast<double>(progress.count - progress.done) / rate;
+  return fmt::format("runs {} of {}, {:.3g} per second, {:.0f} s left", progress.done,
+                     progress.count, rate, left);
 }
 
 }  // namespace varno::solve

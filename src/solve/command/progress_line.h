@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "solve/command/console.h"
@@ -7,7 +8,14 @@
 
 namespace varno::solve {
 
-/// Tells how far a run is: "t = 3.25, 32 %, 120 steps, latest 0.031, 4.1 s".
+/// How far a sweep is.
+struct SweepProgress {
+  std::int64_t done, count;  ///< runs
+  double seconds;            ///< since the start
+};
+
+/// Tells how far a run is: "t = 3.25, 32 %, 120 steps, latest 0.031, 4.1 s"; or a sweep: "runs 120
+/// of 1000, 35 per second, 25 s left".
 ///
 /// On a terminal it is one line that is written anew, ten times a second at most, and first after
 /// half a second; elsewhere a line of its own each second, the first one at once.
@@ -17,10 +25,14 @@ class ProgressLine {
   ProgressLine(const Console& console, Mode mode) : console(console), mode(mode) {}
 
   void Update(const Progress& progress);
+  void Update(const SweepProgress& progress);
   /// Takes the line away, so that something else can be written there.
   void Clear();
 
  private:
+  template <typename AnyProgress>
+  void Show(const AnyProgress& progress);
+
   const Console& console;
   Mode mode;
   bool isShown = false;
@@ -29,5 +41,6 @@ class ProgressLine {
 
 /// The text of the line.
 std::string ProgressText(const Progress& progress);
+std::string ProgressText(const SweepProgress& progress);
 
 }  // namespace varno::solve

@@ -1,11 +1,11 @@
 #pragma once
 
 #include <memory>
-#include <string>
 #include <string_view>
 #include <vector>
 
 #include "solve/command/command_line.h"
+#include "solve/command/held_text.h"
 #include "solve/command/output_file.h"
 #include "solve/library/solve.h"
 #include "solve/rows/row_writer.h"
@@ -29,13 +29,6 @@ class RowOutput {
   bool GoesToTerminal() const { return file.IsTerminal(); }
 
  private:
-  /// Collects text instead of writing it.
-  class HeldText final : public TextSink {
-   public:
-    void Write(std::string_view addition) override { text += addition; }
-    std::string text;
-  };
-
   OutputFile file;
   HeldText held;
   std::unique_ptr<RowWriter> writer;

@@ -1,58 +1,27 @@
 #include "solve/command/run.h"
 
 #include <csignal>
-#include <filesystem>
 #include <new>
 #include <string>
-#include <system_error>
 
 #include "solve/command/exit_status.h"
 #include "solve/command/input_file.h"
 #include "solve/command/interruption.h"
 #include "solve/command/output_file.h"
+#include "solve/command/plotting.h"
+#include "solve/command/problem_files.h"
 #include "solve/command/progress_line.h"
 #include "solve/command/row_output.h"
 #include "solve/command/summary_text.h"
+#include "solve/command/sweep_command.h"
 #include "solve/command/usage_error.h"
 
 namespace varno::solve {
 
 namespace {
 
-bool IsInterrupted()
-{
-  return Interruption::Signal() != 0;
-}
-
-Problem ReadProblem(const CommandLine& commandLine)
-{
-  InputFile input = ReadInputFile(commandLine.file);
-  Problem problem = Problem::Parse(std::move(input.text), std::move(input.name));
-  for (const std::string& setting : commandLine.settings) problem.Set(setting);
-  return problem;
-}
-
-/// Rows into the file of the equations would destroy them.
-void RefuseOutputIntoInput(const std::string& output, const std::string& input)
-{
-  namespace fs = std::filesystem;
-  std::error_code ignored;
-  if (fs::is_regular_file(output, ignored) && fs::equivalent(output, input, ignored)) {
-    throw UsageError("--output '" + output + "' is the file of the equations");
-  }
-}
-
-OutputFile OpenOutput(const CommandLine& commandLine)
-{
-  if (!commandLine.output || *commandLine.output == "-") {
-    return OutputFile::StandardOutput(IsInterrupted);
-  }
-  RefuseOutputIntoInput(*commandLine.output, commandLine.file);
-  return OutputFile::Open(*commandLine.output, IsInterrupted);
-}
-
 /// Prints row after row until the last one, or until something ends the run.
-int PrintRows(Solution& solution, RowOutput& output, ProgressLine& progressLine,
+int PrintRows(Solution& solution, RowOutput& output, Plotting& plotting, ProgressLine& progressLine,
               const Console& console)
 {
   const bool shareTerminal = console.errorsAreTerminal && output.GoesToTerminal();
@@ -62,6 +31,7 @@ int PrintRows(Solution& solution, RowOutput& output, ProgressLine& progressLine,
       if (!row) return kSuccess;
       if (shareTerminal) progressLine.Clear();
       output.Print(*row);
+      plotting.Add(*row);
     }
     progressLine.Clear();
     console.Say("interrupted");
@@ -86,11 +56,15 @@ int Solve(const CommandLine& commandLine, const Console& console)
   const Problem problem = ReadProblem(commandLine);
   if (!commandLine.quiet) console.Print(problem.Notes());
 
+  if (commandLine.IsSweep() && !commandLine.explain)
+    return SolveSweep(commandLine, problem, console);
+
   const bool wantsProgress =
       commandLine.progress || (console.errorsAreTerminal && !commandLine.quiet);
   ProgressLine progressLine(console,
                             wantsProgress ? ProgressLine::Mode::kOn : ProgressLine::Mode::kOff);
   Options options = commandLine.options;
+  options.jobs = commandLine.jobs;
   options.interrupted = IsInterrupted;
   options.progress = [&progressLine](const Progress& progress) { progressLine.Update(progress); };
   Solution solution(problem, std::move(options));
@@ -102,11 +76,13 @@ int Solve(const CommandLine& commandLine, const Console& console)
     return kSuccess;
   }
 
+  Plotting plotting(commandLine, {}, solution.Columns());
   const Interruption interruption;
   RowOutput output(OpenOutput(commandLine), commandLine, solution);
-  const int status = PrintRows(solution, output, progressLine, console);
+  const int status = PrintRows(solution, output, plotting, progressLine, console);
   output.Finish();
   progressLine.Clear();
+  plotting.Draw();
   if (!commandLine.quiet) console.Print(SummaryText(solution.Summarise()));
   return status;
 }
@@ -122,6 +98,8 @@ int Run(const CommandLine& commandLine, const Console& console)
   } catch (const InputFileError& error) {
     console.Say(error.what());
   } catch (const UsageError& error) {
+    console.Say(error.what());
+  } catch (const PlotError& error) {
     console.Say(error.what());
   } catch (const OutputError& error) {
     console.Say(error.what());

@@ -13,6 +13,7 @@ enum class Outcome {
   kUndefined,   ///< outside the domain: ln(-1), 1/0, 0/0
   kNoSeries,    ///< a value, but no Taylor series: a root or power of 0; never from Apply
   kOutOfRange,  ///< too large for the arithmetic, beyond about 10^(10^18)
+  kTooSmall,    ///< not 0, but below about 10^(-10^18); never from Apply, where it is 0
 };
 
 /// Sets result, at its precision, to an operation on one or two numbers, rounded to nearest.

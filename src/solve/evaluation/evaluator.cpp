@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <optional>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -94,13 +95,20 @@ void Evaluator::Compute(std::size_t place, mpfr_srcptr time, std::span<const Rea
     default:
       break;
   }
-  const bool wholePower = step.operation == Operation::kPower && step.index != kNoExponent;
-  const Outcome outcome =
-      wholePower ? ApplyPower(values[place], values[step.a], exponents[step.index])
-                 : Apply(step.operation, values[place], values[step.a], values[step.b]);
+  Operate(step, values[place], values[step.a], values[step.b]);
+}
+
+void Evaluator::Operate(const Step& step, mpfr_ptr result, const Real& a, const Real& b)
+{
+  const Outcome outcome = HasWholeExponent(step) ? ApplyPower(result, a, exponents[step.index])
+                                                 : Apply(step.operation, result, a, b);
   if (outcome == Outcome::kValue) return;
-  const bool second = step.operation == Operation::kDivide;
-  throw DomainError{outcome, step.node, values[second ? step.b : step.a]};
+  throw DomainError{outcome, step.node, step.operation == Operation::kDivide ? b : a};
+}
+
+bool Evaluator::HasWholeExponent(const Step& step) const
+{
+  return step.operation == Operation::kPower && step.index != kNoExponent;
 }
 
 void Evaluator::Evaluate(mpfr_srcptr time, std::span<const Real> states)
@@ -134,12 +142,51 @@ void Evaluator::EvaluateSizes(std::span<const double> stateSizes)
     sizes[place] = ComputeSize(place, stateSizes);
 }
 
+void Evaluator::ComputeAtEdge(std::size_t place, const Edge& edge, const EdgeRule& rule)
+{
+  const Step& step = steps[place];
+  const Real &a = values[step.a], &b = values[step.b];
+  Operate(step, values[place], edge.isSecond ? a : edge.argument,
+          edge.isSecond ? edge.argument : b);
+  sizes[place] = SizeAtEdge(edge, values[place], sizes[edge.isSecond ? step.b : step.a], rule);
+}
+
+bool Evaluator::IsRoot(std::size_t place) const
+{
+  return std::ranges::find(rootPlaces, place) != rootPlaces.end();
+}
+
+void Evaluator::EvaluateSized(mpfr_srcptr time, std::span<const Real> states,
+                              std::span<const double> stateSizes, const EdgeRule& rule)
+{
+  sizes.resize(steps.size());
+  for (std::size_t place = 0; place < steps.size(); ++place) {
+    const Step& step = steps[place];
+    const std::optional<Edge> edge =
+        EdgeAt(step.operation, HasWholeExponent(step), {values[step.a], sizes[step.a]},
+               {values[step.b], sizes[step.b]}, rule);
+    mpfr_clear_underflow();
+    if (edge) {
+      ComputeAtEdge(place, *edge, rule);
+      continue;
+    }
+    Compute(place, time, states);
+    if (mpfr_underflow_p() != 0 && values[place].IsZero()) {
+      if (!IsRoot(place)) throw DomainError{Outcome::kTooSmall, step.node, values[step.a]};
+      mpfr_nextabove(values[place]);
+    }
+    sizes[place] = ComputeSize(place, stateSizes);
+  }
+}
+
 Real EvaluateConstant(const Graph& graph, NodeId node, mpfr_prec_t bits,
                       std::span<const NodeId> parameters)
 {
   for (mpfr_prec_t guard = kFirstGuardBits;; guard *= 4) {
     Evaluator evaluator(graph, {node}, bits + guard, parameters);
+    mpfr_clear_underflow();
     evaluator.Evaluate(nullptr, {});
+    if (mpfr_underflow_p() != 0) throw DomainError{Outcome::kTooSmall, node, Real(bits)};
     evaluator.EvaluateSizes({});
     const double cancelled = evaluator.Size(0) - Log2Size(evaluator[0]);
     const bool isExact =

@@ -3,6 +3,7 @@
 #include <span>
 #include <vector>
 
+#include "solve/evaluation/edges.h"
 #include "solve/graph/graph.h"
 #include "solve/number/rational.h"
 #include "solve/number/real.h"
@@ -25,6 +26,12 @@ class Evaluator {
   /// Computes the sizes of all roots, after Evaluate, from log2 of the sizes of the states.
   void EvaluateSizes(std::span<const double> stateSizes);
 
+  /// Both, where arguments on the edge of a domain count as on it, on whichever side of it they
+  /// were rounded. What is not 0 but too small for the arithmetic is, as a root, the smallest
+  /// number there is. Throws DomainError and EdgeInDoubt.
+  void EvaluateSized(mpfr_srcptr time, std::span<const Real> states,
+                     std::span<const double> stateSizes, const EdgeRule& rule);
+
   /// Value of root number i after Evaluate.
   const Real& operator[](std::size_t i) const { return values[rootPlaces[i]]; }
   /// log2 of the size of root number i after EvaluateSizes.
@@ -41,6 +48,10 @@ class Evaluator {
 
   std::uint32_t AddExponent(const Graph& graph, const Node& node);
   void Compute(std::size_t place, mpfr_srcptr time, std::span<const Real> states);
+  void Operate(const Step& step, mpfr_ptr result, const Real& a, const Real& b);
+  bool HasWholeExponent(const Step& step) const;
+  bool IsRoot(std::size_t place) const;
+  void ComputeAtEdge(std::size_t place, const Edge& edge, const EdgeRule& rule);
   double ComputeSize(std::size_t place, std::span<const double> stateSizes) const;
 
   std::vector<Step> steps;

@@ -72,6 +72,14 @@ std::vector<double> LineSizes(const Tape& tape, const Series& series)
   sizes.reserve(tape.lines.size());
   const SizeRules rules{tape, series, sizes};
   for (LineId id = 0; id < tape.lines.size(); ++id) {
+    if (const int order = series.CommonRootOrder(id); order > 0) {
+      // What it is divided by is 0; its terms tell how large it is.
+      double largest = rules.Value(id);
+      for (int k = 1; k <= std::min(order, series.Order()); ++k)
+        largest = std::max(largest, series.Log2(id, k));
+      sizes.push_back(largest);
+      continue;
+    }
     const double effect = rules.Of(tape.lines[id], id);
     // NaN: -infinity met +infinity, a factor 0 beside an operand without bounds.
     sizes.push_back(std::isnan(effect) ? rules.Value(id) : std::max(rules.Value(id), effect));

@@ -7,32 +7,45 @@
 
 namespace varno::solve {
 
+namespace {
+
+/// To start threads takes longer than many a run.
+constexpr std::chrono::milliseconds kTimeBeforeThreads{5};
+/// With so many bits a single step is long.
+constexpr mpfr_prec_t kBitsOfLongSteps = 2000;
+
+}  // namespace
+
 Lockstep::Lockstep(const Tape& tape, const std::vector<RunSettings>& settings, const Moment& start,
                    const std::vector<std::vector<Real>>& states, const Moment& reach,
-                   StepWatch watch, Compare compare)
-    : reach(reach), watch(std::move(watch)), compare(std::move(compare))
+                   StepWatch watch, const Poll& poll, Compare compare, bool mayUseThreads)
+    : mayUseThreads(mayUseThreads && settings.size() > 1),
+      reach(reach),
+      watch(std::move(watch)),
+      compare(std::move(compare))
 {
-  ends.resize(settings.size());
-  runs.reserve(settings.size());
-  for (std::size_t i = 0; i < settings.size(); ++i)
-    runs.emplace_back(tape, settings[i], start, states[i], reach);
+  for (std::size_t i = 0; i < settings.size(); ++i) {
+    runs.push_back(
+        {std::make_unique<StepFeed>(tape, settings[i], start, states[i], reach, poll), nullptr});
+  }
+  threadsFrom = std::chrono::steady_clock::now();
+  if (settings.back().bits < kBitsOfLongSteps) threadsFrom += kTimeBeforeThreads;
 }
 
-/// The run that is farthest behind among those that have not ended; null when all have.
-Run* Lockstep::RunBehind()
+/// The run that is farthest behind among those that have not ended; none when all have.
+std::optional<std::size_t> Lockstep::RunBehind() const
 {
-  Run* behind = nullptr;
+  std::optional<std::size_t> behind;
   for (std::size_t i = 0; i < runs.size(); ++i) {
-    if (ends[i] == nullptr && (behind == nullptr || runs[i].IsBehind(behind->End())))
-      behind = &runs[i];
+    if (runs[i].end == nullptr && (!behind || Latest(i).IsBehind(Latest(*behind).End())))
+      behind = i;
   }
   return behind;
 }
 
 void Lockstep::Reach(const Moment& time)
 {
-  for (Run* run = RunBehind(); run != nullptr && run->IsBehind(time); run = RunBehind())
-    Advance(*run);
+  for (auto run = RunBehind(); run && Latest(*run).IsBehind(time); run = RunBehind()) Advance(*run);
   ThrowIfEnded();
 }
 
@@ -45,32 +58,40 @@ void Lockstep::ReachNextStep(const Moment& time)
 
 bool Lockstep::AnyEnded() const
 {
-  return std::ranges::any_of(ends, [](const auto& end) { return end != nullptr; });
+  return std::ranges::any_of(runs, [](const Runner& run) { return run.end != nullptr; });
 }
 
-void Lockstep::Advance(Run& run)
+void Lockstep::UseThreads()
 {
+  mayUseThreads = false;
+  for (const Runner& run : runs) run.feed->GoAhead();
+}
+
+void Lockstep::Advance(std::size_t run)
+{
+  if (mayUseThreads && std::chrono::steady_clock::now() >= threadsFrom) UseThreads();
   try {
-    run.Step();
+    runs[run].feed->Advance();
   } catch (const DomainError&) {
-    ends[static_cast<std::size_t>(&run - runs.data())] = std::current_exception();
+    runs[run].end = std::current_exception();
     return;
   } catch (const Singularity&) {
-    ends[static_cast<std::size_t>(&run - runs.data())] = std::current_exception();
+    runs[run].end = std::current_exception();
     return;
   }
-  watch(run);
+  watch(Latest(run));
   CompareAfter(run);
 }
 
 /// A run has made a step: it or the other one, whichever is behind now, ends a step that the other
 /// one's latest step holds.
-void Lockstep::CompareAfter(const Run& run) const
+void Lockstep::CompareAfter(std::size_t run) const
 {
-  for (const Run& other : runs) {
-    const bool hasEnded = ends[static_cast<std::size_t>(&other - runs.data())] != nullptr;
-    if (&other == &run || other.Steps() == 0 || hasEnded) continue;
-    compare(run.IsBehind(other.End()) ? run.End() : other.End(), run, other);
+  const DenseStep& latest = Latest(run);
+  for (std::size_t i = 0; i < runs.size(); ++i) {
+    const DenseStep& other = Latest(i);
+    if (i == run || other.Steps() == 0 || runs[i].end != nullptr) continue;
+    compare(latest.IsBehind(other.End()) ? latest.End() : other.End(), latest, other);
   }
 }
 
@@ -78,10 +99,10 @@ void Lockstep::CompareAfter(const Run& run) const
 void Lockstep::ThrowIfEnded() const
 {
   if (!AnyEnded()) return;
-  const auto goesOn = std::ranges::find(ends, nullptr);
-  if (goesOn != ends.end())
-    throw Disagreement{runs[static_cast<std::size_t>(goesOn - ends.begin())].End()};
-  std::rethrow_exception(ends.back());
+  for (std::size_t i = 0; i < runs.size(); ++i) {
+    if (runs[i].end == nullptr) throw Disagreement{Latest(i).End()};
+  }
+  std::rethrow_exception(runs.back().end);
 }
 
 }  // namespace varno::solve

@@ -1,10 +1,15 @@
 #pragma once
 
+#include <chrono>
+#include <cstddef>
 #include <exception>
 #include <functional>
+#include <memory>
+#include <optional>
 #include <vector>
 
-#include "solve/integration/run.h"
+#include "solve/integration/dense_step.h"
+#include "solve/integration/step_feed.h"
 
 namespace varno::solve {
 
@@ -19,7 +24,7 @@ struct Interval {
 };
 
 /// Called after each step; may throw to end the integration.
-using StepWatch = std::function<void(const Run&)>;
+using StepWatch = std::function<void(const DenseStep&)>;
 
 /// Two runs that contradict each other: one ended where the other went on, or their states differ.
 struct Disagreement {
@@ -29,15 +34,19 @@ struct Disagreement {
 /// One run, or several of the same problem with different settings, integrated side by side: the
 /// one behind makes the next step, so that all of them are within one step of one another and can
 /// be compared anywhere on the way.
+///
+/// Once they have run for a while, each of several gets a thread of its own where that is allowed,
+/// and makes some steps ahead. What is watched and compared, and in which order, stays the same.
 class Lockstep {
  public:
   /// Called when two runs have reached a time that ends a step of one of them.
-  using Compare = std::function<void(const Moment&, const Run&, const Run&)>;
+  using Compare = std::function<void(const Moment&, const DenseStep&, const DenseStep&)>;
 
-  /// The tape must outlive the runs.
+  /// The tape must outlive the runs. `watch` is called after each step, `poll` within them.
+  /// `mayUseThreads`: of several runs.
   Lockstep(const Tape& tape, const std::vector<RunSettings>& settings, const Moment& start,
            const std::vector<std::vector<Real>>& states, const Moment& reach, StepWatch watch,
-           Compare compare);
+           const Poll& poll, Compare compare, bool mayUseThreads);
 
   /// Integrates until every run has reached the time; the latest steps of all of them hold it then,
   /// if times come in order. Throws DomainError or Singularity where all runs end alike,
@@ -46,19 +55,28 @@ class Lockstep {
   /// Integrates until the best run has ended a step beyond the time. Throws as Reach does.
   void ReachNextStep(const Moment& time);
 
-  const std::vector<Run>& Runs() const { return runs; }
-  /// The most exact run, which is the last.
-  const Run& Best() const { return runs.back(); }
+  std::size_t RunCount() const { return runs.size(); }
+  /// The latest step of a run.
+  const DenseStep& Latest(std::size_t run) const { return runs[run].feed->Latest(); }
+  /// Of the most exact run, which is the last.
+  const DenseStep& Best() const { return Latest(runs.size() - 1); }
 
  private:
-  Run* RunBehind();
-  void Advance(Run& run);
-  void CompareAfter(const Run& run) const;
+  struct Runner {
+    std::unique_ptr<StepFeed> feed;
+    std::exception_ptr end;  // null while it goes on
+  };
+
+  std::optional<std::size_t> RunBehind() const;
+  void Advance(std::size_t run);
+  void UseThreads();
+  void CompareAfter(std::size_t run) const;
   bool AnyEnded() const;
   void ThrowIfEnded() const;
 
-  std::vector<Run> runs;
-  std::vector<std::exception_ptr> ends;  // by run; null while it goes on
+  std::vector<Runner> runs;
+  bool mayUseThreads;
+  std::chrono::steady_clock::time_point threadsFrom;
   Moment reach;
   StepWatch watch;
   Compare compare;

@@ -13,13 +13,16 @@ Path::Path(Problem given, std::vector<Moment> earlyTimes)
 void Path::Depart(const Moment& reach)
 {
   lockstep.emplace(problem.tape, problem.settings, problem.interval.start, problem.startStates,
-                   reach, problem.watch, problem.compare);
+                   reach, problem.watch, problem.poll, problem.compare, problem.mayUseThreads);
 }
 
 std::vector<SizedStates> Path::LatestStates(const Moment& time) const
 {
   std::vector<SizedStates> states;
-  for (const Run& run : lockstep->Runs()) states.push_back({run.StatesAt(time), run.StateSizes()});
+  for (std::size_t i = 0; i < lockstep->RunCount(); ++i) {
+    const DenseStep& step = lockstep->Latest(i);
+    states.push_back({step.StatesAt(time), step.StateSizes()});
+  }
   return states;
 }
 

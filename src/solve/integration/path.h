@@ -25,7 +25,9 @@ class Path {
     std::vector<RunSettings> settings;
     std::vector<std::vector<Real>> startStates;
     StepWatch watch;
+    Poll poll;
     Lockstep::Compare compare;
+    bool mayUseThreads;
   };
 
   /// `early` are the times before the start that will be asked for, in order.
@@ -36,8 +38,8 @@ class Path {
   /// The end of the next step of the best run beyond a time, in order and not early.
   Moment NextStepEnd(const Moment& time);
 
-  /// The most exact run that the latest states came from.
-  const Run& Best() const { return lockstep->Best(); }
+  /// The latest step of the most exact run.
+  const DenseStep& Best() const { return lockstep->Best(); }
   /// The steps that the best run made, in both directions.
   std::int64_t Steps() const { return earlySteps + Best().Steps(); }
 

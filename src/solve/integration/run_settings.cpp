@@ -8,14 +8,17 @@ namespace varno::solve {
 
 namespace {
 
-constexpr double kLeastDecimals = 12;
+/// More than any run can hold, and no more than an order can count: what asks for more is refused
+/// for its bits.
+constexpr double kMostDecimals = 1e9;
 constexpr int kLeastOrder = 12;
 
 }  // namespace
 
 RunSettings SettingsFor(double decimals, double placeDecimals)
 {
-  const double logTolerance = -std::max(decimals, kLeastDecimals) * std::numbers::ln10;
+  const double logTolerance =
+      -std::clamp(decimals, kLeastDecimals, kMostDecimals) * std::numbers::ln10;
   const int order = std::max(kLeastOrder, static_cast<int>(std::ceil(1 - logTolerance / 2)));
   const double toleranceBits = -logTolerance / std::numbers::ln2;
   // The recurrences of quotients, roots and logarithms lose some bits with the order.
@@ -24,6 +27,7 @@ RunSettings SettingsFor(double decimals, double placeDecimals)
           .order = order,
           .bits = static_cast<mpfr_prec_t>(std::ceil(toleranceBits + guardBits)),
           .disturbed = false,
+          .mayDeclareZero = true,
           .placeBits = placeDecimals * std::numbers::ln10 / std::numbers::ln2};
 }
 

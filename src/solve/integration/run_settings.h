@@ -10,16 +10,21 @@ struct RunSettings {
   int order;             ///< of the series, usually
   mpfr_prec_t bits;      ///< of the arithmetic
   bool disturbed;        ///< whether it moves what it rounds, so that unstable solutions show
-  double placeBits;      ///< a step shorter than 2^-placeBits of the way is the end of the way
+  /// Whether its zeros count as such where the way goes on only if they are: else ZeroInDoubt.
+  bool mayDeclareZero;
+  double placeBits;          ///< a step shorter than 2^-placeBits of the way is the end of the way
+  long mostBits = 1L << 20;  ///< what the arithmetic may take where a step needs more
 };
+
+inline constexpr double kLeastDecimals = 12;
 
 /// The settings of a run with a relative error of about 10^-decimals in each step, which follows
 /// shrinking steps until they are 10^-placeDecimals of the way.
 ///
 /// Order 1 - ln(tol)/2 needs the least work for a tolerance when a term costs the sum of those
 /// before it (Jorba and Zou, A software package for the numerical integration of ODEs by means of
-/// high-order Taylor methods, Experimental Mathematics 14, 2005). Below 10^-12 and order 12 nothing
-/// is saved.
+/// high-order Taylor methods, Experimental Mathematics 14, 2005). Below kLeastDecimals and order 12
+/// nothing is saved: fewer decimals are taken for as many.
 RunSettings SettingsFor(double decimals, double placeDecimals);
 
 }  // namespace varno::solve

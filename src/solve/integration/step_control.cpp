@@ -3,8 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <optional>
 
+#include "solve/integration/leading_terms.h"
 #include "solve/integration/line_sizes.h"
+#include "solve/integration/tape_cut.h"
 
 namespace varno::solve {
 
@@ -15,42 +18,21 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr int kTermsForRadius = 5;
 /// How far the order may grow beyond the usual one for lines whose terms vanish.
 constexpr int kMostOrderFactor = 6;
-/// How far it may grow to hold all terms of a line that is a polynomial by its structure.
-constexpr int kMostOrderOfPolynomial = 5000;
-/// The terms of a divisor or radicand behind the first may make up this part of it: no root then.
-constexpr double kMostOfFirstTerm = 0.9;
-/// A step that a domain bounds is tried shorter by this factor (log2).
-constexpr double kShorterLog2 = -0.25;
+/// How far it may grow to hold all terms of a line that is a polynomial by its structure, or to
+/// reach a first term that is known not to be 0.
+constexpr int kMostKnownOrder = 5000;
+/// A line that begins with more vanishing terms than this is flat: the order counts from its first
+/// term that is not 0.
+constexpr int kMostVanishingTerms = 5;
 /// Terms that cannot be resolved may grow by so many bits beyond what can before the next step
 /// looks at them anew.
 constexpr double kBitsOutOfTheDark = 8;
-/// Trials of a shorter step: beyond it the step is as good as gone.
-constexpr int kMostTrials = 200;
 
-/// Lines that must stay away from 0 within a step.
-std::vector<LineId> DomainLines(const Tape& tape)
+/// How many terms vanish before the first that does not.
+int VanishingTerms(const std::vector<double>& terms)
 {
-  std::vector<LineId> found;
-  for (const Line& line : tape.lines) {
-    switch (line.kind) {
-      case LineKind::kQuotient:
-      case LineKind::kIntegralOfQuotient:
-        found.push_back(line.b);
-        break;
-      case LineKind::kSquareRoot:
-      case LineKind::kPower:
-        found.push_back(line.a);
-        break;
-      case LineKind::kAngle:
-        found.push_back(line.c);
-        break;
-      default:
-        break;
-    }
-  }
-  std::ranges::sort(found);
-  found.erase(std::unique(found.begin(), found.end()), found.end());
-  return found;
+  const auto first = std::ranges::find_if(terms, [](double term) { return term > -kInfinity; });
+  return static_cast<int>(first - terms.begin());
 }
 
 /// Whether the terms of a line end by its structure before the usual order.
@@ -64,47 +46,57 @@ bool IsShortPolynomial(const Line& line, int order)
 StepControl::StepControl(const Tape& tape, const RunSettings& settings)
     : tape(tape),
       settings(settings),
-      domainLines(DomainLines(tape)),
+      flatLines(tape.lines.size(), false),
       settledLines(tape.lines.size(), false)
 {}
 
-/// Whether a line shows too few terms to tell how far its series reaches.
-bool StepControl::NeedsMoreTerms(const Series& series, LineId id)
+/// Whether a line shows enough terms to tell how far its series reaches.
+bool StepControl::IsShown(const Series& series, LineId id) const
 {
-  if (IsShortPolynomial(tape.lines[id], series.Order() + 1)) return false;
   int found = 0;
   for (int k = series.Order(); k > 0 && found < kTermsForRadius; --k) {
     if (series.Log2(id, k) > -kInfinity) ++found;
   }
-  if (found >= kTermsForRadius) {
-    settledLines[id] = false;
-    return false;
-  }
-  return !settledLines[id];
+  return found >= kTermsForRadius;
 }
 
-/// The order up to which the terms of a line that vanish are followed. A polynomial, such as
-/// t^1000, is followed to its end: however many of its terms vanish, it is known not to be 0.
-int StepControl::MostOrder(const Line& line) const
+/// Whether a line shows too few terms, or, of one that begins with vanishing terms, less than the
+/// usual order behind these.
+bool StepControl::NeedsMoreTerms(const Series& series, LineId id) const
 {
-  const int usual = kMostOrderFactor * settings.order;
-  return line.degree > usual && line.degree <= kMostOrderOfPolynomial ? line.degree : usual;
+  if (IsShortPolynomial(tape.lines[id], series.Order() + 1)) return false;
+  if (!IsShown(series, id)) return !settledLines[id];
+  int first = 0;
+  while (series.Log2(id, first) == -kInfinity) ++first;
+  return first > kMostVanishingTerms && series.Order() < first + settings.order;
+}
+
+/// The order up to which the terms of a line that vanish are followed. Where it is known by the
+/// structure how far that is, as with t^1000 or sin(t)^1000, they are followed to their end:
+/// however many they are, the line is not 0.
+int StepControl::MostOrder(const Series& series, LineId id) const
+{
+  const int usual = kMostOrderFactor * settings.order, degree = tape.lines[id].degree;
+  if (degree > usual && degree <= kMostKnownOrder) return degree;
+  const std::optional<int> first = LeadingTerms(tape, series)[id];
+  const int needed = first && *first <= kMostKnownOrder ? *first + settings.order : 0;
+  return std::max(usual, needed);
 }
 
 /// Raises the order until every line shows enough terms, or to the highest. A line that shows none
 /// even there is taken for what it seems in the steps that follow, until it moves.
-void StepControl::ExtendFlatLines(Series& series)
+void StepControl::ExtendFlatLines(Series& series, const std::vector<bool>& leftOut)
 {
+  const bool isWhole = std::ranges::find(leftOut, true) == leftOut.end();
+  const std::vector<bool> still = isWhole ? leftOut : StillLines(tape, leftOut);
   for (LineId id = 0; id < tape.lines.size(); ++id) {
-    const int most = MostOrder(tape.lines[id]);
-    while (NeedsMoreTerms(series, id)) {
-      if (series.Order() >= most) {
-        settledLines[id] = true;
-        break;
-      }
+    if (still[id] || !NeedsMoreTerms(series, id)) continue;
+    const int most = MostOrder(series, id);
+    while (series.Order() < most && NeedsMoreTerms(series, id))
       series.ExtendTo(std::min(most, series.Order() + std::max(4, settings.order / 4)));
-    }
   }
+  for (LineId id = 0; id < tape.lines.size(); ++id)
+    flatLines[id] = still[id] ? settledLines[id] : !IsShown(series, id);
 }
 
 void StepControl::ReadTerms(const Series& series, LineId id)
@@ -114,7 +106,8 @@ void StepControl::ReadTerms(const Series& series, LineId id)
 }
 
 /// log2 of the longest step for which the terms of a line fall as they should: the least over its
-/// last orders k of  max over j < k of (tol |c_j| / |c_k|)^(1/(k-j)) * tol^(1/p - 1/k).
+/// last orders k of  max over j < k of (tol |c_j| / |c_k|)^(1/(k-j)) * tol^(1/p - 1/k), where k
+/// counts from the first term that is not 0 in a flat line.
 ///
 /// `resolution` is what the terms may be wrong by: one that is smaller, but not 0, counts as that
 /// large, and may come out of the dark by a few bits at most.
@@ -127,9 +120,19 @@ double StepControl::AccuracyBound(double size, double resolution) const
   const double first = std::max(terms[0], rounding);
   const double wanted = std::max(tolerance + first, resolution + kBitsOutOfTheDark);
 
+  const int leading = VanishingTerms(terms);
+  const int begin = leading > kMostVanishingTerms ? leading : 0;
+
+  // Terms that are few and early say nothing, as in sqrt((1 - t)^2) = 1 - t: like a polynomial that
+  // is one by its structure, it reaches anywhere.
+  const int last = static_cast<int>(terms.size()) - 1;
+  const auto shown =
+      std::count_if(terms.begin() + 1, terms.end(), [](double term) { return term > -kInfinity; });
+  const int least = shown < kTermsForRadius ? last / 2 : 0;
+
   double bound = kInfinity;
   int found = 0;
-  for (int k = static_cast<int>(terms.size()) - 1; k > 0 && found < kTermsForRadius; --k) {
+  for (int k = last; k > least && found < kTermsForRadius; --k) {
     if (terms[k] == -kInfinity) continue;
     ++found;
     const double term = std::max(terms[k], resolution);
@@ -138,66 +141,29 @@ double StepControl::AccuracyBound(double size, double resolution) const
       longest = std::max(longest, (tolerance + terms[j] - term) / (k - j));
     // The first of all terms that are not zero says nothing by itself.
     if (longest == -kInfinity) continue;
-    bound = std::min(bound, longest + tolerance * (usual - 1.0 / k));
+    bound = std::min(bound, longest + tolerance * (usual - 1.0 / (k - begin)));
   }
   return bound;
 }
 
-/// The longest step not above 2^log2 in which the terms k > 0 of a line cannot outweigh term 0.
-double StepControl::DomainBound(double log2) const
-{
-  const int order = static_cast<int>(terms.size()) - 1;
-  // Begin at the latest where the largest term equals the first one: that may be many times shorter
-  // than what bounds the step so far.
-  for (int k = 1; k <= order; ++k) log2 = std::min(log2, (terms[0] - terms[k]) / k);
-  if (log2 == kInfinity) return log2;
-  for (int trial = 0; trial < kMostTrials; ++trial) {
-    double others = 0;
-    for (int k = 1; k <= order; ++k) others += std::exp2(terms[k] + k * log2 - terms[0]);
-    if (others < kMostOfFirstTerm) return log2;
-    log2 += kShorterLog2;
-  }
-  return -kInfinity;
-}
-
-/// The line that must not pass 0 within the step lest a function jump: the argument of acot, at 0;
-/// for the angle of (x, y) the larger one of both, and y to the left of the origin, where the cut
-/// is.
-LineId StepControl::LineOfCut(const Series& series, const Line& line) const
-{
-  if (line.kind == LineKind::kIntegralOfQuotient && line.function == Operation::kAcot)
-    return line.a;
-  if (line.kind != LineKind::kAngle) return kNone;
-  Real x(2);
-  series.Term(line.b, 0, x);
-  const bool isRight = mpfr_sgn(static_cast<mpfr_srcptr>(x)) > 0;
-  return isRight && series.Log2(line.b, 0) >= series.Log2(line.a, 0) ? line.b : line.a;
-}
-
-StepBound StepControl::Choose(Series& series)
+StepBound StepControl::Choose(Series& series, const std::vector<bool>& leftOut)
 {
   series.ExtendTo(settings.order);
-  ExtendFlatLines(series);
+  ExtendFlatLines(series, leftOut);
   sizes = LineSizes(tape, series);
 
   StepBound bound{kInfinity, kNone};
+  lineBounds.assign(tape.lines.size(), kInfinity);
   const auto lower = [&](double log2, LineId id) {
     // NaN, from terms that are no numbers, counts as no step at all.
-    if (!(log2 >= bound.log2)) bound = {std::isnan(log2) ? -kInfinity : log2, id};
+    if (std::isnan(log2)) log2 = -kInfinity;
+    lineBounds[id] = std::min(lineBounds[id], log2);
+    if (log2 < bound.log2) bound = {log2, id};
   };
   for (LineId id = 0; id < tape.lines.size(); ++id) {
-    if (IsShortPolynomial(tape.lines[id], series.Order() + 1)) continue;
+    if (leftOut[id] || IsShortPolynomial(tape.lines[id], series.Order() + 1)) continue;
     ReadTerms(series, id);
     lower(AccuracyBound(sizes[id], series.Resolution(id)), id);
-  }
-  const auto keepFromZero = [&](LineId id) {
-    ReadTerms(series, id);
-    lower(DomainBound(bound.log2), id);
-  };
-  for (const LineId id : domainLines) keepFromZero(id);
-  for (const Line& line : tape.lines) {
-    const LineId cut = LineOfCut(series, line);
-    if (cut != kNone) keepFromZero(cut);
   }
   return bound;
 }

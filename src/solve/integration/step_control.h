@@ -24,25 +24,31 @@ class StepControl {
  public:
   StepControl(const Tape& tape, const RunSettings& settings);
 
-  /// Extends the series, begun, to the order that the step needs, and bounds the step.
-  StepBound Choose(Series& series);
+  /// Extends the series, begun, to the order that the step needs, and bounds the step. Lines that
+  /// the series leaves out do not count; one entry for each line.
+  StepBound Choose(Series& series, const std::vector<bool>& leftOut);
+  /// The step chosen last is made: lines that showed too few terms for it are left in peace in
+  /// those that follow.
+  void StepMade() { settledLines = flatLines; }
+  /// What each line allows of the step chosen last, log2 in units of the series' scale.
+  const std::vector<double>& LineBounds() const { return lineBounds; }
   /// log2 of the sizes of all lines at the start of the step chosen last.
   const std::vector<double>& Sizes() const { return sizes; }
 
  private:
-  void ExtendFlatLines(Series& series);
-  int MostOrder(const Line& line) const;
-  bool NeedsMoreTerms(const Series& series, LineId id);
+  void ExtendFlatLines(Series& series, const std::vector<bool>& leftOut);
+  int MostOrder(const Series& series, LineId id) const;
+  bool NeedsMoreTerms(const Series& series, LineId id) const;
+  bool IsShown(const Series& series, LineId id) const;
   void ReadTerms(const Series& series, LineId id);
   double AccuracyBound(double size, double resolution) const;
-  double DomainBound(double log2) const;
-  LineId LineOfCut(const Series& series, const Line& line) const;
 
   const Tape& tape;
   RunSettings settings;
-  std::vector<LineId> domainLines;  // divisors, radicands, bases: must not have a root in the step
-  std::vector<bool> settledLines;   // too few terms even at the highest order, in the step before
+  std::vector<bool> flatLines;     // too few terms even at the highest order
+  std::vector<bool> settledLines;  // those of the steps before
   std::vector<double> sizes;
+  std::vector<double> lineBounds;
   std::vector<double> terms;  // log2 of the sizes of the terms of the line looked at
 };
 

@@ -22,6 +22,8 @@ std::string Reason(const Graph& graph, const DomainError& error)
   switch (error.outcome) {
     case Outcome::kOutOfRange:
       return "is too large for the arithmetic";
+    case Outcome::kTooSmall:
+      return "is too small for the arithmetic";
     case Outcome::kNoSeries:
       return "has no Taylor series, because it is a root or power of 0,";
     case Outcome::kUndefined:
@@ -58,19 +60,45 @@ std::string Ends::Described(NodeId node, const std::string& message) const
 
 RunEnded Ends::Of(const DomainError& error, const Moment& time) const
 {
+  const Node& node = graph[error.node];
+  // A root of a state that is 0 may stay 0, or leave it at any time.
+  const bool mayBranch = error.outcome == Outcome::kNoSeries &&
+                         graph[node.operands[0]].dependence == Dependence::kStates;
   const std::string message =
-      fmt::format("'{}' {} at t = {}", sources.Text(graph[error.node].place), Reason(graph, error),
-                  TimeText(time));
-  const bool outOfRange = error.outcome == Outcome::kOutOfRange;
+      fmt::format("'{}' {} at t = {}{}", sources.Text(node.place), Reason(graph, error),
+                  TimeText(time), mayBranch ? ": the solution may not be unique" : "");
+  const bool outOfRange =
+      error.outcome == Outcome::kOutOfRange || error.outcome == Outcome::kTooSmall;
   return {outOfRange ? EndReason::kOutOfRange : EndReason::kLostDomain,
           Described(error.node, message)};
 }
 
+/// What happens at a singularity.
+std::string Ends::What(const Singularity& singularity) const
+{
+  const std::string_view expression = sources.Text(graph[singularity.node].place);
+  const std::string state = singularity.state ? states[*singularity.state] : "";
+  const std::string order = singularity.order ? " of order " + singularity.order->get_str() : "";
+  switch (singularity.kind) {
+    case SingularityKind::kPole:
+      return fmt::format("{} has a pole{} there", state, order);
+    case SingularityKind::kLogarithm:
+      return fmt::format("{} becomes infinite there, like a logarithm", state);
+    case SingularityKind::kBranchPoint:
+      return fmt::format("the solution stays bounded, but {} has a branch point{} there, by '{}'",
+                         state, order, expression);
+    case SingularityKind::kDomainEdge:
+      return fmt::format("the solution stays bounded, but '{}' does not go on there", expression);
+    case SingularityKind::kUnknown:
+      break;
+  }
+  return fmt::format("{} bits do not tell '{}' from a pole there", singularity.bits, expression);
+}
+
 RunEnded Ends::Of(const Singularity& singularity) const
 {
-  const std::string message = fmt::format(
-      "the solution cannot be continued beyond t = {}: a pole, or the edge of the domain of '{}'",
-      TimeText(singularity.time), sources.Text(graph[singularity.node].place));
+  const std::string message = fmt::format("the solution cannot be continued beyond t = {}: {}",
+                                          TimeText(singularity.time), What(singularity));
   return {EndReason::kSingularity, Described(singularity.node, message)};
 }
 

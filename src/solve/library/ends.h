@@ -1,6 +1,8 @@
 #pragma once
 
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "solve/evaluation/domain_error.h"
 #include "solve/integration/run.h"
@@ -14,8 +16,8 @@ namespace varno::solve {
 class Ends {
  public:
   /// `graph` is the one whose nodes the errors name; `digits` are those of the times.
-  Ends(const Sources& sources, const Graph& graph, int digits)
-      : sources(sources), graph(graph), digits(digits)
+  Ends(const Sources& sources, const Graph& graph, std::vector<std::string> states, int digits)
+      : sources(sources), graph(graph), states(std::move(states)), digits(digits)
   {}
 
   RunEnded Of(const DomainError& error, const Moment& time) const;
@@ -27,9 +29,11 @@ class Ends {
  private:
   std::string Described(NodeId node, const std::string& message) const;
   std::string TimeText(const Moment& time) const;
+  std::string What(const Singularity& singularity) const;
 
   const Sources& sources;
   const Graph& graph;
+  std::vector<std::string> states;  // their names
   int digits;
 };
 

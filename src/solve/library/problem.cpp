@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <iterator>
 #include <memory>
 #include <utility>
 
@@ -44,11 +46,22 @@ Problem Problem::Parse(std::string text, std::string name)
 
 void Problem::Set(std::string setting)
 {
-  std::vector<std::string> settings = implementation->settings;
-  settings.push_back(std::move(setting));
+  *this = With({std::move(setting)});
+}
+
+Problem Problem::With(std::vector<std::string> settings) const
+{
+  std::vector<std::string> all = implementation->settings;
+  std::ranges::move(settings, std::back_inserter(all));
   const Sources& sources = implementation->sources;
-  implementation =
-      std::make_unique<Implementation>(sources.Text(0), sources.Name(0), std::move(settings));
+  return Problem(
+      std::make_unique<Implementation>(sources.Text(0), sources.Name(0), std::move(all)));
+}
+
+bool Problem::HasParameter(const std::string& name) const
+{
+  const auto& parameters = implementation->model.parameters;
+  return std::ranges::find(parameters, name, &Parameter::name) != parameters.end();
 }
 
 const std::string& Problem::Notes() const

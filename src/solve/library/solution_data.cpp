@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <stdexcept>
+#include <thread>
 #include <utility>
 
 #include <fmt/format.h>
@@ -44,6 +45,13 @@ BoundProblem BindOrThrow(const Model& model, const Options& options, Sources& so
   }
 }
 
+std::vector<std::string> StateNames(const Model& model)
+{
+  std::vector<std::string> names;
+  for (const State& state : model.states) names.push_back(state.name);
+  return names;
+}
+
 }  // namespace
 
 Solution::Implementation::Implementation(const Problem::Implementation& problem, Options given)
@@ -57,12 +65,13 @@ Solution::Implementation::Implementation(const Problem::Implementation& problem,
       timeFormat(options.digits),
       interval(MakeInterval()),
       schedule(MakeSchedule()),
-      ends(sources, tape.graph, options.digits)
+      ends(sources, tape.graph, StateNames(model), options.digits)
 {
   ChooseColumns();
-  rows.emplace(model, tape, interval, schedule,
-               RowsWanted{columns, options.digits, options.check, options.maxBits},
-               [this](const Run& run) { Watch(run); });
+  rows.emplace(
+      model, tape, interval, schedule,
+      RowsWanted{columns, options.digits, options.check, options.maxBits, MayUseThreads()},
+      [this](const DenseStep& step) { Watch(step); }, [this] { EndWhereAsked(); });
 }
 
 void Solution::Implementation::ChooseColumns()
@@ -119,20 +128,34 @@ double Solution::Implementation::SecondsSinceBegin() const
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 }
 
+bool Solution::Implementation::MayUseThreads() const
+{
+  return options.jobs == 0 ? std::thread::hardware_concurrency() > 1 : options.jobs > 1;
+}
+
+/// How far the best run of the present attempt is.
+Moment Solution::Implementation::Reached() const
+{
+  const Path* const path = rows->Integration();
+  return path == nullptr ? interval.start : path->Best().End();
+}
+
+/// Within steps: interruption, and the limit of time.
+void Solution::Implementation::EndWhereAsked() const
+{
+  if (options.interrupted && options.interrupted()) throw ends.Interrupted(Reached());
+  if (options.maxSeconds && SecondsSinceBegin() >= *options.maxSeconds)
+    throw ends.AtLimit(fmt::format("--max-seconds {}", *options.maxSeconds), Reached());
+}
+
 /// After each step: limits, interruption, progress.
-void Solution::Implementation::Watch(const Run& run) const
+void Solution::Implementation::Watch(const DenseStep& run) const
 {
   const std::int64_t steps = run.Steps();
-  if (options.interrupted && options.interrupted()) throw ends.Interrupted(run.End());
+  EndWhereAsked();
   if (options.maxSteps && steps >= *options.maxSteps) {
     throw ends.AtLimit(fmt::format("--max-steps {}", *options.maxSteps), run.End());
   }
-  const double seconds = SecondsSinceBegin();
-  if (options.maxSeconds && seconds >= *options.maxSeconds) {
-    throw ends.AtLimit(fmt::format("--max-seconds {}", *options.maxSeconds), run.End());
-  }
-  if (run.Bits() > options.maxBits)
-    throw ends.AtLimit(fmt::format("--max-bits {}", options.maxBits), run.End());
   if (!options.progress) return;
   const double way = (interval.to - interval.from).ToDouble(),
                done = (run.End() - interval.from).ToDouble();
@@ -140,7 +163,7 @@ void Solution::Implementation::Watch(const Run& run) const
                     .fraction = way == 0 ? 1 : std::clamp(done / way, 0.0, 1.0),
                     .steps = steps,
                     .step = std::abs((run.End() - run.Begin()).ToDouble()),
-                    .seconds = seconds});
+                    .seconds = SecondsSinceBegin()});
 }
 
 std::optional<Row> Solution::Implementation::Next()
@@ -152,8 +175,9 @@ std::optional<Row> Solution::Implementation::Next()
     if (!row) return std::nullopt;
     return MakeRow(*row);
   } catch (const DomainError& error) {
-    throw ends.Of(
-        error, rows->Integration() != nullptr ? rows->Integration()->Best().End() : interval.start);
+    throw ends.Of(error, Reached());
+  } catch (const RowOutOfRange& row) {
+    throw ends.Of(row.error, row.time);
   } catch (const Singularity& singularity) {
     throw ends.Of(singularity);
   } catch (const PrecisionExhausted& exhausted) {
@@ -194,26 +218,25 @@ Summary Solution::Implementation::Summarise() const
 {
   Summary summary;
   summary.digits = options.digits;
+  summary.rows = rows->RowsGiven();
   summary.verified = options.check;
-  const Path* const path = rows->Integration();
-  if (path == nullptr) return summary;
-  summary.steps = path->Steps();
-  summary.order = path->Best().Order();
-  summary.bits = path->Best().Bits();
-  summary.seconds = SecondsSinceBegin();
+  const RunStatistics best = rows->BestRun();
+  summary.steps = best.steps;
+  summary.order = best.order;
+  summary.bits = best.bits;
+  if (begin != std::chrono::steady_clock::time_point()) summary.seconds = SecondsSinceBegin();
   if (rows->Restarts() > 0) {
-    summary.remark = fmt::format(
-        "the problem cost up to {:.0f} digits: computed with {:.0f} more than asked for, restarts: "
-        "{}",
-        rows->SpareDecimals(), rows->SpareDecimals(), rows->Restarts());
+    const double lost = rows->DecimalsLost();
+    if (lost >= 1) summary.remark = fmt::format("the problem cost {:.0f} digits, ", lost);
+    summary.remark += fmt::format("computed with {:.0f} more than asked for, restarts: {}",
+                                  rows->SpareDecimals(), rows->Restarts());
   }
   return summary;
 }
 
 std::string Solution::Implementation::Explain() const
 {
-  std::vector<std::string> stateNames;
-  for (const State& state : model.states) stateNames.push_back(state.name);
+  const std::vector<std::string> stateNames = StateNames(model);
   const RunSettings settings = rows->Settings().back();
   const std::size_t termCount = tape.lines.size() * static_cast<std::size_t>(settings.order + 1);
   const double mebibytes =

@@ -30,7 +30,10 @@ struct Solution::Implementation {
   void ChooseColumns();
   Interval MakeInterval();
   RowSchedule MakeSchedule();
-  void Watch(const Run& run) const;
+  void Watch(const DenseStep& run) const;
+  void EndWhereAsked() const;
+  Moment Reached() const;
+  bool MayUseThreads() const;
   Row MakeRow(const VerifiedRow& row) const;
   Value MakeValue(const RowNumber& number) const;
   RunEnded WrongRowEnd(const Moment& time) const;

@@ -53,6 +53,27 @@ class RunEnded : public std::runtime_error {
   EndReason reason;
 };
 
+/// One of the values that a parameter or a start value takes in a sweep.
+struct SweptValue {
+  std::string expression;  ///< exact, for the right side of a setting
+  std::string text;        ///< as rows show it
+};
+
+/// The values of a sweep, in order, each made when it is asked for.
+struct SweptValues {
+  std::int64_t count = 0;
+  std::function<SweptValue(std::int64_t)> at;
+
+  /// first, first + step, ... up to last, which is among them if a step ends there: constant
+  /// expressions such as "1/3" and "2*pi", without parameters, which may change from run to run.
+  /// Texts show the values as those of times, with `digits` digits where they are not exact. Throws
+  /// InputError where an expression is wrong, or the step does not lead to the last value.
+  static SweptValues Range(const std::string& first, const std::string& last,
+                           const std::string& step, int digits);
+  /// These constant expressions. Throws InputError.
+  static SweptValues List(const std::vector<std::string>& expressions, int digits);
+};
+
 /// The equations of one file, understood: names resolved, orders reduced. A value: copies are
 /// independent, and solving does not change it.
 class Problem {
@@ -64,6 +85,11 @@ class Problem {
   /// Changes a parameter or a start value: "mu=7", "x(0)=2", "y'(0)=1/3". The right side is a
   /// constant expression and may use parameters. Throws InputError.
   void Set(std::string setting);
+  /// The same problem with these settings, in order, besides its own: as Set for each of them, but
+  /// the text is read once.
+  Problem With(std::vector<std::string> settings) const;
+  /// Whether there is a parameter of this name.
+  bool HasParameter(const std::string& name) const;
 
   /// Remarks that are no mistakes, rendered, such as on t or y' meaning something else in varno.
   const std::string& Notes() const;
@@ -110,18 +136,21 @@ struct Progress {
 
 struct Options {
   /// The interval of the rows, constant expressions such as "10*pi"; `to` may lie before `from`.
-  std::optional<std::string> from;  ///< the point of the start statements, else 0
+  std::optional<std::string> from = {};  ///< the point of the start statements, else 0
   std::string to = "1";
   RowChoice rows = RowsPoints{};
-  int digits = 15;                   ///< significant digits of each number, 1 to 10,000
-  std::string tiny = "1e-1000";      ///< what is smaller counts as 0; a decimal number
-  std::vector<std::string> columns;  ///< names, in this order; empty: all, in the order of the file
-  bool check = true;                 ///< two runs instead of one
-  std::optional<std::int64_t> maxSteps;
-  std::optional<double> maxSeconds;
-  long maxBits = 1L << 20;                        ///< the highest precision to try
-  std::function<bool()> interrupted;              ///< asked after each step: true ends the run
-  std::function<void(const Progress&)> progress;  ///< called after each step
+  int digits = 15;               ///< significant digits of each number, 1 to 10,000
+  std::string tiny = "1e-1000";  ///< what is smaller counts as 0; a decimal number
+  /// Names, in this order; empty: all, in the order of the file.
+  std::vector<std::string> columns = {};
+  bool check = true;  ///< two runs instead of one
+  int jobs = 0;       ///< threads; 0: as many as there are processors
+  std::optional<std::int64_t> maxSteps = {};
+  std::optional<double> maxSeconds = {};
+  long maxBits = 1L << 20;  ///< the highest precision to try
+  /// Both are called on the thread that asks for rows.
+  std::function<bool()> interrupted = {};  ///< asked many times a second: true ends the run
+  std::function<void(const Progress&)> progress = {};  ///< called after each step
 };
 
 /// One number of a row.
@@ -155,7 +184,8 @@ struct Summary {
   int order = 0;          ///< of the latest step
   long bits = 0;          ///< of the arithmetic
   int digits = 0;         ///< asked for
-  bool verified = false;  ///< by a second run
+  std::int64_t rows = 0;  ///< given so far
+  bool verified = false;  ///< whether a second run verified each of them
   double seconds = 0;     ///< wall time
   std::string remark;     ///< a further sentence; usually empty
 };

@@ -47,12 +47,13 @@ NodeId AddConstant(Model& model, std::string text, std::string name, Sources& so
   }
   if (diagnostics.HasErrors()) throw ProblemError(diagnostics, sources);
 
-  ExactValues exactValues(model.graph, model.parameters);
-  Expansion expansion(model.graph, exactValues, declarations, resolution, sources, diagnostics);
+  ValueFaults valueFaults(model.graph, model.parameters);
+  Expansion expansion(model.graph, valueFaults, declarations, resolution, sources, diagnostics);
   for (std::uint32_t i = 0; i < model.parameters.size(); ++i) {
     expansion.SetDeclaration(i, model.graph.Parameter(i, model.parameters[i].place));
   }
-  const NodeId node = expansion.ExpandConstant(tree);
+  const NodeId node = expansion.Expand(tree);
+  expansion.ReportValueFaults({node});
   if (diagnostics.HasErrors()) throw ProblemError(diagnostics, sources);
   return node;
 }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <optional>
-#include <string>
 #include <vector>
 
 #include "solve/graph/graph.h"
@@ -20,10 +19,6 @@ class ExactValues {
   /// The exact value of a node; none for what depends on t or states, is irrational, too long, or
   /// has no value.
   const std::optional<Rational>& Of(NodeId id);
-
-  /// What is wrong with this operation, when the exact values of its operands show that it has no
-  /// value: "division by zero"; else empty. Of the operands' own faults it does not tell.
-  std::string FaultOf(NodeId id);
 
  private:
   void Evaluate(NodeId id);

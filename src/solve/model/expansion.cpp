@@ -68,10 +68,10 @@ std::size_t Expansion::CallHash::operator()(const std::vector<NodeId>& call) con
   return std::hash<std::string_view>()(bytes);
 }
 
-Expansion::Expansion(Graph& graph, ExactValues& exactValues, const Declarations& declarations,
+Expansion::Expansion(Graph& graph, ValueFaults& valueFaults, const Declarations& declarations,
                      const Resolution& resolution, const Sources& sources, Diagnostics& diagnostics)
     : graph(graph),
-      exactValues(exactValues),
+      valueFaults(valueFaults),
       declarations(declarations),
       resolution(resolution),
       sources(sources),
@@ -81,14 +81,27 @@ Expansion::Expansion(Graph& graph, ExactValues& exactValues, const Declarations&
 
 NodeId Expansion::Expand(const Tree& tree)
 {
-  constant = false;
-  return Run(tree);
+  const std::size_t before = faults.size();
+  const NodeId node = Run(tree);
+  for (std::size_t i = before; node == kNoNode && i < faults.size(); ++i) faults[i].inBroken = true;
+  return node;
 }
 
-NodeId Expansion::ExpandConstant(const Tree& tree)
+void Expansion::ReportValueFaults(const std::vector<NodeId>& roots)
 {
-  constant = true;
-  return Run(tree);
+  if (faults.empty()) return;
+  std::vector<bool> isReached(graph.Size(), false);
+  for (const NodeId root : roots) {
+    if (root != kNoNode) isReached[root] = true;
+  }
+  // Operands have smaller numbers than the nodes that use them.
+  for (NodeId id = static_cast<NodeId>(isReached.size()); id-- > 0;) {
+    if (!isReached[id]) continue;
+    for (int i = 0; i < graph[id].operandCount; ++i) isReached[graph[id].operands[i]] = true;
+  }
+  for (const Fault& fault : faults) {
+    if (fault.inBroken || isReached[fault.node]) diagnostics.Error(fault.place, fault.message);
+  }
 }
 
 // ------------------------------------------------------------------------------
@@ -124,7 +137,7 @@ void Expansion::Finish()
   finished = IsNode(result) ? result : kNoNode;
   if (frames.empty()) return;
   Give(finished);
-  (constant ? constantCalls : calls).emplace(frame.call, finished);
+  calls.emplace(frame.call, finished);
 }
 
 /// Evaluates the next expression, or begins with the function that it calls.
@@ -152,9 +165,8 @@ void Expansion::TakeCall(const Expression& expression, std::uint32_t function)
   std::vector<NodeId> call = {function};
   for (std::size_t i = 0; i < expression.operandCount; ++i) call.push_back(Operand(id, i));
 
-  const Calls& knownCalls = constant ? constantCalls : calls;
-  const auto known = knownCalls.find(call);
-  if (known != knownCalls.end()) {
+  const auto known = calls.find(call);
+  if (known != calls.end()) {
     Give(known->second);
   } else if (!HasAllOperands(id) || declarationNodes[function] == kNoNode ||
              !MayExpand(expression, declarations[function].tree)) {
@@ -270,16 +282,9 @@ Expansion::Result Expansion::Make(Operation operation, ExpressionId id)
   const NodeId node = expression.operandCount == 1
                           ? graph.Make(operation, Operand(id, 0), expression.place)
                           : graph.Make(operation, Operand(id, 0), Operand(id, 1), expression.place);
-  return constant ? Check(node, expression.place) : node;
-}
-
-/// In a constant an operation without a value is a mistake.
-Expansion::Result Expansion::Check(NodeId node, Place place)
-{
-  const std::string fault = exactValues.FaultOf(node);
-  if (fault.empty()) return node;
-  diagnostics.Error(place, fault);
-  return kNoNode;
+  if (std::string fault = valueFaults.Of(node); !fault.empty())
+    faults.push_back({node, expression.place, std::move(fault), false});
+  return node;
 }
 
 // ------------------------------------------------------------------------------

@@ -10,8 +10,8 @@
 
 #include "solve/graph/graph.h"
 #include "solve/model/declarations.h"
-#include "solve/model/exact_values.h"
 #include "solve/model/resolution.h"
+#include "solve/model/value_faults.h"
 #include "solve/source/diagnostics.h"
 #include "solve/source/sources.h"
 
@@ -26,7 +26,7 @@ inline constexpr NodeId kNoNode = UINT32_MAX;
 /// exhausts a stack.
 class Expansion {
  public:
-  Expansion(Graph& graph, ExactValues& exactValues, const Declarations& declarations,
+  Expansion(Graph& graph, ValueFaults& valueFaults, const Declarations& declarations,
             const Resolution& resolution, const Sources& sources, Diagnostics& diagnostics);
 
   /// What a name stands for from now on; kNoNode until then.
@@ -39,8 +39,9 @@ class Expansion {
   /// The node of an expression whose declarations have been set. Reports, once each, what cannot be
   /// a node yet.
   NodeId Expand(const Tree& tree);
-  /// The same for a constant, in which operations without a value are mistakes, too.
-  NodeId ExpandConstant(const Tree& tree);
+  /// Reports operations that cannot have a value, as 1/0, each where it is written: those at and
+  /// below these nodes, and those of expressions that have no node.
+  void ReportValueFaults(const std::vector<NodeId>& roots);
 
  private:
   /// What an expression comes to: a node, or a condition that holds or does not.
@@ -58,6 +59,13 @@ class Expansion {
     ExpressionId root;
     std::vector<Result> results;  // of first..next-1
     std::vector<NodeId> call;     // the function and its arguments; empty for the tree of Expand
+  };
+  /// An operation without a value.
+  struct Fault {
+    NodeId node;
+    Place place;
+    std::string message;
+    bool inBroken;  // in an expression without a node
   };
   struct CallHash {
     std::size_t operator()(const std::vector<NodeId>& call) const;
@@ -80,7 +88,6 @@ class Expansion {
   Result EvaluateLogic(ExpressionId id);
   Result EvaluateNumber(const Expression& number);
   Result Make(Operation operation, ExpressionId id);
-  Result Check(NodeId node, Place place);
   Result NotYet(Place place, ExpressionId id, const std::string& what);
 
   Result Operand(ExpressionId id, std::size_t i) const;
@@ -88,7 +95,7 @@ class Expansion {
   bool HasExactOperands(ExpressionId id) const;
 
   Graph& graph;
-  ExactValues& exactValues;
+  ValueFaults& valueFaults;
   const Declarations& declarations;
   const Resolution& resolution;
   const Sources& sources;
@@ -99,10 +106,9 @@ class Expansion {
   NodeId finished = kNoNode;  // what the outermost frame came to
   using Calls = std::unordered_map<std::vector<NodeId>, NodeId, CallHash>;
   Calls calls;
-  Calls constantCalls;  // apart: what is a fault in a constant is none elsewhere
+  std::vector<Fault> faults;
   std::set<std::pair<const Syntax*, ExpressionId>> reported;
   std::size_t expanded = 0;  // expressions of function bodies so far
-  bool constant = false;
 };
 
 }  // namespace varno::solve

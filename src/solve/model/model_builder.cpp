@@ -248,8 +248,8 @@ void ModelBuilder::AddStates()
 
 void ModelBuilder::ExpandDeclarations()
 {
-  ExactValues exactValues(model.graph, model.parameters);
-  Expansion expansion(model.graph, exactValues, declarations, resolution, sources, diagnostics);
+  ValueFaults valueFaults(model.graph, model.parameters);
+  Expansion expansion(model.graph, valueFaults, declarations, resolution, sources, diagnostics);
   for (const std::uint32_t number : dependencies.order) {
     if (dependencies.broken[number]) continue;
     const Declaration& declaration = declarations[number];
@@ -273,13 +273,27 @@ void ModelBuilder::ExpandDeclarations()
     definitionNodes[i] = expansion.DeclarationNode(i);
   ExpandStarts(expansion);
   ExpandStartPoint(expansion);
+  expansion.ReportValueFaults(ValuesNeeded());
+}
+
+/// What must have a value: all but definitions that are columns only, which may be undefined at a
+/// row.
+std::vector<NodeId> ModelBuilder::ValuesNeeded() const
+{
+  std::vector<NodeId> needed = points;
+  for (const Parameter& parameter : model.parameters) needed.push_back(parameter.value);
+  for (const State& state : model.states) {
+    needed.push_back(state.rightHandSide);
+    needed.push_back(state.start);
+  }
+  return needed;
 }
 
 NodeId ModelBuilder::ExpandDefinition(Expansion& expansion, std::uint32_t number)
 {
   const Declaration& declaration = declarations[number];
   if (!IsParameter(number)) return expansion.Expand(declaration.tree);
-  const NodeId value = expansion.ExpandConstant(declaration.tree);
+  const NodeId value = expansion.Expand(declaration.tree);
   if (value == kNoNode) return kNoNode;
   const auto index = static_cast<std::uint32_t>(model.parameters.size());
   model.parameters.push_back({std::string(declaration.name), value, declaration.place});
@@ -291,7 +305,7 @@ void ModelBuilder::ExpandStarts(Expansion& expansion)
   for (std::size_t i = 0; i < starts.size(); ++i) {
     State& state = model.states[i];
     state.start =
-        starts[i] ? expansion.ExpandConstant(starts[i]->value) : model.graph.Number(0, state.place);
+        starts[i] ? expansion.Expand(starts[i]->value) : model.graph.Number(0, state.place);
   }
 }
 
@@ -307,8 +321,9 @@ void ModelBuilder::ExpandPoint(Expansion& expansion, const StartStatement& start
 {
   const Tree tree{&syntax, start.point};
   RequireConstant(tree, "the point of a start value");
-  const NodeId point = expansion.ExpandConstant(tree);
+  const NodeId point = expansion.Expand(tree);
   if (point == kNoNode) return;
+  points.push_back(point);
   const Place place = syntax[start.point].place;
   if (!model.startPoint) {
     model.startPoint = point;

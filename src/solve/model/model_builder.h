@@ -8,7 +8,6 @@
 
 #include "solve/model/declarations.h"
 #include "solve/model/dependencies.h"
-#include "solve/model/exact_values.h"
 #include "solve/model/expansion.h"
 #include "solve/model/model.h"
 #include "solve/model/resolution.h"
@@ -47,6 +46,7 @@ class ModelBuilder {
   void ExpandStarts(Expansion& expansion);
   void ExpandStartPoint(Expansion& expansion);
   void ExpandPoint(Expansion& expansion, const StartStatement& start, const Syntax& syntax);
+  std::vector<NodeId> ValuesNeeded() const;
   void AddColumns();
   void ReportEvents();
   void AddNotes();
@@ -62,6 +62,7 @@ class ModelBuilder {
   Dependencies dependencies;
   std::vector<std::optional<Start>> starts;  // one for each state
   std::vector<NodeId> definitionNodes;       // one for each declaration
+  std::vector<NodeId> points;                // as they were written
   Place firstPoint;
 };
 

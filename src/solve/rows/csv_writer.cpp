@@ -22,13 +22,18 @@ void AppendField(std::string& line, std::string_view field)
 
 }  // namespace
 
-CsvWriter::CsvWriter(TextSink& sink, std::vector<std::string> columns)
-    : sink(sink), columns(std::move(columns))
+CsvWriter::CsvWriter(TextSink& sink, std::vector<std::string> columns, LeadingFields leading)
+    : sink(sink), columns(std::move(columns)), leading(std::move(leading))
 {}
 
 void CsvWriter::Begin()
 {
-  line = "t";
+  line.clear();
+  for (const std::string& name : leading.names) {
+    AppendField(line, name);
+    line += ',';
+  }
+  line += 't';
   for (const std::string& column : columns) {
     line += ',';
     AppendField(line, column);
@@ -39,7 +44,9 @@ void CsvWriter::Begin()
 
 void CsvWriter::Write(std::string_view time, std::span<const std::string_view> values)
 {
-  line = time;
+  line.clear();
+  for (const std::string& text : leading.texts) line.append(text).append(",");
+  line += time;
   for (const std::string_view value : values) {
     line += ',';
     line += value;

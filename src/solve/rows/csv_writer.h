@@ -9,16 +9,18 @@
 namespace varno::solve {
 
 /// Comma-separated values as RFC 4180 describes them, with line feeds alone at the ends of lines: a
-/// header line `t,x,v`, then rows, without blanks. Names are quoted where they need it.
+/// header line `t,x,v`, then rows, without blanks. Leading fields come before t. Names are quoted
+/// where they need it.
 class CsvWriter final : public RowWriter {
  public:
-  CsvWriter(TextSink& sink, std::vector<std::string> columns);
+  CsvWriter(TextSink& sink, std::vector<std::string> columns, LeadingFields leading = {});
   void Begin() override;
   void Write(std::string_view time, std::span<const std::string_view> values) override;
 
  private:
   TextSink& sink;
   std::vector<std::string> columns;
+  LeadingFields leading;
   std::string line;
 };
 

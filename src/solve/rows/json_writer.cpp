@@ -14,14 +14,19 @@ std::string Quoted(const std::string& text)
 
 }  // namespace
 
-JsonWriter::JsonWriter(TextSink& sink, const std::vector<std::string>& columns) : sink(sink)
+JsonWriter::JsonWriter(TextSink& sink, const std::vector<std::string>& columns,
+                       const LeadingFields& leading)
+    : sink(sink), begin("{")
 {
+  for (std::size_t i = 0; i < leading.names.size(); ++i)
+    begin += Quoted(leading.names[i]) + ':' + Quoted(leading.texts[i]) + ',';
+  begin += "\"t\":\"";
   for (const std::string& column : columns) keys.push_back("\"," + Quoted(column) + ":\"");
 }
 
 void JsonWriter::Write(std::string_view time, std::span<const std::string_view> values)
 {
-  line = "{\"t\":\"";
+  line = begin;
   line += time;
   for (std::size_t i = 0; i < values.size(); ++i) {
     line += keys[i];

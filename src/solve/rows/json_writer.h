@@ -8,16 +8,18 @@
 
 namespace varno::solve {
 
-/// One JSON object a line: {"t":"0.1","x":"1.0e+00"}. Numbers are strings, because readers of JSON
-/// would round them to double precision.
+/// One JSON object a line: {"t":"0.1","x":"1.0e+00"}. Leading fields come before t. Numbers are
+/// strings, because readers of JSON would round them to double precision.
 class JsonWriter final : public RowWriter {
  public:
-  JsonWriter(TextSink& sink, const std::vector<std::string>& columns);
+  JsonWriter(TextSink& sink, const std::vector<std::string>& columns,
+             const LeadingFields& leading = {});
   void Begin() override {}
   void Write(std::string_view time, std::span<const std::string_view> values) override;
 
  private:
   TextSink& sink;
+  std::string begin;              ///< of each row, up to the text of the time
   std::vector<std::string> keys;  ///< as they stand between two values: `","x":"`
   std::string line;
 };

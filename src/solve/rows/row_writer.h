@@ -1,9 +1,17 @@
 #pragma once
 
 #include <span>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace varno::solve {
+
+/// Fields that stand in front of each row of a run and are the same in all of them, such as the
+/// values that a sweep has given to parameters.
+struct LeadingFields {
+  std::vector<std::string> names, texts;
+};
 
 /// Writes rows in one format. A row reaches the sink in one piece, with its line end.
 class RowWriter {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 #include <vector>
 
 #include "solve/series/mpfr_series.h"
@@ -19,10 +20,12 @@ namespace varno::solve {
 template <class Arithmetic>
 class BlockSeries final : public Series {
  public:
-  BlockSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder, bool disturbed)
+  BlockSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder, bool disturbed, Poll poll = {})
       : tape(tape),
         bits(bits),
-        precise(tape, bits, 0, disturbed),
+        precise(tape, bits, 0, disturbed, poll),
+        poll(std::move(poll)),
+        leftOut(tape.lines.size(), false),
         arithmetic(bits),
         terms(tape.lines.size()),
         largest(tape.lines.size(), kUnknown),
@@ -39,6 +42,12 @@ class BlockSeries final : public Series {
     }
     Reserve(usualOrder + 2);
     ConvertConstants();
+  }
+
+  void LeaveOut(std::vector<bool> lines) override
+  {
+    precise.LeaveOut(lines);
+    leftOut = std::move(lines);
   }
 
   void Begin(mpfr_srcptr time, std::span<const Real> states, bool backwards,
@@ -93,12 +102,22 @@ class BlockSeries final : public Series {
 
   bool IsExactFor(double log2) override;
 
+  bool IsRefined() const override { return isRefined; }
+
   void Refine() override
   {
     if (isRefined) return;
     std::ranges::fill(largest, kUnknown);
     isRefined = true;
     precise.ExtendTo(order);
+  }
+
+  std::vector<long> LargestTerms() const override { return largest; }
+
+  void Expect(const std::vector<long>& largestTerms) override
+  {
+    largest = largestTerms;
+    largest.resize(tape.lines.size(), kUnknown);
   }
 
  private:
@@ -115,12 +134,15 @@ class BlockSeries final : public Series {
   /// By how many bits the second half of the terms may be larger than the first: rounding that is
   /// left of a cancellation stays about the same.
   static constexpr double kMostRiseBits = 8;
+  /// So many products of terms may pass between two polls: some milliseconds at most.
+  static constexpr int kBlockProductsPerPoll = 4096;
 
   void Reserve(int count);
   void ConvertConstants();
   void StartLine(LineId id);
   void StartDivisor(const Line& line, LineId id);
   void ComputeTerms(int k);
+  void CountProducts(int count);
   void AdvanceStates(int k);
   Value TermOf(const Line& line, LineId id, int k);
   Value Combination(const Line& line, int k);
@@ -143,6 +165,9 @@ class BlockSeries final : public Series {
   const Tape& tape;
   mpfr_prec_t bits;
   MpfrSeries precise;
+  Poll poll;
+  int products = 0;           // since the latest poll
+  std::vector<bool> leftOut;  // by line
   Arithmetic arithmetic;
   std::vector<Terms> terms;
   std::vector<std::uint32_t> weightedRows;  // kNone where a line needs none

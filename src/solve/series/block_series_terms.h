@@ -37,7 +37,7 @@ void BlockSeries<Arithmetic>::StartLine(LineId id)
     arithmetic.Reset(Weighted(id), least);
     arithmetic.Store(Weighted(id), 0, Value());
   }
-  StartDivisor(line, id);
+  if (!leftOut[id]) StartDivisor(line, id);
   if (std::abs(first.exponent) > Arithmetic::kMostExponent) Refine();
 }
 
@@ -79,12 +79,23 @@ void BlockSeries<Arithmetic>::ComputeTerms(int k)
   AdvanceStates(k);
   for (LineId id = 0; id < tape.lines.size(); ++id) {
     const Line& line = tape.lines[id];
-    if (line.kind != LineKind::kState) arithmetic.Store(terms[id], k, TermOf(line, id, k));
+    CountProducts(k + 1);
+    if (line.kind != LineKind::kState)
+      arithmetic.Store(terms[id], k, leftOut[id] ? Value() : TermOf(line, id, k));
     if (weightedRows[id] == kNone) continue;
     Value weighted = arithmetic.Load(terms[id], k);
     arithmetic.MultiplyBy(weighted, k);
     arithmetic.Store(Weighted(id), k, weighted);
   }
+}
+
+template <class Arithmetic>
+void BlockSeries<Arithmetic>::CountProducts(int count)
+{
+  products += count;
+  if (products < kBlockProductsPerPoll) return;
+  products = 0;
+  if (poll) poll();
 }
 
 /// (2) x' = f: term k of x is scale / k times term k-1 of f.
@@ -339,7 +350,7 @@ void BlockSeries<Arithmetic>::FindResolutions() const
   constexpr int kPasses = 2;
   for (int pass = 0; pass < kPasses; ++pass) {
     for (LineId id = 0; id < tape.lines.size(); ++id) {
-      const double passed = ResolutionOf(tape.lines[id], id);
+      const double passed = leftOut[id] ? -kInfinity : ResolutionOf(tape.lines[id], id);
       resolutions[id] = std::max(own(id), std::isnan(passed) ? -kInfinity : passed);
     }
   }

@@ -1,11 +1,16 @@
 #include "solve/series/mpfr_series.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+
 #include "solve/evaluation/disturbance.h"
 #include "solve/evaluation/domain_error.h"
 #include "solve/evaluation/elementary.h"
 #include "solve/evaluation/evaluator.h"
 #include "solve/evaluation/size.h"
 #include "solve/series/weighted_lines.h"
+#include "solve/tape/below.h"
 
 namespace varno::solve {
 
@@ -15,9 +20,11 @@ constexpr mpfr_rnd_t kNearest = MPFR_RNDN;
 
 }  // namespace
 
-MpfrSeries::MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder, bool disturbed)
+MpfrSeries::MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder, bool disturbed,
+                       Poll poll, const std::vector<CommonRoot>& roots)
     : tape(tape),
       bits(bits),
+      leftOut(tape.lines.size(), false),
       terms(tape.lines.size(), usualOrder + 2, bits),
       derivativeRows(tape.lines.size(), kNone),
       derivatives(0, usualOrder + 2, bits),
@@ -25,8 +32,14 @@ MpfrSeries::MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder, bool 
       zero(2),
       product(bits),
       sum(bits),
-      weighted(bits)
+      weighted(bits),
+      poll(std::move(poll)),
+      rootOrders(tape.lines.size(), 0),
+      headStarts(tape.lines.size(), 0)
 {
+  for (const CommonRoot& root : roots) rootOrders[root.line] = root.order;
+  if (!roots.empty()) SetHeadStarts();
+  terms.Grow(usualOrder + 2 + longestHeadStart);
   AssignDerivatives();
   ComputeConstants(disturbed);
 }
@@ -41,9 +54,31 @@ void MpfrSeries::AssignDerivatives()
   derivatives = TermStore(count, terms.TermCount(), bits);
 }
 
+/// A line must be as many terms ahead as those that are made of it, and by the order of the common
+/// root more where it is an operand of one.
+void MpfrSeries::SetHeadStarts()
+{
+  bool changed = true;
+  const auto require = [&](LineId id, int headStart) {
+    if (id == kNone || headStarts[id] >= headStart) return;
+    headStarts[id] = headStart;
+    longestHeadStart = std::max(longestHeadStart, headStart);
+    changed = true;
+  };
+  while (changed) {
+    changed = false;
+    for (LineId id = 0; id < tape.lines.size(); ++id) {
+      const int needed = headStarts[id] + rootOrders[id];
+      if (needed == 0) continue;
+      for (const LineId operand : Operands(tape, id)) require(operand, needed);
+    }
+  }
+}
+
 void MpfrSeries::ComputeConstants(bool disturbed)
 {
   for (const NodeId constant : tape.constants) {
+    if (poll) poll();
     constants.push_back(EvaluateConstant(tape.graph, constant, bits));
     if (disturbed && !IsExact(tape.graph, constant, bits)) {
       Disturb(constants.back(), DisturbanceKey(tape.graph, constant));
@@ -61,6 +96,13 @@ mpfr_srcptr MpfrSeries::Constant(ConstantId constant) const
   return constant == kNone ? zero : constants[constant];
 }
 
+void MpfrSeries::CountProduct() const
+{
+  if (++products < kProductsPerPoll) return;
+  products = 0;
+  if (poll) poll();
+}
+
 // ---------------------------------------------------------------------------------------------
 // Term 0
 
@@ -68,17 +110,44 @@ void MpfrSeries::Begin(mpfr_srcptr time, std::span<const Real> states, bool back
                        long scaleExponent)
 {
   mpfr_set_si_2exp(scale, backwards ? -1 : 1, scaleExponent, kNearest);
-  for (LineId id = 0; id < tape.lines.size(); ++id) {
-    const Line& line = tape.lines[id];
-    mpfr_ptr s = Terms(id);
-    Start(line, s, time, states);
-    Check(line, s);
-  }
   order = 0;
+  try {
+    StartLines(time, states);
+  } catch (const DomainError& error) {
+    // Some functions take several lines, such as the root of 1 - u^2 in asin(u): then the error of
+    // a line tells of an operand that nobody has written.
+    if (error.outcome == Outcome::kUndefined && longestHeadStart == 0)
+      Evaluator(tape.graph, {error.node}, bits).Evaluate(time, states);
+    throw;
+  }
 }
 
-void MpfrSeries::Start(const Line& line, mpfr_ptr s, mpfr_srcptr time, std::span<const Real> states)
+void MpfrSeries::StartLines(mpfr_srcptr time, std::span<const Real> states)
 {
+  for (int k = -longestHeadStart; k <= 0; ++k) {
+    for (LineId id = 0; id < tape.lines.size(); ++id) {
+      const int term = k + headStarts[id];
+      if (term > 0) ComputeTerm(id, term);
+      if (term == 0) StartLine(id, time, states);
+    }
+  }
+}
+
+void MpfrSeries::StartLine(LineId id, mpfr_srcptr time, std::span<const Real> states)
+{
+  if (leftOut[id]) {
+    mpfr_set_zero(Terms(id), 1);
+    return;
+  }
+  mpfr_clear_underflow();
+  Start(id, time, states);
+  Check(tape.lines[id], Terms(id));
+}
+
+void MpfrSeries::Start(LineId id, mpfr_srcptr time, std::span<const Real> states)
+{
+  const Line& line = tape.lines[id];
+  mpfr_ptr s = Terms(id);
   switch (line.kind) {
     case LineKind::kConstant:
       mpfr_set(s, Constant(line.constant), kNearest);
@@ -100,11 +169,11 @@ void MpfrSeries::Start(const Line& line, mpfr_ptr s, mpfr_srcptr time, std::span
       mpfr_sqr(s, Terms(line.a), kNearest);
       return;
     case LineKind::kQuotient:
-      StartQuotient(line, s);
+      StartQuotient(line, rootOrders[id], s);
       return;
     case LineKind::kSquareRoot:
     case LineKind::kPower:
-      StartRoot(line, s);
+      StartRoot(line, rootOrders[id], s);
       return;
     case LineKind::kIntegralOfProduct:
     case LineKind::kIntegralOfQuotient:
@@ -114,16 +183,20 @@ void MpfrSeries::Start(const Line& line, mpfr_ptr s, mpfr_srcptr time, std::span
   }
 }
 
-void MpfrSeries::StartQuotient(const Line& line, mpfr_ptr s)
+void MpfrSeries::StartQuotient(const Line& line, int rootOrder, mpfr_ptr s)
 {
-  mpfr_srcptr b = Terms(line.b);
+  mpfr_srcptr b = Terms(line.b) + rootOrder;
   if (mpfr_zero_p(b) != 0) throw DomainError{Outcome::kUndefined, line.node, Real(bits)};
-  mpfr_div(s, Terms(line.a), b, kNearest);
+  mpfr_div(s, Terms(line.a) + rootOrder, b, kNearest);
 }
 
-/// Roots and powers have no Taylor series about 0.
-void MpfrSeries::StartRoot(const Line& line, mpfr_ptr s)
+/// Roots and powers have no Taylor series about 0, but for the square root of an even power.
+void MpfrSeries::StartRoot(const Line& line, int rootOrder, mpfr_ptr s)
 {
+  if (rootOrder > 0) {
+    mpfr_set_zero(s, 1);
+    return;
+  }
   mpfr_srcptr a = Terms(line.a);
   const Operation function = line.kind == LineKind::kSquareRoot ? Operation::kSqrt : line.function;
   const Outcome outcome =
@@ -146,9 +219,12 @@ void MpfrSeries::StartFunction(const Line& line, mpfr_ptr s)
   throw DomainError{outcome, line.node, argument};
 }
 
+/// A number too small for the arithmetic would be 0, and with it all terms: a bell that rises later
+/// would never be seen.
 void MpfrSeries::Check(const Line& line, mpfr_srcptr s) const
 {
   if (mpfr_number_p(s) == 0) throw DomainError{Outcome::kOutOfRange, line.node, Real(bits)};
+  if (mpfr_underflow_p() != 0) throw DomainError{Outcome::kTooSmall, line.node, Real(bits)};
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -156,42 +232,35 @@ void MpfrSeries::Check(const Line& line, mpfr_srcptr s) const
 
 void MpfrSeries::ExtendTo(int wanted)
 {
-  terms.Grow(wanted + 1);
-  derivatives.Grow(wanted + 1);
+  terms.Grow(wanted + 1 + longestHeadStart);
+  derivatives.Grow(wanted + 1 + longestHeadStart);
   for (int k = order + 1; k <= wanted; ++k) {
-    AdvanceStates(k);
-    for (LineId id = 0; id < tape.lines.size(); ++id) {
-      const Line& line = tape.lines[id];
-      mpfr_ptr s = Terms(id);
-      switch (line.kind) {
-        case LineKind::kIntegralOfQuotient:
-          IntegralOfQuotient(line, id, s, k);
-          break;
-        case LineKind::kAngle:
-          Angle(line, id, s, k);
-          break;
-        default:
-          ComputeTerm(line, s, k);
-          break;
-      }
-      if (derivativeRows[id] != kNone) mpfr_mul_si(DerivativeTerms(id) + k, s + k, k, kNearest);
-    }
+    for (LineId id = 0; id < tape.lines.size(); ++id) ComputeTerm(id, k + headStarts[id]);
     order = k;
   }
 }
 
 /// (2) x' = f: term k of x is scale / k times term k-1 of f.
-void MpfrSeries::AdvanceStates(int k)
+void MpfrSeries::AdvanceState(const Line& line, mpfr_ptr x, int k)
 {
-  for (std::size_t i = 0; i < tape.rightHandSides.size(); ++i) {
-    mpfr_ptr x = Terms(static_cast<LineId>(i)) + k;
-    mpfr_mul(x, Terms(tape.rightHandSides[i]) + (k - 1), scale, kNearest);
-    mpfr_div_si(x, x, k, kNearest);
-  }
+  mpfr_mul(x + k, Terms(tape.rightHandSides[line.index]) + (k - 1), scale, kNearest);
+  mpfr_div_si(x + k, x + k, k, kNearest);
 }
 
-void MpfrSeries::ComputeTerm(const Line& line, mpfr_ptr s, int k)
+void MpfrSeries::ComputeTerm(LineId id, int k)
 {
+  mpfr_ptr s = Terms(id);
+  if (leftOut[id]) {
+    mpfr_set_zero(s + k, 1);
+  } else {
+    Recurrence(id, s, k);
+  }
+  if (derivativeRows[id] != kNone) mpfr_mul_si(DerivativeTerms(id) + k, s + k, k, kNearest);
+}
+
+void MpfrSeries::Recurrence(LineId id, mpfr_ptr s, int k)
+{
+  const Line& line = tape.lines[id];
   switch (line.kind) {
     case LineKind::kConstant:
       mpfr_set_zero(s + k, 1);
@@ -204,7 +273,8 @@ void MpfrSeries::ComputeTerm(const Line& line, mpfr_ptr s, int k)
       }
       return;
     case LineKind::kState:
-      return;  // AdvanceStates
+      AdvanceState(line, s, k);
+      return;
     case LineKind::kCombination:
       Combination(line, s + k, k);
       return;
@@ -215,10 +285,10 @@ void MpfrSeries::ComputeTerm(const Line& line, mpfr_ptr s, int k)
       Square(Terms(line.a), s, k);
       return;
     case LineKind::kQuotient:
-      Quotient(line, s, k);
+      Quotient(line, rootOrders[id], s, k);
       return;
     case LineKind::kSquareRoot:
-      SquareRoot(line, s, k);
+      SquareRoot(line, rootOrders[id], s, k);
       return;
     case LineKind::kPower:
       Power(line, s, k);
@@ -227,8 +297,11 @@ void MpfrSeries::ComputeTerm(const Line& line, mpfr_ptr s, int k)
       IntegralOfProduct(line, s, k);
       return;
     case LineKind::kIntegralOfQuotient:
+      IntegralOfQuotient(line, id, s, k);
+      return;
     case LineKind::kAngle:
-      return;  // need their own number: ExtendTo
+      Angle(line, id, s, k);
+      return;
   }
 }
 
@@ -239,6 +312,7 @@ void MpfrSeries::Convolve(mpfr_srcptr a, mpfr_srcptr b, int first, int last, int
     if (mpfr_zero_p(a + j) != 0 || mpfr_zero_p(b + (k - j)) != 0) continue;
     mpfr_mul(product, a + j, b + (k - j), kNearest);
     mpfr_add(result, result, product, kNearest);
+    CountProduct();
   }
 }
 
@@ -281,25 +355,38 @@ void MpfrSeries::Square(mpfr_srcptr a, mpfr_ptr s, int k)
   mpfr_add(s + k, s + k, product, kNearest);
 }
 
-/// (6) s b = a: s[k] = (a[k] - sum over j = 1..k of b[j] s[k-j]) / b[0]
-void MpfrSeries::Quotient(const Line& line, mpfr_ptr s, int k)
+/// (6) s b = a: s[k] = (a[k] - sum over j = 1..k of b[j] s[k-j]) / b[0], from term m of a and b on
+/// at a common root of order m
+void MpfrSeries::Quotient(const Line& line, int rootOrder, mpfr_ptr s, int k)
 {
-  mpfr_srcptr a = Terms(line.a), b = Terms(line.b);
+  mpfr_srcptr a = Terms(line.a) + rootOrder, b = Terms(line.b) + rootOrder;
   Convolve(b, s, 1, k, k, sum);
   mpfr_sub(sum, a + k, sum, kNearest);
   mpfr_div(s + k, sum, b, kNearest);
 }
 
-/// (7) s^2 = a: s[k] = (a[k] - sum over j = 1..k-1 of s[j] s[k-j]) / (2 s[0]), the sum by halves
-void MpfrSeries::SquareRoot(const Line& line, mpfr_ptr s, int k)
+/// (7) s^2 = a: s[k] = (a[k] - sum over j = 1..k-1 of s[j] s[k-j]) / (2 s[0]), the sum by halves;
+/// where a begins with term 2 m, s begins with term m
+void MpfrSeries::SquareRoot(const Line& line, int rootOrder, mpfr_ptr s, int k)
 {
+  mpfr_srcptr a = Terms(line.a) + std::ptrdiff_t{2} * rootOrder;
+  s += rootOrder;
+  k -= rootOrder;
+  if (k < 0) {
+    mpfr_set_zero(s + k, 1);
+    return;
+  }
+  if (k == 0) {
+    mpfr_sqrt(s, a, kNearest);
+    return;
+  }
   Convolve(s, s, 1, (k - 1) / 2, k, sum);
   mpfr_mul_2ui(sum, sum, 1, kNearest);
   if (k % 2 == 0) {
     mpfr_sqr(product, s + k / 2, kNearest);
     mpfr_add(sum, sum, product, kNearest);
   }
-  mpfr_sub(sum, Terms(line.a) + k, sum, kNearest);
+  mpfr_sub(sum, a + k, sum, kNearest);
   mpfr_div_2ui(sum, sum, 1, kNearest);
   mpfr_div(s + k, sum, s, kNearest);
 }
@@ -324,12 +411,14 @@ void MpfrSeries::IntegralOfProduct(const Line& line, mpfr_ptr s, int k)
   mpfr_div_si(s + k, sum, line.negative ? -k : k, kNearest);
 }
 
-/// (10) b s' = +-a': k b[0] s[k] = +-k a[k] - sum over j = 1..k-1 of j s[j] b[k-j]
+/// (10) b s' = +-a': k b[0] s[k] = +-k a[k] - sum over j = 1..k-1 of j s[j] b[k-j], from term m of
+/// b and of a' on at a common root of order m
 void MpfrSeries::IntegralOfQuotient(const Line& line, LineId id, mpfr_ptr s, int k)
 {
-  mpfr_srcptr b = Terms(line.b);
+  const int m = rootOrders[id];
+  mpfr_srcptr b = Terms(line.b) + m;
   Convolve(DerivativeTerms(id), b, 1, k - 1, k, sum);
-  mpfr_mul_si(product, Terms(line.a) + k, line.negative ? -k : k, kNearest);
+  mpfr_mul_si(product, Terms(line.a) + k + m, line.negative ? -(k + m) : k + m, kNearest);
   mpfr_sub(sum, product, sum, kNearest);
   mpfr_div(sum, sum, b, kNearest);
   mpfr_div_si(s + k, sum, k, kNearest);
@@ -374,6 +463,7 @@ void MpfrSeries::Sum(LineId line, mpfr_srcptr offset, mpfr_ptr result) const
   Real value(bits);
   for (int k = order; k >= 0; --k) {
     mpfr_mul(value, value, offset, kNearest);
+    CountProduct();
     mpfr_add(value, value, a + k, kNearest);
   }
   mpfr_set(result, value, kNearest);

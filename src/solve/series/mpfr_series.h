@@ -1,5 +1,6 @@
 #pragma once
 
+#include <utility>
 #include <vector>
 
 #include "solve/series/series.h"
@@ -12,8 +13,10 @@ namespace varno::solve {
 /// The numbers in parentheses are those of docs/solve/recurrences.md.
 class MpfrSeries final : public Series {
  public:
-  MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder, bool disturbed);
+  MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder, bool disturbed,
+             Poll poll = {}, const std::vector<CommonRoot>& roots = {});
 
+  void LeaveOut(std::vector<bool> lines) override { leftOut = std::move(lines); }
   void Begin(mpfr_srcptr time, std::span<const Real> states, bool backwards,
              long scaleExponent) override;
   void ExtendTo(int order) override;
@@ -22,6 +25,7 @@ class MpfrSeries final : public Series {
   double Log2Constant(ConstantId constant) const override;
   void Sum(LineId line, mpfr_srcptr offset, mpfr_ptr result) const override;
   void Term(LineId line, int k, mpfr_ptr result) const override;
+  int CommonRootOrder(LineId line) const override { return rootOrders[line]; }
 
   /// Term k itself.
   mpfr_srcptr Number(LineId line, int k) const { return Terms(line) + k; }
@@ -32,24 +36,29 @@ class MpfrSeries final : public Series {
  private:
   void ComputeConstants(bool disturbed);
   void AssignDerivatives();
+  void SetHeadStarts();
+  void CountProduct() const;
 
-  void Start(const Line& line, mpfr_ptr s, mpfr_srcptr time, std::span<const Real> states);
-  void StartQuotient(const Line& line, mpfr_ptr s);
-  void StartRoot(const Line& line, mpfr_ptr s);
+  void StartLines(mpfr_srcptr time, std::span<const Real> states);
+  void StartLine(LineId id, mpfr_srcptr time, std::span<const Real> states);
+  void Start(LineId id, mpfr_srcptr time, std::span<const Real> states);
+  void StartQuotient(const Line& line, int rootOrder, mpfr_ptr s);
+  void StartRoot(const Line& line, int rootOrder, mpfr_ptr s);
   void StartFunction(const Line& line, mpfr_ptr s);
   void Check(const Line& line, mpfr_srcptr s) const;
 
-  void ComputeTerm(const Line& line, mpfr_ptr s, int k);
+  void ComputeTerm(LineId id, int k);
+  void Recurrence(LineId id, mpfr_ptr s, int k);
   void Combination(const Line& line, mpfr_ptr s, int k);
   void AddScaled(const Factor& factor, mpfr_ptr sum, int k);
   void Square(mpfr_srcptr a, mpfr_ptr s, int k);
-  void Quotient(const Line& line, mpfr_ptr s, int k);
-  void SquareRoot(const Line& line, mpfr_ptr s, int k);
+  void Quotient(const Line& line, int rootOrder, mpfr_ptr s, int k);
+  void SquareRoot(const Line& line, int rootOrder, mpfr_ptr s, int k);
   void Power(const Line& line, mpfr_ptr s, int k);
   void IntegralOfProduct(const Line& line, mpfr_ptr s, int k);
   void IntegralOfQuotient(const Line& line, LineId id, mpfr_ptr s, int k);
   void Angle(const Line& line, LineId id, mpfr_ptr s, int k);
-  void AdvanceStates(int k);
+  void AdvanceState(const Line& line, mpfr_ptr x, int k);
 
   /// sum = sum over j = first..last of a[j] b[k-j]; from 0 to k it is (4)
   void Convolve(mpfr_srcptr a, mpfr_srcptr b, int first, int last, int k, mpfr_ptr sum);
@@ -61,6 +70,7 @@ class MpfrSeries final : public Series {
 
   const Tape& tape;
   mpfr_prec_t bits;
+  std::vector<bool> leftOut;  // by line
   TermStore terms;
   std::vector<std::uint32_t> derivativeRows;  // kNone where a line needs none
   TermStore derivatives;
@@ -69,6 +79,13 @@ class MpfrSeries final : public Series {
   Real scale;
   Real zero, product, sum, weighted;
   int order = -1;
+  Poll poll;
+  mutable int products = 0;  // since the latest poll
+  // At common roots: the orders of these by line, and how many terms each line is ahead, because a
+  // quotient of order m needs m terms more of its operands.
+  std::vector<int> rootOrders;
+  std::vector<int> headStarts;
+  int longestHeadStart = 0;
 };
 
 }  // namespace varno::solve

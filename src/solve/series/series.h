@@ -3,8 +3,10 @@
 #include <limits>
 #include <memory>
 #include <span>
+#include <vector>
 
 #include "solve/number/real.h"
+#include "solve/series/poll.h"
 #include "solve/tape/tape.h"
 
 namespace varno::solve {
@@ -19,6 +21,9 @@ class Series {
  public:
   virtual ~Series() = default;
 
+  /// From the next Begin on, the lines marked count as 0 in all their terms and are not computed.
+  /// One entry for each line, none of them a state; at first no line is left out.
+  virtual void LeaveOut(std::vector<bool> lines) = 0;
   /// Forgets all terms and computes term 0 of every line. Throws DomainError where a line has no
   /// value or, at a root or power of 0, no Taylor series.
   virtual void Begin(mpfr_srcptr time, std::span<const Real> states, bool backwards,
@@ -37,6 +42,8 @@ class Series {
   virtual void Sum(LineId line, mpfr_srcptr offset, mpfr_ptr result) const = 0;
   /// Sets result to term k.
   virtual void Term(LineId line, int k, mpfr_ptr result) const = 0;
+  /// The order of the common root that the line begins with: MakeSeriesAtRoot.
+  virtual int CommonRootOrder(LineId) const { return 0; }
 
   /// log2 of what the terms k > 0 of a line, whatever their own size, may be wrong by: a term that
   /// is not 0 but smaller cannot be told from others that small. -infinity where every term has
@@ -50,12 +57,38 @@ class Series {
   virtual bool IsExactFor(double /*log2*/) { return true; }
   /// Gives every term its own precision, whatever that costs, until the next Begin.
   virtual void Refine() {}
+  /// Whether every term has it.
+  virtual bool IsRefined() const { return true; }
+
+  /// For each line log2 of its largest term over a step, where the series was exact enough for
+  /// one; empty where that is not asked for.
+  virtual std::vector<long> LargestTerms() const { return {}; }
+  /// Tells what was found so about the step before, for the next Begin; empty where nothing was.
+  /// Results depend on it, within the resolution.
+  virtual void Expect(const std::vector<long>& /*largestTerms*/) {}
+};
+
+/// A line that begins at a root which cancels: a quotient, or an integral of one, both parts of
+/// which begin with `order` terms of 0; the square root of a series that begins with 2 order of
+/// them. sin(t)/t at 0 is one of order 1.
+struct CommonRoot {
+  LineId line;
+  int order;
 };
 
 /// A series for a tape, which must outlive it, with at least this precision. Throws DomainError
 /// where a constant of the tape has no value. `disturbed` moves constants that are rounded
-/// (evaluation/disturbance.h).
+/// (evaluation/disturbance.h). `poll`, if there is one, is called while terms are computed or
+/// summed; what it throws leaves the series to be begun again.
 std::unique_ptr<Series> MakeSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder,
-                                   bool disturbed = false);
+                                   bool disturbed = false, Poll poll = {});
+
+/// The same about a point where lines begin at common roots: what their operands have there, in
+/// the terms that are 0 but for rounding, is left out, and the terms that follow are divided, or
+/// the root of them taken, the positive one ahead. No such line may depend on itself by its
+/// operands, and the first term of the divisor or radicand that counts must not be 0 (positive).
+std::unique_ptr<Series> MakeSeriesAtRoot(const Tape& tape, mpfr_prec_t bits, int usualOrder,
+                                         bool disturbed, const std::vector<CommonRoot>& roots,
+                                         Poll poll = {});
 
 }  // namespace varno::solve

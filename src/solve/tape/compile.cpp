@@ -35,6 +35,7 @@ class Compiler {
   LinearForm Power(NodeId base, NodeId exponent, NodeId id);
   LinearForm IntegerPower(LinearForm base, const Integer& exponent, NodeId id);
   LinearForm Scaled(LinearForm a, NodeId factor, NodeId id);
+  std::optional<NodeId> ConstantOf(LinearForm& form);
   /// The form that stands for an operand; its last user takes it over.
   LinearForm Take(NodeId id);
   bool IsConstant(NodeId id) const { return tape.graph[id].dependence == Dependence::kNothing; }
@@ -81,6 +82,14 @@ LinearForm Compiler::Scaled(LinearForm a, NodeId factor, NodeId id)
 {
   if (a.terms.size() > kMostScaledTerms) a = arithmetic.Single(lines.Materialise(std::move(a), id));
   return arithmetic.Scale(std::move(a), factor);
+}
+
+/// The constant that a form is, as that of t - t, where it is one: functions of it are constants,
+/// too, which are computed to their last digit however much cancels.
+std::optional<NodeId> Compiler::ConstantOf(LinearForm& form)
+{
+  arithmetic.Normalise(form);
+  return form.terms.empty() ? std::optional(form.constant) : std::nullopt;
 }
 
 LinearForm Compiler::Product(LinearForm a, LinearForm b, NodeId id)
@@ -169,8 +178,10 @@ LinearForm Compiler::FormOf(const Node& node, NodeId id)
     case Operation::kMultiply: {
       if (IsConstant(node.operands[0])) return Scaled(Take(node.operands[1]), node.operands[0], id);
       if (IsConstant(node.operands[1])) return Scaled(Take(node.operands[0]), node.operands[1], id);
-      LinearForm a = Take(node.operands[0]);
-      return Product(std::move(a), Take(node.operands[1]), id);
+      LinearForm a = Take(node.operands[0]), b = Take(node.operands[1]);
+      if (const auto factor = ConstantOf(a)) return Scaled(std::move(b), *factor, id);
+      if (const auto factor = ConstantOf(b)) return Scaled(std::move(a), *factor, id);
+      return Product(std::move(a), std::move(b), id);
     }
     case Operation::kDivide: {
       LinearForm a = Take(node.operands[0]);
@@ -187,7 +198,10 @@ LinearForm Compiler::FormOf(const Node& node, NodeId id)
       return arithmetic.Single(AddAngle(lines, arithmetic, y, x, id));
     }
     default: {
-      const LineId argument = lines.Materialise(Take(node.operands[0]), id);
+      LinearForm form = Take(node.operands[0]);
+      if (const auto constant = ConstantOf(form))
+        return arithmetic.Constant(tape.graph.Make(node.operation, *constant, node.place));
+      const LineId argument = lines.Materialise(std::move(form), id);
       return arithmetic.Single(AddFunction(lines, arithmetic, node.operation, argument, id));
     }
   }

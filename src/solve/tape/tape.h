@@ -51,7 +51,8 @@ struct Line {
   std::uint32_t index;                     ///< of kState
   /// The degree of the line as a polynomial in t; -1 when it is none by its structure.
   std::int32_t degree;
-  NodeId node;  ///< the expression, for messages
+  /// The expression, for messages; of a state its right-hand side.
+  NodeId node;
 };
 
 /// The right-hand sides of a model as a list of operations, each after its operands (but for the

@@ -30,6 +30,7 @@ long ZeroUnit(double size, int digits)
 
 Agreement Compare(const SizedNumber& a, const SizedNumber& b, const AgreementRule& rule)
 {
+  if (a.isInDoubt || b.isInDoubt) return {Verdict::kBlurred, kInfinity};
   if (!a.value && !b.value) return {Verdict::kAgree, kInfinity};
   if (!a.value || !b.value) return {Verdict::kDiffer, 0};
 
@@ -40,13 +41,19 @@ Agreement Compare(const SizedNumber& a, const SizedNumber& b, const AgreementRul
   const double apart = Log10(difference);
   if (number == -kInfinity && size == -kInfinity) return {Verdict::kAgree, kInfinity};
 
+  // The size is infinite where a function has a vertical tangent, as sqrt at 0.
+  const bool isClear = size == kInfinity || number >= size - rule.clearDecimals;
   // The unit of the last digit, the smaller one where the number lies at a power of ten.
   const double unit = std::floor(Log10(*b.value) - 1e-9) + 1 - rule.digits;
-  if (number > -kInfinity && apart < unit - kLog10Of4) return {Verdict::kAgree, kInfinity};
+  const bool isEqual = apart < unit - kLog10Of4 || (apart == -kInfinity && size == kInfinity);
+  if (isClear && isEqual) return {Verdict::kAgree, kInfinity};
 
-  const double limit = size - (rule.digits + kZeroGuardDigits);
-  if (rule.mayDeclareZero && number < limit) return {Verdict::kZero, kInfinity};
-  const bool blurred = number < size - kBlurredDecimals;
+  // Not a zero by its size alone: it must not exceed the unit that is printed. And what lies under
+  // a large size may count by itself, as in 1e60*(sqrt(1 + 1e-60) - 1): more decimals decide.
+  if (rule.mayDeclareZero && size < rule.clearDecimals &&
+      number < static_cast<double>(ZeroUnit(std::max(a.size, b.size), rule.digits)))
+    return {Verdict::kZero, kInfinity};
+  const bool blurred = !isClear || number < size - kBlurredDecimals;
   return {blurred ? Verdict::kBlurred : Verdict::kDiffer, std::max(size, number) - apart};
 }
 

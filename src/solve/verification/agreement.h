@@ -11,13 +11,14 @@ namespace varno::solve {
 struct SizedNumber {
   std::optional<Real> value;
   double size;
+  bool isInDoubt = false;  ///< more digits must tell whether there is a value, and which
 };
 
 enum class Verdict {
   kAgree,  ///< to a quarter of the last digit's unit
   kZero,   ///< both are nothing beside their size: 0 to the unit of a verified zero
   kDiffer,
-  kBlurred,  ///< differ, and are so small beside their size that they may be zero
+  kBlurred,  ///< so small beside their size that they may be zero, or wrong alike
 };
 
 /// How far two runs agree on a number.
@@ -32,10 +33,16 @@ struct Agreement {
 struct AgreementRule {
   int digits;           ///< significant digits that must agree
   bool mayDeclareZero;  ///< whether the runs are exact enough to call a number zero
+  /// How many decimals below its size a number still has all its digits: what lies deeper may be
+  /// what the roundings of both runs have in common, and agrees for that reason only.
+  double clearDecimals;
 };
 
 /// A number below 10^-(digits + kZeroGuardDigits) of its size is not chased further.
 inline constexpr int kZeroGuardDigits = 15;
+/// Of the decimals of a run, those that errors of steps and roundings may have eaten.
+inline constexpr double kNoiseDecimals = 4;
+inline constexpr double kLog2Of10 = 3.3219280948873626;
 
 Agreement Compare(const SizedNumber& a, const SizedNumber& b, const AgreementRule& rule);
 

@@ -1,7 +1,6 @@
 #include "solve/verification/attempt.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 namespace varno::solve {
@@ -11,30 +10,43 @@ namespace {
 /// Columns are computed from the states with this many bits more.
 constexpr mpfr_prec_t kColumnGuardBits = 64;
 
-/// How many bits the larger of two times takes before the point.
+/// How many bits the larger of two times takes before the point. Not by a double: times go further.
 mpfr_prec_t WholeBits(const Interval& interval)
 {
-  const double largest =
-      std::max(std::abs(interval.from.ToDouble()), std::abs(interval.to.ToDouble()));
-  return largest < 1 ? 0 : static_cast<mpfr_prec_t>(std::ilogb(largest)) + 1;
+  mpfr_prec_t bits = 0;
+  Real time(53);
+  for (const Moment* moment : {&interval.from, &interval.to}) {
+    moment->Evaluate(time);
+    if (!time.IsZero()) bits = std::max<mpfr_prec_t>(bits, mpfr_get_exp(time));
+  }
+  return bits;
+}
+
+/// An argument is on an edge where it is a zero by its size, and where rounding may have made it.
+EdgeRule EdgesOf(const RunSettings& settings, int digits)
+{
+  return {.noiseBits = settings.toleranceBits - kNoiseDecimals * kLog2Of10,
+          .zeroBits = (digits + kZeroGuardDigits) * kLog2Of10,
+          .mayDeclareZero = settings.mayDeclareZero};
 }
 
 std::vector<ColumnValues> MakeColumnValues(const Model& model, const std::vector<NodeId>& columns,
-                                           const Path::Problem& problem)
+                                           int digits, const Path::Problem& problem)
 {
   std::vector<ColumnValues> values;
   for (const RunSettings& settings : problem.settings) {
     const mpfr_prec_t bits = settings.bits + kColumnGuardBits + WholeBits(problem.interval);
-    values.emplace_back(model.graph, columns, bits);
+    values.emplace_back(model.graph, columns, bits, EdgesOf(settings, digits));
   }
   return values;
 }
 
 }  // namespace
 
-Attempt::Attempt(const Model& model, const std::vector<NodeId>& columns, Path::Problem problem,
-                 const std::vector<Moment>& early)
-    : columnValues(MakeColumnValues(model, columns, problem)), path(std::move(problem), early)
+Attempt::Attempt(const Model& model, const std::vector<NodeId>& columns, int digits,
+                 Path::Problem problem, const std::vector<Moment>& early)
+    : columnValues(MakeColumnValues(model, columns, digits, problem)),
+      path(std::move(problem), early)
 {}
 
 std::vector<std::vector<SizedNumber>> Attempt::RowAt(const Moment& time)

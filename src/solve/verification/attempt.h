@@ -13,12 +13,13 @@ namespace varno::solve {
 /// The columns of a problem by one run, or by two of different exactness.
 class Attempt {
  public:
-  /// `columns` are nodes of the graph of the model. Throws DomainError where a constant of the tape
-  /// has no value.
-  Attempt(const Model& model, const std::vector<NodeId>& columns, Path::Problem problem,
+  /// `columns` are nodes of the graph of the model, wanted with so many digits. Throws DomainError
+  /// where a constant of the tape has no value.
+  Attempt(const Model& model, const std::vector<NodeId>& columns, int digits, Path::Problem problem,
           const std::vector<Moment>& early);
 
-  /// For each run the numbers of a row; times must be asked for in order.
+  /// For each run the numbers of a row; times must be asked for in order. Throws what Path throws,
+  /// and RowOutOfRange.
   std::vector<std::vector<SizedNumber>> RowAt(const Moment& time);
 
   Path& Integration() { return path; }

@@ -1,11 +1,10 @@
 #include "solve/verification/column_values.h"
 
-#include "solve/evaluation/domain_error.h"
-
 namespace varno::solve {
 
-ColumnValues::ColumnValues(const Graph& graph, const std::vector<NodeId>& nodes, mpfr_prec_t bits)
-    : bits(bits)
+ColumnValues::ColumnValues(const Graph& graph, const std::vector<NodeId>& nodes, mpfr_prec_t bits,
+                           const EdgeRule& edges)
+    : bits(bits), edges(edges)
 {
   for (const NodeId node : nodes) {
     Column& column = columns.emplace_back();
@@ -17,15 +16,18 @@ ColumnValues::ColumnValues(const Graph& graph, const std::vector<NodeId>& nodes,
   }
 }
 
-SizedNumber ColumnValues::Value(Column& column, mpfr_srcptr time, const SizedStates& states)
+SizedNumber ColumnValues::Value(Column& column, mpfr_srcptr time, const SizedStates& states) const
 {
   if (!column.definition) return {states.values[column.state], states.sizes[column.state]};
   Evaluator& definition = *column.definition;
   try {
-    definition.Evaluate(time, states.values);
-    definition.EvaluateSizes(states.sizes);
+    definition.EvaluateSized(time, states.values, states.sizes, edges);
     return {definition[0], definition.Size(0)};
-  } catch (const DomainError&) {
+  } catch (const EdgeInDoubt&) {
+    return {std::nullopt, 0, true};
+  } catch (const DomainError& error) {
+    // A number that the arithmetic cannot hold is there all the same.
+    if (error.outcome != Outcome::kUndefined) throw;
     return {std::nullopt, 0};
   }
 }
@@ -35,7 +37,11 @@ std::vector<SizedNumber> ColumnValues::At(const Moment& time, const SizedStates&
   Real exactTime(bits);
   time.Evaluate(exactTime);
   std::vector<SizedNumber> values;
-  for (Column& column : columns) values.push_back(Value(column, exactTime, states));
+  try {
+    for (Column& column : columns) values.push_back(Value(column, exactTime, states));
+  } catch (const DomainError& error) {
+    throw RowOutOfRange{error, time};
+  }
   return values;
 }
 

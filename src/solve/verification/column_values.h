@@ -4,6 +4,7 @@
 #include <optional>
 #include <vector>
 
+#include "solve/evaluation/domain_error.h"
 #include "solve/evaluation/evaluator.h"
 #include "solve/integration/path.h"
 #include "solve/number/moment.h"
@@ -11,13 +12,20 @@
 
 namespace varno::solve {
 
+/// A number of a row that the arithmetic cannot hold.
+struct RowOutOfRange {
+  DomainError error;
+  Moment time;
+};
+
 /// The values of columns at the times of rows, each by itself: a definition that has no value at a
 /// row does not touch the others.
 class ColumnValues {
  public:
-  ColumnValues(const Graph& graph, const std::vector<NodeId>& columns, mpfr_prec_t bits);
+  ColumnValues(const Graph& graph, const std::vector<NodeId>& columns, mpfr_prec_t bits,
+               const EdgeRule& edges);
 
-  /// One for each column.
+  /// One for each column. Throws RowOutOfRange.
   std::vector<SizedNumber> At(const Moment& time, const SizedStates& states);
 
  private:
@@ -26,9 +34,10 @@ class ColumnValues {
     std::optional<Evaluator> definition;  // none for a variable
   };
 
-  static SizedNumber Value(Column& column, mpfr_srcptr time, const SizedStates& states);
+  SizedNumber Value(Column& column, mpfr_srcptr time, const SizedStates& states) const;
 
   mpfr_prec_t bits;
+  EdgeRule edges;
   std::vector<Column> columns;
 };
 

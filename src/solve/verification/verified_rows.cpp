@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 #include "solve/evaluation/disturbance.h"
@@ -18,31 +19,52 @@ namespace {
 constexpr double kFirstSpareDecimals = 7;
 constexpr double kSecondRunDecimals = 3;
 /// What the extrapolated loss is multiplied with.
-constexpr double kLossMargin = 1.1;
-constexpr double kLog2Of10 = 3.3219280948873626;
+constexpr double kLossMargin = 1.25;
+/// What is lost is at first extrapolated to so many times the way so far: what an unstable rest
+/// costs ends where it is left.
+constexpr double kTimesAhead = 8;
+/// An attempt is given up before it fails if its last row will lack so many decimals.
+constexpr double kDoomedDecimals = 3;
 constexpr double kLog10OfHalf = -0.30102999566398120;
+/// How far beyond what constants say a run must come to call an end one, and what they may say.
+constexpr double kDecimalsBeyondConstants = 3;
+constexpr double kMostDecimalsOfConstants = 100;
 /// Printed rows are remembered with this many bits more than their digits have.
 constexpr mpfr_prec_t kRememberedGuardBits = 16;
+
+/// An end as two attempts tell it: of a kind only if both say so.
+Singularity Agreed(Singularity end, const std::optional<Singularity>& before)
+{
+  const bool same = before && before->kind == end.kind && before->order == end.order;
+  if (before && !same) end.kind = SingularityKind::kUnknown;
+  return end;
+}
 
 }  // namespace
 
 VerifiedRows::VerifiedRows(const Model& model, const Tape& tape, const Interval& interval,
-                           RowSchedule schedule, RowsWanted wanted, StepWatch watch)
+                           RowSchedule schedule, RowsWanted wanted, StepWatch watch, Poll poll)
     : model(model),
       tape(tape),
       interval(interval),
       fullSchedule(std::move(schedule)),
       wanted(std::move(wanted)),
       watch(std::move(watch)),
+      poll(std::move(poll)),
       spareDecimals(kFirstSpareDecimals)
 {}
 
 std::vector<RunSettings> VerifiedRows::Settings() const
 {
-  const double decimals = wanted.digits + spareDecimals;
+  // At least as many as a run takes in any case: with few digits both runs would be the same one.
+  const double decimals = std::max(wanted.digits + spareDecimals, kLeastDecimals);
   std::vector<RunSettings> settings{SettingsFor(decimals, PlaceDecimals())};
   if (wanted.check) settings.push_back(SettingsFor(decimals + kSecondRunDecimals, PlaceDecimals()));
   settings.front().disturbed = wanted.check;
+  for (RunSettings& run : settings) {
+    run.mayDeclareZero = MayDeclareZero();
+    run.mostBits = wanted.maxBits;
+  }
   return settings;
 }
 
@@ -71,16 +93,20 @@ void VerifiedRows::Begin()
                         .settings = Settings(),
                         .startStates = {},
                         .watch = watch,
-                        .compare = [this](const Moment& time, const Run& a, const Run& b) {
-                          CompareStates(time, a, b);
-                        }};
+                        .poll = poll,
+                        .compare = [this](const Moment& time, const DenseStep& a,
+                                          const DenseStep& b) { CompareStates(time, a, b); },
+                        .mayUseThreads = wanted.mayUseThreads};
   if (problem.settings.back().bits > wanted.maxBits) throw PrecisionExhausted{interval.start};
   for (const RunSettings& settings : problem.settings)
     problem.startStates.push_back(StartStates(settings));
   schedule = fullSchedule;
   schedule->Replay(given.size(), [this](std::size_t row) { return given[row].time; });
-  attempt = std::make_unique<Attempt>(model, wanted.columns, std::move(problem), schedule->Early());
+  attempt = std::make_unique<Attempt>(model, wanted.columns, wanted.digits, std::move(problem),
+                                      schedule->Early());
   rowsDone = 0;
+  loss = Loss();
+  lostBackwards = latestDistance = 0;
 }
 
 std::optional<VerifiedRow> VerifiedRows::Next()
@@ -93,10 +119,15 @@ std::optional<VerifiedRow> VerifiedRows::Next()
       Escalate(failure);
     } catch (const Disagreement& disagreement) {
       Escalate({disagreement.time, 0, false});
+    } catch (const ZeroInDoubt& doubt) {
+      Escalate({doubt.time, wanted.digits + spareDecimals, true});
     } catch (const Singularity& singularity) {
-      if (IsConfirmedEnd(singularity.time)) throw;
+      const std::optional<EndSeen> before = endSeen;
+      if (!IsConfirmedEnd(singularity.time, singularity)) continue;
+      throw Agreed(singularity, before ? before->singularity : std::nullopt);
     } catch (const DomainError&) {
-      if (attempt == nullptr || IsConfirmedEnd(attempt->Integration().Best().End())) throw;
+      if (attempt == nullptr || IsConfirmedEnd(attempt->Integration().Best().End(), std::nullopt))
+        throw;
     }
   }
 }
@@ -125,7 +156,10 @@ bool VerifiedRows::MayDeclareZero() const
 VerifiedRow VerifiedRows::Judge(const Moment& time,
                                 const std::vector<std::vector<SizedNumber>>& runs) const
 {
-  const AgreementRule rule{wanted.digits, MayDeclareZero()};
+  const AgreementRule rule{.digits = wanted.digits,
+                           .mayDeclareZero = MayDeclareZero(),
+                           .clearDecimals = wanted.check ? spareDecimals - kNoiseDecimals
+                                                         : std::numeric_limits<double>::infinity()};
   const std::vector<SizedNumber>&first = runs.front(), &best = runs.back();
   VerifiedRow row{time, {}};
   std::optional<Failure> failure;
@@ -149,31 +183,83 @@ VerifiedRow VerifiedRows::Judge(const Moment& time,
 
 /// At the ends of steps half the digits must agree: a run that has lost its way and came back to an
 /// attractor would agree with the other one again at the rows.
-void VerifiedRows::CompareStates(const Moment& time, const Run& a, const Run& b) const
+void VerifiedRows::CompareStates(const Moment& time, const DenseStep& a, const DenseStep& b)
 {
   const std::vector<Real> first = a.StatesAt(time), second = b.StatesAt(time);
-  const std::vector<double> sizes = b.StateSizes();
+  const std::vector<double>& sizes = b.StateSizes();
   Real difference(64);
+  double common = std::numeric_limits<double>::infinity();
   for (std::size_t i = 0; i < first.size(); ++i) {
     mpfr_sub(difference, first[i], second[i], MPFR_RNDN);
-    const double common =
-        (std::max(sizes[i], Log2Size(second[i])) - Log2Size(difference)) / kLog2Of10;
-    if (common < wanted.digits / 2.0) throw Failure{time, common, false};
+    if (difference.IsZero()) continue;
+    const double size = std::max(sizes[i], Log2Size(second[i]));
+    common = std::min(common, (size - Log2Size(difference)) / kLog2Of10);
   }
+  AddLoss(time, common);
+  if (common < wanted.digits / 2.0) throw Failure{time, common, false};
+}
+
+double VerifiedRows::Distance(const Moment& time) const
+{
+  return std::abs((time - interval.start).ToDouble());
+}
+
+/// Of the end of the interval that is farther from the start.
+double VerifiedRows::WholeDistance() const
+{
+  return std::max(Distance(interval.to), Distance(interval.from));
+}
+
+void VerifiedRows::AddLoss(const Moment& time, double commonDecimals)
+{
+  const double distance = Distance(time);
+  if (distance < latestDistance) {
+    lostBackwards = loss.SoFar();
+    loss = Loss();
+  }
+  latestDistance = distance;
+  // What agrees beyond the tolerance of the first run does so by chance.
+  loss.Add(distance, -std::min(commonDecimals, wanted.digits + spareDecimals));
+  if (IsDoomed(distance, commonDecimals)) throw Failure{time, commonDecimals, false};
+}
+
+/// Whether the last row will not agree, for all that can be said: half of the digits to spare are
+/// lost, and to go on would be a waste.
+bool VerifiedRows::IsDoomed(double distance, double commonDecimals) const
+{
+  const double whole = WholeDistance();
+  if (kTimesAhead * distance < whole || !loss.IsSteady()) return false;
+  if (loss.SoFar() < spareDecimals / 2) return false;
+  return commonDecimals - loss.Ahead(whole) < wanted.digits - kDoomedDecimals;
+}
+
+/// How many decimals the constants of the equations span: a peak as in 1/(1 + 1e60*(t - 1)^2) shows
+/// only from as near as they say, and looks like a pole from afar.
+double VerifiedRows::DecimalsOfConstants() const
+{
+  double most = 0;
+  for (const NodeId constant : tape.constants) {
+    const double size = Log2Size(EvaluateConstant(tape.graph, constant, 64));
+    if (std::isfinite(size)) most = std::max(most, std::abs(size) / kLog2Of10);
+  }
+  return std::min(most, kMostDecimalsOfConstants);
 }
 
 /// Whether an end of the way is to be believed. If not, everything begins again, to come nearer.
-bool VerifiedRows::IsConfirmedEnd(const Moment& time)
+bool VerifiedRows::IsConfirmedEnd(const Moment& time, const std::optional<Singularity>& singularity)
 {
   const Moment way = time - interval.start;
   if (!wanted.check || way.Sign() == 0) return true;
   const double log10Way = std::log10(std::abs(way.ToDouble()));
-  const EndSeen seen{time, log10Way - PlaceDecimals()};
+  const EndSeen seen{time, log10Way - PlaceDecimals(), singularity};
   // The steps shrink like the distance, of which they are some tenth.
   const double apart = endSeen ? std::log10(std::abs((time - endSeen->time).ToDouble())) : 0;
-  if (endSeen && apart < endSeen->log10Distance + 2) return true;
+  const double nearEnough = DecimalsOfConstants() + kDecimalsBeyondConstants;
+  if (endSeen && apart < endSeen->log10Distance + 2 && PlaceDecimals() >= nearEnough) return true;
   endSeen = seen;
-  BeginAgain(std::max(2 * spareDecimals, wanted.digits / 2.0 + kFirstSpareDecimals), time);
+  const double half = wanted.digits / 2.0;
+  BeginAgain(std::max({2 * spareDecimals, half + kFirstSpareDecimals, nearEnough + 3 - half}),
+             time);
   return false;
 }
 
@@ -181,22 +267,28 @@ bool VerifiedRows::IsConfirmedEnd(const Moment& time)
 void VerifiedRows::Escalate(const Failure& failure)
 {
   const double decimals = wanted.digits + spareDecimals;
-  const double loss = std::clamp(decimals - failure.commonDecimals, 0.0, decimals);
-  const double done = std::abs((failure.time - interval.start).ToDouble());
-  const double whole = std::max(std::abs((interval.to - interval.start).ToDouble()),
-                                std::abs((interval.from - interval.start).ToDouble()));
-  const double extrapolated = done > 0 ? loss * std::max(1.0, whole / done) : 0;
-  double spare = std::max(2 * spareDecimals, kLossMargin * extrapolated + kFirstSpareDecimals);
-  if (failure.blurred) spare = std::max(spare, kZeroGuardDigits + kFirstSpareDecimals);
-  BeginAgain(spare, failure.time);
+  const double lost = std::clamp(decimals - failure.commonDecimals, 0.0, decimals);
+  const double whole = WholeDistance();
+  const double far = restarts == 0 ? std::min(whole, kTimesAhead * Distance(failure.time)) : whole;
+  double spare = kLossMargin * (lost + loss.Ahead(far)) + kFirstSpareDecimals;
+  if (failure.blurred) spare += kZeroGuardDigits;
+  BeginAgain(std::max(2 * spareDecimals, spare), failure.time);
 }
 
 void VerifiedRows::BeginAgain(double spare, const Moment& time)
 {
   spareDecimals = spare;
   ++restarts;
+  givenUp = BestRun();
   attempt.reset();
   if (Settings().back().bits > wanted.maxBits) throw PrecisionExhausted{time};
+}
+
+RunStatistics VerifiedRows::BestRun() const
+{
+  if (attempt == nullptr) return givenUp;
+  const Path& path = attempt->Integration();
+  return {path.Steps(), path.Best().Order(), path.Best().Bits()};
 }
 
 VerifiedRows::GivenRow VerifiedRows::Remembered(const VerifiedRow& row) const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -11,6 +12,7 @@
 #include "solve/tape/tape.h"
 #include "solve/verification/agreement.h"
 #include "solve/verification/attempt.h"
+#include "solve/verification/loss.h"
 #include "solve/verification/row_schedule.h"
 
 namespace varno::solve {
@@ -21,6 +23,7 @@ struct RowsWanted {
   int digits;                   ///< significant digits of each number
   bool check;                   ///< by two runs; else one, and nothing is verified
   long maxBits;                 ///< the highest precision to try
+  bool mayUseThreads;           ///< of two runs, one each
 };
 
 /// A number of a row: the best run's, or a verified zero.
@@ -34,9 +37,11 @@ struct VerifiedRow {
   std::vector<RowNumber> numbers;
 };
 
-/// The digits asked for cannot be had within the highest precision.
-struct PrecisionExhausted {
-  Moment time;
+/// What the best run of an attempt did.
+struct RunStatistics {
+  std::int64_t steps = 0;
+  int order = 0;
+  mpfr_prec_t bits = 0;
 };
 
 /// A row that was given turned out to be wrong by a more exact attempt.
@@ -48,25 +53,32 @@ struct WrongRow {
 ///
 /// The problem is integrated by two runs of different tolerance, order and precision. A row counts
 /// when both agree to a quarter of its last unit. Where they do not, or contradict each other on
-/// the way, the loss of digits so far is extrapolated to the end of the interval and both runs
-/// begin again, with at least twice the spare digits; rows already given are compared again. An end
+/// the way, the loss of digits so far is extrapolated to the end of the interval (Loss) and both
+/// runs begin again, with at least twice the spare digits; rows already given are compared again.
+/// They begin again before they disagree where the extrapolation leaves no doubt. An end
 /// of the way is believed when a second attempt, which comes much nearer, ends in the same place.
 class VerifiedRows {
  public:
-  /// The model's parameters are bound; model and tape must outlive this.
+  /// The model's parameters are bound; model and tape must outlive this. `watch` is called after
+  /// each step of each run, `poll` within them; both may throw to end it all.
   VerifiedRows(const Model& model, const Tape& tape, const Interval& interval, RowSchedule schedule,
-               RowsWanted wanted, StepWatch watch);
+               RowsWanted wanted, StepWatch watch, Poll poll);
 
-  /// The next row, none after the last. Throws what Path throws but Disagreement,
+  /// The next row, none after the last. Throws what Attempt throws but Disagreement,
   /// PrecisionExhausted and WrongRow.
   std::optional<VerifiedRow> Next();
 
   /// The run behind the latest row; null before the first.
   const Path* Integration() const { return attempt ? &attempt->Integration() : nullptr; }
+  /// Of the present attempt, or of the one that was given up last.
+  RunStatistics BestRun() const;
+  std::int64_t RowsGiven() const { return static_cast<std::int64_t>(given.size()); }
   /// The settings of the runs, the most exact last.
   std::vector<RunSettings> Settings() const;
   /// How often the runs began again.
   int Restarts() const { return restarts; }
+  /// How many decimals the difference of the runs has grown by in the present attempt.
+  double DecimalsLost() const { return std::max(lostBackwards, loss.SoFar()); }
   /// The decimals that the runs compute with beyond those asked for.
   double SpareDecimals() const { return spareDecimals; }
 
@@ -80,6 +92,7 @@ class VerifiedRows {
   struct EndSeen {
     Moment time;
     double log10Distance;
+    std::optional<Singularity> singularity;
   };
   /// Why an attempt has to be given up.
   struct Failure {
@@ -92,9 +105,14 @@ class VerifiedRows {
   std::vector<Real> StartStates(const RunSettings& runSettings) const;
   std::optional<VerifiedRow> TryRow();
   VerifiedRow Judge(const Moment& time, const std::vector<std::vector<SizedNumber>>& runs) const;
-  void CompareStates(const Moment& time, const Run& a, const Run& b) const;
+  void CompareStates(const Moment& time, const DenseStep& a, const DenseStep& b);
+  void AddLoss(const Moment& time, double commonDecimals);
+  double Distance(const Moment& time) const;
+  double WholeDistance() const;
+  bool IsDoomed(double distance, double commonDecimals) const;
   void Escalate(const Failure& failure);
-  bool IsConfirmedEnd(const Moment& time);
+  bool IsConfirmedEnd(const Moment& time, const std::optional<Singularity>& singularity);
+  double DecimalsOfConstants() const;
   void BeginAgain(double spare, const Moment& time);
   double PlaceDecimals() const;
   bool MayDeclareZero() const;
@@ -107,9 +125,14 @@ class VerifiedRows {
   RowSchedule fullSchedule;  // as given; each attempt goes through a copy
   RowsWanted wanted;
   StepWatch watch;
+  Poll poll;
 
   std::unique_ptr<Attempt> attempt;
   std::optional<RowSchedule> schedule;
+  Loss loss;                 // of the present attempt, in its latest direction
+  double lostBackwards = 0;  // in the direction before
+  double latestDistance = 0;
+  RunStatistics givenUp;
   double spareDecimals;
   int restarts = 0;
   std::optional<EndSeen> endSeen;

@@ -13,6 +13,8 @@
 #include <csignal>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "solve/library/solve.h"
 #include "solve/number/moment.h"
@@ -106,6 +108,18 @@ void Problem::Set(std::string setting)
   if (setting.find('=') == std::string::npos) {
     throw InputError("--set:1:1: error: no setting: '" + setting + "'");
   }
+}
+
+Problem Problem::With(std::vector<std::string> settings) const
+{
+  Problem problem = *this;
+  for (std::string& setting : settings) problem.Set(std::move(setting));
+  return problem;
+}
+
+bool Problem::HasParameter(const std::string& name) const
+{
+  return name == "mu";
 }
 
 const std::string& Problem::Notes() const

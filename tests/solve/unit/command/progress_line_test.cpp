@@ -86,4 +86,10 @@ TEST(ProgressLine, CanBeOff)
   EXPECT_EQ(errors.text, "");
 }
 
+TEST(ProgressLine, TellsHowManyRunsAreDone)
+{
+  EXPECT_EQ(ProgressText(SweepProgress{.done = 120, .count = 1000, .seconds = 4}),
+            "runs 120 of 1000, 30 per second, 29 s left");
+}
+
 }  // namespace varno::solve

@@ -268,7 +268,56 @@ TEST_P(ClosedForms, DistantStart)
 }
 
 // ---------------------------------------------------------------------------------------------
+// Symmetric solutions, of which terms are missing in blocks
+
+// x = sin(t^m), v = cos(t^m) begin where only each m-th term, or each 2m-th, is not 0.
+TEST_P(LongClosedForms, TermsMissingInBlocks)
+{
+  for (const int m : {2, 3, 4, 8, 16, 32}) {
+    Equations equations;
+    const Expression x = equations.Variable("x", 0), v = equations.Variable("v", 1);
+    const Expression speed = m * Power(equations.Time(), m - 1);
+    equations.SetDerivative(x, speed * v);
+    equations.SetDerivative(v, -(speed * x));
+    for (const Rational& t : {Rational(11, 10), Rational(-11, 10)}) {
+      Real power(kBits);
+      mpfr_pow_si(power, Exactly(t), m, MPFR_RNDN);
+      const auto states = Solve(equations, t);
+      EXPECT_TRUE(HasDigits(Digits(), states[0], Of(kSin, power))) << m << " at " << t;
+      EXPECT_TRUE(HasDigits(Digits(), states[1], Of(kCos, power))) << m << " at " << t;
+    }
+  }
+}
+
+// The same without t in the equations, and as 1/(1 + t^m).
+TEST_P(LongClosedForms, TermsMissingInBlocksOfAutonomousEquations)
+{
+  for (const int m : {2, 4, 8, 16, 32}) {
+    Equations equations;
+    const Expression s = equations.Variable("s", 0), y = equations.Variable("y", 1);
+    equations.SetDerivative(s, equations.Number(1));
+    equations.SetDerivative(y, -m * Power(s, m - 1) * y * y);
+    for (const Rational& t : {Rational(6, 5), Rational(-6, 5)}) {
+      Real power(kBits);
+      mpfr_pow_si(power, Exactly(t), m, MPFR_RNDN);
+      EXPECT_TRUE(HasDigits(Digits(), Solve(equations, t)[1], Exactly(1) / (Rational(1) + power)))
+          << m << " at " << t;
+    }
+  }
+}
+
+// ---------------------------------------------------------------------------------------------
 // Tiny and huge values
+
+TEST_P(LongClosedForms, DecayOverThreeHundredOrders)
+{
+  Equations linear, bell;
+  const Expression x = linear.Variable("x", 1), y = bell.Variable("y", 1);
+  linear.SetDerivative(x, -x);
+  bell.SetDerivative(y, -2 * bell.Time() * y);
+  EXPECT_TRUE(HasDigits(Digits(), Solve(linear, 700)[0], Of(kExp, Exactly(-700))));
+  EXPECT_TRUE(HasDigits(Digits(), Solve(bell, 27)[0], Of(kExp, Exactly(-729))));
+}
 
 TEST_P(LongClosedForms, TinyAndHugeStartValues)
 {

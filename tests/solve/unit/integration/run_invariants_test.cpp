@@ -15,6 +15,7 @@ namespace {
 
 using support::Equations;
 using support::Expression;
+using support::Function;
 using support::HasDigits;
 using support::Integrate;
 using support::IsWithin;
@@ -164,6 +165,43 @@ TEST(Invariants, FigureEightReturns)
     const Real start = EvaluateConstant(m.Finished().graph, m.Finished().states[i].start, 100);
     EXPECT_TRUE(IsWithin(-Log2OfTen(12), arrival.states[i], start)) << i;
   }
+}
+
+// Let go at rest with both arms horizontal, with many terms missing at the start: the energy a'^2 +
+// b'^2/2 + a' b' cos(a - b) - 2 cos a - cos b stays 0, and the way back leads to the start.
+class DoublePendulum : public testing::TestWithParam<int> {};
+
+INSTANTIATE_TEST_SUITE_P(Digits, DoublePendulum, testing::Values(1, 15, 50, 100),
+                         testing::PrintToStringParamName());
+
+TEST_P(DoublePendulum, KeepsItsEnergyAndReturns)
+{
+  const int digits = GetParam();
+  Equations m;
+  const Expression right = m.Pi() / 2;
+  const Expression a = m.Variable("a", right), b = m.Variable("b", right), u = m.Variable("u", 0),
+                   v = m.Variable("v", 0);
+  const auto sin = [](Expression x) { return Function(Operation::kSin, x); };
+  const auto cos = [](Expression x) { return Function(Operation::kCos, x); };
+  const Expression d = a - b, n = 3 - cos(2 * d);
+  m.SetDerivative(a, u);
+  m.SetDerivative(b, v);
+  m.SetDerivative(u, (-3 * sin(a) - sin(a - 2 * b) - 2 * sin(d) * (v * v + u * u * cos(d))) / n);
+  m.SetDerivative(v, 2 * sin(d) * (2 * u * u + 2 * cos(a) + v * v * cos(d)) / n);
+  const Expression energy = u * u + v * v / 2 + u * v * cos(d) - 2 * cos(a) - cos(b);
+
+  const auto there = Integrate(m.Finished(), 0, 8, digits);
+  EXPECT_GT(there.steps, 8);
+  Evaluator evaluator(m.Finished().graph, {energy.id}, there.states[0].Bits());
+  evaluator.Evaluate(Real(2), there.states);
+  EXPECT_TRUE(IsWithin(-Log2OfTen(digits), evaluator[0], Real(2)));
+
+  const auto back = Integrate(m.Finished(), there.states, 8, 0, digits).states;
+  Real start(there.states[0].Bits());
+  mpfr_const_pi(start, MPFR_RNDN);
+  mpfr_div_2ui(start, start, 1, MPFR_RNDN);
+  for (const Real& angle : {back[0], back[1]})
+    EXPECT_TRUE(IsWithin(-Log2OfTen(digits - 0.5), angle, start));
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "solve/integration/run_settings.h"
 
 #include <algorithm>
+#include <limits>
 
 #include <gtest/gtest.h>
 
@@ -15,6 +16,18 @@ TEST(RunSettings, HoldTheToleranceAndItsGuards)
     EXPECT_NEAR(std::max(decimals, 12.0) / 0.30102999566398120, settings.toleranceBits, 1e-6);
     EXPECT_GE(static_cast<double>(settings.bits),
               settings.toleranceBits + 30 + 0.15 * settings.order);
+  }
+}
+
+// A loss of digits, extrapolated to the end of a long interval, asks for any number.
+TEST(RunSettings, AskForBitsBeyondAllLimitsWhereDecimalsHaveNone)
+{
+  constexpr mpfr_prec_t kMostBitsByDefault = 1 << 20;
+  for (const double decimals : {1e9, 1e30, 1e300, std::numeric_limits<double>::infinity()}) {
+    const RunSettings settings = SettingsFor(decimals, 20);
+    EXPECT_GT(settings.bits, kMostBitsByDefault) << decimals;
+    EXPECT_LT(settings.bits, MPFR_PREC_MAX) << decimals;
+    EXPECT_GT(settings.order, 12) << decimals;
   }
 }
 

@@ -17,6 +17,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
+using testing::UnorderedElementsAre;
 
 std::vector<std::string> ColumnNames(const Model& model)
 {
@@ -258,7 +259,8 @@ TEST(BuildModel, ExactNumbersInFunctionsWithJumps)
   EXPECT_EQ(problem.ColumnText("g"), "t + 3");
   EXPECT_EQ(problem.ColumnText("h"), "t + 10");
   EXPECT_EQ(problem.ColumnText("i"), "t + 13");
-  EXPECT_EQ(problem.Errors().size(), 1U);  // of j: a comparison with 1/0 has no exact answer
+  // Of j: 1/0 has no value, and a comparison with it no exact answer.
+  EXPECT_EQ(problem.Errors().size(), 2U);
 }
 
 // ------------------------------------------------------------------------------
@@ -352,9 +354,35 @@ TEST(BuildModel, ConstantsWithoutAValue)
   EXPECT_THAT(ReadProblem("x' = 1 & (-8)^(1/3);").Errors(),
               ElementsAre("(-8)^(1/3): a power of a negative number whose exponent is no integer"));
   EXPECT_THAT(ReadProblem("x' = 1; x(1/0) = 2;").Errors(), ElementsAre("1/0: division by zero"));
-  // The same expression elsewhere is for the run to judge; the place is the one of the start value.
-  EXPECT_THAT(ReadProblem("y' = 1/0;\nx' = 1 & 1/0;").Remarks(),
-              HasSubstr("test.varno:2:10: error: division by zero"));
+  EXPECT_THAT(ReadProblem("k = asin(pi); x' = 1;").Errors(),
+              ElementsAre("asin(pi): the arcus sine of a number outside of -1 to 1"));
+}
+
+TEST(BuildModel, EquationsWithoutAValue)
+{
+  EXPECT_THAT(ReadProblem("x' = asin(2)*x + x/0;").Errors(),
+              ElementsAre("asin(2): the arcus sine of a number outside of -1 to 1",
+                          "x/0: division by zero"));
+  // In a definition that is a column only, they are for the rows to show.
+  EXPECT_THAT(ReadProblem("x' = 1; d = x + 1/0;").Errors(), ElementsAre());
+  EXPECT_THAT(ReadProblem("x' = d; d = x + 1/0;").Errors(), ElementsAre("1/0: division by zero"));
+  EXPECT_THAT(ReadProblem("x' = f(x); function f(u) = u*ln(0);").Errors(),
+              ElementsAre("ln(0): the logarithm of a number that is not positive"));
+}
+
+TEST(BuildModel, ABranchThatIsNotChosenNeedsNoValue)
+{
+  EXPECT_THAT(ReadProblem("k = if(1 < 2, 3, 1/0); x' = if(1 < 2, x, x/0);").Errors(),
+              ElementsAre());
+}
+
+TEST(BuildModel, MistakesOfValueBesideThoseOfNames)
+{
+  EXPECT_THAT(ReadProblem("x' = asin(2)*p & ln(0); k = 1/0; y' = q & 1/0;").Errors(),
+              UnorderedElementsAre("p: 'p' is not defined", "q: 'q' is not defined",
+                                   "asin(2): the arcus sine of a number outside of -1 to 1",
+                                   "ln(0): the logarithm of a number that is not positive",
+                                   "1/0: division by zero", "1/0: division by zero"));
 }
 
 // ------------------------------------------------------------------------------

@@ -138,4 +138,23 @@ TEST(Writers, FailuresOfTheSinkReachTheCaller)
   }
 }
 
+// What a sweep has set comes first.
+TEST(CsvWriter, LeadingFieldsComeBeforeTheTime)
+{
+  StringSink sink;
+  CsvWriter csv(sink, {"x"}, {{"mu", "x(0)"}, {"1", "0.5"}});
+  csv.Begin();
+  WriteRow(csv, "0.1", {"2e+00"});
+  EXPECT_EQ(sink.text, "mu,x(0),t,x\n1,0.5,0.1,2e+00\n");
+}
+
+TEST(JsonWriter, LeadingFieldsComeBeforeTheTime)
+{
+  StringSink sink;
+  JsonWriter json(sink, {"x"}, {{"mu", "x(0)"}, {"1", "0.5"}});
+  json.Begin();
+  WriteRow(json, "0.1", {"2e+00"});
+  EXPECT_EQ(sink.text, "{\"mu\":\"1\",\"x(0)\":\"0.5\",\"t\":\"0.1\",\"x\":\"2e+00\"}\n");
+}
+
 }  // namespace varno::solve

@@ -266,5 +266,50 @@ const Undefined kUndefined[] = {
 INSTANTIATE_TEST_SUITE_P(All, MpfrSeriesUndefined, testing::ValuesIn(kUndefined),
                          [](const auto& info) { return std::string(info.param.name); });
 
+// asin(u) takes the root of 1 - u^2, which is -3 here: nobody has written that.
+TEST(MpfrSeriesDomain, NamesTheArgumentThatWasWritten)
+{
+  const Model model =
+      support::Quadrature([](Equations& m) { return Of(Operation::kAsin, m.Time() + 2); });
+  const Tape tape = Compile(model);
+  const auto series = MakeSeries(tape, 64, 6);
+  try {
+    series->Begin(Real(64), std::vector<Real>(1, Real(64)), false, 0);
+    FAIL() << "no error";
+  } catch (const DomainError& error) {
+    EXPECT_EQ(0, mpfr_cmp_si(static_cast<mpfr_srcptr>(error.argument), 2));
+  }
+}
+
+// y' = sin t + t: without sin, its partner and nothing else, the line is t. What is left out is not
+// computed either: 1/t has no value at 0.
+TEST(MpfrSeries, LinesLeftOutAreZero)
+{
+  Equations m;
+  const Expression t = m.Time();
+  m.SetDerivative(m.Variable("y", 1), support::Function(Operation::kSin, t) + 1 / t + t);
+  const Tape tape = Compile(m.Finished());
+  const auto series = MakeSeries(tape, 100, 5);
+  std::vector<bool> leftOut;
+  for (const Line& line : tape.lines)
+    leftOut.push_back(line.kind == LineKind::kIntegralOfProduct ||
+                      line.kind == LineKind::kQuotient);
+  Real time(2), offset(2), value(100);
+  mpfr_set_ui(offset, 1, MPFR_RNDN);
+  const std::vector<Real> states(1, offset);
+
+  series->LeaveOut(leftOut);
+  series->Begin(time, states, false, 0);
+  series->ExtendTo(5);
+  series->Sum(0, offset, value);
+  EXPECT_EQ(1.5, value.ToDouble());
+  for (LineId id = 0; id < tape.lines.size(); ++id) {
+    for (int k = 0; leftOut[id] && k <= 5; ++k) EXPECT_EQ(-INFINITY, series->Log2(id, k));
+  }
+
+  series->LeaveOut(std::vector<bool>(leftOut.size(), false));
+  EXPECT_THROW(series->Begin(time, states, false, 0), DomainError);
+}
+
 }  // namespace
 }  // namespace varno::solve

@@ -307,6 +307,18 @@ TEST(Compile, StateThatFeedsItselfIsNoPolynomial)
 
 constexpr int kMany = 100'000;
 
+// 10^60 (sqrt(1 + 10^-60 cos(t - t)) - 1), of which all digits cancel but for a constant
+TEST(Compile, FunctionsOfWhatCancelsAreConstants)
+{
+  Equations m;
+  const Rational large("1000000000000000000000000000000000000000000000000000000000000");
+  const Expression t = m.Time(), x = m.Variable("x", 0);
+  const Expression cos = Function(Operation::kCos, t - t) * Function(Operation::kExp, x - x);
+  m.SetDerivative(x, large * (Function(Operation::kSqrt, 1 + cos / large) - 1));
+  const Tape tape = Compile(m.Finished());
+  EXPECT_EQ(LineKind::kConstant, tape.lines[tape.rightHandSides[0]].kind);
+}
+
 TEST(CompileLarge, LongSumIsOneLine)
 {
   Equations m;

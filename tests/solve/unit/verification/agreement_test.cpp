@@ -17,7 +17,7 @@ SizedNumber Number(const char* text, double size = -1000)
 
 Verdict Compared(const SizedNumber& a, const SizedNumber& b, bool mayDeclareZero = false)
 {
-  return Compare(a, b, {.digits = 5, .mayDeclareZero = mayDeclareZero}).verdict;
+  return Compare(a, b, {.digits = 5, .mayDeclareZero = mayDeclareZero, .clearDecimals = 3}).verdict;
 }
 
 TEST(Agreement, AskedToAQuarterOfTheLastUnit)
@@ -50,6 +50,36 @@ TEST(Agreement, OnlyExactRunsDeclareAZero)
   EXPECT_EQ(Compared(Number("1e-30", -100), Number("-3e-31", -100), true), Verdict::kDiffer);
 }
 
+TEST(Agreement, EqualNumbersFarBelowTheirSizeMayBeWrongAlike)
+{
+  const double thousandths = std::log2(999.0), less = std::log2(1001.0);
+  EXPECT_EQ(Compared(Number("1", thousandths), Number("1", thousandths)), Verdict::kAgree);
+  EXPECT_EQ(Compared(Number("1", less), Number("1", less)), Verdict::kBlurred);
+}
+
+TEST(Agreement, AZeroIsNotAboveItsUnit)
+{
+  // Size 9: zeros are printed as 0e-20.
+  const double size = std::log2(9.0);
+  EXPECT_EQ(Compared(Number("3e-20", size), Number("3.1e-20", size), true), Verdict::kBlurred);
+  EXPECT_EQ(Compared(Number("0.9e-20", size), Number("0.8e-20", size), true), Verdict::kZero);
+}
+
+TEST(Agreement, NoZeroUnderASizeThatTheDecimalsDoNotReach)
+{
+  const double large = std::log2(1e30);
+  EXPECT_EQ(Compared(Number("0", large), Number("0", large), true), Verdict::kBlurred);
+  const AgreementRule rule{.digits = 5, .mayDeclareZero = true, .clearDecimals = 31};
+  EXPECT_EQ(Compare(Number("0", large), Number("0", large), rule).verdict, Verdict::kZero);
+}
+
+TEST(Agreement, AtAVerticalTangentOnlyTheDifferenceCounts)
+{
+  const double endless = std::numeric_limits<double>::infinity();
+  EXPECT_EQ(Compared(Number("0", endless), Number("0", endless), true), Verdict::kAgree);
+  EXPECT_EQ(Compared(Number("0", endless), Number("1e-9", 9), true), Verdict::kBlurred);
+}
+
 TEST(Agreement, UndefinedAgreesWithUndefinedOnly)
 {
   const SizedNumber none{std::nullopt, 0};
@@ -60,8 +90,8 @@ TEST(Agreement, UndefinedAgreesWithUndefinedOnly)
 
 TEST(Agreement, CountsTheDecimalsInCommon)
 {
-  const Agreement agreement =
-      Compare(Number("1.2345"), Number("1.2346"), {.digits = 9, .mayDeclareZero = false});
+  const Agreement agreement = Compare(Number("1.2345"), Number("1.2346"),
+                                      {.digits = 9, .mayDeclareZero = false, .clearDecimals = 3});
   EXPECT_NEAR(agreement.commonDecimals, 4.09, 0.01);  // log10(1.2346 / 0.0001)
 }
 

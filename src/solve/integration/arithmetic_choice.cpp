@@ -1,0 +1,30 @@
+#include "solve/integration/arithmetic_choice.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace varno::solve {
+
+namespace {
+
+/// log2 of what the next step may be longer than the latest one.
+constexpr double kScaleMargin = 0.125;
+/// A failure may be one of a single step; after several, up to 2^kMostBackoff - 1 steps are made
+/// before the next trial.
+constexpr int kFailuresAllowed = 2;
+constexpr int kMostBackoff = 6;
+
+}  // namespace
+
+long ScaleFor(double stepLog2)
+{
+  return static_cast<long>(std::ceil(stepLog2 + kScaleMargin));
+}
+
+void ArithmeticChoice::StepTried(bool wasExact)
+{
+  failures = wasExact ? 0 : std::min(failures + 1, kMostBackoff);
+  stepsToSkip = failures < kFailuresAllowed ? 0 : (1 << failures) - 1;
+}
+
+}  // namespace varno::solve

@@ -1,0 +1,127 @@
+#include "solve/integration/defect_check.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "solve/evaluation/domain_error.h"
+#include "solve/evaluation/size.h"
+
+namespace varno::solve {
+
+namespace {
+
+/// The defect allowed at order 23, in tolerances (log2); it grows with the square of the order.
+const double kAllowedTolerances = std::log2(1000);
+constexpr double kOrderOfAllowed = 23;
+
+std::vector<NodeId> RightHandSides(const Tape& tape)
+{
+  std::vector<NodeId> nodes;
+  for (std::size_t i = 0; i < tape.rightHandSides.size(); ++i) nodes.push_back(tape.lines[i].node);
+  return nodes;
+}
+
+/// log2 of the largest term of a line at the end of a step.
+double LargestTerm(const Series& series, LineId line, double lengthLog2)
+{
+  double largest = -std::numeric_limits<double>::infinity();
+  for (int k = 0; k <= series.Order(); ++k)
+    largest = std::max(largest, series.Log2(line, k) + k * lengthLog2);
+  return largest;
+}
+
+}  // namespace
+
+DefectCheck::DefectCheck(const Tape& tape, const RunSettings& settings, mpfr_prec_t bits)
+    : tape(tape),
+      allowedBits(settings.toleranceBits - kAllowedTolerances -
+                  2 * std::max(0.0, std::log2(settings.order / kOrderOfAllowed))),
+      rightHandSides(tape.graph, RightHandSides(tape), bits),
+      states(tape.rightHandSides.size(), Real(bits)),
+      derivatives(states),
+      derivativeSizes(states.size()),
+      term(bits)
+{}
+
+bool DefectCheck::Passes(const Step& step, std::span<const double> parts)
+{
+  return std::ranges::all_of(parts, [&](double part) { return PassesAt(step, part); });
+}
+
+/// A state and its derivative by the series.
+void DefectCheck::Evaluate(const Step& step, std::size_t state, mpfr_srcptr offset)
+{
+  // Horner's scheme for both: derivative = derivative * offset + value, value = value * offset +
+  // term
+  mpfr_ptr value = states[state], derivative = derivatives[state];
+  mpfr_set_zero(value, 1);
+  mpfr_set_zero(derivative, 1);
+  for (int k = step.series.Order(); k >= 0; --k) {
+    mpfr_mul(derivative, derivative, offset, MPFR_RNDN);
+    mpfr_add(derivative, derivative, value, MPFR_RNDN);
+    mpfr_mul(value, value, offset, MPFR_RNDN);
+    step.series.Term(static_cast<LineId>(state), k, term);
+    mpfr_add(value, value, term, MPFR_RNDN);
+  }
+  mpfr_mul_2si(derivative, derivative, -step.scaleExponent, MPFR_RNDN);
+  if (step.backwards) mpfr_neg(derivative, derivative, MPFR_RNDN);
+}
+
+/// The sizes of the right-hand sides at the point looked at, of states as large as their largest
+/// terms, or their own largest terms.
+void DefectCheck::ComputeSizes(const Step& step)
+{
+  std::vector<double> stateSizes;
+  for (LineId state = 0; state < states.size(); ++state)
+    stateSizes.push_back(LargestTerm(step.series, state, step.lengthLog2));
+  rightHandSides.EvaluateSizes(stateSizes);
+  for (std::size_t i = 0; i < states.size(); ++i) {
+    const double terms = LargestTerm(step.series, tape.rightHandSides[i], step.lengthLog2);
+    derivativeSizes[i] = std::max(rightHandSides.Size(i), terms);
+  }
+}
+
+double DefectCheck::AllowedLog2(const Step& step, std::size_t state) const
+{
+  const double allowed = derivativeSizes[state] - allowedBits;
+  if (step.leftOut.empty()) return allowed;
+  return std::max(allowed, Log2Size(step.leftOut[state]) + 1);
+}
+
+bool DefectCheck::PassesAt(const Step& step, double part)
+{
+  Real offset(53), time(term.Bits()), advance(term.Bits());
+  const double whole = std::floor(step.lengthLog2);
+  mpfr_set_d(offset, part * std::exp2(step.lengthLog2 - whole), MPFR_RNDN);
+  mpfr_mul_2si(offset, offset, static_cast<long>(whole), MPFR_RNDN);
+  mpfr_mul_2si(advance, offset, step.scaleExponent, MPFR_RNDN);
+  step.begin.Evaluate(time);
+  if (step.backwards) {
+    mpfr_sub(time, time, advance, MPFR_RNDN);
+  } else {
+    mpfr_add(time, time, advance, MPFR_RNDN);
+  }
+  for (std::size_t i = 0; i < states.size(); ++i) Evaluate(step, i, offset);
+  try {
+    rightHandSides.Evaluate(time, states);
+  } catch (const DomainError&) {
+    return false;
+  }
+  bool isSmall = true;
+  for (std::size_t i = 0; i < states.size(); ++i) {
+    // The value is at most the size, which is not needed where this decides already.
+    mpfr_sub(derivatives[i], derivatives[i], rightHandSides[i], MPFR_RNDN);
+    const double limit = Log2Size(rightHandSides[i]) - allowedBits;
+    isSmall = isSmall && (derivatives[i].IsZero() || Log2Size(derivatives[i]) <= limit);
+  }
+  if (isSmall) return true;
+  ComputeSizes(step);
+  for (std::size_t i = 0; i < states.size(); ++i) {
+    if (derivatives[i].IsZero()) continue;
+    if (!(Log2Size(derivatives[i]) <= AllowedLog2(step, i))) return false;
+  }
+  return true;
+}
+
+}  // namespace varno::solve

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <span>
+#include <vector>
+
+#include "solve/evaluation/evaluator.h"
+#include "solve/integration/run_settings.h"
+#include "solve/number/moment.h"
+#include "solve/series/series.h"
+#include "solve/tape/tape.h"
+
+namespace varno::solve {
+
+/// Compares the derivative of a step's series with the right-hand sides, at points within the step:
+/// the one test of a step that does not ask the terms whether they are enough.
+///
+/// The right-hand sides are evaluated from the expressions of the model by MPFR, operation by
+/// operation, so that the recurrences are tested, too. The difference may be about 1000 tolerances
+/// at order 23, and more at higher ones, where a step leaves some. It counts in units of the size
+/// of the right-hand side, what it would be if nothing cancelled, or of its largest term: the
+/// rounding of what does cancel is no defect.
+class DefectCheck {
+ public:
+  /// A step, from 0 to `length` in units of the series' scale.
+  struct Step {
+    const Series& series;
+    const Moment& begin;
+    bool backwards;
+    long scaleExponent;
+    double lengthLog2;
+    /// By right-hand side, what lines that were left out contribute at most; empty: none were.
+    std::span<const Real> leftOut;
+  };
+
+  DefectCheck(const Tape& tape, const RunSettings& settings, mpfr_prec_t bits);
+
+  /// Whether the step passes at these parts of its length.
+  bool Passes(const Step& step, std::span<const double> parts);
+
+ private:
+  bool PassesAt(const Step& step, double part);
+  void Evaluate(const Step& step, std::size_t state, mpfr_srcptr offset);
+  void ComputeSizes(const Step& step);
+  double AllowedLog2(const Step& step, std::size_t state) const;
+
+  const Tape& tape;
+  double allowedBits;  // -log2 of the defect allowed, relative to the size
+  Evaluator rightHandSides;
+  std::vector<Real> states, derivatives;  // of the series, at the point looked at
+  std::vector<double> derivativeSizes;    // log2
+  Real term;
+};
+
+}  // namespace varno::solve

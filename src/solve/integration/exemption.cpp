@@ -1,0 +1,189 @@
+#include "solve/integration/exemption.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+#include "solve/evaluation/size.h"
+#include "solve/integration/line_effects.h"
+#include "solve/integration/tape_cut.h"
+#include "solve/tape/operands.h"
+
+namespace varno::solve {
+
+namespace {
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+/// What exempt lines may change in a step lies below the tolerance by this factor (log2): it comes
+/// on top of what the step loses anyway.
+constexpr double kBelowTolerance = 4;
+/// The least factor by which a step must become longer (log2); a trial costs some steps.
+constexpr double kLeastGain = 2;
+/// The longest step is found to this factor (log2), in so many trials.
+constexpr double kLengthAccuracy = 0.25;
+constexpr int kMostTrials = 12;
+/// After trials without gain up to 2^kMostBackoff steps are made before the next one.
+constexpr int kMostBackoff = 6;
+/// A trial costs about as many operations as states times lines: on larger tapes it is left.
+constexpr std::size_t kMostStatesTimesLines = 100'000;
+constexpr std::size_t kMostLines = 5'000;
+
+/// Whether each line is one of these or is made of them.
+std::vector<bool> Dependents(const Tape& tape, std::vector<bool> lines)
+{
+  // A second pass, for lines that are made of later ones.
+  for (int pass = 0; pass < 2; ++pass) {
+    for (LineId id = 0; id < lines.size(); ++id)
+      ForEachOperand(tape, tape.lines[id],
+                     [&](LineId operand) { lines[id] = lines[id] || lines[operand]; });
+  }
+  return lines;
+}
+
+}  // namespace
+
+/// What one attempt to find exempt lines knows.
+struct ExemptionRule::Trial {
+  const ExemptionRule& rule;
+  const Series& series;
+  const StepControl& control;
+  const Point& point;
+
+  double Scale() const { return static_cast<double>(point.scaleExponent); }
+
+  /// log2 of what counts as the size of a state: itself, or where it begins at 0 what a step of
+  /// this length makes of it.
+  double StateSize(std::size_t state, double lengthLog2) const
+  {
+    const double size = Log2Size(point.states[state]);
+    if (size > -kInfinity) return size;
+    return control.Sizes()[rule.tape.rightHandSides[state]] + lengthLog2;
+  }
+
+  double AllowedLog2() const { return -rule.settings.toleranceBits - kBelowTolerance; }
+
+  /// Lines that would not be missed, to judge by the start of the step.
+  std::vector<bool> Plausible(double lengthLog2) const
+  {
+    std::vector<double> weights;
+    for (std::size_t i = 0; i < point.states.size(); ++i)
+      weights.push_back(lengthLog2 - StateSize(i, lengthLog2));
+    const std::vector<double> effects = LineEffects(rule.tape, series, weights);
+    std::vector<bool> plausible(rule.tape.lines.size(), false);
+    for (LineId id = static_cast<LineId>(point.states.size()); id < plausible.size(); ++id)
+      plausible[id] = effects[id] + control.Sizes()[id] < AllowedLog2();
+    return plausible;
+  }
+
+  /// The step that the lines of a cut allow that are not left out.
+  double Bound(const TapeCut& cut) const
+  {
+    double bound = kInfinity;
+    for (LineId id = 0; id < cut.leftOut.size(); ++id) {
+      if (!cut.leftOut[id]) bound = std::min(bound, control.LineBounds()[id]);
+    }
+    return bound;
+  }
+
+  /// A cut for a step that is worth it, at no more places than it takes.
+  std::optional<TapeCut> WorthwhileCut(double held) const
+  {
+    std::vector<bool> candidates = Plausible(held + Scale());
+    if (std::ranges::find(candidates, true) == candidates.end()) return std::nullopt;
+    const double bound = Bound(CutAt(rule.tape, candidates));
+    if (bound < held + kLeastGain) return std::nullopt;
+    std::vector<bool> holding(candidates.size());
+    for (LineId id = 0; id < holding.size(); ++id) holding[id] = control.LineBounds()[id] < bound;
+    holding = Dependents(rule.tape, std::move(holding));
+    for (LineId id = 0; id < holding.size(); ++id) candidates[id] = candidates[id] && holding[id];
+    TapeCut cut = CutAt(rule.tape, std::move(candidates));
+    if (Bound(cut) < held + kLeastGain) return std::nullopt;
+    return cut;
+  }
+
+  TubeStep StepOf(double lengthLog2) const
+  {
+    const mpfr_prec_t bits = rule.lines.Bits();
+    Real length(bits), first(bits), last(bits);
+    mpfr_set_d(length, lengthLog2, MPFR_RNDU);
+    mpfr_exp2(length, length, MPFR_RNDU);
+    mpfr_set(first, point.time, MPFR_RNDN);
+    last = first;
+    if (point.backwards) {
+      mpfr_sub(first, first, length, MPFR_RNDD);
+    } else {
+      mpfr_add(last, last, length, MPFR_RNDU);
+    }
+    mpfr_nextbelow(first);
+    mpfr_nextabove(last);
+    TubeStep step{Range(bits), Range(bits, length), {}, point.backwards};
+    mpfi_interv_fr(step.time, first, last);
+    for (const Real& state : point.states) step.start.emplace_back(bits, state);
+    return step;
+  }
+
+  /// The bounds for a step of this length, where they allow it.
+  std::optional<Deviation> Allowed(const TapeCut& cut, double lengthLog2) const
+  {
+    auto deviation = DeviationOver(rule.tape, rule.lines, StepOf(lengthLog2), cut.zeroed);
+    if (!deviation) return std::nullopt;
+    for (std::size_t i = 0; i < deviation->states.size(); ++i) {
+      if (deviation->states[i].IsZero()) continue;
+      if (!(Log2Size(deviation->states[i]) <= StateSize(i, lengthLog2) + AllowedLog2()))
+        return std::nullopt;
+    }
+    return deviation;
+  }
+
+  /// The longest step, found between two lengths (log2), of which the first must do.
+  std::optional<Exemption> Longest(const TapeCut& cut, double shortest, double longest) const
+  {
+    if (auto whole = Allowed(cut, longest))
+      return Exemption{cut.leftOut, longest, *std::move(whole)};
+    auto found = Allowed(cut, shortest);
+    if (!found) return std::nullopt;
+    for (int trial = 0; trial < kMostTrials && longest - shortest > kLengthAccuracy; ++trial) {
+      const double middle = (shortest + longest) / 2;
+      if (auto longer = Allowed(cut, middle)) {
+        found = std::move(longer);
+        shortest = middle;
+      } else {
+        longest = middle;
+      }
+    }
+    return Exemption{cut.leftOut, shortest, *std::move(found)};
+  }
+};
+
+ExemptionRule::ExemptionRule(const Tape& tape, const RunSettings& settings, mpfr_prec_t bits)
+    : tape(tape),
+      settings(settings),
+      lines(tape, bits),
+      isTooLarge(tape.lines.size() > kMostLines ||
+                 tape.rightHandSides.size() * tape.lines.size() > kMostStatesTimesLines)
+{}
+
+std::optional<Exemption> ExemptionRule::Find(const Series& series, const StepControl& control,
+                                             const Point& point)
+{
+  if (isTooLarge) return std::nullopt;
+  const double held = std::ranges::min(control.LineBounds());
+  if (!std::isfinite(held)) return std::nullopt;
+  if (stepsToSkip > 0) {
+    --stepsToSkip;
+    return std::nullopt;
+  }
+  const Trial trial{*this, series, control, point};
+  const double shortest = held + trial.Scale() + kLeastGain;
+  if (shortest > point.longestLog2) return std::nullopt;
+  const auto cut = trial.WorthwhileCut(held);
+  if (!cut) return std::nullopt;
+  const double longest = std::min(trial.Bound(*cut) + trial.Scale(), point.longestLog2);
+  auto exemption = trial.Longest(*cut, shortest, longest);
+  failures = exemption ? 0 : std::min(failures + 1, kMostBackoff);
+  stepsToSkip = exemption ? 0 : (1 << failures) - 1;
+  return exemption;
+}
+
+}  // namespace varno::solve

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "solve/enclosure/line_ranges.h"
+#include "solve/enclosure/tube.h"
+#include "solve/integration/run_settings.h"
+#include "solve/integration/step_control.h"
+#include "solve/series/series.h"
+#include "solve/tape/tape.h"
+
+namespace varno::solve {
+
+/// Lines that count as 0 in a step, since that changes the solution by less than the tolerance.
+struct Exemption {
+  std::vector<bool> leftOut;  ///< these lines, and what is needed for them only
+  double longestLog2;         ///< the length of the longest step that this holds for
+  Deviation deviation;        ///< bounds of what it changes in such a step
+};
+
+/// Finds lines that hold a step back without being worth it: a pulse that is far away still, or the
+/// neighbourhood of a high root.
+///
+/// A line that is small now may be large at the end of a step. It is exempt only where its largest
+/// value over the whole step, times the largest derivatives of the right-hand sides by it, moves
+/// no state by more than a small part of the tolerance; both are bounds by interval arithmetic
+/// (enclosure/). Tried where that would make the step several times longer.
+class ExemptionRule {
+ public:
+  /// The start of a step.
+  struct Point {
+    mpfr_srcptr time;  ///< right to a unit of its last place
+    std::span<const Real> states;
+    bool backwards;
+    long scaleExponent;  ///< of the series
+    double longestLog2;  ///< of a step that nothing bounds
+  };
+
+  ExemptionRule(const Tape& tape, const RunSettings& settings, mpfr_prec_t bits);
+
+  /// After `control` has looked at the series. None where nothing would be gained.
+  std::optional<Exemption> Find(const Series& series, const StepControl& control,
+                                const Point& point);
+
+ private:
+  struct Trial;
+
+  const Tape& tape;
+  RunSettings settings;
+  LineRanges lines;
+  bool isTooLarge;      // the tape: bounds would cost more than steps
+  int failures = 0;     // in a row
+  int stepsToSkip = 0;  // before the next trial
+};
+
+}  // namespace varno::solve

@@ -1,0 +1,151 @@
+#include "solve/integration/step_feed.h"
+
+#include <algorithm>
+#include <cassert>
+#include <utility>
+
+#include "solve/number/exponent_range.h"
+
+namespace varno::solve {
+
+namespace {
+
+using std::chrono::milliseconds;
+
+/// So many steps may be ahead, and fewer where their series take much memory.
+constexpr double kMostAhead = 256;
+constexpr double kFewestAhead = 2;
+constexpr double kMostBytesAhead = 1 << 25;
+/// A waiting thread is called for each so many steps, or when so much time has passed: to wake it
+/// for each step would take longer than a short step.
+constexpr std::size_t kStepsPerCall = 64;
+constexpr milliseconds kTimePerCall{1};
+/// How often a waiting thread looks around by itself.
+constexpr milliseconds kLongestWait{10};
+
+std::size_t MostAhead(const Tape& tape, const RunSettings& settings)
+{
+  const double bytes = static_cast<double>(tape.lines.size()) * (settings.order + 2) *
+                       (static_cast<double>(settings.bits) / 8 + 32);
+  return static_cast<std::size_t>(std::clamp(kMostBytesAhead / bytes, kFewestAhead, kMostAhead));
+}
+
+}  // namespace
+
+StepFeed::StepFeed(const Tape& tape, const RunSettings& settings, const Moment& start,
+                   std::vector<Real> states, const Moment& reach, Poll poll)
+    : reach(reach),
+      poll(std::move(poll)),
+      run(tape, settings, start, std::move(states), reach, [this] { PollRun(); }),
+      mostAhead(MostAhead(tape, settings)),
+      latest(run.Latest())
+{}
+
+StepFeed::~StepFeed()
+{
+  if (!thread.joinable()) return;
+  isStopped = true;
+  room.notify_one();
+  thread.join();
+}
+
+/// Within the steps of the run, and within the sums of its series, which others ask for.
+void StepFeed::PollRun() const
+{
+  if (thread.joinable() && std::this_thread::get_id() == thread.get_id()) {
+    if (isStopped) throw Stopped();
+  } else if (poll) {
+    poll();
+  }
+}
+
+void StepFeed::GoAhead()
+{
+  if (thread.joinable()) return;
+  latest = run.Latest();
+  std::unique_lock lock(mutex);
+  thread = std::thread([this] { MakeSteps(); });
+}
+
+// ---------------------------------------------------------------------------------------------
+// The thread that makes steps
+
+void StepFeed::MakeSteps()
+{
+  {
+    // Until `thread` is set.
+    const std::lock_guard lock(mutex);
+  }
+  const ScopedExponentRange range;
+  try {
+    while (run.Latest().IsBehind(reach)) {
+      run.Step();
+      Offer(run.Latest());
+    }
+    Finish(nullptr);
+  } catch (const Stopped&) {
+    // Nobody waits for anything.
+  } catch (...) {
+    Finish(std::current_exception());
+  }
+  mpfr_free_cache();
+}
+
+void StepFeed::Offer(DenseStep step)
+{
+  std::unique_lock lock(mutex);
+  offered.push_back(std::move(step));
+  const auto now = std::chrono::steady_clock::now();
+  const bool isFull = offered.size() >= mostAhead;
+  if (isFull || offered.size() % kStepsPerCall == 0 || now - latestCall > kTimePerCall) {
+    latestCall = now;
+    offers.notify_one();
+  }
+  while (offered.size() >= mostAhead) {
+    if (isStopped) throw Stopped();
+    room.wait_for(lock, kLongestWait);
+  }
+}
+
+void StepFeed::Finish(std::exception_ptr reason)
+{
+  const std::lock_guard lock(mutex);
+  end = std::move(reason);
+  isFinished = true;
+  offers.notify_one();
+}
+
+// ---------------------------------------------------------------------------------------------
+// The thread that asks for them
+
+void StepFeed::Advance()
+{
+  if (!thread.joinable()) {
+    run.Step();
+    return;
+  }
+  if (taken.empty()) TakeOffered();
+  latest = std::move(taken.front());
+  taken.pop_front();
+}
+
+/// Waits until there are steps; throws what ended the run when there will be none.
+void StepFeed::TakeOffered()
+{
+  std::unique_lock lock(mutex);
+  while (offered.empty()) {
+    if (isFinished) {
+      assert(end != nullptr && "nobody asks for steps beyond the end");
+      std::rethrow_exception(end);
+    }
+    offers.wait_for(lock, kLongestWait);
+    if (!offered.empty() || !poll) continue;
+    lock.unlock();
+    poll();
+    lock.lock();
+  }
+  taken.swap(offered);
+  room.notify_one();
+}
+
+}  // namespace varno::solve

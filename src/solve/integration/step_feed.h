@@ -1,0 +1,65 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <deque>
+#include <exception>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include "solve/integration/dense_step.h"
+#include "solve/integration/run.h"
+
+namespace varno::solve {
+
+/// The steps of one run, one after the other, made when they are asked for or, on a thread of their
+/// own, some of them ahead. They are the same in both ways.
+class StepFeed {
+ public:
+  /// As Run. `poll` is called on the thread that asks for steps, also while it waits.
+  StepFeed(const Tape& tape, const RunSettings& settings, const Moment& start,
+           std::vector<Real> states, const Moment& reach, Poll poll);
+  StepFeed(const StepFeed&) = delete;
+  StepFeed& operator=(const StepFeed&) = delete;
+  ~StepFeed();
+
+  const DenseStep& Latest() const { return thread.joinable() ? latest : run.Latest(); }
+  /// Goes on to the next step. Throws as Run::Step.
+  void Advance();
+  /// Makes the steps that come on a thread of their own, until one reaches the end.
+  void GoAhead();
+
+ private:
+  /// Ends the thread.
+  struct Stopped {};
+
+  void PollRun() const;
+  void MakeSteps();
+  void Offer(DenseStep step);
+  void Finish(std::exception_ptr reason);
+  void TakeOffered();
+
+  Moment reach;
+  Poll poll;
+  std::thread thread;
+  std::atomic<bool> isStopped = false;
+  Run run;
+  std::size_t mostAhead;
+
+  // Of the thread that asks for steps
+  DenseStep latest;
+  std::deque<DenseStep> taken;
+
+  // What both threads touch
+  std::mutex mutex;
+  std::condition_variable offers, room;
+  std::deque<DenseStep> offered;
+  std::exception_ptr end;  // of the run, behind the steps offered
+  bool isFinished = false;
+  // Of the thread that makes them
+  std::chrono::steady_clock::time_point latestCall;
+};
+
+}  // namespace varno::solve

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <vector>
+
+#include "solve/tape/tape.h"
+
+namespace varno::solve {
+
+/// A tape of which some lines count as 0.
+struct TapeCut {
+  std::vector<bool> zeroed;   ///< these lines; what uses them is still needed
+  std::vector<bool> leftOut;  ///< these, and what is needed for them only
+};
+
+/// The cut of a tape at those of the candidates that are met first on the way back from the
+/// right-hand sides. Left aside are candidates that the recurrence of a function which is still
+/// needed would miss: sin is made of cos, whatever becomes of cos elsewhere. One entry for each
+/// line, no state.
+TapeCut CutAt(const Tape& tape, std::vector<bool> candidates);
+
+/// The lines that do not move where some lines are left out: made of these and of constants only,
+/// as y is in y' = pulse. One entry for each line.
+std::vector<bool> StillLines(const Tape& tape, const std::vector<bool>& leftOut);
+
+}  // namespace varno::solve
