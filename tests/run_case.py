@@ -24,6 +24,8 @@ A case is a folder. Only `why` is required.
            stdout.actual, stderr.actual and status.actual of the working folder
   not_instrumented
            why the case cannot run in an instrumented program; CMake leaves it out there
+  long     why the case takes many seconds; CMake gives it the label long, and "./dev test"
+           without options leaves it out
 
 Everything else in the folder (input.varno, for one) is copied into the working folder,
 which is temporary, as is the home folder. The scripts find the program's path in
@@ -49,7 +51,7 @@ from pathlib import Path
 
 DESCRIPTION_FILES = {
     "why", "args", "input_from", "stdin", "varnorc", "timeout", "setup", "stdout", "stderr",
-    "status", "check", "not_instrumented",
+    "status", "check", "not_instrumented", "long",
 }
 DEFAULT_TIMEOUT_SECONDS = 60
 SOURCE_ROOT = Path(__file__).resolve().parents[1]

@@ -99,6 +99,13 @@ double Log2Size(mpfr_srcptr x)
   return static_cast<double>(exponent) + std::log2(std::abs(mantissa));
 }
 
+double Log2Size(const Moment& moment)
+{
+  Real value(53);
+  moment.Evaluate(value);
+  return Log2Size(value);
+}
+
 double SizeOfResult(Operation operation, mpfr_srcptr result, const SizedValue& a,
                     const SizedValue& b)
 {

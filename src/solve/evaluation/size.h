@@ -3,11 +3,13 @@
 #include <mpfr.h>
 
 #include "solve/graph/operation.h"
+#include "solve/number/moment.h"
 
 namespace varno::solve {
 
 /// log2 |x|: -infinity for 0, +infinity for what is no number.
 double Log2Size(mpfr_srcptr x);
+double Log2Size(const Moment& moment);
 
 /// An operand or a result, with log2 of its size: how large it would be if nothing cancelled.
 ///

@@ -36,6 +36,7 @@ class DefectCheck {
 
   /// Whether the step passes at these parts of its length.
   bool Passes(const Step& step, std::span<const double> parts);
+  mpfr_prec_t Bits() const { return mpfr_get_prec(term); }
 
  private:
   bool PassesAt(const Step& step, double part);

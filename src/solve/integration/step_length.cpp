@@ -27,4 +27,16 @@ void StepLength::InUnits(long unitExponent, mpfr_ptr result) const
   mpfr_set_si_2exp(result, mantissa, exponent - unitExponent, MPFR_RNDN);
 }
 
+Moment StepLength::ToMoment() const
+{
+  Rational value = mantissa;
+  const mpq_ptr q = value.get_mpq_t();
+  if (exponent >= 0) {
+    mpq_mul_2exp(q, q, static_cast<mp_bitcnt_t>(exponent));
+  } else {
+    mpq_div_2exp(q, q, static_cast<mp_bitcnt_t>(-exponent));
+  }
+  return Moment(value);
+}
+
 }  // namespace varno::solve

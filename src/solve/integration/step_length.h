@@ -2,6 +2,8 @@
 
 #include <mpfr.h>
 
+#include "solve/number/moment.h"
+
 namespace varno::solve {
 
 /// The length of a step, mantissa * 2^exponent with a mantissa of few bits: times that are sums of
@@ -15,6 +17,7 @@ struct StepLength {
   double Log2() const;
   /// Sets result to the length in units of 2^unitExponent.
   void InUnits(long unitExponent, mpfr_ptr result) const;
+  Moment ToMoment() const;
 };
 
 }  // namespace varno::solve

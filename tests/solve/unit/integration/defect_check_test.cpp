@@ -69,6 +69,7 @@ struct Subject {
       mpfr_set_d(states.emplace_back(settings.bits), value, MPFR_RNDN);
     series->Begin(Real(2), states, false, 0);
     series->ExtendTo(order);
+    series->Refine();
   }
 
   bool Passes(const Series& of, double length)

@@ -20,5 +20,11 @@ TEST(StepLength, IsTheLargestBelow)
   }
 }
 
+TEST(StepLength, IsExactAsAMoment)
+{
+  EXPECT_EQ((StepLength{.mantissa = 3, .exponent = -2}.ToMoment()), Moment(Rational(3, 4)));
+  EXPECT_EQ((StepLength{.mantissa = 3, .exponent = 4}.ToMoment()), Moment(Rational(48)));
+}
+
 }  // namespace
 }  // namespace varno::solve

@@ -1,0 +1,252 @@
+#include "solve/integration/step_series.h"
+
+#include <algorithm>
+#include <cmath>
+#include <exception>
+#include <utility>
+
+#include "solve/evaluation/size.h"
+#include "solve/integration/common_roots.h"
+#include "solve/integration/domains.h"
+#include "solve/integration/resolution.h"
+
+namespace varno::solve {
+
+namespace {
+
+/// When a step needs more precision, some more is taken at once, so that this is rare.
+constexpr double kSpareBits = 64;
+
+bool HasTimeLine(const Tape& tape)
+{
+  return std::ranges::any_of(tape.lines,
+                             [](const Line& line) { return line.kind == LineKind::kTime; });
+}
+
+}  // namespace
+
+StepSeries::StepSeries(const Tape& tape, const RunSettings& settings, const DenseStep& latest,
+                       const Moment& reach, Poll poll)
+    : tape(tape),
+      settings(settings),
+      latest(latest),
+      reach(reach),
+      poll(std::move(poll)),
+      usesTime(HasTimeLine(tape)),
+      bits(settings.bits),
+      control(tape, settings)
+{
+  const double forTime = usesTime ? BitsForTime(Log2Size(reach - latest.end)) : 0;
+  RequireBits(static_cast<double>(settings.bits) + forTime);
+}
+
+/// How many bits the time takes more than a step of this length.
+double StepSeries::BitsForTime(double lengthLog2) const
+{
+  const double time = std::max(Log2Size(latest.end), Log2Size(reach));
+  if (!std::isfinite(time) || !std::isfinite(lengthLog2)) return 0;
+  return std::ceil(std::max(0.0, time - lengthLog2));
+}
+
+/// Computes with at least this precision from now on.
+void StepSeries::RequireBits(double wanted)
+{
+  if (pool != nullptr && wanted <= static_cast<double>(bits)) return;
+  if (wanted > static_cast<double>(settings.mostBits)) throw PrecisionExhausted{latest.end};
+  bits = std::max(bits, static_cast<mpfr_prec_t>(std::ceil(wanted)));
+  pool = std::make_shared<SeriesPool>([this, precision = bits] {
+    return MakeSeries(tape, precision, settings.order, settings.disturbed, poll);
+  });
+  series = pool->Take();
+  exemptionRule.emplace(tape, settings, bits);
+}
+
+/// The precision that a step of this length needs.
+double StepSeries::NeededBits(const StepBound& bound) const
+{
+  if (std::isinf(bound.log2) && bound.log2 < 0) return 0;
+  const double forTime =
+      usesTime ? static_cast<double>(settings.bits) + BitsForTime(bound.log2) : 0;
+  const StepStart begin{latest.states, latest.stateSizes, control.Sizes(),
+                        ChooseLength(bound).Log2()};
+  return std::max(forTime, BitsForDerivatives(tape, Current(), begin, settings, bits));
+}
+
+StepBound StepSeries::Begin()
+{
+  if (series == nullptr) series = pool->Take();
+  for (;;) {
+    series->Expect(largestTerms);
+    const StepBound bound = BeginWithBits();
+    const double needed = NeededBits(bound);
+    if (needed <= static_cast<double>(bits)) return bound;
+    RequireBits(needed + kSpareBits);
+  }
+}
+
+std::shared_ptr<Series> StepSeries::Release()
+{
+  // Of a step that began at a root, the other series stays for the next one.
+  return atRoot ? std::shared_ptr<Series>(std::move(atRoot)) : std::move(series);
+}
+
+void StepSeries::StepMade(double lengthLog2)
+{
+  control.StepMade();
+  largestTerms = Current().LargestTerms();
+  if (atRoot) {
+    // It has an arithmetic of its own.
+  } else if (arithmeticChoice.IsWorthTrying()) {
+    arithmeticChoice.StepTried(!series->IsRefined());
+  } else {
+    arithmeticChoice.StepSkipped();
+  }
+  // A step that ends at a root says little about the next one.
+  if (zeroLines.empty()) scaleExponent = ScaleFor(lengthLog2);
+}
+
+bool StepSeries::AddZeroLines(std::span<const LineId> lines)
+{
+  bool isNew = false;
+  for (const LineId line : lines) {
+    if (std::ranges::find(zeroLines, line) != zeroLines.end()) continue;
+    zeroLines.push_back(line);
+    isNew = true;
+  }
+  return isNew;
+}
+
+/// Adds the lines that must be 0 where an operation has no value or no series; false if that is not
+/// why, or was known.
+bool StepSeries::NoteZeroLines(const DomainError& error)
+{
+  if (error.outcome != Outcome::kUndefined && error.outcome != Outcome::kNoSeries) return false;
+  std::vector<LineId> domains;
+  for (const Line& line : tape.lines) {
+    const LineId domain = DomainOf(line);
+    if (line.node == error.node && domain != kNone) domains.push_back(domain);
+  }
+  return AddZeroLines(domains);
+}
+
+Singularity StepSeries::EndAt(LineId zeroLine) const
+{
+  const auto user = std::ranges::find(tape.lines, zeroLine, DomainOf);
+  const NodeId node = (user != tape.lines.end() ? *user : tape.lines[zeroLine]).node;
+  return {.time = latest.end, .node = node, .kind = SingularityKind::kDomainEdge, .bits = bits};
+}
+
+/// Begins the series where some lines are 0. Throws Singularity where none can go on from there.
+void StepSeries::BeginAtRoot(mpfr_srcptr time)
+{
+  for (;;) {
+    const auto continuation = FindContinuation(
+        tape, settings, bits, {time, latest.states, latest.backwards, scaleExponent}, zeroLines);
+    if (!continuation) throw EndAt(zeroLines.front());
+    if (!continuation->isExact && !settings.mayDeclareZero) throw ZeroInDoubt{latest.end};
+    atRoot =
+        MakeSeriesAtRoot(tape, bits, settings.order, settings.disturbed, continuation->roots, poll);
+    try {
+      atRoot->Begin(time, latest.states, latest.backwards, scaleExponent);
+      return;
+    } catch (const DomainError& error) {
+      if (!NoteZeroLines(error)) throw;
+    }
+  }
+}
+
+void StepSeries::BeginLines(mpfr_srcptr time, const std::vector<bool>& leftOut)
+{
+  atRoot.reset();
+  if (!zeroLines.empty()) {
+    BeginAtRoot(time);
+    return;
+  }
+  try {
+    series->LeaveOut(leftOut);
+    series->Begin(time, latest.states, latest.backwards, scaleExponent);
+  } catch (const DomainError& error) {
+    if (!NoteZeroLines(error)) throw;
+    const std::exception_ptr first = std::current_exception();
+    try {
+      BeginAtRoot(time);
+    } catch (const Singularity&) {
+      std::rethrow_exception(first);
+    }
+  }
+}
+
+/// What the series begun allows.
+StepBound StepSeries::ChooseBound(const std::vector<bool>& leftOut)
+{
+  StepBound bound = control.Choose(Current(), leftOut);
+  bound.log2 += static_cast<double>(scaleExponent);
+  return bound;
+}
+
+/// Whether the series is as exact as asked for over the step that it allows.
+bool StepSeries::IsExactFor(const StepBound& bound)
+{
+  const double step = std::isfinite(bound.log2) ? ChooseLength(bound).Log2() : bound.log2;
+  return Current().IsExactFor(step - static_cast<double>(scaleExponent));
+}
+
+/// The series without some lines, exact enough for the step that it allows, and what that is: with
+/// a scale near the step if it was far, as it is in the first step mostly, else with every term as
+/// exact as can be.
+StepBound StepSeries::BeginWithout(mpfr_srcptr time, const std::vector<bool>& leftOut)
+{
+  BeginLines(time, leftOut);
+  if (!arithmeticChoice.IsWorthTrying()) {
+    Current().Refine();
+    return ChooseBound(leftOut);
+  }
+  StepBound bound = ChooseBound(leftOut);
+  if (IsExactFor(bound)) return bound;
+  if (latest.steps == 0) {
+    Current().Refine();
+    bound = ChooseBound(leftOut);
+  }
+  if (std::isfinite(bound.log2)) {
+    scaleExponent = ScaleFor(ChooseLength(bound).Log2());
+    BeginLines(time, leftOut);
+    bound = ChooseBound(leftOut);
+    if (IsExactFor(bound)) return bound;
+  }
+  Current().Refine();
+  return ChooseBound(leftOut);
+}
+
+/// The series at the present precision, and what it allows.
+StepBound StepSeries::BeginWithBits()
+{
+  Real time(bits);
+  latest.end.Evaluate(time);
+  exemption.reset();
+  const StepBound bound = BeginWithout(time, std::vector<bool>(tape.lines.size(), false));
+  if (atRoot) return bound;
+  exemption = exemptionRule->Find(*series, control,
+                                  {.time = time,
+                                   .states = latest.states,
+                                   .backwards = latest.backwards,
+                                   .scaleExponent = scaleExponent,
+                                   .longestLog2 = LongestStepLog2()});
+  if (!exemption) return bound;
+  const StepBound longer = BeginWithout(time, exemption->leftOut);
+  return {std::min(longer.log2, exemption->longestLog2), bound.line};
+}
+
+/// Where nothing bounds the step it may go well beyond the end, but not for ever: a power of 2, so
+/// that it does not depend on where exactly the rows end.
+double StepSeries::LongestStepLog2() const
+{
+  const double remaining = Log2Size(reach - latest.end);
+  return std::isfinite(remaining) ? std::ceil(remaining) + 1 : 0;
+}
+
+StepLength StepSeries::ChooseLength(const StepBound& bound) const
+{
+  return StepLength::AtMost(std::min(bound.log2, LongestStepLog2()));
+}
+
+}  // namespace varno::solve
