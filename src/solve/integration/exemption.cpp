@@ -164,19 +164,29 @@ ExemptionRule::ExemptionRule(const Tape& tape, const RunSettings& settings, mpfr
                  tape.rightHandSides.size() * tape.lines.size() > kMostStatesTimesLines)
 {}
 
+bool ExemptionRule::IsWorthTrying(const Series& series, const StepControl& control,
+                                  const Point& point)
+{
+  if (isTooLarge) return false;
+  const double held = std::ranges::min(control.LineBounds());
+  if (!std::isfinite(held)) return false;
+  if (stepsToSkip > 0) {
+    --stepsToSkip;
+    return false;
+  }
+  const Trial trial{*this, series, control, point};
+  if (held + trial.Scale() + kLeastGain > point.longestLog2) return false;
+  const std::vector<bool> plausible = trial.Plausible(held + trial.Scale());
+  return std::ranges::find(plausible, true) != plausible.end();
+}
+
 std::optional<Exemption> ExemptionRule::Find(const Series& series, const StepControl& control,
                                              const Point& point)
 {
-  if (isTooLarge) return std::nullopt;
   const double held = std::ranges::min(control.LineBounds());
-  if (!std::isfinite(held)) return std::nullopt;
-  if (stepsToSkip > 0) {
-    --stepsToSkip;
-    return std::nullopt;
-  }
   const Trial trial{*this, series, control, point};
   const double shortest = held + trial.Scale() + kLeastGain;
-  if (shortest > point.longestLog2) return std::nullopt;
+  if (!std::isfinite(held) || shortest > point.longestLog2) return std::nullopt;
   const auto cut = trial.WorthwhileCut(held);
   if (!cut) return std::nullopt;
   const double longest = std::min(trial.Bound(*cut) + trial.Scale(), point.longestLog2);

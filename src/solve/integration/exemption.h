@@ -40,6 +40,9 @@ class ExemptionRule {
 
   ExemptionRule(const Tape& tape, const RunSettings& settings, mpfr_prec_t bits);
 
+  /// Whether it is worth a trial, to judge by the first terms, after `control` has looked at the
+  /// series; once for each step.
+  bool IsWorthTrying(const Series& series, const StepControl& control, const Point& point);
   /// After `control` has looked at the series. None where nothing would be gained.
   std::optional<Exemption> Find(const Series& series, const StepControl& control,
                                 const Point& point);

@@ -24,9 +24,6 @@ constexpr int kMostKnownOrder = 5000;
 /// A line that begins with more vanishing terms than this is flat: the order counts from its first
 /// term that is not 0.
 constexpr int kMostVanishingTerms = 5;
-/// Terms that cannot be resolved may grow by so many bits beyond what can before the next step
-/// looks at them anew.
-constexpr double kBitsOutOfTheDark = 8;
 
 /// How many terms vanish before the first that does not.
 int VanishingTerms(const std::vector<double>& terms)
@@ -108,17 +105,13 @@ void StepControl::ReadTerms(const Series& series, LineId id)
 /// log2 of the longest step for which the terms of a line fall as they should: the least over its
 /// last orders k of  max over j < k of (tol |c_j| / |c_k|)^(1/(k-j)) * tol^(1/p - 1/k), where k
 /// counts from the first term that is not 0 in a flat line.
-///
-/// `resolution` is what the terms may be wrong by: one that is smaller, but not 0, counts as that
-/// large, and may come out of the dark by a few bits at most.
-double StepControl::AccuracyBound(double size, double resolution) const
+double StepControl::AccuracyBound(double size) const
 {
   const double tolerance = -settings.toleranceBits;
   const double usual = 1.0 / settings.order;
   // What rounding leaves of the line is no smaller than this, whatever its first term is.
   const double rounding = size - static_cast<double>(settings.bits);
   const double first = std::max(terms[0], rounding);
-  const double wanted = std::max(tolerance + first, resolution + kBitsOutOfTheDark);
 
   const int leading = VanishingTerms(terms);
   const int begin = leading > kMostVanishingTerms ? leading : 0;
@@ -135,10 +128,9 @@ double StepControl::AccuracyBound(double size, double resolution) const
   for (int k = last; k > least && found < kTermsForRadius; --k) {
     if (terms[k] == -kInfinity) continue;
     ++found;
-    const double term = std::max(terms[k], resolution);
-    double longest = wanted == -kInfinity ? -kInfinity : (wanted - term) / k;
+    double longest = first == -kInfinity ? -kInfinity : (tolerance + first - terms[k]) / k;
     for (int j = 1; j < k; ++j)
-      longest = std::max(longest, (tolerance + terms[j] - term) / (k - j));
+      longest = std::max(longest, (tolerance + terms[j] - terms[k]) / (k - j));
     // The first of all terms that are not zero says nothing by itself.
     if (longest == -kInfinity) continue;
     bound = std::min(bound, longest + tolerance * (usual - 1.0 / (k - begin)));
@@ -163,7 +155,7 @@ StepBound StepControl::Choose(Series& series, const std::vector<bool>& leftOut)
   for (LineId id = 0; id < tape.lines.size(); ++id) {
     if (leftOut[id] || IsShortPolynomial(tape.lines[id], series.Order() + 1)) continue;
     ReadTerms(series, id);
-    lower(AccuracyBound(sizes[id], series.Resolution(id)), id);
+    lower(AccuracyBound(sizes[id]), id);
   }
   return bound;
 }

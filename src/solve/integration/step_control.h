@@ -41,7 +41,7 @@ class StepControl {
   bool NeedsMoreTerms(const Series& series, LineId id) const;
   bool IsShown(const Series& series, LineId id) const;
   void ReadTerms(const Series& series, LineId id);
-  double AccuracyBound(double size, double resolution) const;
+  double AccuracyBound(double size) const;
 
   const Tape& tape;
   RunSettings settings;

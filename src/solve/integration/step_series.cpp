@@ -194,10 +194,11 @@ bool StepSeries::IsExactFor(const StepBound& bound)
 /// The series without some lines, exact enough for the step that it allows, and what that is: with
 /// a scale near the step if it was far, as it is in the first step mostly, else with every term as
 /// exact as can be.
-StepBound StepSeries::BeginWithout(mpfr_srcptr time, const std::vector<bool>& leftOut)
+StepBound StepSeries::BeginWithout(mpfr_srcptr time, const std::vector<bool>& leftOut,
+                                   bool mayUseBlocks)
 {
   BeginLines(time, leftOut);
-  if (!arithmeticChoice.IsWorthTrying()) {
+  if (!mayUseBlocks) {
     Current().Refine();
     return ChooseBound(leftOut);
   }
@@ -222,17 +223,26 @@ StepBound StepSeries::BeginWithBits()
 {
   Real time(bits);
   latest.end.Evaluate(time);
+  const std::vector<bool> none(tape.lines.size(), false);
+  const bool mayUseBlocks = arithmeticChoice.IsWorthTrying();
+  // What is left out is chosen by terms with all their digits.
+  StepBound bound = BeginWithout(time, none, mayUseBlocks && !exemption);
   exemption.reset();
-  const StepBound bound = BeginWithout(time, std::vector<bool>(tape.lines.size(), false));
   if (atRoot) return bound;
-  exemption = exemptionRule->Find(*series, control,
-                                  {.time = time,
+  const ExemptionRule::Point point{.time = time,
                                    .states = latest.states,
                                    .backwards = latest.backwards,
                                    .scaleExponent = scaleExponent,
-                                   .longestLog2 = LongestStepLog2()});
+                                   .longestLog2 = LongestStepLog2()};
+  if (!exemptionRule->IsWorthTrying(*series, control, point)) return bound;
+  if (!series->IsRefined()) {
+    series->Refine();
+    bound = ChooseBound(none);
+  }
+  exemption = exemptionRule->Find(*series, control, point);
   if (!exemption) return bound;
-  const StepBound longer = BeginWithout(time, exemption->leftOut);
+  scaleExponent = ScaleFor(std::min(exemption->longestLog2, point.longestLog2));
+  const StepBound longer = BeginWithout(time, exemption->leftOut, mayUseBlocks);
   return {std::min(longer.log2, exemption->longestLog2), bound.line};
 }
 

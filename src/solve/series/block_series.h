@@ -58,13 +58,14 @@ class BlockSeries final : public Series {
     isBackwards = backwards;
     scaleExponent = newScaleExponent;
     order = 0;
-    Reserve(1);
-    for (LineId id = 0; id < tape.lines.size(); ++id) StartLine(id);
+    isStarted = false;
+    resolvedOrder = -1;
   }
 
   void ExtendTo(int wanted) override
   {
     if (wanted > Arithmetic::kMostOrder) Refine();
+    if (!isRefined && !isStarted) StartLines();
     if (isRefined) {
       precise.ExtendTo(wanted);
       return;
@@ -95,7 +96,7 @@ class BlockSeries final : public Series {
 
   double Resolution(LineId line) const override
   {
-    if (isRefined) return -kInfinity;
+    if (isRefined || !isStarted) return -kInfinity;
     if (resolvedOrder != order) FindResolutions();
     return resolutions[line];
   }
@@ -139,6 +140,7 @@ class BlockSeries final : public Series {
 
   void Reserve(int count);
   void ConvertConstants();
+  void StartLines();
   void StartLine(LineId id);
   void StartDivisor(const Line& line, LineId id);
   void ComputeTerms(int k);
@@ -179,6 +181,7 @@ class BlockSeries final : public Series {
   mutable std::vector<double> resolutions;
   mutable std::vector<double> sizes;  // by line: log2 of the largest term
   mutable int resolvedOrder = -1;
+  bool isStarted = false;  // whether the terms 0 are in `terms`
   bool isRefined = false;
   bool isBackwards = false;
   long scaleExponent = 0;

@@ -25,10 +25,17 @@ void BlockSeries<Arithmetic>::ConvertConstants()
 // Term 0
 
 template <class Arithmetic>
+void BlockSeries<Arithmetic>::StartLines()
+{
+  isStarted = true;
+  Reserve(1);
+  for (LineId id = 0; id < tape.lines.size(); ++id) StartLine(id);
+}
+
+template <class Arithmetic>
 void BlockSeries<Arithmetic>::StartLine(LineId id)
 {
   const Line& line = tape.lines[id];
-  resolvedOrder = -1;
   const Value first = arithmetic.FromNumber(precise.Number(id, 0));
   const long least = largest[id] == kUnknown ? kUnknown : arithmetic.ExponentFor(largest[id]);
   arithmetic.Reset(terms[id], least);
