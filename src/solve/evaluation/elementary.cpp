@@ -124,6 +124,43 @@ void Compute(Operation operation, mpfr_ptr result, mpfr_srcptr a, mpfr_srcptr b)
     case Operation::kAtan2:
       mpfr_atan2(result, a, b, kNearest);
       return;
+    case Operation::kAbs:
+      mpfr_abs(result, a, kNearest);
+      return;
+    case Operation::kSign:
+      mpfr_set_si(result, mpfr_sgn(a), kNearest);
+      return;
+    case Operation::kFloor:
+      mpfr_rint_floor(result, a, kNearest);
+      return;
+    case Operation::kCeil:
+      mpfr_rint_ceil(result, a, kNearest);
+      return;
+    case Operation::kTrunc:
+      mpfr_rint_trunc(result, a, kNearest);
+      return;
+    case Operation::kMin:
+      mpfr_min(result, a, b, kNearest);
+      return;
+    case Operation::kMax:
+      mpfr_max(result, a, b, kNearest);
+      return;
+    case Operation::kLess:
+      mpfr_set_si(result, mpfr_less_p(a, b) != 0 ? 1 : 0, kNearest);
+      return;
+    case Operation::kLessOrEqual:
+      mpfr_set_si(result, mpfr_lessequal_p(a, b) != 0 ? 1 : 0, kNearest);
+      return;
+    case Operation::kAnd:
+      mpfr_min(result, a, b, kNearest);
+      return;
+    case Operation::kOr:
+      mpfr_max(result, a, b, kNearest);
+      return;
+    case Operation::kNot:
+      mpfr_si_sub(result, 1, a, kNearest);
+      return;
+    case Operation::kIf:
     case Operation::kNumber:
     case Operation::kPi:
     case Operation::kTime:
@@ -131,7 +168,7 @@ void Compute(Operation operation, mpfr_ptr result, mpfr_srcptr a, mpfr_srcptr b)
     case Operation::kParameter:
       break;
   }
-  assert(false && "a leaf is no operation");
+  assert(false && "neither a leaf nor a choice is an operation on numbers");
 }
 
 bool TakesAngle(Operation operation)

@@ -21,8 +21,8 @@ enum class Outcome {
 /// Angles are in radians. Roots of negative numbers (but cbrt), logarithms of numbers <= 0, powers
 /// of negative numbers to anything but an integer, and quotients by 0 are undefined; 0^0 is 1;
 /// acot(x) is atan(1/x), and pi/2 at 0. Angles beyond 2^1000000 are out of range: to reduce them
-/// would take as many digits of pi. `b` is looked at by binary operations only. result may be an
-/// operand. Not for leaves.
+/// would take as many digits of pi. Conditions are 1 where they hold, else 0. `b` is looked at by
+/// binary operations only. result may be an operand. Not for leaves and kIf.
 Outcome Apply(Operation operation, mpfr_ptr result, mpfr_srcptr a, mpfr_srcptr b);
 
 /// The same for a^exponent with a whole exponent of any size.

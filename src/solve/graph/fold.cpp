@@ -38,6 +38,18 @@ std::optional<Rational> Power(const Rational& base, const Rational& exponent)
   return result;
 }
 
+Rational Floor(const Rational& x)
+{
+  Integer result;
+  mpz_fdiv_q(result.get_mpz_t(), x.get_num_mpz_t(), x.get_den_mpz_t());
+  return result;
+}
+
+Rational Ceil(const Rational& x)
+{
+  return -Floor(-x);
+}
+
 }  // namespace
 
 bool IsSmall(const Rational& number)
@@ -47,12 +59,44 @@ bool IsSmall(const Rational& number)
 
 std::optional<Rational> FoldExactly(Operation operation, const Rational& a)
 {
-  if (operation != Operation::kNegate) return std::nullopt;
-  return Rational(-a);
+  switch (operation) {
+    case Operation::kNegate:
+      return Rational(-a);
+    case Operation::kAbs:
+      return Rational(abs(a));
+    case Operation::kSign:
+      return Rational(sgn(a));
+    case Operation::kFloor:
+      return Floor(a);
+    case Operation::kCeil:
+      return Ceil(a);
+    case Operation::kTrunc:
+      return a < 0 ? Ceil(a) : Floor(a);
+    case Operation::kNot:
+      return Rational(a == 0);
+    default:
+      return std::nullopt;
+  }
 }
 
 std::optional<Rational> FoldExactly(Operation operation, const Rational& a, const Rational& b)
 {
+  switch (operation) {
+    case Operation::kMin:
+      return std::min(a, b);
+    case Operation::kMax:
+      return std::max(a, b);
+    case Operation::kLess:
+      return Rational(a < b);
+    case Operation::kLessOrEqual:
+      return Rational(a <= b);
+    case Operation::kAnd:
+      return Rational(a != 0 && b != 0);
+    case Operation::kOr:
+      return Rational(a != 0 || b != 0);
+    default:
+      break;
+  }
   if (!IsSmall(a) || !IsSmall(b)) return std::nullopt;
   std::optional<Rational> result;
   switch (operation) {

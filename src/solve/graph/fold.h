@@ -14,9 +14,10 @@ inline constexpr std::size_t kMaxExactBits = 4096;
 /// True where numerator and denominator have at most kMaxExactBits.
 bool IsSmall(const Rational& number);
 
-/// Negation, addition, subtraction, multiplication, division and powers with integer exponents of
-/// exact numbers (0^0 is 1). None for other operations, where there is no value, and where an
-/// operand or the result is not small; negation has no such limit.
+/// Addition, subtraction, multiplication, division and powers with integer exponents of exact
+/// numbers (0^0 is 1), and what gives no longer numbers than it takes: negation, functions with
+/// kinks and jumps, conditions (1 where they hold, else 0). None for other operations, where there
+/// is no value, and where an operand or the result of the first ones is not small.
 std::optional<Rational> FoldExactly(Operation operation, const Rational& a);
 std::optional<Rational> FoldExactly(Operation operation, const Rational& a, const Rational& b);
 

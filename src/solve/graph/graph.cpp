@@ -34,7 +34,8 @@ std::size_t Hash(const Rational& number)
 
 bool IsCommutative(Operation operation)
 {
-  return operation == Operation::kAdd || operation == Operation::kMultiply;
+  return operation == Operation::kAdd || operation == Operation::kMultiply ||
+         operation == Operation::kMin || operation == Operation::kMax;
 }
 
 }  // namespace
@@ -121,6 +122,18 @@ NodeId Graph::Make(Operation operation, NodeId a, NodeId b, Place place)
     case Operation::kPower:
       if (is(b, 1)) return a;
       break;
+    case Operation::kMin:
+    case Operation::kMax:
+      if (a == b) return a;
+      break;
+    case Operation::kAnd:
+      if (IsNumber(a)) return is(a, 0) ? a : b;
+      if (is(b, 1)) return a;
+      break;
+    case Operation::kOr:
+      if (IsNumber(a)) return is(a, 0) ? b : a;
+      if (is(b, 0)) return a;
+      break;
     default:
       break;
   }
@@ -129,6 +142,7 @@ NodeId Graph::Make(Operation operation, NodeId a, NodeId b, Place place)
 
 NodeId Graph::Make(Operation operation, NodeId a, NodeId b, NodeId c, Place place)
 {
+  if (operation == Operation::kIf && IsNumber(a)) return Value(a) != 0 ? b : c;
   return Intern({operation, Dependence::kNothing, 3, {a, b, c}, 0, place}, false);
 }
 

@@ -34,7 +34,8 @@ struct Node {
 /// twice gives the same node. A graph only grows. Numbers are exact, and operations over numbers
 /// alone are carried out exactly while their results stay small (4096 bits); nothing else is
 /// simplified but what is an identity for all values (x+0, 1*x, x/1, x^1, -(-x); 0-x and -1*x are
-/// -x). a+b and b+a are one node, so are a*b and b*a.
+/// -x; min(x, x) is x; what a condition that is known decides). a+b and b+a are one node, so are
+/// a*b and b*a, min(a, b) and min(b, a), max(a, b) and max(b, a).
 class Graph {
  public:
   NodeId Number(const Rational& value, Place place);

@@ -2,6 +2,16 @@
 
 namespace varno::solve {
 
+bool IsPiecewise(Operation operation)
+{
+  return operation > Operation::kAtan2;
+}
+
+bool IsCondition(Operation operation)
+{
+  return operation >= Operation::kLess && operation <= Operation::kNot;
+}
+
 std::string_view FunctionName(Operation operation)
 {
   switch (operation) {
@@ -49,6 +59,22 @@ std::string_view FunctionName(Operation operation)
       return "erf";
     case Operation::kAtan2:
       return "atan2";
+    case Operation::kAbs:
+      return "abs";
+    case Operation::kSign:
+      return "sign";
+    case Operation::kFloor:
+      return "floor";
+    case Operation::kCeil:
+      return "ceil";
+    case Operation::kTrunc:
+      return "trunc";
+    case Operation::kMin:
+      return "min";
+    case Operation::kMax:
+      return "max";
+    case Operation::kIf:
+      return "if";
     default:
       return "?";
   }

@@ -45,7 +45,30 @@ enum class Operation : std::uint8_t {
   kErf,
   // Of two: the angle of the point (second, first), as atan2(y, x)
   kAtan2,
+  // Functions with kinks and jumps
+  kAbs,
+  kSign,
+  kFloor,
+  kCeil,
+  kTrunc,
+  kMin,
+  kMax,
+  // Conditions: 1 where they hold, else 0. The second operand of kAnd and kOr counts only where the
+  // first one does not decide.
+  kLess,
+  kLessOrEqual,
+  kAnd,
+  kOr,
+  kNot,
+  // Of three: the second where the first, a condition, holds, else the third
+  kIf,
 };
+
+/// True for operations with kinks or jumps everywhere in their domain, and for conditions: what
+/// comes after kAtan2. kAcot and kAtan2, which are smooth but for a cut, are not among them.
+bool IsPiecewise(Operation operation);
+/// True for operations that hold or not.
+bool IsCondition(Operation operation);
 
 /// The name of a function as the language writes it, such as "sin".
 std::string_view FunctionName(Operation operation);

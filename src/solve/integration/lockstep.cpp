@@ -79,7 +79,7 @@ void Lockstep::Advance(std::size_t run)
     runs[run].end = std::current_exception();
     return;
   }
-  watch(Latest(run));
+  watch(run, Latest(run));
   CompareAfter(run);
 }
 

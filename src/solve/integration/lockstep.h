@@ -23,8 +23,9 @@ struct Interval {
   bool IsEarly(const Moment& time) const { return IsBackwards() ? time > start : time < start; }
 };
 
-/// Called after each step; may throw to end the integration.
-using StepWatch = std::function<void(const DenseStep&)>;
+/// Called after each step of a run, the most exact of which is the last; may throw to end the
+/// integration.
+using StepWatch = std::function<void(std::size_t run, const DenseStep&)>;
 
 /// Two runs that contradict each other: one ended where the other went on, or their states differ.
 struct Disagreement {

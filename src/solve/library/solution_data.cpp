@@ -63,15 +63,18 @@ Solution::Implementation::Implementation(const Problem::Implementation& problem,
       moments(model.graph, sources),
       numberFormat(CheckedFormat(options)),
       timeFormat(options.digits),
+      stateNames(StateNames(model)),
       interval(MakeInterval()),
       schedule(MakeSchedule()),
-      ends(sources, tape.graph, StateNames(model), options.digits)
+      ends(sources, tape.graph, stateNames, options.digits)
 {
   ChooseColumns();
+  if (options.keepSteps) unbound = problem.model;
   rows.emplace(
       model, tape, interval, schedule,
       RowsWanted{columns, options.digits, options.check, options.maxBits, MayUseThreads()},
-      [this](const DenseStep& step) { Watch(step); }, [this] { EndWhereAsked(); });
+      [this](std::size_t run, const DenseStep& step) { Watch(run, step); },
+      [this] { EndWhereAsked(); });
 }
 
 void Solution::Implementation::ChooseColumns()
@@ -149,20 +152,21 @@ void Solution::Implementation::EndWhereAsked() const
 }
 
 /// After each step: limits, interruption, progress.
-void Solution::Implementation::Watch(const DenseStep& run) const
+void Solution::Implementation::Watch(std::size_t run, const DenseStep& step)
 {
-  const std::int64_t steps = run.Steps();
+  const std::int64_t steps = step.Steps();
   EndWhereAsked();
   if (options.maxSteps && steps >= *options.maxSteps) {
-    throw ends.AtLimit(fmt::format("--max-steps {}", *options.maxSteps), run.End());
+    throw ends.AtLimit(fmt::format("--max-steps {}", *options.maxSteps), step.End());
   }
+  if (options.keepSteps || options.step) RecordStep(run, step);
   if (!options.progress) return;
   const double way = (interval.to - interval.from).ToDouble(),
-               done = (run.End() - interval.from).ToDouble();
-  options.progress({.time = run.End().ToDouble(),
+               done = (step.End() - interval.from).ToDouble();
+  options.progress({.time = step.End().ToDouble(),
                     .fraction = way == 0 ? 1 : std::clamp(done / way, 0.0, 1.0),
                     .steps = steps,
-                    .step = std::abs((run.End() - run.Begin()).ToDouble()),
+                    .step = std::abs((step.End() - step.Begin()).ToDouble()),
                     .seconds = SecondsSinceBegin()});
 }
 
@@ -207,9 +211,7 @@ Value Solution::Implementation::MakeValue(const RowNumber& number) const
 
 Row Solution::Implementation::MakeRow(const VerifiedRow& row) const
 {
-  Real time(rows->Integration()->Best().Bits());
-  row.time.Evaluate(time);
-  Row result{Value(timeFormat.Text(row.time), time), {}};
+  Row result{MakeTime(row.time, rows->Integration()->Best().Bits()), {}};
   for (const RowNumber& number : row.numbers) result.values.push_back(MakeValue(number));
   return result;
 }
@@ -236,7 +238,6 @@ Summary Solution::Implementation::Summarise() const
 
 std::string Solution::Implementation::Explain() const
 {
-  const std::vector<std::string> stateNames = StateNames(model);
   const RunSettings settings = rows->Settings().back();
   const std::size_t termCount = tape.lines.size() * static_cast<std::size_t>(settings.order + 1);
   const double mebibytes =

@@ -12,6 +12,7 @@
 #include "solve/rows/number_format.h"
 #include "solve/rows/time_format.h"
 #include "solve/tape/tape.h"
+#include "solve/verification/step_record.h"
 #include "solve/verification/verified_rows.h"
 
 namespace varno::solve {
@@ -30,7 +31,12 @@ struct Solution::Implementation {
   void ChooseColumns();
   Interval MakeInterval();
   RowSchedule MakeSchedule();
-  void Watch(const DenseStep& run) const;
+  PointBetween At(const Moment& time);
+  Moment ReadTime(const std::string& time) const;
+  void Watch(std::size_t run, const DenseStep& step);
+  void RecordStep(std::size_t run, const DenseStep& step);
+  Step MakeStep(int run, std::shared_ptr<const StepPolynomial> polynomial) const;
+  Value MakeTime(const Moment& time, mpfr_prec_t bits) const;
   void EndWhereAsked() const;
   Moment Reached() const;
   bool MayUseThreads() const;
@@ -48,11 +54,15 @@ struct Solution::Implementation {
   NumberFormat numberFormat;
   TimeFormat timeFormat;
   std::vector<std::string> names;
+  std::vector<std::string> stateNames;
   std::vector<NodeId> columns;
   Interval interval;
   RowSchedule schedule;
   Ends ends;
   std::optional<VerifiedRows> rows;
+  std::optional<Model> unbound;  // with parameters, for times that are asked for later
+  StepRecord record;
+  int recordedAttempt = 0;
   std::chrono::steady_clock::time_point begin;
 };
 

@@ -134,25 +134,6 @@ struct Progress {
   double seconds;  ///< since the start
 };
 
-struct Options {
-  /// The interval of the rows, constant expressions such as "10*pi"; `to` may lie before `from`.
-  std::optional<std::string> from = {};  ///< the point of the start statements, else 0
-  std::string to = "1";
-  RowChoice rows = RowsPoints{};
-  int digits = 15;               ///< significant digits of each number, 1 to 10,000
-  std::string tiny = "1e-1000";  ///< what is smaller counts as 0; a decimal number
-  /// Names, in this order; empty: all, in the order of the file.
-  std::vector<std::string> columns = {};
-  bool check = true;  ///< two runs instead of one
-  int jobs = 0;       ///< threads; 0: as many as there are processors
-  std::optional<std::int64_t> maxSteps = {};
-  std::optional<double> maxSeconds = {};
-  long maxBits = 1L << 20;  ///< the highest precision to try
-  /// Both are called on the thread that asks for rows.
-  std::function<bool()> interrupted = {};  ///< asked many times a second: true ends the run
-  std::function<void(const Progress&)> progress = {};  ///< called after each step
-};
-
 /// One number of a row.
 class Value {
  public:
@@ -173,9 +154,69 @@ class Value {
   std::shared_ptr<__mpfr_struct> number;
 };
 
+/// A step of a run: the Taylor series of each state about its beginning. A value: it stays what it
+/// is while the run goes on, and copies are cheap.
+class Step {
+ public:
+  /// 0, and 1 for the more exact of two runs.
+  int Run() const { return run; }
+  /// How often the runs had begun again, with more digits, before: steps of earlier attempts count
+  /// no longer.
+  int Attempt() const { return attempt; }
+  /// Exact times are as short as they are; the end lies before the beginning where time runs
+  /// backwards.
+  const Value& Begin() const { return begin; }
+  const Value& End() const { return end; }
+  int Order() const;
+  long Bits() const;  ///< of the arithmetic
+  /// The Taylor coefficient x^(k)(begin)/k! of a state, counted as in Solution::States(), with the
+  /// digits asked for: 0 <= k <= Order(). It is that of this run, and not verified. Throws
+  /// std::out_of_range.
+  Value Coefficient(std::size_t state, int k) const;
+
+ private:
+  friend class Solution;
+  struct Data;
+  Step(int run, int attempt, Value begin, Value end, std::shared_ptr<const Data> data);
+  int run, attempt;
+  Value begin, end;
+  std::shared_ptr<const Data> data;
+};
+
+struct Options {
+  /// The interval of the rows, constant expressions such as "10*pi"; `to` may lie before `from`.
+  std::optional<std::string> from = {};  ///< the point of the start statements, else 0
+  std::string to = "1";
+  RowChoice rows = RowsPoints{};
+  int digits = 15;               ///< significant digits of each number, 1 to 10,000
+  std::string tiny = "1e-1000";  ///< what is smaller counts as 0; a decimal number
+  /// Names, in this order; empty: all, in the order of the file.
+  std::vector<std::string> columns = {};
+  bool check = true;  ///< two runs instead of one
+  int jobs = 0;       ///< threads; 0: as many as there are processors
+  std::optional<std::int64_t> maxSteps = {};
+  std::optional<double> maxSeconds = {};
+  long maxBits = 1L << 20;  ///< the highest precision to try
+  /// Both are called on the thread that asks for rows.
+  std::function<bool()> interrupted = {};  ///< asked many times a second: true ends the run
+  std::function<void(const Progress&)> progress = {};  ///< called after each step
+  /// Called after each step of each run, in the same thread as well.
+  std::function<void(const Step&)> step = {};
+  bool keepSteps = false;  ///< for Solution::At and Solution::Steps; takes memory for each step
+};
+
 struct Row {
   Value time;
   std::vector<Value> values;  ///< one for each of Solution::Columns()
+};
+
+/// The solution at a time between rows.
+struct PointBetween {
+  Row row;
+  /// Whether both runs agree on each of its numbers, as they do on those of rows. If not, most
+  /// often because a number is nearly 0, it holds what the better run says; as a row it would be
+  /// computed with more digits.
+  bool verified;
 };
 
 /// What a run did.
@@ -207,6 +248,16 @@ class Solution {
   /// The next row, none after the last. Throws RunEnded where the run ends early, InputError where
   /// an expression has no value at the start.
   std::optional<Row> Next();
+  /// With Options::keepSteps: the solution at any time, a constant expression, that lies between
+  /// the start and the latest row, in any order. Throws InputError where it does not, RunEnded
+  /// where a number cannot be held.
+  PointBetween At(const std::string& time);
+  /// The same at exactly this double.
+  PointBetween At(double time);
+  /// With Options::keepSteps: the steps so far of the better run.
+  std::vector<Step> Steps() const;
+  /// The names of the states of first order that the equations were reduced to, such as x and x'.
+  const std::vector<std::string>& States() const;
   Summary Summarise() const;
   /// The equations as understood: states, parameters, order reductions, operations after sharing,
   /// precision, order and memory chosen. Several lines.

@@ -52,6 +52,12 @@ Model BindParameters(const Model& model, const std::vector<NodeId*>& others)
   }
   bound.columns = model.columns;
   for (Column& column : bound.columns) column.value = copies[column.value];
+  bound.events = model.events;
+  for (Event& event : bound.events) {
+    event.expression = copies[event.expression];
+    for (EventAssignment& assignment : event.assignments)
+      assignment.value = copies[assignment.value];
+  }
   if (bound.startPoint) bound.startPoint = copies[*bound.startPoint];
   for (NodeId* const node : others) *node = copies[*node];
   return bound;

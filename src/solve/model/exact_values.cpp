@@ -26,6 +26,9 @@ void ExactValues::Evaluate(NodeId id)
     if (node.operandCount == 2 && operand(0) && operand(1)) {
       value = FoldExactly(node.operation, *operand(0), *operand(1));
     }
+    if (node.operation == Operation::kIf && operand(0)) value = operand(*operand(0) != 0 ? 1 : 2);
+    if (node.operation == Operation::kAnd && operand(0) == Rational(0)) value = 0;
+    if (node.operation == Operation::kOr && operand(0) == Rational(1)) value = 1;
   }
   values.push_back(std::move(value));
 }

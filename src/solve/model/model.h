@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "solve/graph/graph.h"
+#include "solve/language/syntax.h"
 #include "solve/source/place.h"
 
 namespace varno::solve {
@@ -34,12 +35,31 @@ struct Column {
   NodeId value;  ///< a kState leaf for a variable
 };
 
+/// A state takes a new value.
+struct EventAssignment {
+  std::uint32_t state;
+  NodeId value;
+  Place place;  ///< of the state's name
+};
+
+/// What happens where an expression crosses zero.
+struct Event {
+  std::string name;
+  NodeId expression;
+  Crossing crossing;  ///< which of them count, as time grows
+  bool stops;         ///< the run ends there
+  /// All of them at once, from the values before.
+  std::vector<EventAssignment> assignments;
+  Place place;  ///< of the name
+};
+
 /// A system of first-order equations with everything resolved: a value that no run changes.
 struct Model {
   Graph graph;
   std::vector<State> states;
   std::vector<Parameter> parameters;
   std::vector<Column> columns;  ///< in the order of the file
+  std::vector<Event> events;    ///< in the order of the file
   /// The point of the start statements; none when the file has none ("& c" then holds at --from).
   std::optional<NodeId> startPoint;
 };

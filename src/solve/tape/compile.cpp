@@ -24,10 +24,10 @@ constexpr std::size_t kMostScaledTerms = 64;
 class Compiler {
  public:
   explicit Compiler(const Model& model);
-  Tape Run(const Model& model) &&;
+  Tape Run(const Model& model, const std::vector<NodeId>& watched) &&;
 
  private:
-  void CountUses(const Model& model);
+  void CountUses(const Model& model, const std::vector<NodeId>& watched);
   LinearForm Form(NodeId id);
   LinearForm FormOf(const Node& node, NodeId id);
   LinearForm Product(LinearForm a, LinearForm b, NodeId id);
@@ -48,13 +48,18 @@ class Compiler {
 };
 
 Compiler::Compiler(const Model& model)
-    : tape{.lines = {}, .factors = {}, .constants = {}, .rightHandSides = {}, .graph = model.graph},
+    : tape{.lines = {},
+           .factors = {},
+           .constants = {},
+           .rightHandSides = {},
+           .watched = {},
+           .graph = model.graph},
       arithmetic(tape.graph),
       lines(tape, arithmetic)
 {}
 
-/// Counts for each node how many needed nodes use it; 0 for those that no right-hand side needs.
-void Compiler::CountUses(const Model& model)
+/// Counts for each node how many needed nodes use it; 0 for those that nothing needs.
+void Compiler::CountUses(const Model& model, const std::vector<NodeId>& watched)
 {
   uses.assign(model.graph.Size(), 0);
   std::vector<NodeId> open;
@@ -62,6 +67,7 @@ void Compiler::CountUses(const Model& model)
     if (uses[id]++ == 0) open.push_back(id);
   };
   for (const State& state : model.states) use(state.rightHandSide);
+  for (const NodeId id : watched) use(id);
   while (!open.empty()) {
     const Node& node = model.graph[open.back()];
     open.pop_back();
@@ -218,9 +224,9 @@ LinearForm Compiler::Form(NodeId id)
   return form;
 }
 
-Tape Compiler::Run(const Model& model) &&
+Tape Compiler::Run(const Model& model, const std::vector<NodeId>& watched) &&
 {
-  CountUses(model);
+  CountUses(model, watched);
   forms.resize(uses.size());
   for (std::uint32_t i = 0; i < model.states.size(); ++i)
     lines.AddState(i, model.states[i].rightHandSide);
@@ -231,15 +237,16 @@ Tape Compiler::Run(const Model& model) &&
     tape.rightHandSides.push_back(
         lines.Materialise(Take(state.rightHandSide), state.rightHandSide));
   }
+  for (const NodeId id : watched) tape.watched.push_back(lines.Materialise(Take(id), id));
   SetDegrees(tape);
   return std::move(tape);
 }
 
 }  // namespace
 
-Tape Compile(const Model& model)
+Tape Compile(const Model& model, const std::vector<NodeId>& watched)
 {
-  return Compiler(model).Run(model);
+  return Compiler(model).Run(model, watched);
 }
 
 }  // namespace varno::solve

@@ -59,7 +59,8 @@ struct Line {
 /// derivative of a function that is defined by an equation with itself, such as tan' = 1 + tan^2).
 ///
 /// Equal operations stand in it once; what is constant is left to `constants`; sums of any length,
-/// with their constant factors, are one line each; only what feeds a right-hand side is in it.
+/// with their constant factors, are one line each; only what feeds a right-hand side or a watched
+/// expression is in it.
 /// The first lines are the states, in their order.
 struct Tape {
   std::vector<Line> lines;
@@ -68,6 +69,9 @@ struct Tape {
   std::vector<NodeId> constants;
   /// For each state the line of its derivative.
   std::vector<LineId> rightHandSides;
+  /// The lines of expressions whose signs are watched (conditions, events), in the order asked for;
+  /// one that depends neither on t nor on states is a line of its own, too.
+  std::vector<LineId> watched;
   /// The model's expressions with its parameters bound, and those that the tape has made.
   Graph graph;
 };

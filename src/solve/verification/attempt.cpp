@@ -51,8 +51,13 @@ Attempt::Attempt(const Model& model, const std::vector<NodeId>& columns, int dig
 
 std::vector<std::vector<SizedNumber>> Attempt::RowAt(const Moment& time)
 {
+  return RowOf(time, path.StatesAt(time));
+}
+
+std::vector<std::vector<SizedNumber>> Attempt::RowOf(const Moment& time,
+                                                     const std::vector<SizedStates>& states)
+{
   std::vector<std::vector<SizedNumber>> row;
-  const std::vector<SizedStates> states = path.StatesAt(time);
   for (std::size_t i = 0; i < states.size(); ++i)
     row.push_back(columnValues[i].At(time, states[i]));
   return row;

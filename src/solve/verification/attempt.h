@@ -22,6 +22,11 @@ class Attempt {
   /// and RowOutOfRange.
   std::vector<std::vector<SizedNumber>> RowAt(const Moment& time);
 
+  /// The same by states that were kept, in any order of times. Throws RowOutOfRange.
+  std::vector<std::vector<SizedNumber>> RowOf(const Moment& time,
+                                              const std::vector<SizedStates>& states);
+  std::size_t RunCount() const { return columnValues.size(); }
+
   Path& Integration() { return path; }
   const Path& Integration() const { return path; }
 

@@ -199,6 +199,21 @@ void VerifiedRows::CompareStates(const Moment& time, const DenseStep& a, const D
   if (common < wanted.digits / 2.0) throw Failure{time, common, false};
 }
 
+std::optional<CheckedRow> VerifiedRows::RowBetween(const Moment& time,
+                                                   const std::vector<SizedStates>& states)
+{
+  if (attempt == nullptr || states.size() != attempt->RunCount()) return std::nullopt;
+  const auto runs = attempt->RowOf(time, states);
+  try {
+    return CheckedRow{Judge(time, runs), wanted.check};
+  } catch (const Failure&) {
+    CheckedRow unsure{{time, {}}, false};
+    for (const SizedNumber& number : runs.back())
+      unsure.row.numbers.push_back({number.value, std::nullopt});
+    return unsure;
+  }
+}
+
 double VerifiedRows::Distance(const Moment& time) const
 {
   return std::abs((time - interval.start).ToDouble());

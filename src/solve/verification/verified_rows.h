@@ -37,6 +37,12 @@ struct VerifiedRow {
   std::vector<RowNumber> numbers;
 };
 
+/// A row that both runs agree on, or else the best run's numbers.
+struct CheckedRow {
+  VerifiedRow row;
+  bool isVerified;
+};
+
 /// What the best run of an attempt did.
 struct RunStatistics {
   std::int64_t steps = 0;
@@ -67,6 +73,11 @@ class VerifiedRows {
   /// The next row, none after the last. Throws what Attempt throws but Disagreement,
   /// PrecisionExhausted and WrongRow.
   std::optional<VerifiedRow> Next();
+
+  /// The row of a time between others, by states of the present attempt that were kept
+  /// (StepRecord), and whether it is verified like the rows of Next; none where states of a run are
+  /// missing. Throws RowOutOfRange.
+  std::optional<CheckedRow> RowBetween(const Moment& time, const std::vector<SizedStates>& states);
 
   /// The run behind the latest row; null before the first.
   const Path* Integration() const { return attempt ? &attempt->Integration() : nullptr; }

@@ -44,7 +44,7 @@ class LockstepTest : public testing::Test {
             Moment(Rational(0)),
             Starts(starts, best.bits),
             reach,
-            [this](const DenseStep&) {
+            [this](std::size_t, const DenseStep&) {
               if (++watched == limit) throw std::runtime_error("limit");
             },
             {},

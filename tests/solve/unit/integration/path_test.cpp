@@ -34,7 +34,7 @@ class PathTest : public testing::Test {
              .interval = {Moment(Rational(0)), Moment(from), Moment(to)},
              .settings = {SettingsFor(22, 20), best},
              .startStates = {{one}, {one}},
-             .watch = [](const DenseStep&) {},
+             .watch = [](std::size_t, const DenseStep&) {},
              .poll = {},
              .compare = [](const Moment&, const DenseStep&, const DenseStep&) {},
              .mayUseThreads = false},

@@ -9,47 +9,18 @@
 #include "solve/number/rational.h"
 #include "solve/roots/refinement.h"
 #include "tests/solve/support/comparison.h"
+#include "tests/solve/support/exact_polynomial.h"
 
 namespace varno::solve {
 namespace {
 
+using support::ExactPolynomial;
 using support::IsWithin;
+using support::Rounded;
+using support::ToReal;
+using support::WithRoots;
 
 constexpr mpfr_prec_t kBits = 200;
-
-using ExactPolynomial = std::vector<Rational>;
-
-/// The product of all x - root.
-ExactPolynomial WithRoots(const std::vector<Rational>& roots)
-{
-  ExactPolynomial product{1};
-  for (const Rational& root : roots) {
-    product.insert(product.begin(), 0);
-    for (std::size_t k = 0; k + 1 < product.size(); ++k) product[k] -= root * product[k + 1];
-  }
-  return product;
-}
-
-/// Its coefficients rounded to this precision, each with an error of some last bits.
-UncertainPolynomial Rounded(const ExactPolynomial& exact, mpfr_prec_t bits = kBits)
-{
-  UncertainPolynomial polynomial;
-  for (const Rational& coefficient : exact) {
-    Real& a = polynomial.coefficients.emplace_back(bits);
-    mpfr_set_q(a, coefficient.get_mpq_t(), MPFR_RNDN);
-    Real& error = polynomial.errors.emplace_back(32);
-    mpfr_abs(error, a, MPFR_RNDU);
-    mpfr_mul_2si(error, error, 2 - bits, MPFR_RNDU);
-  }
-  return polynomial;
-}
-
-Real ToReal(const Rational& value)
-{
-  Real real(2 * kBits);
-  mpfr_set_q(real, value.get_mpq_t(), MPFR_RNDN);
-  return real;
-}
 
 bool Holds(const RootInterval& interval, const Rational& root)
 {
@@ -232,43 +203,6 @@ TEST(IsolateRoots, ErrorsWidenTheInterval)
   EXPECT_TRUE(Holds(found[0], {49, 100}));
   EXPECT_TRUE(Holds(found[0], {51, 100}));
   EXPECT_NEAR(RefineRoot(polynomial, found[0]).error.ToDouble(), 0.01, 1e-6);
-}
-
-// The exact values of random polynomials' products at random places, against Evaluate and
-// Restricted.
-TEST(UncertainPolynomial, BoundsTheErrorOfValues)
-{
-  const ExactPolynomial exact = WithRoots({{1, 3}, {2, 7}, {3, 5}, {1, 3}});
-  const UncertainPolynomial polynomial = Rounded(exact, 70);
-  for (const Rational& x : {Rational(0), Rational(1, 3), Rational(5, 8), Rational(1)}) {
-    Rational expected = 0;
-    for (std::size_t k = exact.size(); k-- > 0;) expected = expected * x + exact[k];
-    Real place(70), difference(32);
-    mpfr_set_q(place, x.get_mpq_t(), MPFR_RNDN);
-    const UncertainValue value = Evaluate(polynomial, place);
-    mpfr_sub(difference, value.value, ToReal(expected), MPFR_RNDA);
-    EXPECT_LE(
-        mpfr_cmpabs(static_cast<mpfr_srcptr>(difference), static_cast<mpfr_srcptr>(value.error)), 0)
-        << x;
-    EXPECT_LT(support::Log2(value.error), -60);
-  }
-}
-
-TEST(UncertainPolynomial, IsRestrictedToAPart)
-{
-  // (x - 1/3)^3 in x = 1/3 + y/4 is y^3/64, exact but for the error of 1/3.
-  const UncertainPolynomial polynomial = Rounded(WithRoots({{1, 3}, {1, 3}, {1, 3}}));
-  Real begin(kBits), width(10);
-  mpfr_set_q(begin, Rational(1, 3).get_mpq_t(), MPFR_RNDN);
-  mpfr_set_q(width, Rational(1, 4).get_mpq_t(), MPFR_RNDN);
-  const UncertainPolynomial part = Restricted(polynomial, begin, width);
-  for (std::size_t k = 0; k < 4; ++k) {
-    EXPECT_TRUE(
-        IsWithin(-190, part.coefficients[k], ToReal(k == 3 ? Rational(1, 64) : Rational(0))))
-        << k;
-    EXPECT_GE(support::Log2(part.errors[k]), -203 - 2 * static_cast<double>(k));
-    EXPECT_LE(support::Log2(part.errors[k]), -185);
-  }
 }
 
 }  // namespace

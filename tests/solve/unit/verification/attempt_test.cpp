@@ -31,7 +31,7 @@ TEST(Attempt, HasARowForEachRunAndANumberForEachColumn)
                    .interval = {Moment(Rational(0)), Moment(Rational(0)), Moment(2)},
                    .settings = {first, second},
                    .startStates = {{one}, {one}},
-                   .watch = [](const DenseStep&) {},
+                   .watch = [](std::size_t, const DenseStep&) {},
                    .poll = {},
                    .compare = [](const Moment&, const DenseStep&, const DenseStep&) {},
                    .mayUseThreads = false},
