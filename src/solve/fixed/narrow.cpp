@@ -4,6 +4,8 @@
 #include <cmath>
 #include <limits>
 
+#include "solve/fixed/log2.h"
+
 namespace varno::solve {
 
 namespace {
@@ -154,7 +156,7 @@ double NarrowArithmetic::Log2(const Terms& terms, int k)
   if (terms.exactZero[k] != 0) return -std::numeric_limits<double>::infinity();
   const double size =
       std::abs(static_cast<double>(terms.high[k]) * 0x1p60 + static_cast<double>(terms.low[k]));
-  return std::log2(std::max(size, 1.0)) + UnitLog2(terms.exponent);
+  return FastLog2(std::max(size, 1.0)) + UnitLog2(terms.exponent);
 }
 
 NarrowValue NarrowArithmetic::FromNumber(mpfr_srcptr x)

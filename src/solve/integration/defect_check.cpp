@@ -41,7 +41,7 @@ DefectCheck::DefectCheck(const Tape& tape, const RunSettings& settings, mpfr_pre
       states(tape.rightHandSides.size(), Real(bits)),
       derivatives(states),
       derivativeSizes(states.size()),
-      term(bits)
+      bits(bits)
 {}
 
 bool DefectCheck::Passes(const Step& step, std::span<const double> parts)
@@ -52,18 +52,8 @@ bool DefectCheck::Passes(const Step& step, std::span<const double> parts)
 /// A state and its derivative by the series.
 void DefectCheck::Evaluate(const Step& step, std::size_t state, mpfr_srcptr offset)
 {
-  // Horner's scheme for both: derivative = derivative * offset + value, value = value * offset +
-  // term
-  mpfr_ptr value = states[state], derivative = derivatives[state];
-  mpfr_set_zero(value, 1);
-  mpfr_set_zero(derivative, 1);
-  for (int k = step.series.Order(); k >= 0; --k) {
-    mpfr_mul(derivative, derivative, offset, MPFR_RNDN);
-    mpfr_add(derivative, derivative, value, MPFR_RNDN);
-    mpfr_mul(value, value, offset, MPFR_RNDN);
-    step.series.Term(static_cast<LineId>(state), k, term);
-    mpfr_add(value, value, term, MPFR_RNDN);
-  }
+  mpfr_ptr derivative = derivatives[state];
+  step.series.SumWithDerivative(static_cast<LineId>(state), offset, states[state], derivative);
   mpfr_mul_2si(derivative, derivative, -step.scaleExponent, MPFR_RNDN);
   if (step.backwards) mpfr_neg(derivative, derivative, MPFR_RNDN);
 }
@@ -91,7 +81,7 @@ double DefectCheck::AllowedLog2(const Step& step, std::size_t state) const
 
 bool DefectCheck::PassesAt(const Step& step, double part)
 {
-  Real offset(53), time(term.Bits()), advance(term.Bits());
+  Real offset(53), time(bits), advance(bits);
   const double whole = std::floor(step.lengthLog2);
   mpfr_set_d(offset, part * std::exp2(step.lengthLog2 - whole), MPFR_RNDN);
   mpfr_mul_2si(offset, offset, static_cast<long>(whole), MPFR_RNDN);

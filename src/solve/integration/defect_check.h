@@ -36,7 +36,7 @@ class DefectCheck {
 
   /// Whether the step passes at these parts of its length.
   bool Passes(const Step& step, std::span<const double> parts);
-  mpfr_prec_t Bits() const { return mpfr_get_prec(term); }
+  mpfr_prec_t Bits() const { return bits; }
 
  private:
   bool PassesAt(const Step& step, double part);
@@ -49,7 +49,7 @@ class DefectCheck {
   Evaluator rightHandSides;
   std::vector<Real> states, derivatives;  // of the series, at the point looked at
   std::vector<double> derivativeSizes;    // log2
-  Real term;
+  mpfr_prec_t bits;
 };
 
 }  // namespace varno::solve

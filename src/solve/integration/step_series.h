@@ -78,8 +78,7 @@ class StepSeries {
 
  private:
   StepBound BeginWithBits();
-  StepBound BeginWithout(mpfr_srcptr time, const std::vector<bool>& leftOut,
-                         bool mayUseBlocks);
+  StepBound BeginWithout(mpfr_srcptr time, const std::vector<bool>& leftOut, bool mayUseBlocks);
   StepBound ChooseBound(const std::vector<bool>& leftOut);
   bool IsExactFor(const StepBound& bound);
   void BeginLines(mpfr_srcptr time, const std::vector<bool>& leftOut);

@@ -28,6 +28,7 @@ class BlockSeries final : public Series {
         leftOut(tape.lines.size(), false),
         arithmetic(bits),
         terms(tape.lines.size()),
+        logs(tape.lines.size()),
         largest(tape.lines.size(), kUnknown),
         divisors(tape.lines.size()),
         resolutions(tape.lines.size()),
@@ -71,19 +72,26 @@ class BlockSeries final : public Series {
       return;
     }
     Reserve(wanted + 1);
+    const int first = order + 1;
     for (; order < wanted; ++order) ComputeTerms(order + 1);
+    for (LineId id = 0; id < tape.lines.size(); ++id) {
+      for (int k = first; k <= order; ++k) logs[id][k] = arithmetic.Log2(terms[id], k);
+    }
   }
 
   int Order() const override { return isRefined ? precise.Order() : order; }
 
   double Log2(LineId line, int k) const override
   {
-    return isRefined || k == 0 ? precise.Log2(line, k) : arithmetic.Log2(terms[line], k);
+    return isRefined || k == 0 ? precise.Log2(line, k) : logs[line][k];
   }
 
   double Log2Constant(ConstantId constant) const override { return precise.Log2Constant(constant); }
 
   void Sum(LineId line, mpfr_srcptr offset, mpfr_ptr result) const override;
+
+  void SumWithDerivative(LineId line, mpfr_srcptr offset, mpfr_ptr value,
+                         mpfr_ptr derivative) const override;
 
   void Term(LineId line, int k, mpfr_ptr result) const override
   {
@@ -159,6 +167,7 @@ class BlockSeries final : public Series {
   }
   Terms& Weighted(LineId line) { return weightedTerms[weightedRows[line]]; }
 
+  void AddFirstTerm(LineId line, const Value& others, mpfr_ptr result) const;
   bool FindLargest(double log2);
   void FindResolutions() const;
   double ResolutionOf(const Line& line, LineId id) const;
@@ -172,6 +181,7 @@ class BlockSeries final : public Series {
   std::vector<bool> leftOut;  // by line
   Arithmetic arithmetic;
   std::vector<Terms> terms;
+  std::vector<std::vector<double>> logs;  // by line: log2 of its terms
   std::vector<std::uint32_t> weightedRows;  // kNone where a line needs none
   std::vector<Terms> weightedTerms;         // j times term j
   std::vector<Factor> constants;            // by constant

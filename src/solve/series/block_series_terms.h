@@ -9,6 +9,7 @@ void BlockSeries<Arithmetic>::Reserve(int count)
 {
   for (Terms& row : terms) arithmetic.Reserve(row, count);
   for (Terms& row : weightedTerms) arithmetic.Reserve(row, count);
+  for (std::vector<double>& row : logs) row.resize(std::max<std::size_t>(row.size(), count));
 }
 
 template <class Arithmetic>
@@ -40,6 +41,7 @@ void BlockSeries<Arithmetic>::StartLine(LineId id)
   const long least = largest[id] == kUnknown ? kUnknown : arithmetic.ExponentFor(largest[id]);
   arithmetic.Reset(terms[id], least);
   arithmetic.Store(terms[id], 0, first);
+  logs[id][0] = precise.Log2(id, 0);
   if (weightedRows[id] != kNone) {
     arithmetic.Reset(Weighted(id), least);
     arithmetic.Store(Weighted(id), 0, Value());
@@ -244,10 +246,39 @@ void BlockSeries<Arithmetic>::Sum(LineId line, mpfr_srcptr offset, mpfr_ptr resu
     arithmetic.Add(sum, arithmetic.Load(terms[line], k));
     arithmetic.Multiply(sum, r);
   }
-  Real others(bits + 64);
-  arithmetic.ToNumber(sum, others);
-  mpfr_add(result, precise.Number(line, 0), others, MPFR_RNDN);
-  if (sum.lost || sum.inexact) mpfr_set_inexflag();
+  AddFirstTerm(line, sum, result);
+}
+
+template <class Arithmetic>
+void BlockSeries<Arithmetic>::AddFirstTerm(LineId line, const Value& others, mpfr_ptr result) const
+{
+  Real sum(bits + 64);
+  arithmetic.ToNumber(others, sum);
+  mpfr_add(result, precise.Number(line, 0), sum, MPFR_RNDN);
+  if (others.lost || others.inexact) mpfr_set_inexflag();
+}
+
+template <class Arithmetic>
+void BlockSeries<Arithmetic>::SumWithDerivative(LineId line, mpfr_srcptr offset, mpfr_ptr value,
+                                                mpfr_ptr derivative) const
+{
+  if (isRefined) {
+    Series::SumWithDerivative(line, offset, value, derivative);
+    return;
+  }
+  const Factor r = arithmetic.ToFactor(arithmetic.FromNumber(offset));
+  Value sum, slope;
+  for (int k = order; k > 0; --k) {
+    arithmetic.Multiply(slope, r);
+    arithmetic.Add(slope, sum);
+    arithmetic.Multiply(sum, r);
+    arithmetic.Add(sum, arithmetic.Load(terms[line], k));
+  }
+  arithmetic.Multiply(slope, r);
+  arithmetic.Add(slope, sum);
+  arithmetic.ToNumber(slope, derivative);
+  arithmetic.Multiply(sum, r);
+  AddFirstTerm(line, sum, value);
 }
 
 /// The last term that is not exactly 0, or 0.
@@ -281,10 +312,8 @@ bool BlockSeries<Arithmetic>::FindLargest(double log2)
     }
     if (std::abs(terms[id].exponent) > Arithmetic::kMostExponent) return false;
     double early = -kInfinity, late = -kInfinity;
-    for (int k = 0; k <= order; ++k) {
-      double& size = 2 * k <= order ? early : late;
-      size = std::max(size, Log2(id, k) + k * log2);
-    }
+    for (int k = 0; 2 * k <= order; ++k) early = std::max(early, logs[id][k] + k * log2);
+    for (int k = order / 2 + 1; k <= order; ++k) late = std::max(late, logs[id][k] + k * log2);
     // Terms that rise are no measure for errors.
     if (late > early + kMostRiseBits) return false;
     const double size = std::max(early, late);
@@ -351,8 +380,7 @@ void BlockSeries<Arithmetic>::FindResolutions() const
   };
   for (LineId id = 0; id < tape.lines.size(); ++id) {
     resolutions[id] = own(id);
-    sizes[id] = -kInfinity;
-    for (int k = 0; k <= order; ++k) sizes[id] = std::max(sizes[id], Log2(id, k));
+    sizes[id] = *std::max_element(logs[id].begin(), logs[id].begin() + order + 1);
   }
   constexpr int kPasses = 2;
   for (int pass = 0; pass < kPasses; ++pass) {

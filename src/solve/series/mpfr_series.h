@@ -13,8 +13,8 @@ namespace varno::solve {
 /// The numbers in parentheses are those of docs/solve/recurrences.md.
 class MpfrSeries final : public Series {
  public:
-  MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder, bool disturbed,
-             Poll poll = {}, const std::vector<CommonRoot>& roots = {});
+  MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder, bool disturbed, Poll poll = {},
+             const std::vector<CommonRoot>& roots = {});
 
   void LeaveOut(std::vector<bool> lines) override { leftOut = std::move(lines); }
   void Begin(mpfr_srcptr time, std::span<const Real> states, bool backwards,

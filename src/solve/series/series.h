@@ -40,6 +40,9 @@ class Series {
   /// Sets result to the sum of term k * offset^k, k = 0..Order(): the value at start + offset *
   /// scale.
   virtual void Sum(LineId line, mpfr_srcptr offset, mpfr_ptr result) const = 0;
+  /// The same with the derivative by the offset.
+  virtual void SumWithDerivative(LineId line, mpfr_srcptr offset, mpfr_ptr value,
+                                 mpfr_ptr derivative) const;
   /// Sets result to term k.
   virtual void Term(LineId line, int k, mpfr_ptr result) const = 0;
   /// The order of the common root that the line begins with: MakeSeriesAtRoot.
