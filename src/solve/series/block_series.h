@@ -181,7 +181,7 @@ class BlockSeries final : public Series {
   std::vector<bool> leftOut;  // by line
   Arithmetic arithmetic;
   std::vector<Terms> terms;
-  std::vector<std::vector<double>> logs;  // by line: log2 of its terms
+  std::vector<std::vector<double>> logs;    // by line: log2 of its terms
   std::vector<std::uint32_t> weightedRows;  // kNone where a line needs none
   std::vector<Terms> weightedTerms;         // j times term j
   std::vector<Factor> constants;            // by constant
