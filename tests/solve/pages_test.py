@@ -24,7 +24,7 @@ PROGRAM = Path(sys.argv.pop()).resolve()
 ROOT = Path(__file__).resolve().parents[2]
 # Each with the least number of commands that it shows.
 PAGES = {"README.md": 3, "docs/solve/manual.md": 10, "docs/solve/digits.md": 1,
-         "docs/solve/tutorial.md": 10}
+         "docs/solve/tutorial.md": 10, "docs/solve/newcomers.md": 3}
 COMPARISON = "docs/solve/from-varno.md"
 INDENT = "    "
 
