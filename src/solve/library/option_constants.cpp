@@ -18,7 +18,8 @@ constexpr mpfr_prec_t kTrialBits = 64;
 
 }  // namespace
 
-BoundProblem Bind(const Model& model, const Options& options, Sources& sources)
+BoundProblem Bind(const Model& model, const Options& options, Sources& sources,
+                  const std::vector<std::uint32_t>& open)
 {
   Model reading = model;
   const auto read = [&](const char* option, const std::string& text) {
@@ -36,7 +37,7 @@ BoundProblem Bind(const Model& model, const Options& options, Sources& sources)
   if (constants.from) all.push_back(&*constants.from);
   if (constants.every) all.push_back(&*constants.every);
   for (NodeId& time : constants.at) all.push_back(&time);
-  return {BindParameters(reading, all), std::move(constants)};
+  return {BindParameters(reading, all, open), std::move(constants)};
 }
 
 Moment ConstantMoments::operator()(NodeId constant)

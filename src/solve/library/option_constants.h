@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <unordered_map>
@@ -26,7 +27,9 @@ struct BoundProblem {
 };
 
 /// Reads the constants of the options, which may use the model's parameters. Throws ProblemError.
-BoundProblem Bind(const Model& model, const Options& options, Sources& sources);
+/// `open`: see BindParameters.
+BoundProblem Bind(const Model& model, const Options& options, Sources& sources,
+                  const std::vector<std::uint32_t>& open = {});
 
 /// Makes exact times of constants. Equal constants are the same one in all moments, so that their
 /// difference is 0.

@@ -1,5 +1,6 @@
 #include <utility>
 
+#include "solve/library/problem_data.h"
 #include "solve/library/solution_data.h"
 #include "solve/library/solve.h"
 #include "solve/number/exponent_range.h"
@@ -9,8 +10,13 @@ namespace varno::solve {
 Solution::Solution(const Problem& problem, Options options)
 {
   const ScopedExponentRange range;
-  implementation = std::make_unique<Implementation>(*problem.implementation, std::move(options));
+  const Problem::Implementation& given = *problem.implementation;
+  CompiledProblem compiled(given.sources, given.model, options);
+  implementation = std::make_unique<Implementation>(std::move(compiled), std::move(options));
 }
+Solution::Solution(std::unique_ptr<Implementation> implementation)
+    : implementation(std::move(implementation))
+{}
 
 Solution::Solution(Solution&&) noexcept = default;
 Solution& Solution::operator=(Solution&&) noexcept = default;

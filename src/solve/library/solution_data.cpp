@@ -9,11 +9,8 @@
 #include <fmt/format.h>
 
 #include "solve/evaluation/domain_error.h"
-#include "solve/library/not_yet.h"
 #include "solve/model/print.h"
 #include "solve/number/exponent_range.h"
-#include "solve/source/diagnostics.h"
-#include "solve/tape/compile.h"
 #include "solve/tape/print.h"
 
 namespace varno::solve {
@@ -37,17 +34,6 @@ NumberFormat CheckedFormat(const Options& options)
   }
 }
 
-BoundProblem BindOrThrow(const Model& model, const Options& options, Sources& sources)
-{
-  try {
-    BoundProblem bound = Bind(model, options, sources);
-    RequireSmoothEquations(bound.model, sources);
-    return bound;
-  } catch (const ProblemError& error) {
-    throw InputError(error.what());
-  }
-}
-
 std::vector<std::string> StateNames(const Model& model)
 {
   std::vector<std::string> names;
@@ -57,12 +43,13 @@ std::vector<std::string> StateNames(const Model& model)
 
 }  // namespace
 
-Solution::Implementation::Implementation(const Problem::Implementation& problem, Options given)
-    : sources(problem.sources),
+Solution::Implementation::Implementation(CompiledProblem problem, Options given)
+    : texts(std::move(problem.sources)),
+      sources(*texts),
       options(std::move(given)),
-      bound(BindOrThrow(problem.model, options, sources)),
+      bound(std::move(problem.bound)),
       model(bound.model),
-      tape(Compile(model)),
+      tape(std::move(problem.tape)),
       moments(model.graph, sources),
       numberFormat(CheckedFormat(options)),
       timeFormat(options.digits),
@@ -72,7 +59,7 @@ Solution::Implementation::Implementation(const Problem::Implementation& problem,
       ends(sources, tape.graph, stateNames, options.digits)
 {
   ChooseColumns();
-  if (options.keepSteps) unbound = problem.model;
+  unbound = std::move(problem.unbound);
   rows.emplace(
       model, tape, interval, schedule,
       RowsWanted{columns, options.digits, options.check, options.maxBits, MayUseThreads()},

@@ -1,13 +1,14 @@
 #pragma once
 
 #include <chrono>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "solve/library/compiled_problem.h"
 #include "solve/library/ends.h"
 #include "solve/library/option_constants.h"
-#include "solve/library/problem_data.h"
 #include "solve/library/solve.h"
 #include "solve/rows/number_format.h"
 #include "solve/rows/time_format.h"
@@ -19,7 +20,7 @@ namespace varno::solve {
 
 /// What a Solution holds: the problem with its parameters bound, and the run.
 struct Solution::Implementation {
-  Implementation(const Problem::Implementation& problem, Options options);
+  Implementation(CompiledProblem problem, Options options);
   // The run refers to the tape, which therefore must not move.
   Implementation(const Implementation&) = delete;
   Implementation& operator=(const Implementation&) = delete;
@@ -45,7 +46,8 @@ struct Solution::Implementation {
   RunEnded WrongRowEnd(const Moment& time) const;
   double SecondsSinceBegin() const;
 
-  Sources sources;
+  std::shared_ptr<const Sources> texts;
+  const Sources& sources;
   Options options;
   BoundProblem bound;
   const Model& model;

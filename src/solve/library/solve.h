@@ -57,6 +57,7 @@ class RunEnded : public std::runtime_error {
 struct SweptValue {
   std::string expression;  ///< exact, for the right side of a setting
   std::string text;        ///< as rows show it
+  std::string fraction;    ///< the value in lowest terms, "1/3"; empty where it is irrational
 };
 
 /// The values of a sweep, in order, each made when it is asked for.
@@ -102,6 +103,7 @@ class Problem {
 
  private:
   friend class Solution;
+  friend class Family;
   struct Implementation;
   explicit Problem(std::unique_ptr<Implementation> implementation);
   std::unique_ptr<Implementation> implementation;
@@ -264,7 +266,30 @@ class Solution {
   std::string Explain() const;
 
  private:
+  friend class Family;
   struct Implementation;
+  explicit Solution(std::unique_ptr<Implementation> implementation);
+  std::unique_ptr<Implementation> implementation;
+};
+
+/// Solutions of one problem that differ in the values of some names: the equations are read and
+/// compiled once, as far as the values leave them the same.
+class Family {
+ public:
+  /// `names` are what Problem::Set takes before "=": "mu", "x(0)". Throws InputError where the
+  /// problem has no such name.
+  Family(const Problem& problem, Options options, std::vector<std::string> names);
+  Family(Family&&) noexcept;
+  Family& operator=(Family&&) noexcept;
+  ~Family();
+
+  /// The solution with these values of the names, in their order: the same as of
+  /// Problem::With(settings). Throws what Problem::With and Solution throw. Safe on several
+  /// threads.
+  Solution At(const std::vector<SweptValue>& values) const;
+
+ private:
+  class Implementation;
   std::unique_ptr<Implementation> implementation;
 };
 

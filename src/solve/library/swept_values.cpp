@@ -41,6 +41,11 @@ std::shared_ptr<const Numbers> Read(const std::vector<std::string>& expressions)
   return numbers;
 }
 
+std::string Fraction(const Moment& value)
+{
+  return value.IsRational() ? value.RationalPart().get_str() : "";
+}
+
 /// How many of first, first + step, ... do not lie beyond last. Throws InputError.
 std::int64_t CountOf(const Moment& first, const Moment& last, const Moment& step)
 {
@@ -70,7 +75,8 @@ SweptValues SweptValues::Range(const std::string& first, const std::string& last
           [numbers, first, step, format](std::int64_t i) {
             const Moment value =
                 numbers->moments[0] + numbers->moments[2] * Rational(static_cast<long>(i));
-            return SweptValue{fmt::format("({})+{}*({})", first, i, step), format.Text(value)};
+            return SweptValue{fmt::format("({})+{}*({})", first, i, step), format.Text(value),
+                              Fraction(value)};
           }};
 }
 
@@ -81,7 +87,8 @@ SweptValues SweptValues::List(const std::vector<std::string>& expressions, int d
   return {static_cast<std::int64_t>(expressions.size()),
           [numbers, expressions, format](std::int64_t i) {
             const auto place = static_cast<std::size_t>(i);
-            return SweptValue{expressions[place], format.Text(numbers->moments[place])};
+            const Moment& value = numbers->moments[place];
+            return SweptValue{expressions[place], format.Text(value), Fraction(value)};
           }};
 }
 

@@ -15,7 +15,8 @@ constexpr mpfr_prec_t kDecisionBits = 64;
 constexpr mpfr_exp_t kMostIntegerBits = 1L << 20;
 
 /// The copy of a node over operands that are copied already.
-NodeId Copy(const Model& from, NodeId id, const std::vector<NodeId>& copies, Graph& to)
+NodeId Copy(const Model& from, NodeId id, const std::vector<NodeId>& copies,
+            const std::vector<std::uint32_t>& open, Graph& to)
 {
   const Graph& graph = from.graph;
   const Node& node = graph[id];
@@ -29,6 +30,8 @@ NodeId Copy(const Model& from, NodeId id, const std::vector<NodeId>& copies, Gra
     case Operation::kState:
       return to.State(node.index, node.place);
     case Operation::kParameter:
+      if (std::ranges::find(open, node.index) != open.end())
+        return to.Parameter(node.index, node.place);
       return copies[from.parameters[node.index].value];
     default:
       break;
@@ -93,15 +96,42 @@ NodeId DecidedOr(Graph& graph, NodeId id)
   }
 }
 
+/// Which nodes of a growing graph depend on parameters whose values are still to come.
+class OpenNodes {
+ public:
+  explicit OpenNodes(const Graph& graph) : graph(graph) {}
+
+  /// Looks at what has been added.
+  void Extend()
+  {
+    for (auto id = static_cast<NodeId>(isOpen.size()); id < graph.Size(); ++id) {
+      const Node& node = graph[id];
+      bool open = node.operation == Operation::kParameter;
+      for (int i = 0; i < node.operandCount; ++i) open = open || isOpen[node.operands[i]];
+      isOpen.push_back(open);
+    }
+  }
+  bool Contains(NodeId id) const { return isOpen[id]; }
+
+ private:
+  const Graph& graph;
+  std::vector<bool> isOpen;
+};
+
 }  // namespace
 
-Model BindParameters(const Model& model, const std::vector<NodeId*>& others)
+Model BindParameters(const Model& model, const std::vector<NodeId*>& others,
+                     const std::vector<std::uint32_t>& open)
 {
   Model bound;
   bound.startPoint = model.startPoint;
   std::vector<NodeId> copies(model.graph.Size());
-  for (NodeId id = 0; id < model.graph.Size(); ++id)
-    copies[id] = DecidedOr(bound.graph, Copy(model, id, copies, bound.graph));
+  OpenNodes openNodes(bound.graph);
+  for (NodeId id = 0; id < model.graph.Size(); ++id) {
+    copies[id] = Copy(model, id, copies, open, bound.graph);
+    openNodes.Extend();
+    if (!openNodes.Contains(copies[id])) copies[id] = DecidedOr(bound.graph, copies[id]);
+  }
 
   bound.states = model.states;
   for (State& state : bound.states) {
