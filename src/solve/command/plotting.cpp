@@ -69,7 +69,8 @@ void Plotting::Draw() const
   PlotData data{columns, sweptCount, {}};
   for (const auto& [number, run] : runs) data.runs.push_back(run);
   try {
-    RunGnuplot(GnuplotScript(*request, data), request->file == "-");
+    const std::string picture = RunGnuplot(GnuplotScript(*request, data));
+    if (request->file == "-") OutputFile::StandardOutput(IsInterrupted).Write(picture);
   } catch (const PlotError& error) {
     throw OutputError(error.what());
   }

@@ -1,11 +1,11 @@
 #include "solve/plot/gnuplot.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fcntl.h>
 #include <memory>
 #include <spawn.h>
 #include <string_view>
@@ -37,8 +37,10 @@ class TemporaryFile {
   std::string Read()
   {
     std::rewind(file.get());
-    std::string text(4096, '\0');
-    text.resize(std::fread(text.data(), 1, text.size(), file.get()));
+    std::string text;
+    std::array<char, 4096> block;
+    while (const std::size_t count = std::fread(block.data(), 1, block.size(), file.get()))
+      text.append(block.data(), count);
     return text;
   }
 
@@ -54,15 +56,14 @@ class TemporaryFile {
   std::unique_ptr<std::FILE, Close> file;
 };
 
-/// Starts gnuplot with its input and its messages in these files; returns its process.
-pid_t Start(int input, int messages, bool wantsOutput)
+/// Starts gnuplot with its input, its output and its messages in these files; returns its process.
+pid_t Start(int input, int output, int messages)
 {
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
   posix_spawn_file_actions_adddup2(&actions, messages, STDERR_FILENO);
-  if (!wantsOutput)
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+  posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
   char name[] = "gnuplot";
   char* const arguments[] = {name, nullptr};
   pid_t process = 0;
@@ -96,14 +97,17 @@ void RequireGnuplot()
   throw PlotError("--plot needs gnuplot, which is not there: on Debian, install gnuplot-nox");
 }
 
-void RunGnuplot(const std::string& script, bool wantsOutput)
+std::string RunGnuplot(const std::string& script)
 {
-  TemporaryFile input, messages;
+  TemporaryFile input, output, messages;
   input.Write(script);
-  const int status = WaitFor(Start(input.Descriptor(), messages.Descriptor(), wantsOutput));
+  const int status = WaitFor(Start(input.Descriptor(), output.Descriptor(), messages.Descriptor()));
   const std::string said = messages.Read();
-  if (status == 0) return;
-  throw PlotError("--plot: gnuplot has failed" + (said.empty() ? "" : ":\n" + said));
+  if (status != 0)
+    throw PlotError("--plot: gnuplot has failed" + (said.empty() ? "" : ":\n" + said));
+  std::string picture = output.Read();
+  std::erase(picture, '\f');  // what begins a new page on a printer
+  return picture;
 }
 
 }  // namespace varno::solve

@@ -9,8 +9,8 @@ namespace varno::solve {
 /// Throws PlotError where there is no gnuplot on the PATH.
 void RequireGnuplot();
 
-/// Runs gnuplot with these commands; what it draws without a file goes to standard output where
-/// that is wanted. Throws PlotError, with what gnuplot says, where it fails.
-void RunGnuplot(const std::string& script, bool wantsOutput);
+/// Runs gnuplot with these commands and returns what it draws without a file, as for a terminal.
+/// Throws PlotError, with what gnuplot says, where it fails.
+std::string RunGnuplot(const std::string& script);
 
 }  // namespace varno::solve

@@ -33,6 +33,23 @@ std::string Quoted(const std::string& text)
   return quoted + "'";
 }
 
+/// So many characters fit along the side of a picture, and below it.
+constexpr std::size_t kCharactersOfHeight = 48, kCharactersOfWidth = 90;
+
+/// The same for a label, broken at blanks into lines that fit: gnuplot would cut it off.
+std::string QuotedLines(const std::string& text, std::size_t width)
+{
+  std::string quoted, rest = text;
+  while (rest.size() > width) {
+    auto blank = rest.rfind(' ', width);
+    if (blank == std::string::npos || blank == 0) blank = rest.find(' ', 1);
+    if (blank == std::string::npos) break;
+    quoted += Quoted(rest.substr(0, blank)) + ".\"\\n\".";
+    rest.erase(0, blank + 1);
+  }
+  return quoted + Quoted(rest);
+}
+
 std::string SuffixOf(const std::string& file)
 {
   const auto point = file.rfind('.');
@@ -149,12 +166,21 @@ void Script::AddCurves(const std::string& block, const std::string& runTitle)
 
 void Script::AddLabels()
 {
-  if (!request.title.empty()) text += "set title " + Quoted(request.title) + "\n";
+  const bool isTerminal = request.file == "-";
+  const std::size_t width =
+      isTerminal ? static_cast<std::size_t>(request.terminalWidth) * 3 / 4 : kCharactersOfWidth;
+  std::string title = request.title.empty() ? "" : QuotedLines(request.title, width);
   const std::string& xName = request.xLabel.empty() ? data.columns[x] : request.xLabel;
-  text += "set xlabel " + Quoted(xName) + "\n";
   std::string yName = request.yLabel;
   if (yName.empty() && ys.size() == 1) yName = data.columns[ys.front()];
-  if (!yName.empty()) text += "set ylabel " + Quoted(yName) + "\n";
+  if (!yName.empty() && isTerminal) {
+    // A terminal has no room for text at the side.
+    title += (title.empty() ? "" : ".\"\\n\".") + QuotedLines(yName, width);
+  }
+  if (!title.empty()) text += "set title " + title + "\n";
+  text += "set xlabel " + QuotedLines(xName, width) + "\n";
+  if (!yName.empty() && !isTerminal)
+    text += "set ylabel " + QuotedLines(yName, kCharactersOfHeight) + "\n";
   if (request.axes.size() > 2) text += "set zlabel " + Quoted(data.columns[z]) + "\n";
   text += curves.size() > 1 && curves.size() <= kMostKeys ? "set key outside\n" : "set key off\n";
   text += "set grid\nset xyplane relative 0\n";

@@ -123,6 +123,29 @@ TEST(GnuplotScript, Kinds)
   EXPECT_TRUE(GnuplotScript(request, data).starts_with("set terminal pdfcairo"));
 }
 
+TEST(GnuplotScript, LongLabelsAreBrokenAtBlanks)
+{
+  const PlotData data{{"t", "x"}, 0, {{"", {0, 1}}}};
+  PlotRequest request = Request();
+  request.yLabel = "the height of the stone above the ground, in units of its own size";
+  EXPECT_NE(GnuplotScript(request, data)
+                .find("set ylabel 'the height of the stone above the ground, in'.\"\\n\"."
+                      "'units of its own size'\n"),
+            std::string::npos);
+}
+
+TEST(GnuplotScript, TerminalsHaveNoRoomAtTheSide)
+{
+  const PlotData data{{"t", "x"}, 0, {{"", {0, 1}}}};
+  PlotRequest request = Request();
+  request.file = "-";
+  request.title = "A stone";
+  request.yLabel = "height";
+  const std::string script = GnuplotScript(request, data);
+  EXPECT_NE(script.find("set title 'A stone'.\"\\n\".'height'\n"), std::string::npos);
+  EXPECT_EQ(script.find("set ylabel"), std::string::npos);
+}
+
 TEST(CheckRequest, TellsWhatIsWrong)
 {
   EXPECT_EQ("", ErrorOf(Request({"t", "x"})));
