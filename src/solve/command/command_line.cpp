@@ -1,8 +1,10 @@
 #include "solve/command/command_line.h"
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 #include <memory>
+#include <string_view>
 
 #include <CLI/CLI.hpp>
 
@@ -21,12 +23,17 @@ constexpr std::int64_t kNoLimit = std::numeric_limits<std::int64_t>::max();
 
 /// Options that belong to the language of the command line but do nothing yet: their names are
 /// taken, so that no abbreviation changes its meaning when they come.
-constexpr const char* kFutureOptions[] = {"--events", "--save", "--resume"};
+constexpr const char* kFutureOptions[] = {"--events"};
+
+/// What may be asked for anew with --resume.
+constexpr std::string_view kResumeOptions[] = {
+    "--resume",   "--save",  "--to",        "--output",      "--hold",    "--jobs",
+    "--progress", "--quiet", "--max-steps", "--max-seconds", "--max-bits"};
 
 /// The values of the options as they were written.
 struct Texts {
   std::string from, to, every, points, at, digits, tiny, columns, format, output;
-  std::string plot, axes, title, xLabel, yLabel;
+  std::string plot, axes, title, xLabel, yLabel, save, resume;
   std::string jobs, maxSteps, maxSeconds, maxBits, future;
   std::vector<std::string> settings, sweeps, sweepFiles, files;
   bool steps = false, last = false, noCheck = false, explain = false, hold = false;
@@ -91,6 +98,8 @@ class Parser {
   void AddFutureOptions();
 
   bool IsGiven(const std::string& name) const { return app.get_option(name)->count() > 0; }
+  std::vector<std::string> WithoutStates(const std::vector<std::string>& arguments) const;
+  void RequireResumable() const;
   void RefuseFutureOptions() const;
   std::string File() const;
   RowChoice Rows() const;
@@ -185,6 +194,8 @@ void Parser::AddOutputOptions()
   AddValue("--title", "TEXT", texts.title, "of the picture");
   AddValue("--xlabel", "TEXT", texts.xLabel, "of its first axis (the column's name)");
   AddValue("--ylabel", "TEXT", texts.yLabel, "of its second axis");
+  AddValue("--save", "FILE", texts.save, "keep in a file where the run or the sweep stands");
+  AddValue("--resume", "FILE", texts.resume, "go on from there; the state holds the equations");
   AddSwitch("--hold", texts.hold, "print nothing before all rows are there");
   AddSwitch("--progress", texts.progress, "tell on standard error how far the run is");
   AddSwitch("--quiet", texts.quiet, "no notes and no summary on standard error");
@@ -209,6 +220,7 @@ void Parser::AddFutureOptions()
 std::variant<CommandLine, Information> Parser::Parse(const std::vector<std::string>& arguments)
 {
   std::vector<std::string> expanded = ExpandLongOptions(app, arguments);
+  const std::vector<std::string> given = WithoutStates(expanded);
   // CLI11 takes its arguments from the back.
   std::reverse(expanded.begin(), expanded.end());
   try {
@@ -221,12 +233,21 @@ std::variant<CommandLine, Information> Parser::Parse(const std::vector<std::stri
 
   RefuseFutureOptions();
   CommandLine commandLine;
+  commandLine.given = given;
+  if (IsGiven("--save")) commandLine.save = texts.save;
+  if (IsGiven("--resume")) {
+    RequireResumable();
+    commandLine.resume = texts.resume;
+    return commandLine;
+  }
   commandLine.file = File();
   commandLine.options = SolverOptions();
   commandLine.settings = texts.settings;
   commandLine.format = OutputFormat();
   if (IsGiven("--output")) commandLine.output = texts.output;
   commandLine.plot = Plot();
+  if (commandLine.save && commandLine.plot)
+    throw UsageError("--save and --plot exclude each other: draw the rows of --output");
   commandLine.sweeps = texts.sweeps;
   commandLine.sweepFiles = texts.sweepFiles;
   if (IsGiven("--jobs"))
@@ -236,6 +257,34 @@ std::variant<CommandLine, Information> Parser::Parse(const std::vector<std::stri
   commandLine.progress = texts.progress;
   commandLine.quiet = texts.quiet;
   return commandLine;
+}
+
+/// A state holds everything but what may change from one process to the next.
+void Parser::RequireResumable() const
+{
+  if (!texts.files.empty())
+    throw UsageError("--resume takes no FILE: the state holds the equations");
+  for (const CLI::Option* option : app.get_options()) {
+    const std::string name = option->get_name();
+    const bool isKnown = std::ranges::find(kResumeOptions, name) != std::end(kResumeOptions);
+    if (option->count() > 0 && !isKnown)
+      throw UsageError(name + " cannot be changed with --resume: the state holds it");
+  }
+}
+
+/// The options among arguments in their plain form, without those that name states.
+std::vector<std::string> Parser::WithoutStates(const std::vector<std::string>& arguments) const
+{
+  std::vector<std::string> options;
+  for (std::size_t i = 0; i < arguments.size() && arguments[i] != "--"; ++i) {
+    const std::string& name = arguments[i];
+    const bool isState = name == "--save" || name == "--resume";
+    if (!isState) options.push_back(name);
+    if (app.get_option(name)->get_items_expected_max() == 0) continue;
+    ++i;
+    if (!isState) options.push_back(arguments[i]);
+  }
+  return options;
 }
 
 void Parser::RefuseFutureOptions() const
@@ -333,6 +382,25 @@ Options Parser::SolverOptions() const
 std::variant<CommandLine, Information> ParseCommandLine(const std::vector<std::string>& arguments)
 {
   return Parser().Parse(arguments);
+}
+
+CommandLine WithState(const CommandLine& resuming, const std::vector<std::string>& options,
+                      const std::string& file)
+{
+  std::vector<std::string> arguments = options;
+  arguments.insert(arguments.end(), {"--", file});
+  const auto earlier = std::get<CommandLine>(ParseCommandLine(arguments));
+  arguments = options;
+  arguments.insert(arguments.end(), resuming.given.begin(), resuming.given.end());
+  arguments.insert(arguments.end(), {"--", file});
+  auto commandLine = std::get<CommandLine>(ParseCommandLine(arguments));
+  const bool changesEnd = std::ranges::find(resuming.given, "--to") != resuming.given.end();
+  if (commandLine.IsSweep() && changesEnd)
+    throw UsageError("--to cannot be changed with --resume of a sweep: the state holds it");
+  commandLine.continuesOutput = commandLine.output == earlier.output;
+  commandLine.save = resuming.save;
+  commandLine.resume = resuming.resume;
+  return commandLine;
 }
 
 }  // namespace varno::solve

@@ -37,6 +37,20 @@ OutputFile OutputFile::Open(const std::string& path, std::function<bool()> inter
   return {std::move(file), name, std::move(interrupted)};
 }
 
+OutputFile OutputFile::Continue(const std::string& path, std::int64_t bytes,
+                                std::function<bool()> interrupted)
+{
+  const std::string name = "'" + path + "'";
+  FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CLOEXEC));
+  if (!file.IsOpen()) FailFor(name, errno);
+  const off_t length = ::lseek(file.Get(), 0, SEEK_END);
+  if (length < 0) FailFor(name, errno);
+  if (length < bytes) throw OutputError(name + " is shorter than what the state says was written");
+  if (::ftruncate(file.Get(), bytes) != 0 || ::lseek(file.Get(), 0, SEEK_END) < 0)
+    FailFor(name, errno);
+  return {std::move(file), name, std::move(interrupted)};
+}
+
 void OutputFile::Write(std::string_view text)
 {
   while (!text.empty()) text.remove_prefix(WriteSome(text));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <stdexcept>
 #include <string>
@@ -31,6 +32,10 @@ class OutputFile final : public TextSink {
   static OutputFile StandardOutput(std::function<bool()> interrupted);
   /// Creates a file or empties it; throws OutputError.
   static OutputFile Open(const std::string& path, std::function<bool()> interrupted);
+  /// Goes on with a file behind its first `bytes`; what follows them is cut off. Throws
+  /// OutputError, also where the file is shorter.
+  static OutputFile Continue(const std::string& path, std::int64_t bytes,
+                             std::function<bool()> interrupted);
 
   void Write(std::string_view text) override;
   /// Ends the output: some file systems only now tell that text is lost. Throws OutputError.

@@ -39,15 +39,33 @@ bool IsInterrupted()
   return Interruption::Signal() != 0;
 }
 
-Problem ReadProblem(const CommandLine& commandLine)
+Inputs ReadInputs(const CommandLine& commandLine)
 {
-  InputFile input = ReadInputFile(commandLine.file);
-  const Problem problem = Problem::Parse(std::move(input.text), std::move(input.name));
+  Inputs inputs{ReadInputFile(commandLine.file), {}};
+  for (const std::string& path : commandLine.sweepFiles)
+    inputs.sweepFiles.push_back(ReadInputFile(path));
+  return inputs;
+}
+
+Problem ReadProblem(const Inputs& inputs, const CommandLine& commandLine)
+{
+  const Problem problem = Problem::Parse(inputs.equations.text, inputs.equations.name);
   return commandLine.settings.empty() ? problem : problem.With(commandLine.settings);
 }
 
-OutputFile OpenOutput(const CommandLine& commandLine)
+std::optional<std::int64_t> ContinuedBytes(const CommandLine& commandLine, std::int64_t written)
 {
+  if (commandLine.resume && commandLine.continuesOutput) return written;
+  return std::nullopt;
+}
+
+OutputFile OpenOutput(const CommandLine& commandLine, std::optional<std::int64_t> continuedBytes)
+{
+  if (commandLine.save) {
+    RefuseOverwriting("--save", *commandLine.save, commandLine);
+    if (commandLine.output && IsSameFile(*commandLine.save, *commandLine.output))
+      throw UsageError("--save '" + *commandLine.save + "' is the file of the rows");
+  }
   if (commandLine.plot) RefuseOverwriting("--plot", commandLine.plot->file, commandLine);
   // A picture in the terminal takes the place of the rows.
   if (!commandLine.output && commandLine.plot && commandLine.plot->file == "-")
@@ -55,6 +73,10 @@ OutputFile OpenOutput(const CommandLine& commandLine)
   if (!commandLine.output || *commandLine.output == "-")
     return OutputFile::StandardOutput(IsInterrupted);
   RefuseOverwriting("--output", *commandLine.output, commandLine);
+  if (commandLine.resume && IsSameFile(*commandLine.output, *commandLine.resume))
+    throw UsageError("--output '" + *commandLine.output + "' is the file of the state");
+  if (continuedBytes)
+    return OutputFile::Continue(*commandLine.output, *continuedBytes, IsInterrupted);
   return OutputFile::Open(*commandLine.output, IsInterrupted);
 }
 

@@ -1,6 +1,11 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
+#include <vector>
+
 #include "solve/command/command_line.h"
+#include "solve/command/input_file.h"
 #include "solve/command/output_file.h"
 #include "solve/library/solve.h"
 
@@ -9,10 +14,25 @@ namespace varno::solve {
 /// Whether a signal wants the run to end; for Options::interrupted.
 bool IsInterrupted();
 
-/// Reads the file of the equations, and makes the settings. Throws InputFileError, InputError.
-Problem ReadProblem(const CommandLine& commandLine);
+/// The texts of the files that a command line names.
+struct Inputs {
+  InputFile equations;
+  std::vector<InputFile> sweepFiles;  ///< in the order of the options
+};
 
-/// Where the rows go. Throws OutputError; UsageError where they would destroy the equations.
-OutputFile OpenOutput(const CommandLine& commandLine);
+/// Throws InputFileError.
+Inputs ReadInputs(const CommandLine& commandLine);
+
+/// Reads the equations, and makes the settings. Throws InputError.
+Problem ReadProblem(const Inputs& inputs, const CommandLine& commandLine);
+
+/// With --resume, how much of the file of --output stays, of which earlier processes have written
+/// so many bytes; none where it is a new one.
+std::optional<std::int64_t> ContinuedBytes(const CommandLine& commandLine, std::int64_t written);
+
+/// Where the rows go. A file that holds rows of an earlier process, so many bytes of them, is
+/// continued behind these. Throws OutputError; UsageError where rows would destroy the equations.
+OutputFile OpenOutput(const CommandLine& commandLine,
+                      std::optional<std::int64_t> continuedBytes = {});
 
 }  // namespace varno::solve

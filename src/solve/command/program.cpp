@@ -30,14 +30,15 @@ int PrintInformation(const std::string& text, const Console& console)
 
 }  // namespace
 
-int RunProgram(const std::vector<std::string>& arguments, const Console& console)
+int RunProgram(const std::vector<std::string>& arguments, const Console& console,
+               const SweepHost& host)
 {
   try {
     const auto request = ParseCommandLine(arguments);
     if (const auto* information = std::get_if<Information>(&request)) {
       return PrintInformation(information->text, console);
     }
-    return Run(std::get<CommandLine>(request), console);
+    return Run(std::get<CommandLine>(request), console, host);
   } catch (const UsageError& error) {
     console.Say(error.what());
     console.Print("Try 'varno-solve --help' for more information.");

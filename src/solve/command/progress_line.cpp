@@ -14,6 +14,18 @@ constexpr double kTerminalInterval = 0.1;
 constexpr double kLineInterval = 1;
 constexpr std::string_view kClearLine = "\r\033[K";
 
+/// A time to wait: "25 s", "3 min 20 s", "5 h 7 min", "12 d 3 h".
+std::string TimeText(double seconds)
+{
+  constexpr double kMost = 1e15;
+  if (!(seconds < kMost)) return "for ever";
+  const auto whole = std::llround(seconds);
+  if (whole < 60) return fmt::format("{} s", whole);
+  if (whole < 3600) return fmt::format("{} min {} s", whole / 60, whole % 60);
+  if (whole < 86400) return fmt::format("{} h {} min", whole / 3600, whole / 60 % 60);
+  return fmt::format("{} d {} h", whole / 86400, whole / 3600 % 24);
+}
+
 }  // namespace
 
 void ProgressLine::Update(const Progress& progress)
@@ -60,10 +72,11 @@ std::string ProgressText(const Progress& progress)
 
 std::string ProgressText(const SweepProgress& progress)
 {
-  const double rate = static_cast<double>(progress.done) / std::max(progress.seconds, 1e-9);
+  const auto made = static_cast<double>(progress.done - progress.before);
+  const double rate = made / std::max(progress.seconds, 1e-9);
   const double left = static_cast<double>(progress.count - progress.done) / rate;
-  return fmt::format("runs {} of {}, {:.3g} per second, {:.0f} s left", progress.done,
-                     progress.count, rate, left);
+  return fmt::format("runs {} of {}, {:.3g} per second, {} left", progress.done, progress.count,
+                     rate, TimeText(left));
 }
 
 }  // namespace varno::solve

@@ -12,6 +12,7 @@ namespace varno::solve {
 struct SweepProgress {
   std::int64_t done, count;  ///< runs
   double seconds;            ///< since the start
+  std::int64_t before = 0;   ///< of the runs that are done, those of earlier processes
 };
 
 /// Tells how far a run is: "t = 3.25, 32 %, 120 steps, latest 0.031, 4.1 s"; or a sweep: "runs 120

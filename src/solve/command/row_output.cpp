@@ -6,8 +6,16 @@
 
 namespace varno::solve {
 
-RowOutput::RowOutput(OutputFile file, const CommandLine& commandLine, const Solution& solution)
-    : file(std::move(file)),
+void RowOutput::Continuation::Write(std::string_view text)
+{
+  const std::string_view rest = skip.Rest(text);
+  if (!rest.empty()) file.Write(rest);
+  written.Add(rest);
+}
+
+RowOutput::RowOutput(OutputFile file, const CommandLine& commandLine, const Solution& solution,
+                     const TextDigest& known)
+    : file(std::move(file), known),
       writer(MakeRowWriter(commandLine.hold ? static_cast<TextSink&>(held) : this->file,
                            commandLine, solution))
 {}

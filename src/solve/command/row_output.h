@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "solve/command/command_line.h"
@@ -9,6 +10,8 @@
 #include "solve/command/output_file.h"
 #include "solve/library/solve.h"
 #include "solve/rows/row_writer.h"
+#include "solve/rows/text_digest.h"
+#include "solve/rows/text_skip.h"
 
 namespace varno::solve {
 
@@ -18,18 +21,43 @@ namespace varno::solve {
 /// leaves no header alone.
 class RowOutput {
  public:
-  RowOutput(OutputFile file, const CommandLine& commandLine, const Solution& solution);
+  /// `known` is what an earlier process has written, which is left out.
+  RowOutput(OutputFile file, const CommandLine& commandLine, const Solution& solution,
+            const TextDigest& known = {});
   RowOutput(const RowOutput&) = delete;
   RowOutput& operator=(const RowOutput&) = delete;
 
-  /// Throws what OutputFile::Write does; an OutputError names the row.
+  /// Throws what OutputFile::Write does; an OutputError names the row. Throws TextChanged where the
+  /// rows differ from those that are known.
   void Print(const Row& row);
   /// Writes what was held and closes the file. Throws what OutputFile does.
   void Finish();
   bool GoesToTerminal() const { return file.IsTerminal(); }
+  /// Whether what earlier processes have written has all come again.
+  bool HasCaughtUp() const { return file.HasCaughtUp(); }
+  /// All that is written, by earlier processes, too.
+  const TextDigest& Written() const { return file.Written(); }
 
  private:
-  OutputFile file;
+  /// A file whose beginning is there already.
+  class Continuation final : public TextSink {
+   public:
+    Continuation(OutputFile file, const TextDigest& known)
+        : file(std::move(file)), skip(known), written(known)
+    {}
+    void Write(std::string_view text) override;
+    void Close() { file.Close(); }
+    bool IsTerminal() const { return file.IsTerminal(); }
+    bool HasCaughtUp() const { return skip.IsThrough(); }
+    const TextDigest& Written() const { return written; }
+
+   private:
+    OutputFile file;
+    TextSkip skip;
+    TextDigest written;
+  };
+
+  Continuation file;
   HeldText held;
   std::unique_ptr<RowWriter> writer;
   bool hasBegun = false;

@@ -12,6 +12,7 @@
 #include "solve/command/problem_files.h"
 #include "solve/command/progress_line.h"
 #include "solve/command/row_output.h"
+#include "solve/command/state_file.h"
 #include "solve/command/summary_text.h"
 #include "solve/command/sweep_command.h"
 #include "solve/command/usage_error.h"
@@ -51,14 +52,9 @@ int PrintRows(Solution& solution, RowOutput& output, Plotting& plotting, Progres
   return kSignalBase + Interruption::Signal();
 }
 
-int Solve(const CommandLine& commandLine, const Console& console)
+int SolveOne(const CommandLine& commandLine, SavedState state, const Problem& problem,
+             const Console& console)
 {
-  const Problem problem = ReadProblem(commandLine);
-  if (!commandLine.quiet) console.Print(problem.Notes());
-
-  if (commandLine.IsSweep() && !commandLine.explain)
-    return SolveSweep(commandLine, problem, console);
-
   const bool wantsProgress =
       commandLine.progress || (console.errorsAreTerminal && !commandLine.quiet);
   ProgressLine progressLine(console,
@@ -78,21 +74,57 @@ int Solve(const CommandLine& commandLine, const Console& console)
 
   Plotting plotting(commandLine, {}, solution.Columns());
   const Interruption interruption;
-  RowOutput output(OpenOutput(commandLine), commandLine, solution);
-  const int status = PrintRows(solution, output, plotting, progressLine, console);
-  output.Finish();
+  RowOutput output(OpenOutput(commandLine, ContinuedBytes(commandLine, state.rows.Bytes())),
+                   commandLine, solution, state.rows);
+  if (commandLine.save) WriteState(*commandLine.save, state);
+  const auto keepState = [&] {
+    state.rows = output.Written();
+    if (commandLine.save) WriteState(*commandLine.save, state);
+  };
+  int status = kFailure;
+  try {
+    status = PrintRows(solution, output, plotting, progressLine, console);
+    output.Finish();
+    if (status == kSuccess && !output.HasCaughtUp()) throw TextChanged();
+  } catch (...) {
+    keepState();
+    throw;
+  }
+  keepState();
   progressLine.Clear();
   plotting.Draw();
   if (!commandLine.quiet) console.Print(SummaryText(solution.Summarise()));
   return status;
 }
 
+/// What a command line with --resume goes on with; for another one, what it begins with.
+SavedState Begin(CommandLine& commandLine)
+{
+  if (!commandLine.resume) return InitialState(commandLine, ReadInputs(commandLine));
+  const InputFile file = ReadInputFile(*commandLine.resume);
+  SavedState state = ParseState(file.text, file.name);
+  commandLine = WithState(commandLine, state.options, state.file);
+  state.options = commandLine.given;
+  return state;
+}
+
+int Solve(CommandLine commandLine, const Console& console, const SweepHost& host)
+{
+  const SavedState state = Begin(commandLine);
+  const Problem problem = ReadProblem(state.inputs, commandLine);
+  if (!commandLine.quiet) console.Print(problem.Notes());
+
+  if (commandLine.IsSweep() && !commandLine.explain)
+    return SolveSweep(commandLine, state, problem, console, host);
+  return SolveOne(commandLine, state, problem, console);
+}
+
 }  // namespace
 
-int Run(const CommandLine& commandLine, const Console& console)
+int Run(const CommandLine& commandLine, const Console& console, const SweepHost& host)
 {
   try {
-    return Solve(commandLine, console);
+    return Solve(commandLine, console, host);
   } catch (const InputError& error) {
     console.Print(error.what());
   } catch (const InputFileError& error) {
@@ -109,6 +141,8 @@ int Run(const CommandLine& commandLine, const Console& console)
   } catch (const OutputClosed&) {
     // Quietly, with the status that the shell shows for programs that SIGPIPE ends.
     return kSignalBase + SIGPIPE;
+  } catch (const TextChanged&) {
+    console.Say("--resume: the rows that were written before come out differently now");
   } catch (const std::bad_alloc&) {
     console.Say("out of memory");
   }

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "solve/library/solve.h"
-#include "solve/sweep/sweep_runs.h"
+#include "solve/sweep/sweep_state.h"
 
 namespace varno::solve {
 

@@ -2,27 +2,24 @@
 
 #include <algorithm>
 #include <chrono>
-#include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
-#include <thread>
 #include <utility>
-#include <vector>
-
-#include <fmt/format.h>
 
 #include "solve/command/exit_status.h"
 #include "solve/command/held_text.h"
 #include "solve/command/interruption.h"
+#include "solve/command/output_file.h"
 #include "solve/command/plotting.h"
 #include "solve/command/problem_files.h"
 #include "solve/command/progress_line.h"
-#include "solve/command/row_writers.h"
 #include "solve/command/summary_text.h"
-#include "solve/command/sweep_options.h"
+#include "solve/command/sweep_saver.h"
+#include "solve/command/sweep_setup.h"
+#include "solve/command/usage_error.h"
 #include "solve/sweep/ordered_output.h"
-#include "solve/sweep/sweep_runs.h"
 
 namespace varno::solve {
 
@@ -30,6 +27,8 @@ namespace {
 
 /// Rows of runs that must wait for their turn may take this much memory.
 constexpr std::size_t kMostWaitingBytes = std::size_t{64} << 20;
+
+using Clock = std::chrono::steady_clock;
 
 /// What all threads of a sweep write to, one at a time; the progress line gives way.
 class Screen {
@@ -64,125 +63,34 @@ class ScreenSink final : public TextSink {
   Screen& screen;
 };
 
-/// "mu = 3, x(0) = 2"
-std::string CombinationText(const Sweep& sweep, const Combination& combination)
-{
-  std::string text;
-  for (std::size_t i = 0; i < combination.texts.size(); ++i) {
-    if (i > 0) text += ", ";
-    text += sweep.Names()[i] + " = " + combination.texts[i];
-  }
-  return text;
-}
-
-/// Writes the rows of one run.
-class RunPrinter {
- public:
-  RunPrinter(TextSink& sink, const CommandLine& commandLine, const Solution& solution,
-             const Sweep& sweep, const Combination& combination, std::int64_t run,
-             Plotting& plotting)
-      : sink(sink),
-        writer(MakeRowWriter(sink, commandLine, solution, {sweep.Names(), combination.texts})),
-        isTable(commandLine.format == Format::kTable),
-        label{run, CombinationText(sweep, combination), combination.texts},
-        plotting(plotting)
-  {}
-
-  void operator()(const Row& row)
-  {
-    if (!hasBegun && isTable) {
-      sink.Write("# " + label.title + "\n");
-      writer->Begin();
-    }
-    hasBegun = true;
-    values.clear();
-    for (const Value& value : row.values) values.emplace_back(value.Text());
-    writer->Write(row.time.Text(), values);
-    plotting.Add(row, label);
-  }
-
- private:
-  TextSink& sink;
-  std::unique_ptr<RowWriter> writer;
-  bool isTable;
-  RunLabel label;
-  Plotting& plotting;
-  bool hasBegun = false;
-  std::vector<std::string_view> values;
-};
-
-/// What stands before all rows: the header line of csv; and before the rows of a run.
-OrderedOutput::Frame MakeFrame(const CommandLine& commandLine, const Solution& solution,
-                               const Sweep& sweep)
-{
-  HeldText header;
-  if (commandLine.format == Format::kCsv)
-    MakeRowWriter(header, commandLine, solution, {sweep.Names(), {}})->Begin();
-  return {header.text, commandLine.format == Format::kTable ? "\n" : ""};
-}
-
-auto PrinterMaker(const CommandLine& commandLine, const Sweep& sweep, Plotting& plotting)
-{
-  return [&](TextSink& sink, const Solution& solution, std::int64_t run,
-             const Combination& combination) -> PrintRow {
-    const auto printer = std::make_shared<RunPrinter>(sink, commandLine, solution, sweep,
-                                                      combination, run, plotting);
-    return [printer](const Row& row) { (*printer)(row); };
-  };
-}
-
-auto MessageMaker(const Sweep& sweep)
-{
-  return [&](std::int64_t run, const Combination& combination, const std::string& reason) {
-    return fmt::format("varno-solve: run {} ({}): {}{}", run + 1,
-                       CombinationText(sweep, combination), reason,
-                       reason.ends_with('\n') ? "" : "\n");
-  };
-}
-
 ProgressLine::Mode ModeOfProgress(const CommandLine& commandLine, const Console& console)
 {
   const bool isWanted = commandLine.progress || (console.errorsAreTerminal && !commandLine.quiet);
   return isWanted ? ProgressLine::Mode::kOn : ProgressLine::Mode::kOff;
 }
 
-int Jobs(const CommandLine& commandLine)
-{
-  if (commandLine.jobs > 0) return commandLine.jobs;
-  return static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
-}
-
-int Status(const SweepResult& result)
+int Status(const SweepResult& result, std::int64_t runCount)
 {
   if (Interruption::Signal() != 0) return kSignalBase + Interruption::Signal();
   if (result.wrong > 0) return kRowWasWrong;
-  return result.failed > 0 ? kEndedEarly : kSuccess;
-}
-
-/// The options of each run, which has no progress of its own, and one thread: it is the runs that
-/// share the processors.
-Options RunOptions(const CommandLine& commandLine)
-{
-  Options options = commandLine.options;
-  options.jobs = 1;
-  options.interrupted = IsInterrupted;
-  return options;
+  return result.failed > 0 || result.done < runCount ? kEndedEarly : kSuccess;
 }
 
 }  // namespace
 
-int SolveSweep(const CommandLine& commandLine, const Problem& problem, const Console& console)
+int SolveSweep(const CommandLine& commandLine, const SavedState& state, const Problem& problem,
+               const Console& console, const SweepHost& host)
 {
-  using Clock = std::chrono::steady_clock;
   const Clock::time_point begin = Clock::now();
   const auto seconds = [&] { return std::chrono::duration<double>(Clock::now() - begin).count(); };
 
-  const Sweep sweep = ReadSweep(commandLine, problem);
-  const Options options = RunOptions(commandLine);
-  // Wrong options are told once, and before anything is written.
-  const Solution asWritten(problem, options);
-  Plotting plotting(commandLine, sweep.Names(), asWritten.Columns());
-  OutputFile file = OpenOutput(commandLine);
+  const SweepSetup setup(commandLine, state.inputs, problem);
+  const std::int64_t runCount = setup.AllRuns().Count();
+  const SweepState before = state.sweep.value_or(SweepState());
+  if (commandLine.plot && !host.isAlone)
+    throw UsageError("--plot needs all runs in one process: draw the rows of --output");
+  Plotting plotting(commandLine, setup.AllRuns().Names(), setup.Columns());
+  OutputFile file = OpenOutput(commandLine, ContinuedBytes(commandLine, before.rowBytes));
 
   const Interruption interruption;
   ProgressLine progressLine(console, ModeOfProgress(commandLine, console));
@@ -190,23 +98,30 @@ int SolveSweep(const CommandLine& commandLine, const Problem& problem, const Con
   HeldText held;
   ScreenSink rows(commandLine.hold ? static_cast<TextSink&>(held) : file, screen);
   ScreenSink messages(console.errors, screen);
-  OrderedOutput output(rows, messages, MakeFrame(commandLine, asWritten, sweep), kMostWaitingBytes);
-  const SweepPlan plan{.problem = problem,
-                       .sweep = sweep,
-                       .options = options,
-                       .jobs = Jobs(commandLine),
-                       .makePrinter = PrinterMaker(commandLine, sweep, plotting),
-                       .message = MessageMaker(sweep),
-                       .progress = [&](std::int64_t done) {
-                         screen.Update({done, sweep.Count(), seconds()});
-                       }};
-  const SweepResult result = RunSweep(plan, output);
-  file.Write(held.text);
+  OrderedOutput output(rows, messages, setup.Frame(), kMostWaitingBytes, runCount, before);
+  output.Watch([&](std::int64_t done) {
+    screen.Update({done, runCount, seconds(), before.result.done});
+  });
+  SweepSaver saver(commandLine.save, state, output);
+  // What is held is not written yet.
+  if (!commandLine.hold) saver.KeepSaving();
+  const int jobs = commandLine.jobs > 0 ? commandLine.jobs : host.jobs;
+  try {
+    host.run(StateText(InitialState(commandLine, state.inputs)),
+             setup.Plan(jobs, commandLine.plot ? &plotting : nullptr), output);
+    file.Write(held.text);
+  } catch (...) {
+    saver.Finish();
+    throw;
+  }
+  saver.Finish();
   file.Close();
   progressLine.Clear();
   plotting.Draw();
-  if (!commandLine.quiet) console.Print(SummaryText(result, sweep.Count(), options, seconds()));
-  return Status(result);
+  const SweepResult result = output.Result();
+  if (!commandLine.quiet)
+    console.Print(SummaryText(result, runCount, setup.RunOptions(), seconds()));
+  return Status(result, runCount);
 }
 
 }  // namespace varno::solve

@@ -19,7 +19,7 @@ class SweepReader {
   SweepReader(const Problem& problem, int digits) : problem(problem), digits(digits) {}
 
   void AddOption(const std::string& text);
-  void AddFile(const std::string& path);
+  void AddFile(const InputFile& file);
   std::vector<SweepAxis> Axes() && { return std::move(axes); }
 
  private:
@@ -61,9 +61,8 @@ void SweepReader::AddOption(const std::string& text)
 }
 
 /// A line of names, then a line of values for each run
-void SweepReader::AddFile(const std::string& path)
+void SweepReader::AddFile(const InputFile& file)
 {
-  const InputFile file = ReadInputFile(path);
   const std::vector<CsvRecord> records = ReadCsv(file.text, file.name);
   if (records.size() < 2)
     throw UsageError(file.name + ": a line of names and at least one of values are wanted");
@@ -88,11 +87,12 @@ void SweepReader::AddFile(const std::string& path)
 
 }  // namespace
 
-Sweep ReadSweep(const CommandLine& commandLine, const Problem& problem)
+Sweep ReadSweep(const CommandLine& commandLine, const std::vector<InputFile>& files,
+                const Problem& problem)
 {
   SweepReader reader(problem, commandLine.options.digits);
   for (const std::string& text : commandLine.sweeps) reader.AddOption(text);
-  for (const std::string& path : commandLine.sweepFiles) reader.AddFile(path);
+  for (const InputFile& file : files) reader.AddFile(file);
   return Sweep(std::move(reader).Axes());
 }
 

@@ -4,42 +4,57 @@
 #include <cstddef>
 #include <cstdint>
 #include <exception>
+#include <functional>
 #include <map>
 #include <mutex>
+#include <set>
 #include <string>
 #include <string_view>
 
 #include "solve/rows/text_sink.h"
+#include "solve/rows/text_skip.h"
+#include "solve/sweep/run_exchange.h"
+#include "solve/sweep/sweep_state.h"
 
 namespace varno::solve {
 
-/// Brings the texts of many runs, which several threads make in any order, out in the order of the
-/// runs. What is ahead of its turn waits in memory; when much waits, so do the threads that would
-/// add to it, but for the one whose turn it is.
-class OrderedOutput {
+/// Hands out the runs of a sweep, and brings their texts, which several threads make in any order,
+/// out in the order of the runs. What is ahead of its turn waits in memory; when much waits, so do
+/// the threads that would add to it, but for the one whose turn it is.
+class OrderedOutput final : public RunExchange {
  public:
-  /// Thrown to a thread when the output has ended because another one could not write.
-  struct Stopped {};
-
   /// What stands in front: `header` before the first text of all, `separator` before that of each
   /// further run that has any.
   struct Frame {
     std::string header, separator;
   };
 
-  /// `mostWaiting`: bytes that may wait before threads do.
-  OrderedOutput(TextSink& rows, TextSink& messages, Frame frame, std::size_t mostWaiting);
+  /// `mostWaiting`: bytes that may wait before threads do. A sweep that was ended goes on from
+  /// `state`: its current run is made again, and what was written of it left out; where it does not
+  /// come again, writing throws TextChanged.
+  OrderedOutput(TextSink& rows, TextSink& messages, Frame frame, std::size_t mostWaiting,
+                std::int64_t runCount, SweepState state = {});
 
-  /// Waits until there is room for another run. Throws Stopped.
-  void AwaitRoom();
-  /// Adds to the rows of a run. Throws what the sink does, or Stopped.
-  void AddRows(std::int64_t run, std::string_view text);
-  /// Adds to the messages of a run, which come out behind its rows.
-  void AddMessage(std::int64_t run, std::string_view text);
-  /// Ends a run. Throws as AddRows does.
-  void Finish(std::int64_t run);
-  /// Ends the output: all threads that wait or write get Stopped. Nothing that waits comes out.
-  void Stop();
+  std::optional<RunRange> Take(std::int64_t most) override;
+  void AddRows(std::int64_t run, std::string_view text) override;
+  void AddMessage(std::int64_t run, std::string_view text) override;
+  void Finish(std::int64_t run, RunOutcome outcome) override;
+  void Stop() override;
+
+  /// Take without waiting: an empty range where there is no room yet.
+  std::optional<RunRange> TryTake(std::int64_t most);
+  /// Whether there is room for more rows of a run.
+  bool HasRoom(std::int64_t run) const;
+  /// AddRows without waiting for room.
+  void AddRowsAtOnce(std::int64_t run, std::string_view text);
+  bool IsStopped() const;
+
+  /// Called after each run with how many are done, by one thread at a time and not for all of them
+  /// when they come fast.
+  void Watch(std::function<void(std::int64_t done)> given) { watch = std::move(given); }
+  SweepResult Result() const;
+  /// Where the sweep stands. What a sink has failed to write counts as not written.
+  SweepState State() const;
 
  private:
   struct Texts {
@@ -48,6 +63,9 @@ class OrderedOutput {
   };
 
   void ThrowIfStopped() const;
+  bool MayAdd(std::int64_t run) const { return run == state.current || waitingBytes < mostWaiting; }
+  std::optional<RunRange> Next(std::int64_t most);
+  void Add(std::int64_t run, std::string_view text);
   void WriteRows(std::string_view text);
   void WriteFinishedRuns();
   template <typename Write>
@@ -57,14 +75,18 @@ class OrderedOutput {
   TextSink& messageSink;
   Frame frame;
   std::size_t mostWaiting;
+  std::int64_t runCount;
+  std::function<void(std::int64_t done)> watch;
+  std::mutex watchMutex;
 
-  std::mutex mutex;
+  mutable std::mutex mutex;
   std::condition_variable changed;
+  SweepState state;                       // without what waits
+  TextSkip written;                       // of the current run by an earlier process
   std::map<std::int64_t, Texts> waiting;  // by run
   std::size_t waitingBytes = 0;
-  std::int64_t current = 0;  // whose turn it is
-  bool hasHeader = false;
-  bool currentHasRows = false;
+  std::int64_t next = 0;                  // the first run that was not handed out
+  std::set<std::int64_t> finishedBefore;  // runs of an earlier process, which are not made again
   bool isStopped = false;
 };
 

@@ -25,8 +25,8 @@ Combination Sweep::At(std::int64_t run) const
   for (std::size_t i = 0; i < axes.size(); ++i) {
     for (const SweptName& swept : axes[i]) {
       SweptValue value = swept.values.at(places[i]);
-      combination.settings.push_back(swept.name + "=" + value.expression);
-      combination.texts.push_back(std::move(value.text));
+      combination.texts.push_back(value.text);
+      combination.values.push_back(std::move(value));
     }
   }
   return combination;

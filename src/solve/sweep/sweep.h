@@ -19,8 +19,8 @@ using SweepAxis = std::vector<SweptName>;
 
 /// The values of all swept names in one run.
 struct Combination {
-  std::vector<std::string> settings;  ///< for Problem::With
-  std::vector<std::string> texts;     ///< of the values, in the order of Sweep::Names
+  std::vector<SweptValue> values;  ///< in the order of Sweep::Names
+  std::vector<std::string> texts;  ///< of the values
 };
 
 /// All combinations of the values of several axes. The last axis changes from run to run, the first

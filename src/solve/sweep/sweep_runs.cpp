@@ -1,6 +1,8 @@
 #include "solve/sweep/sweep_runs.h"
 
-#include <atomic>
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
 #include <exception>
 #include <mutex>
 #include <new>
@@ -15,43 +17,62 @@ namespace varno::solve {
 
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
+/// The rows of a run are brought in one piece if it takes less than this, else when so much time
+/// or so many bytes have come together.
+constexpr std::chrono::milliseconds kLongestWait{50};
+constexpr std::size_t kMostHeld = std::size_t{1} << 18;
+/// Runs are taken for about so much time at once.
+constexpr std::chrono::milliseconds kTimeOfRange{100};
+
 /// The rows of one run.
 class RunSink final : public TextSink {
  public:
-  RunSink(OrderedOutput& output, std::int64_t run) : output(output), run(run) {}
-  void Write(std::string_view text) override { output.AddRows(run, text); }
+  RunSink(RunExchange& exchange, std::int64_t run) : exchange(exchange), run(run) {}
+
+  void Write(std::string_view text) override
+  {
+    held += text;
+    if (held.size() >= kMostHeld || Clock::now() - latest >= kLongestWait) Flush();
+  }
+  void Flush()
+  {
+    if (!held.empty()) exchange.AddRows(run, held);
+    held.clear();
+    latest = Clock::now();
+  }
 
  private:
-  OrderedOutput& output;
+  RunExchange& exchange;
   std::int64_t run;
+  std::string held;
+  Clock::time_point latest = Clock::now();
 };
 
 /// What the threads of a sweep share.
 class SweepRuns {
  public:
-  SweepRuns(const SweepPlan& plan, OrderedOutput& output) : plan(plan), output(output) {}
+  SweepRuns(const SweepPlan& plan, RunExchange& exchange) : plan(plan), exchange(exchange) {}
 
-  SweepResult Run();
+  void Run();
 
  private:
   void Work();
   void WorkUntilTheEnd();
-  bool IsInterrupted() const { return plan.options.interrupted && plan.options.interrupted(); }
-  void Solve(std::int64_t run);
-  void PrintRows(std::int64_t run, const Combination& combination);
-  void Fail(std::int64_t run, const Combination& combination, const std::string& reason);
-  void CountRun();
+  bool IsInterrupted() const { return plan.interrupted && plan.interrupted(); }
+  RunOutcome Solve(std::int64_t run);
+  void PrintRows(RunSink& sink, std::int64_t run, const Combination& combination);
+  RunOutcome Fail(std::int64_t run, const Combination& combination, const std::string& reason);
 
   const SweepPlan& plan;
-  OrderedOutput& output;
-  std::atomic<std::int64_t> next = 0;
+  RunExchange& exchange;
 
-  std::mutex mutex;  // of what follows
-  SweepResult result;
+  std::mutex mutex;
   std::exception_ptr error;
 };
 
-SweepResult SweepRuns::Run()
+void SweepRuns::Run()
 {
   std::vector<std::jthread> threads;
   for (int i = 1; i < plan.jobs && i < plan.sweep.Count(); ++i) {
@@ -63,81 +84,81 @@ SweepResult SweepRuns::Run()
   Work();
   threads.clear();
   if (error != nullptr) std::rethrow_exception(error);
-  return result;
 }
 
 void SweepRuns::Work()
 {
   try {
     WorkUntilTheEnd();
-  } catch (const OrderedOutput::Stopped&) {
+  } catch (const RunExchange::Stopped&) {
     // Another thread knows why.
   } catch (...) {
     const std::scoped_lock lock(mutex);
     if (error == nullptr) error = std::current_exception();
-    output.Stop();
+    exchange.Stop();
   }
 }
 
 void SweepRuns::WorkUntilTheEnd()
 {
+  std::int64_t most = 1;
   for (;;) {
-    output.AwaitRoom();
-    if (IsInterrupted()) return output.Stop();
-    const std::int64_t run = next++;
-    if (run >= plan.sweep.Count()) return;
-    Solve(run);
-    if (IsInterrupted()) return output.Stop();
-    output.Finish(run);
-    CountRun();
+    if (IsInterrupted()) return exchange.Stop();
+    const std::optional<RunRange> range = exchange.Take(most);
+    if (!range) return;
+    const Clock::time_point begin = Clock::now();
+    for (std::int64_t run = range->first; run < range->first + range->count; ++run) {
+      if (IsInterrupted()) return exchange.Stop();
+      const RunOutcome outcome = Solve(run);
+      if (IsInterrupted()) return exchange.Stop();
+      exchange.Finish(run, outcome);
+    }
+    const auto time = Clock::now() - begin;
+    if (time < kTimeOfRange / 2) most = std::min(2 * most, plan.mostInRange);
+    if (time > kTimeOfRange) most = std::max<std::int64_t>(1, most / 2);
   }
 }
 
-void SweepRuns::Solve(std::int64_t run)
+RunOutcome SweepRuns::Solve(std::int64_t run)
 {
   const Combination combination = plan.sweep.At(run);
+  RunSink sink(exchange, run);
   try {
-    PrintRows(run, combination);
+    PrintRows(sink, run, combination);
+    return RunOutcome::kAllRows;
   } catch (const InputError& wrong) {
-    Fail(run, combination, wrong.what());
+    return Fail(run, combination, wrong.what());
   } catch (const RunEnded& end) {
-    if (end.Reason() == EndReason::kInterrupted) return;
+    sink.Flush();
+    if (end.Reason() == EndReason::kInterrupted) return RunOutcome::kFailed;
     Fail(run, combination, end.what());
-    const std::scoped_lock lock(mutex);
-    if (end.Reason() == EndReason::kWrongRow) ++result.wrong;
+    return end.Reason() == EndReason::kWrongRow ? RunOutcome::kRowWasWrong : RunOutcome::kFailed;
   } catch (const std::bad_alloc&) {
-    Fail(run, combination, "out of memory");
+    sink.Flush();
+    return Fail(run, combination, "out of memory");
   }
 }
 
-void SweepRuns::PrintRows(std::int64_t run, const Combination& combination)
+void SweepRuns::PrintRows(RunSink& sink, std::int64_t run, const Combination& combination)
 {
-  const Problem problem = plan.problem.With(combination.settings);
-  Solution solution(problem, plan.options);
-  RunSink sink(output, run);
+  Solution solution = plan.family.At(combination.values);
   const PrintRow print = plan.makePrinter(sink, solution, run, combination);
   while (const std::optional<Row> row = solution.Next()) print(*row);
+  sink.Flush();
 }
 
-void SweepRuns::Fail(std::int64_t run, const Combination& combination, const std::string& reason)
+RunOutcome SweepRuns::Fail(std::int64_t run, const Combination& combination,
+                           const std::string& reason)
 {
-  output.AddMessage(run, plan.message(run, combination, reason));
-  const std::scoped_lock lock(mutex);
-  ++result.failed;
-}
-
-void SweepRuns::CountRun()
-{
-  const std::scoped_lock lock(mutex);
-  ++result.done;
-  if (plan.progress) plan.progress(result.done);
+  exchange.AddMessage(run, plan.message(run, combination, reason));
+  return RunOutcome::kFailed;
 }
 
 }  // namespace
 
-SweepResult RunSweep(const SweepPlan& plan, OrderedOutput& output)
+void RunSweep(const SweepPlan& plan, RunExchange& exchange)
 {
-  return SweepRuns(plan, output).Run();
+  SweepRuns(plan, exchange).Run();
 }
 
 }  // namespace varno::solve

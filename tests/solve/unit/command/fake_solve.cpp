@@ -300,6 +300,27 @@ std::string Solution::Explain() const
   return "x' = v\nv' = -x\n";
 }
 
+class Family::Implementation {
+ public:
+  Problem problem;
+  Options options;
+  std::vector<std::string> names;
+};
+
+Family::Family(const Problem& problem, Options options, std::vector<std::string> names)
+    : implementation(new Implementation{
+          .problem = problem, .options = std::move(options), .names = std::move(names)})
+{}
+Family::~Family() = default;
+
+Solution Family::At(const std::vector<SweptValue>& values) const
+{
+  std::vector<std::string> settings;
+  for (std::size_t i = 0; i < values.size(); ++i)
+    settings.push_back(implementation->names[i] + "=" + values[i].expression);
+  return Solution(implementation->problem.With(settings), implementation->options);
+}
+
 std::string_view Version()
 {
   return "1.0";

@@ -41,16 +41,16 @@ Outcome Solve(const std::string& text, const std::vector<std::string>& values, i
   const Problem problem = Problem::Parse(text, "text");
   const Sweep sweep({{{"slope", SweptValues::List(values, 5)}}});
   StringSink rows, messages;
-  OrderedOutput output(rows, messages, {}, kPlenty);
-  const SweepResult result = RunSweep({.problem = problem,
-                                       .sweep = sweep,
-                                       .options = std::move(options),
-                                       .jobs = jobs,
-                                       .makePrinter = PrintLastValue,
-                                       .message = Message,
-                                       .progress = {}},
-                                      output);
-  return {result, rows.text, messages.text};
+  OrderedOutput output(rows, messages, {}, kPlenty, sweep.Count());
+  const Family family(problem, options, sweep.Names());
+  RunSweep({.family = family,
+            .sweep = sweep,
+            .interrupted = options.interrupted,
+            .jobs = jobs,
+            .makePrinter = PrintLastValue,
+            .message = Message},
+           output);
+  return {output.Result(), rows.text, messages.text};
 }
 
 const char* const kLine = "slope = 1; y' = slope & 1;";
@@ -105,14 +105,14 @@ TEST(SweepRuns, OutputThatFailsEndsTheSweep)
   const Sweep sweep({{{"slope", SweptValues::List({"1", "2", "3"}, 5)}}});
   FullSink full;
   StringSink messages;
-  OrderedOutput output(full, messages, {}, kPlenty);
-  EXPECT_THROW(RunSweep({.problem = problem,
+  OrderedOutput output(full, messages, {}, kPlenty, sweep.Count());
+  const Family family(problem, {.rows = RowAtEnd{}, .digits = 2}, sweep.Names());
+  EXPECT_THROW(RunSweep({.family = family,
                          .sweep = sweep,
-                         .options = {.rows = RowAtEnd{}, .digits = 2},
+                         .interrupted = {},
                          .jobs = 2,
                          .makePrinter = PrintLastValue,
-                         .message = Message,
-                         .progress = {}},
+                         .message = Message},
                         output),
                std::runtime_error);
 }

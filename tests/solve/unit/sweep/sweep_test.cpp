@@ -35,14 +35,15 @@ TEST(Sweep, NamesOfOneAxisChangeTogether)
 {
   const Sweep sweep({{List("a", {"1", "2"}), List("b", {"3", "4"})}});
   EXPECT_EQ(2, sweep.Count());
-  EXPECT_EQ((Texts{"a=2", "b=4"}), sweep.At(1).settings);
+  EXPECT_EQ((Texts{"2", "4"}), sweep.At(1).texts);
 }
 
-TEST(Sweep, SettingsAreExactAndTextsAreShort)
+TEST(Sweep, ValuesAreExactAndTextsAreShort)
 {
   const Sweep sweep({{{"a", SweptValues::Range("0", "1", "1/3", 4)}}});
   EXPECT_EQ(4, sweep.Count());
-  EXPECT_EQ((Texts{"a=(0)+2*(1/3)"}), sweep.At(2).settings);
+  EXPECT_EQ("(0)+2*(1/3)", sweep.At(2).values[0].expression);
+  EXPECT_EQ("2/3", sweep.At(2).values[0].fraction);
   EXPECT_EQ((Texts{"0.6667"}), sweep.At(2).texts);
   EXPECT_EQ((Texts{"1"}), sweep.At(3).texts);
 }
