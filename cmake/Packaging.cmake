@@ -3,6 +3,7 @@
 #   varno                the programs, their pages and examples
 #   libvarno-solve-dev   the library for C++
 #   python3-varno        the Python module, where VARNO_BUILD_PYTHON is on
+#   varno-solve-mpi      the program for MPI, where VARNO_BUILD_MPI is on
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_CONTACT "The varno developers <varno@localhost>")
@@ -12,6 +13,9 @@ set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_ALL program development)
 if(VARNO_BUILD_PYTHON)
   list(APPEND CPACK_COMPONENTS_ALL python)
+endif()
+if(VARNO_BUILD_MPI)
+  list(APPEND CPACK_COMPONENTS_ALL mpi)
 endif()
 
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
@@ -50,6 +54,14 @@ if(VARNO_BUILD_PYTHON)
   set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
     "python3 (>= 3.${minor}), python3 (<< 3.${next}), python3-numpy, python3-mpmath")
 endif()
+
+set(CPACK_DEBIAN_MPI_PACKAGE_NAME varno-solve-mpi)
+set(CPACK_DEBIAN_MPI_PACKAGE_SECTION math)
+set(CPACK_DEBIAN_MPI_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_MPI_PACKAGE_DEPENDS openmpi-bin)
+set(CPACK_COMPONENT_MPI_DESCRIPTION "${description}
+This is varno-solve for mpirun: the runs of a sweep are spread over the ranks
+of an MPI job, on one machine or many.")
 
 # What Debian wants to find with every package
 function(varno_package_documents component package)
