@@ -35,7 +35,8 @@ class CompletionTest(CompletionCase):
         (self.folder / "5.varno").touch()
         with_values = re.findall(r"^  (--\S+) [A-Z]", self.usage, re.MULTILINE)
         self.assertGreater(len(with_values), 10)
-        for option in set(with_values) - {"--format", "--output", "--plot", "--sweep-file"}:
+        for option in set(with_values) - {"--format", "--output", "--plot", "--resume", "--save",
+                                        "--sweep-file"}:
             self.assertEqual(self.complete(option, ""), [], option)
 
     def test_switches_take_no_value(self):

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include "solve/sweep/ordered_output.h"
 #include "tests/solve/support/string_sink.h"
 
 namespace varno::solve {
