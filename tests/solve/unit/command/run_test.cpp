@@ -32,7 +32,7 @@ class RunTest : public testing::Test {
   int RunWith(const std::string& text)
   {
     std::ofstream(commandLine.file) << text;
-    return varno::solve::Run(commandLine, Console{errors, false});
+    return varno::solve::Run(commandLine, Console{errors, false}, ThisProcess());
   }
 
   std::string Rows() const
