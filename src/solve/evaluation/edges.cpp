@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace varno::solve {
 
@@ -52,11 +53,67 @@ std::optional<Place> PlaceOf(Operation operation, bool hasWholeExponent, mpfr_sr
   }
 }
 
+/// The integer that a is nearest to; for trunc none at 0, where it does not jump.
+std::optional<Real> NearestJump(Operation operation, mpfr_srcptr a)
+{
+  Real jump(mpfr_get_prec(a));
+  if (operation != Operation::kSign) mpfr_rint(jump, a, MPFR_RNDN);
+  if (operation == Operation::kTrunc && jump.IsZero()) return std::nullopt;
+  return jump;
+}
+
+/// Whether an argument is at an edge, from the distance to it and the size of both. Throws
+/// EdgeInDoubt.
+bool IsAt(mpfr_srcptr distance, double size, const EdgeRule& rule)
+{
+  const double relative = Log2Size(distance) - size;
+  if (relative >= -rule.noiseBits) return false;
+  if (!rule.mayDeclareZero || relative >= -rule.zeroBits) throw EdgeInDoubt();
+  return true;
+}
+
+std::optional<Edge> JumpAt(Operation operation, const SizedValue& a, const SizedValue& b,
+                           const EdgeRule& rule)
+{
+  const bool isComparison = operation == Operation::kLess || operation == Operation::kLessOrEqual;
+  const double size = isComparison ? std::max(a.size, b.size) : a.size;
+  if (std::isinf(size) && size < 0) return std::nullopt;
+  std::optional<Real> jump(std::in_place, mpfr_get_prec(a.value));
+  if (isComparison) {
+    mpfr_set(*jump, b.value, MPFR_RNDN);
+  } else {
+    jump = NearestJump(operation, a.value);
+  }
+  if (!jump) return std::nullopt;
+  Real distance(64);
+  mpfr_sub(distance, a.value, *jump, MPFR_RNDN);
+  if (!IsAt(distance, size, rule)) return std::nullopt;
+  return Edge{std::move(*jump), false, 0};
+}
+
+/// Whether an operation jumps by itself, inside of its domain.
+bool Jumps(Operation operation)
+{
+  switch (operation) {
+    case Operation::kSign:
+    case Operation::kFloor:
+    case Operation::kCeil:
+    case Operation::kTrunc:
+    case Operation::kLess:
+    case Operation::kLessOrEqual:
+      return true;
+    default:
+      return false;
+  }
+}
+
 }  // namespace
 
 std::optional<Edge> EdgeAt(Operation operation, bool hasWholeExponent, const SizedValue& a,
                            const SizedValue& b, const EdgeRule& rule)
 {
+  if (Jumps(operation)) return JumpAt(operation, a, b, rule);
+  if (rule.jumpsOnly) return std::nullopt;
   const std::optional<Place> place = PlaceOf(operation, hasWholeExponent, a.value, b.value);
   if (!place) return std::nullopt;
   const SizedValue& argument = place->isSecond ? b : a;
@@ -64,9 +121,7 @@ std::optional<Edge> EdgeAt(Operation operation, bool hasWholeExponent, const Siz
 
   Real distance(64);
   mpfr_sub_si(distance, argument.value, place->edge, MPFR_RNDN);
-  const double relative = Log2Size(distance) - argument.size;
-  if (relative >= -rule.noiseBits) return std::nullopt;
-  if (!rule.mayDeclareZero || relative >= -rule.zeroBits) throw EdgeInDoubt();
+  if (!IsAt(distance, argument.size, rule)) return std::nullopt;
   Edge edge{Real(mpfr_get_prec(argument.value)), place->isSecond, place->power};
   mpfr_set_si(edge.argument, place->edge, MPFR_RNDN);
   return edge;

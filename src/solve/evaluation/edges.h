@@ -13,6 +13,8 @@ struct EdgeRule {
   double noiseBits;     ///< closer than its size times 2^-noiseBits, it may be on either side
   double zeroBits;      ///< closer than its size times 2^-zeroBits, too, it counts as on the edge
   bool mayDeclareZero;  ///< whether the argument is computed so exactly
+  /// Whether edges of domains do not count, only the jumps of what jumps by itself.
+  bool jumpsOnly = false;
 };
 
 /// Thrown where an argument may be on an edge or not, and more bits decide.
@@ -28,8 +30,9 @@ struct Edge {
 };
 
 /// The edge that an operand is on as far as can be told: radicands and bases of powers at 0, the
-/// sine and the cosine of an angle at +-1, divisors at 0 and the like. None where all of them are
-/// clear of edges, or exactly 0. Throws EdgeInDoubt.
+/// sine and the cosine of an angle at +-1, divisors at 0 and the like; the sign's argument at 0,
+/// those of floor, ceil and trunc at integers where they jump, the operands of a comparison where
+/// they are equal. None where all of them are clear of edges, or exactly 0. Throws EdgeInDoubt.
 std::optional<Edge> EdgeAt(Operation operation, bool hasWholeExponent, const SizedValue& a,
                            const SizedValue& b, const EdgeRule& rule);
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <numeric>
 #include <optional>
 #include <unordered_map>
 #include <unordered_set>
@@ -9,6 +10,7 @@
 #include "solve/evaluation/domain_error.h"
 #include "solve/evaluation/elementary.h"
 #include "solve/evaluation/size.h"
+#include "solve/graph/fold.h"
 
 namespace varno::solve {
 
@@ -21,6 +23,11 @@ constexpr mpfr_prec_t kMostGuardBits = 4096;
 constexpr double kRoundingBits = 24;
 
 constexpr std::uint32_t kNoExponent = UINT32_MAX;
+
+std::optional<std::uint32_t> Undone(std::uint32_t place, const std::vector<bool>& done)
+{
+  return done[place] ? std::nullopt : std::optional(place);
+}
 
 /// All nodes below the roots and the roots, each once, operands first.
 std::vector<NodeId> Below(const Graph& graph, const std::vector<NodeId>& roots,
@@ -51,20 +58,80 @@ Evaluator::Evaluator(const Graph& graph, const std::vector<NodeId>& roots, mpfr_
     const Node& node = graph[id];
     places[id] = static_cast<std::uint32_t>(values.size());
     Step& step = steps.emplace_back();
-    step = {node.operation, id, 0, 0, node.index};
+    step = {node.operation, node.operandCount, id, 0, 0, 0, node.index};
     if (node.operandCount > 0) step.a = places[node.operands[0]];
     if (node.operandCount > 1) step.b = places[node.operands[1]];
+    if (node.operandCount > 2) step.c = places[node.operands[2]];
+    hasPiecewise |= IsPiecewise(node.operation);
+    hasChoices |= IsChoice(node.operation);
     // The value of a parameter has a smaller number than the leaf.
     if (node.operation == Operation::kParameter) step.a = places[parameters[node.index]];
     if (node.operation == Operation::kPower) step.index = AddExponent(graph, node);
     values.emplace_back(bits);
+    exactValues.emplace_back();
     if (node.operation == Operation::kNumber) {
       mpfr_set_q(values.back(), graph.Value(id).get_mpq_t(), MPFR_RNDN);
+      exactValues.back() = graph.Value(id);
     } else if (node.operation == Operation::kPi) {
       mpfr_const_pi(values.back(), MPFR_RNDN);
     }
   }
   for (const NodeId root : roots) rootPlaces.push_back(places[root]);
+  computed.resize(steps.size());
+  std::iota(computed.begin(), computed.end(), 0);
+}
+
+/// Visits all that the roots need, operands first.
+template <class Visit>
+void Evaluator::ForEachNeeded(Visit visit)
+{
+  if (!hasChoices) {
+    for (const std::uint32_t place : computed) visit(place);
+    return;
+  }
+  computed.clear();
+  std::vector<bool> done(steps.size(), false);
+  std::vector<std::uint32_t> open = rootPlaces;
+  while (!open.empty()) {
+    const std::uint32_t place = open.back();
+    const std::optional<std::uint32_t> next =
+        done[place] ? std::nullopt : NextNeeded(steps[place], done);
+    if (next) {
+      open.push_back(*next);
+      continue;
+    }
+    open.pop_back();
+    if (done[place]) continue;
+    visit(place);
+    done[place] = true;
+    computed.push_back(place);
+  }
+}
+
+/// An operand that must come before the step.
+std::optional<std::uint32_t> Evaluator::NextNeeded(const Step& step,
+                                                   const std::vector<bool>& done) const
+{
+  if (step.operation == Operation::kParameter) return Undone(step.a, done);
+  if (step.operandCount == 0) return std::nullopt;
+  if (!done[step.a]) return step.a;
+  if (const auto chosen = Chosen(step)) return Undone(*chosen, done);
+  return step.operandCount > 1 ? Undone(step.b, done) : std::nullopt;
+}
+
+/// The place whose value a choice takes; its condition has been computed. None for other steps.
+std::optional<std::uint32_t> Evaluator::Chosen(const Step& step) const
+{
+  if (!IsChoice(step.operation)) return std::nullopt;
+  const bool holds = !values[step.a].IsZero();
+  switch (step.operation) {
+    case Operation::kAnd:
+      return holds ? step.b : step.a;
+    case Operation::kOr:
+      return holds ? step.a : step.b;
+    default:
+      return holds ? step.b : step.c;
+  }
 }
 
 /// Keeps the exponent of a power if it is a whole number; returns its place, or kNoExponent.
@@ -95,7 +162,11 @@ void Evaluator::Compute(std::size_t place, mpfr_srcptr time, std::span<const Rea
     default:
       break;
   }
-  Operate(step, values[place], values[step.a], values[step.b]);
+  if (const auto chosen = Chosen(step)) {
+    mpfr_set(values[place], values[*chosen], MPFR_RNDN);
+  } else {
+    Operate(step, values[place], values[step.a], values[step.b]);
+  }
 }
 
 void Evaluator::Operate(const Step& step, mpfr_ptr result, const Real& a, const Real& b)
@@ -113,7 +184,7 @@ bool Evaluator::HasWholeExponent(const Step& step) const
 
 void Evaluator::Evaluate(mpfr_srcptr time, std::span<const Real> states)
 {
-  for (std::size_t place = 0; place < steps.size(); ++place) Compute(place, time, states);
+  ForEachNeeded([&](std::size_t place) { Compute(place, time, states); });
 }
 
 double Evaluator::ComputeSize(std::size_t place, std::span<const double> stateSizes) const
@@ -131,6 +202,7 @@ double Evaluator::ComputeSize(std::size_t place, std::span<const double> stateSi
     default:
       break;
   }
+  if (const auto chosen = Chosen(step)) return sizes[*chosen];
   return SizeOfResult(step.operation, values[place], {values[step.a], sizes[step.a]},
                       {values[step.b], sizes[step.b]});
 }
@@ -138,8 +210,7 @@ double Evaluator::ComputeSize(std::size_t place, std::span<const double> stateSi
 void Evaluator::EvaluateSizes(std::span<const double> stateSizes)
 {
   sizes.resize(steps.size());
-  for (std::size_t place = 0; place < steps.size(); ++place)
-    sizes[place] = ComputeSize(place, stateSizes);
+  for (const std::uint32_t place : computed) sizes[place] = ComputeSize(place, stateSizes);
 }
 
 void Evaluator::ComputeAtEdge(std::size_t place, const Edge& edge, const EdgeRule& rule)
@@ -156,28 +227,86 @@ bool Evaluator::IsRoot(std::size_t place) const
   return std::ranges::find(rootPlaces, place) != rootPlaces.end();
 }
 
+/// Whether a step has an exact value, at a time that is a fraction; then it is computed.
+bool Evaluator::ComputeExactly(std::size_t place, const Rational& time)
+{
+  const Step& step = steps[place];
+  std::optional<Rational>& exact = exactValues[place];
+  if (step.operandCount == 0) {
+    if (step.operation == Operation::kTime) exact = time;
+    return false;
+  }
+  if (const auto chosen = Chosen(step)) {
+    exact = exactValues[*chosen];
+    return false;
+  }
+  const std::optional<Rational>&a = exactValues[step.a], &b = exactValues[step.b];
+  exact.reset();
+  if (step.operandCount == 1 && a) exact = FoldExactly(step.operation, *a);
+  if (step.operandCount == 2 && a && b) exact = FoldExactly(step.operation, *a, *b);
+  if (!exact) return false;
+  mpfr_set_q(values[place], exact->get_mpq_t(), MPFR_RNDN);
+  sizes[place] = Log2Size(values[place]);
+  return true;
+}
+
+void Evaluator::ComputeSized(std::size_t place, mpfr_srcptr time, std::span<const Real> states,
+                             std::span<const double> stateSizes, const EdgeRule& rule)
+{
+  const Step& step = steps[place];
+  const std::optional<Edge> edge =
+      EdgeAt(step.operation, HasWholeExponent(step), {values[step.a], sizes[step.a]},
+             {values[step.b], sizes[step.b]}, rule);
+  mpfr_clear_underflow();
+  if (edge) {
+    ComputeAtEdge(place, *edge, rule);
+    isAtJump |= IsPiecewise(step.operation);
+    return;
+  }
+  Compute(place, time, states);
+  if (mpfr_underflow_p() != 0 && values[place].IsZero()) {
+    if (!IsRoot(place)) throw DomainError{Outcome::kTooSmall, step.node, values[step.a]};
+    mpfr_nextabove(values[place]);
+  }
+  sizes[place] = ComputeSize(place, stateSizes);
+}
+
 void Evaluator::EvaluateSized(mpfr_srcptr time, std::span<const Real> states,
-                              std::span<const double> stateSizes, const EdgeRule& rule)
+                              std::span<const double> stateSizes, const EdgeRule& rule,
+                              const Rational* exactTime)
 {
   sizes.resize(steps.size());
-  for (std::size_t place = 0; place < steps.size(); ++place) {
-    const Step& step = steps[place];
-    const std::optional<Edge> edge =
-        EdgeAt(step.operation, HasWholeExponent(step), {values[step.a], sizes[step.a]},
-               {values[step.b], sizes[step.b]}, rule);
-    mpfr_clear_underflow();
-    if (edge) {
-      ComputeAtEdge(place, *edge, rule);
-      continue;
-    }
-    Compute(place, time, states);
-    if (mpfr_underflow_p() != 0 && values[place].IsZero()) {
-      if (!IsRoot(place)) throw DomainError{Outcome::kTooSmall, step.node, values[step.a]};
-      mpfr_nextabove(values[place]);
-    }
-    sizes[place] = ComputeSize(place, stateSizes);
+  isAtJump = false;
+  ForEachNeeded([&](std::size_t place) {
+    if (exactTime != nullptr && ComputeExactly(place, *exactTime)) return;
+    ComputeSized(place, time, states, stateSizes, rule);
+  });
+}
+
+namespace {
+
+/// False where an argument is so near a jump that more bits must tell on which side it is.
+bool TryEvaluateConstant(Evaluator& evaluator, mpfr_prec_t bits, mpfr_prec_t guard)
+{
+  if (!evaluator.HasPiecewise()) {
+    evaluator.Evaluate(nullptr, {});
+    evaluator.EvaluateSizes({});
+    return true;
+  }
+  const double resolved = static_cast<double>(bits + guard) - kRoundingBits;
+  try {
+    evaluator.EvaluateSized(nullptr, {}, {},
+                            {.noiseBits = resolved,
+                             .zeroBits = resolved,
+                             .mayDeclareZero = guard > kMostGuardBits,
+                             .jumpsOnly = true});
+    return true;
+  } catch (const EdgeInDoubt&) {
+    return false;
   }
 }
+
+}  // namespace
 
 Real EvaluateConstant(const Graph& graph, NodeId node, mpfr_prec_t bits,
                       std::span<const NodeId> parameters)
@@ -185,9 +314,8 @@ Real EvaluateConstant(const Graph& graph, NodeId node, mpfr_prec_t bits,
   for (mpfr_prec_t guard = kFirstGuardBits;; guard *= 4) {
     Evaluator evaluator(graph, {node}, bits + guard, parameters);
     mpfr_clear_underflow();
-    evaluator.Evaluate(nullptr, {});
+    if (!TryEvaluateConstant(evaluator, bits, guard)) continue;
     if (mpfr_underflow_p() != 0) throw DomainError{Outcome::kTooSmall, node, Real(bits)};
-    evaluator.EvaluateSizes({});
     const double cancelled = evaluator.Size(0) - Log2Size(evaluator[0]);
     const bool isExact =
         evaluator[0].IsZero() && evaluator.Size(0) == -std::numeric_limits<double>::infinity();

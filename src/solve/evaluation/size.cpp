@@ -81,6 +81,20 @@ double Effect(Operation operation, mpfr_srcptr result, const SizedValue& a, cons
       const double logarithm = std::log2(std::max(std::abs(base) * std::numbers::ln2, 1.0));
       return Log2Size(result) + std::max(Log2Size(b.value) + a.size - base, logarithm + b.size);
     }
+    case Operation::kMin:
+    case Operation::kMax:
+      // Where they are equal, either may be the one.
+      if (mpfr_equal_p(a.value, b.value) != 0) return std::max(a.size, b.size);
+      return mpfr_equal_p(result, a.value) != 0 ? a.size : b.size;
+    case Operation::kSign:
+    case Operation::kFloor:
+    case Operation::kCeil:
+    case Operation::kTrunc:
+    case Operation::kLess:
+    case Operation::kLessOrEqual:
+    case Operation::kNot:
+      // Constant beside a jump.
+      return -std::numeric_limits<double>::infinity();
     case Operation::kAtan2:
       return std::max(a.size, b.size) - std::max(Log2Size(a.value), Log2Size(b.value));
     default:

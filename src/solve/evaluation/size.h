@@ -23,6 +23,7 @@ struct SizedValue {
 /// log2 of the size of an operation's result:
 ///     size(a + b) = max(size a, size b),  size(a b) = max(size(a) |b|, |a| size(b)),
 ///     size(f(u)) = max(|f|, |f'| size(u)).
+/// What is constant between jumps has its own magnitude, min and max the size of what they take.
 /// `b` is looked at by binary operations only.
 double SizeOfResult(Operation operation, mpfr_srcptr result, const SizedValue& a,
                     const SizedValue& b);

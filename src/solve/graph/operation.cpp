@@ -7,9 +7,9 @@ bool IsPiecewise(Operation operation)
   return operation > Operation::kAtan2;
 }
 
-bool IsCondition(Operation operation)
+bool IsChoice(Operation operation)
 {
-  return operation >= Operation::kLess && operation <= Operation::kNot;
+  return operation == Operation::kAnd || operation == Operation::kOr || operation == Operation::kIf;
 }
 
 std::string_view FunctionName(Operation operation)
@@ -76,7 +76,7 @@ std::string_view FunctionName(Operation operation)
     case Operation::kIf:
       return "if";
     default:
-      return "?";
+      return {};
   }
 }
 

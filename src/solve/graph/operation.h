@@ -67,10 +67,10 @@ enum class Operation : std::uint8_t {
 /// True for operations with kinks or jumps everywhere in their domain, and for conditions: what
 /// comes after kAtan2. kAcot and kAtan2, which are smooth but for a cut, are not among them.
 bool IsPiecewise(Operation operation);
-/// True for operations that hold or not.
-bool IsCondition(Operation operation);
+/// True for operations that look at their first operand and may leave another one out.
+bool IsChoice(Operation operation);
 
-/// The name of a function as the language writes it, such as "sin".
+/// The name of a function as the language writes it, such as "sin"; empty for operators and leaves.
 std::string_view FunctionName(Operation operation);
 
 }  // namespace varno::solve

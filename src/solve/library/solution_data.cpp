@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 
 #include "solve/evaluation/domain_error.h"
+#include "solve/library/not_yet.h"
 #include "solve/model/print.h"
 #include "solve/number/exponent_range.h"
 #include "solve/source/diagnostics.h"
@@ -39,7 +40,9 @@ NumberFormat CheckedFormat(const Options& options)
 BoundProblem BindOrThrow(const Model& model, const Options& options, Sources& sources)
 {
   try {
-    return Bind(model, options, sources);
+    BoundProblem bound = Bind(model, options, sources);
+    RequireSmoothEquations(bound.model, sources);
+    return bound;
   } catch (const ProblemError& error) {
     throw InputError(error.what());
   }
@@ -177,6 +180,7 @@ std::optional<Row> Solution::Implementation::Next()
   try {
     const std::optional<VerifiedRow> row = rows->Next();
     if (!row) return std::nullopt;
+    for (const RowNumber& number : row->numbers) numbersAtJumps += number.isAtJump ? 1 : 0;
     return MakeRow(*row);
   } catch (const DomainError& error) {
     throw ends.Of(error, Reached());
@@ -232,6 +236,10 @@ Summary Solution::Implementation::Summarise() const
     if (lost >= 1) summary.remark = fmt::format("the problem cost {:.0f} digits, ", lost);
     summary.remark += fmt::format("computed with {:.0f} more than asked for, restarts: {}",
                                   rows->SpareDecimals(), rows->Restarts());
+  }
+  if (numbersAtJumps > 0) {
+    if (!summary.remark.empty()) summary.remark += "; ";
+    summary.remark += fmt::format("numbers on a jump as far as can be told: {}", numbersAtJumps);
   }
   return summary;
 }

@@ -60,7 +60,8 @@ struct Solution::Implementation {
   RowSchedule schedule;
   Ends ends;
   std::optional<VerifiedRows> rows;
-  std::optional<Model> unbound;  // with parameters, for times that are asked for later
+  std::int64_t numbersAtJumps = 0;  // in rows
+  std::optional<Model> unbound;     // with parameters, for times that are asked for later
   StepRecord record;
   int recordedAttempt = 0;
   std::chrono::steady_clock::time_point begin;

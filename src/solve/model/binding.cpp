@@ -1,10 +1,18 @@
 #include "solve/model/binding.h"
 
+#include <algorithm>
 #include <vector>
+
+#include "solve/evaluation/domain_error.h"
+#include "solve/evaluation/evaluator.h"
 
 namespace varno::solve {
 
 namespace {
+
+constexpr mpfr_prec_t kDecisionBits = 64;
+/// No longer integer is made of a constant that is not rational.
+constexpr mpfr_exp_t kMostIntegerBits = 1L << 20;
 
 /// The copy of a node over operands that are copied already.
 NodeId Copy(const Model& from, NodeId id, const std::vector<NodeId>& copies, Graph& to)
@@ -35,6 +43,56 @@ NodeId Copy(const Model& from, NodeId id, const std::vector<NodeId>& copies, Gra
   }
 }
 
+/// The value of floor, sign, a comparison and the like, a whole number; the operation itself where
+/// it is too long.
+NodeId WholeValue(Graph& graph, NodeId id)
+{
+  Real value = EvaluateConstant(graph, id, kDecisionBits);
+  const mpfr_exp_t bits = value.IsZero() ? 0 : mpfr_get_exp(static_cast<mpfr_srcptr>(value));
+  if (bits > kMostIntegerBits) return id;
+  if (bits > kDecisionBits) value = EvaluateConstant(graph, id, bits);
+  Integer whole;
+  mpfr_get_z(whole.get_mpz_t(), value, MPFR_RNDN);
+  return graph.Number(whole, graph[id].place);
+}
+
+/// What a constant operation with a kink or a jump, or a comparison, comes to: a number, or one of
+/// its operands.
+NodeId Decide(Graph& graph, NodeId id)
+{
+  const Node node = graph[id];  // a copy: the graph grows
+  const NodeId a = node.operands[0], b = node.operands[1];
+  const auto isBelow = [&](NodeId left, NodeId right) {
+    const NodeId less = graph.Make(Operation::kLess, left, right, node.place);
+    return !EvaluateConstant(graph, less, kDecisionBits).IsZero();
+  };
+  switch (node.operation) {
+    case Operation::kAbs:
+      return isBelow(a, graph.Number(0, node.place)) ? graph.Make(Operation::kNegate, a, node.place)
+                                                     : a;
+    case Operation::kMin:
+      return isBelow(a, b) ? a : b;
+    case Operation::kMax:
+      return isBelow(a, b) ? b : a;
+    default:
+      return WholeValue(graph, id);
+  }
+}
+
+/// The node itself, or what it comes to where constants decide it. What has no value stays.
+NodeId DecidedOr(Graph& graph, NodeId id)
+{
+  const Node& node = graph[id];
+  const bool isOpen = IsPiecewise(node.operation) && !IsChoice(node.operation) &&
+                      node.dependence == Dependence::kNothing;
+  if (!isOpen) return id;
+  try {
+    return Decide(graph, id);
+  } catch (const DomainError&) {
+    return id;
+  }
+}
+
 }  // namespace
 
 Model BindParameters(const Model& model, const std::vector<NodeId*>& others)
@@ -43,7 +101,7 @@ Model BindParameters(const Model& model, const std::vector<NodeId*>& others)
   bound.startPoint = model.startPoint;
   std::vector<NodeId> copies(model.graph.Size());
   for (NodeId id = 0; id < model.graph.Size(); ++id)
-    copies[id] = Copy(model, id, copies, bound.graph);
+    copies[id] = DecidedOr(bound.graph, Copy(model, id, copies, bound.graph));
 
   bound.states = model.states;
   for (State& state : bound.states) {

@@ -1,9 +1,10 @@
 #include "solve/model/expansion.h"
 
-#include <algorithm>
 #include <functional>
 #include <optional>
+#include <span>
 #include <string_view>
+#include <utility>
 
 #include "solve/model/number_literal.h"
 
@@ -30,32 +31,18 @@ std::optional<Operation> OperationOf(ExpressionKind kind)
       return Operation::kDivide;
     case ExpressionKind::kPower:
       return Operation::kPower;
+    case ExpressionKind::kLess:
+      return Operation::kLess;
+    case ExpressionKind::kLessEqual:
+      return Operation::kLessOrEqual;
+    case ExpressionKind::kAnd:
+      return Operation::kAnd;
+    case ExpressionKind::kOr:
+      return Operation::kOr;
+    case ExpressionKind::kNot:
+      return Operation::kNot;
     default:
       return std::nullopt;
-  }
-}
-
-Rational Floor(const Rational& x)
-{
-  Integer result;
-  mpz_fdiv_q(result.get_mpz_t(), x.get_num_mpz_t(), x.get_den_mpz_t());
-  return result;
-}
-
-/// abs, sign, floor, ceil, trunc
-Rational Apply(PiecewiseFunction function, const Rational& x)
-{
-  switch (function) {
-    case PiecewiseFunction::kAbs:
-      return abs(x);
-    case PiecewiseFunction::kSign:
-      return sgn(x);
-    case PiecewiseFunction::kFloor:
-      return Floor(x);
-    case PiecewiseFunction::kCeil:
-      return -Floor(-x);
-    default:
-      return x < 0 ? Rational(-Floor(-x)) : Floor(x);
   }
 }
 
@@ -96,11 +83,27 @@ void Expansion::ReportValueFaults(const std::vector<NodeId>& roots)
   }
   // Operands have smaller numbers than the nodes that use them.
   for (NodeId id = static_cast<NodeId>(isReached.size()); id-- > 0;) {
-    if (!isReached[id]) continue;
-    for (int i = 0; i < graph[id].operandCount; ++i) isReached[graph[id].operands[i]] = true;
+    if (isReached[id]) MarkNeeded(id, isReached);
   }
   for (const Fault& fault : faults) {
     if (fault.inBroken || isReached[fault.node]) diagnostics.Error(fault.place, fault.message);
+  }
+}
+
+/// Marks the operands that a node is sure to look at.
+void Expansion::MarkNeeded(NodeId id, std::vector<bool>& isNeeded)
+{
+  const Node& node = graph[id];
+  const bool isChoice = IsChoice(node.operation);
+  for (int i = 0; i < node.operandCount && (i == 0 || !isChoice); ++i)
+    isNeeded[node.operands[i]] = true;
+  if (!isChoice) return;
+  const std::optional<bool> holds = valueFaults.Holds(node.operands[0]);
+  if (!holds) return;
+  if (node.operation == Operation::kIf) {
+    isNeeded[node.operands[*holds ? 1 : 2]] = true;
+  } else if (*holds == (node.operation == Operation::kAnd)) {
+    isNeeded[node.operands[1]] = true;
   }
 }
 
@@ -133,8 +136,7 @@ void Expansion::Finish()
 {
   const Frame frame = std::move(frames.back());
   frames.pop_back();
-  const Result result = frame.results.back();
-  finished = IsNode(result) ? result : kNoNode;
+  finished = frame.results.back();
   if (frames.empty()) return;
   Give(finished);
   calls.emplace(frame.call, finished);
@@ -153,7 +155,7 @@ void Expansion::Step()
   }
 }
 
-void Expansion::Give(Result result)
+void Expansion::Give(NodeId result)
 {
   frames.back().results.push_back(result);
   ++frames.back().next;
@@ -192,7 +194,7 @@ bool Expansion::MayExpand(const Expression& call, const Tree& body)
 // ------------------------------------------------------------------------------
 // Expressions
 
-Expansion::Result Expansion::Operand(ExpressionId id, std::size_t i) const
+NodeId Expansion::Operand(ExpressionId id, std::size_t i) const
 {
   const Frame& frame = frames.back();
   return frame.results[frame.syntax->Operands(id)[i] - frame.first];
@@ -201,20 +203,12 @@ Expansion::Result Expansion::Operand(ExpressionId id, std::size_t i) const
 bool Expansion::HasAllOperands(ExpressionId id) const
 {
   for (std::size_t i = 0; i < (*frames.back().syntax)[id].operandCount; ++i) {
-    if (!IsNode(Operand(id, i))) return false;
+    if (Operand(id, i) == kNoNode) return false;
   }
   return true;
 }
 
-bool Expansion::HasExactOperands(ExpressionId id) const
-{
-  for (std::size_t i = 0; i < (*frames.back().syntax)[id].operandCount; ++i) {
-    if (!IsNode(Operand(id, i)) || !graph.IsNumber(Operand(id, i))) return false;
-  }
-  return true;
-}
-
-Expansion::Result Expansion::Evaluate(ExpressionId id)
+NodeId Expansion::Evaluate(ExpressionId id)
 {
   const Expression& expression = (*frames.back().syntax)[id];
   switch (expression.kind) {
@@ -226,30 +220,25 @@ Expansion::Result Expansion::Evaluate(ExpressionId id)
       return graph.Leaf(Operation::kTime, expression.place);
     case ExpressionKind::kName:
       return EvaluateName(id);
-    case ExpressionKind::kLess:
-    case ExpressionKind::kLessEqual:
     case ExpressionKind::kGreater:
+      return MakeSwapped(Operation::kLess, id);
     case ExpressionKind::kGreaterEqual:
-      return EvaluateComparison(id);
-    case ExpressionKind::kAnd:
-    case ExpressionKind::kOr:
-    case ExpressionKind::kNot:
-      return EvaluateLogic(id);
+      return MakeSwapped(Operation::kLessOrEqual, id);
     case ExpressionKind::kCall: {
       const Binding& binding = (*frames.back().bindings)[id];
       if (binding.kind != Binding::Kind::kBuiltIn) return kNoNode;
       return EvaluateBuiltIn(id, BuiltInFunctions()[binding.index]);
     }
     case ExpressionKind::kStep:
-      return NotYet(expression.place, id, "step functions");
+      return EvaluateStep(id);
     case ExpressionKind::kSegment:
-      return kNoNode;
+      return kNoNode;  // its step function looks at its parts
     default:
       return Make(*OperationOf(expression.kind), id);
   }
 }
 
-Expansion::Result Expansion::EvaluateNumber(const Expression& number)
+NodeId Expansion::EvaluateNumber(const Expression& number)
 {
   // The place may cover parentheses; the name does not.
   const std::optional<NodeId> node = AddNumber(graph, sources.Text(number.name), number.place);
@@ -259,7 +248,7 @@ Expansion::Result Expansion::EvaluateNumber(const Expression& number)
   return kNoNode;
 }
 
-Expansion::Result Expansion::EvaluateName(ExpressionId id)
+NodeId Expansion::EvaluateName(ExpressionId id)
 {
   const Frame& frame = frames.back();
   const Binding& binding = (*frame.bindings)[id];
@@ -275,90 +264,78 @@ Expansion::Result Expansion::EvaluateName(ExpressionId id)
   }
 }
 
-Expansion::Result Expansion::Make(Operation operation, ExpressionId id)
+NodeId Expansion::Make(Operation operation, ExpressionId id)
 {
   if (!HasAllOperands(id)) return kNoNode;
   const Expression& expression = (*frames.back().syntax)[id];
-  const NodeId node = expression.operandCount == 1
-                          ? graph.Make(operation, Operand(id, 0), expression.place)
-                          : graph.Make(operation, Operand(id, 0), Operand(id, 1), expression.place);
+  const Place place = expression.place;
+  NodeId node = 0;
+  if (expression.operandCount == 1) {
+    node = graph.Make(operation, Operand(id, 0), place);
+  } else if (expression.operandCount == 2) {
+    node = graph.Make(operation, Operand(id, 0), Operand(id, 1), place);
+  } else {
+    node = graph.Make(operation, Operand(id, 0), Operand(id, 1), Operand(id, 2), place);
+  }
   if (std::string fault = valueFaults.Of(node); !fault.empty())
-    faults.push_back({node, expression.place, std::move(fault), false});
+    faults.push_back({node, place, std::move(fault), false});
   return node;
 }
 
+NodeId Expansion::EvaluateBuiltIn(ExpressionId id, const BuiltInFunction& function)
+{
+  const bool takesAnyNumber = function.maxArguments > function.minArguments;
+  return takesAnyNumber ? Extreme(function.operation, id) : Make(function.operation, id);
+}
+
 // ------------------------------------------------------------------------------
-// Kinks and jumps: exact numbers only
+// Kinks and jumps
 
-Expansion::Result Expansion::NotYet(Place place, ExpressionId id, const std::string& what)
+/// a > b is b < a.
+NodeId Expansion::MakeSwapped(Operation operation, ExpressionId id)
 {
-  if (reported.emplace(frames.back().syntax, id).second) {
-    diagnostics.Error(place, "not yet: " + what,
-                      "functions with kinks and jumps work for numbers only so far");
-  }
-  return kNoNode;
+  if (!HasAllOperands(id)) return kNoNode;
+  return graph.Make(operation, Operand(id, 1), Operand(id, 0), (*frames.back().syntax)[id].place);
 }
 
-Expansion::Result Expansion::EvaluateBuiltIn(ExpressionId id, const BuiltInFunction& function)
+/// The smallest or largest of any number of arguments.
+NodeId Expansion::Extreme(Operation operation, ExpressionId id)
 {
-  return function.operation ? Make(*function.operation, id) : EvaluatePiecewise(id, function);
+  if (!HasAllOperands(id)) return kNoNode;
+  const Expression& call = (*frames.back().syntax)[id];
+  NodeId node = Operand(id, 0);
+  for (std::size_t i = 1; i < call.operandCount; ++i)
+    node = graph.Make(operation, node, Operand(id, i), call.place);
+  return node;
 }
 
-Expansion::Result Expansion::EvaluatePiecewise(ExpressionId id, const BuiltInFunction& function)
+/// [s < a, b : u; c : v] is if(a <= s and s < b, u, if(s < c, v, 0)).
+NodeId Expansion::EvaluateStep(ExpressionId id)
 {
-  const Frame& frame = frames.back();
-  const Expression& call = (*frame.syntax)[id];
-  if (function.piecewise == PiecewiseFunction::kIf) {
-    if (Operand(id, 0) == kTrue || Operand(id, 0) == kFalse)
-      return Operand(id, Operand(id, 0) == kTrue ? 1 : 2);
-  } else {
-    if (!HasAllOperands(id)) return kNoNode;
-    if (HasExactOperands(id)) return EvaluateExactly(id, function.piecewise);
-  }
-  return NotYet(call.name, id, "'" + std::string(function.name) + "' of what is not a number");
+  const Syntax& syntax = *frames.back().syntax;
+  const std::span<const ExpressionId> operands = syntax.Operands(id);
+  const NodeId subject = Operand(id, 0);
+  NodeId node = graph.Number(0, syntax[id].place);
+  for (std::size_t i = operands.size() - 1; i > 0; --i)
+    node = EvaluateSegment(subject, operands[i], node);
+  return node;
 }
 
-Expansion::Result Expansion::EvaluateExactly(ExpressionId id, PiecewiseFunction function)
+NodeId Expansion::EvaluateSegment(NodeId subject, ExpressionId segment, NodeId otherwise)
 {
-  const Place place = (*frames.back().syntax)[id].place;
-  Rational value = graph.Value(Operand(id, 0));
-  if (function != PiecewiseFunction::kMin && function != PiecewiseFunction::kMax) {
-    return graph.Number(Apply(function, value), place);
+  const Expression& expression = (*frames.back().syntax)[segment];
+  // More than two limits have been reported.
+  if (expression.operandCount > 3 || !HasAllOperands(segment) || subject == kNoNode ||
+      otherwise == kNoNode)
+    return kNoNode;
+  const Place place = expression.place;
+  const std::size_t last = expression.operandCount - 2;  // limit
+  NodeId holds = graph.Make(Operation::kLess, subject, Operand(segment, last), place);
+  if (last > 0) {
+    const NodeId first = graph.Make(Operation::kLessOrEqual, Operand(segment, 0), subject, place);
+    holds = graph.Make(Operation::kAnd, first, holds, place);
   }
-  for (std::size_t i = 1; i < (*frames.back().syntax)[id].operandCount; ++i) {
-    const Rational& other = graph.Value(Operand(id, i));
-    value = function == PiecewiseFunction::kMin ? std::min(value, other) : std::max(value, other);
-  }
-  return graph.Number(value, place);
-}
-
-Expansion::Result Expansion::EvaluateComparison(ExpressionId id)
-{
-  if (!HasExactOperands(id)) return kNoNode;
-  const Rational& a = graph.Value(Operand(id, 0));
-  const Rational& b = graph.Value(Operand(id, 1));
-  switch ((*frames.back().syntax)[id].kind) {
-    case ExpressionKind::kLess:
-      return a < b ? kTrue : kFalse;
-    case ExpressionKind::kLessEqual:
-      return a <= b ? kTrue : kFalse;
-    case ExpressionKind::kGreater:
-      return a > b ? kTrue : kFalse;
-    default:
-      return a >= b ? kTrue : kFalse;
-  }
-}
-
-Expansion::Result Expansion::EvaluateLogic(ExpressionId id)
-{
-  const ExpressionKind kind = (*frames.back().syntax)[id].kind;
-  const Result a = Operand(id, 0);
-  if (a != kTrue && a != kFalse) return kNoNode;
-  if (kind == ExpressionKind::kNot) return a == kTrue ? kFalse : kTrue;
-  const Result b = Operand(id, 1);
-  if (b != kTrue && b != kFalse) return kNoNode;
-  if (kind == ExpressionKind::kAnd) return a == kTrue ? b : kFalse;
-  return a == kTrue ? kTrue : b;
+  return graph.Make(Operation::kIf, holds, Operand(segment, last + 1), otherwise, place);
 }
 
 }  // namespace varno::solve

@@ -2,10 +2,8 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <set>
 #include <string>
 #include <unordered_map>
-#include <utility>
 #include <vector>
 
 #include "solve/graph/graph.h"
@@ -36,20 +34,15 @@ class Expansion {
   }
   NodeId DeclarationNode(std::uint32_t declaration) const { return declarationNodes[declaration]; }
 
-  /// The node of an expression whose declarations have been set. Reports, once each, what cannot be
-  /// a node yet.
+  /// The node of an expression whose declarations have been set. Conditions are nodes, too: 1 where
+  /// they hold, else 0.
   NodeId Expand(const Tree& tree);
   /// Reports operations that cannot have a value, as 1/0, each where it is written: those at and
-  /// below these nodes, and those of expressions that have no node.
+  /// below these nodes, and those of expressions that have no node. Branches of an `if` count where
+  /// it is known that they are chosen.
   void ReportValueFaults(const std::vector<NodeId>& roots);
 
  private:
-  /// What an expression comes to: a node, or a condition that holds or does not.
-  using Result = NodeId;
-  static constexpr Result kTrue = UINT32_MAX - 1;
-  static constexpr Result kFalse = UINT32_MAX - 2;
-  static bool IsNode(Result result) { return result < kFalse; }
-
   /// An expression under way: the body of a function with its arguments, or the tree of Expand.
   struct Frame {
     const Syntax* syntax;
@@ -57,7 +50,7 @@ class Expansion {
     ExpressionId first;
     ExpressionId next;
     ExpressionId root;
-    std::vector<Result> results;  // of first..next-1
+    std::vector<NodeId> results;  // of first..next-1
     std::vector<NodeId> call;     // the function and its arguments; empty for the tree of Expand
   };
   /// An operation without a value.
@@ -75,24 +68,23 @@ class Expansion {
   void Push(const Tree& tree, std::vector<NodeId> call);
   void Finish();
   void Step();
-  void Give(Result result);
+  void Give(NodeId result);
   void TakeCall(const Expression& call, std::uint32_t function);
+  void MarkNeeded(NodeId id, std::vector<bool>& isNeeded);
   bool MayExpand(const Expression& call, const Tree& body);
 
-  Result Evaluate(ExpressionId id);
-  Result EvaluateName(ExpressionId id);
-  Result EvaluateBuiltIn(ExpressionId id, const BuiltInFunction& function);
-  Result EvaluatePiecewise(ExpressionId id, const BuiltInFunction& function);
-  Result EvaluateExactly(ExpressionId id, PiecewiseFunction function);
-  Result EvaluateComparison(ExpressionId id);
-  Result EvaluateLogic(ExpressionId id);
-  Result EvaluateNumber(const Expression& number);
-  Result Make(Operation operation, ExpressionId id);
-  Result NotYet(Place place, ExpressionId id, const std::string& what);
+  NodeId Evaluate(ExpressionId id);
+  NodeId EvaluateName(ExpressionId id);
+  NodeId EvaluateBuiltIn(ExpressionId id, const BuiltInFunction& function);
+  NodeId EvaluateStep(ExpressionId id);
+  NodeId EvaluateSegment(NodeId subject, ExpressionId segment, NodeId otherwise);
+  NodeId EvaluateNumber(const Expression& number);
+  NodeId Make(Operation operation, ExpressionId id);
+  NodeId MakeSwapped(Operation operation, ExpressionId id);
+  NodeId Extreme(Operation operation, ExpressionId id);
 
-  Result Operand(ExpressionId id, std::size_t i) const;
+  NodeId Operand(ExpressionId id, std::size_t i) const;
   bool HasAllOperands(ExpressionId id) const;
-  bool HasExactOperands(ExpressionId id) const;
 
   Graph& graph;
   ValueFaults& valueFaults;
@@ -107,7 +99,6 @@ class Expansion {
   using Calls = std::unordered_map<std::vector<NodeId>, NodeId, CallHash>;
   Calls calls;
   std::vector<Fault> faults;
-  std::set<std::pair<const Syntax*, ExpressionId>> reported;
   std::size_t expanded = 0;  // expressions of function bodies so far
 };
 

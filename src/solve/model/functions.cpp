@@ -7,78 +7,70 @@ namespace varno::solve {
 
 namespace {
 
-using Piecewise = PiecewiseFunction;
-
-constexpr BuiltInFunction Smooth(std::string_view name, Operation operation)
+constexpr BuiltInFunction Old(std::string_view name, Operation operation)
 {
   return {name, operation};
 }
 
 constexpr BuiltInFunction New(std::string_view name, Operation operation, std::size_t arguments = 1)
 {
-  return {name, operation, {}, arguments, arguments, false};
-}
-
-constexpr BuiltInFunction NewPiecewise(std::string_view name, Piecewise piecewise,
-                                       std::size_t minArguments = 1, std::size_t maxArguments = 1)
-{
-  return {name, std::nullopt, piecewise, minArguments, maxArguments, false};
+  return {name, operation, arguments, arguments, false};
 }
 
 constexpr std::size_t kAnyNumber = std::numeric_limits<std::size_t>::max();
 
 // "acotgh" and "acotanh" are deliberately absent: they are names.
 constexpr BuiltInFunction kFunctions[] = {
-    Smooth("sin", Operation::kSin),
-    Smooth("cos", Operation::kCos),
-    Smooth("tan", Operation::kTan),
-    Smooth("tg", Operation::kTan),
-    Smooth("cotan", Operation::kCot),
-    Smooth("cotg", Operation::kCot),
-    Smooth("asin", Operation::kAsin),
-    Smooth("arcsin", Operation::kAsin),
-    Smooth("acos", Operation::kAcos),
-    Smooth("arccos", Operation::kAcos),
-    Smooth("atan", Operation::kAtan),
-    Smooth("atg", Operation::kAtan),
-    Smooth("arctan", Operation::kAtan),
-    Smooth("arctg", Operation::kAtan),
-    Smooth("acotan", Operation::kAcot),
-    Smooth("acotg", Operation::kAcot),
-    Smooth("arccotan", Operation::kAcot),
-    Smooth("arccotg", Operation::kAcot),
-    Smooth("sinh", Operation::kSinh),
-    Smooth("cosh", Operation::kCosh),
-    Smooth("tanh", Operation::kTanh),
-    Smooth("tgh", Operation::kTanh),
-    Smooth("cotanh", Operation::kCoth),
-    Smooth("cotgh", Operation::kCoth),
-    Smooth("asinh", Operation::kAsinh),
-    Smooth("argsinh", Operation::kAsinh),
-    Smooth("acosh", Operation::kAcosh),
-    Smooth("argcosh", Operation::kAcosh),
-    Smooth("atanh", Operation::kAtanh),
-    Smooth("atgh", Operation::kAtanh),
-    Smooth("argtanh", Operation::kAtanh),
-    Smooth("argtgh", Operation::kAtanh),
-    Smooth("argcotanh", Operation::kAcoth),
-    Smooth("argcotgh", Operation::kAcoth),
-    Smooth("sqrt", Operation::kSqrt),
-    Smooth("exp", Operation::kExp),
-    Smooth("ln", Operation::kLn),
-    {"trunc", std::nullopt, Piecewise::kTrunc},
+    Old("sin", Operation::kSin),
+    Old("cos", Operation::kCos),
+    Old("tan", Operation::kTan),
+    Old("tg", Operation::kTan),
+    Old("cotan", Operation::kCot),
+    Old("cotg", Operation::kCot),
+    Old("asin", Operation::kAsin),
+    Old("arcsin", Operation::kAsin),
+    Old("acos", Operation::kAcos),
+    Old("arccos", Operation::kAcos),
+    Old("atan", Operation::kAtan),
+    Old("atg", Operation::kAtan),
+    Old("arctan", Operation::kAtan),
+    Old("arctg", Operation::kAtan),
+    Old("acotan", Operation::kAcot),
+    Old("acotg", Operation::kAcot),
+    Old("arccotan", Operation::kAcot),
+    Old("arccotg", Operation::kAcot),
+    Old("sinh", Operation::kSinh),
+    Old("cosh", Operation::kCosh),
+    Old("tanh", Operation::kTanh),
+    Old("tgh", Operation::kTanh),
+    Old("cotanh", Operation::kCoth),
+    Old("cotgh", Operation::kCoth),
+    Old("asinh", Operation::kAsinh),
+    Old("argsinh", Operation::kAsinh),
+    Old("acosh", Operation::kAcosh),
+    Old("argcosh", Operation::kAcosh),
+    Old("atanh", Operation::kAtanh),
+    Old("atgh", Operation::kAtanh),
+    Old("argtanh", Operation::kAtanh),
+    Old("argtgh", Operation::kAtanh),
+    Old("argcotanh", Operation::kAcoth),
+    Old("argcotgh", Operation::kAcoth),
+    Old("sqrt", Operation::kSqrt),
+    Old("exp", Operation::kExp),
+    Old("ln", Operation::kLn),
+    Old("trunc", Operation::kTrunc),
 
     New("log", Operation::kLn),
     New("cbrt", Operation::kCbrt),
     New("erf", Operation::kErf),
     New("atan2", Operation::kAtan2, 2),
-    NewPiecewise("abs", Piecewise::kAbs),
-    NewPiecewise("sign", Piecewise::kSign),
-    NewPiecewise("min", Piecewise::kMin, 2, kAnyNumber),
-    NewPiecewise("max", Piecewise::kMax, 2, kAnyNumber),
-    NewPiecewise("floor", Piecewise::kFloor),
-    NewPiecewise("ceil", Piecewise::kCeil),
-    NewPiecewise("if", Piecewise::kIf, 3, 3),
+    New("abs", Operation::kAbs),
+    New("sign", Operation::kSign),
+    {"min", Operation::kMin, 2, kAnyNumber, false},
+    {"max", Operation::kMax, 2, kAnyNumber, false},
+    New("floor", Operation::kFloor),
+    New("ceil", Operation::kCeil),
+    New("if", Operation::kIf, 3),
 };
 
 struct Habit {

@@ -1,7 +1,6 @@
 #pragma once
 
-#include <cstdint>
-#include <optional>
+#include <cstddef>
 #include <span>
 #include <string>
 #include <string_view>
@@ -10,14 +9,10 @@
 
 namespace varno::solve {
 
-/// Functions with kinks and jumps, which have no operation.
-enum class PiecewiseFunction : std::uint8_t { kAbs, kSign, kMin, kMax, kFloor, kCeil, kTrunc, kIf };
-
 /// A function of the language.
 struct BuiltInFunction {
   std::string_view name;
-  std::optional<Operation> operation;  ///< of a smooth function
-  PiecewiseFunction piecewise{};       ///< where there is no operation
+  Operation operation;
   std::size_t minArguments = 1;
   std::size_t maxArguments = 1;
   /// Its name cannot be defined by a text. The others are functions only before "(", and a

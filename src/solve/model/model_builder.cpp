@@ -1,5 +1,6 @@
 #include "solve/model/model_builder.h"
 
+#include <algorithm>
 #include <unordered_map>
 #include <utility>
 
@@ -41,7 +42,6 @@ Model ModelBuilder::Build()
   AddStates();
   ExpandDeclarations();
   AddColumns();
-  ReportEvents();
   AddNotes();
   return std::move(model);
 }
@@ -62,11 +62,9 @@ void ModelBuilder::ResolveAll()
   }
   for (const StartStatement& start : problem.starts) ResolveStart(start, problem);
   for (const EventStatement& event : problem.events) {
-    resolution.Resolve({&problem, event.expression});
-    for (const Assignment& assignment : event.assignments) {
+    resolution.Resolve({&problem, event.expression}, {}, "write event name: a - b");
+    for (const Assignment& assignment : event.assignments)
       resolution.Resolve({&problem, assignment.value});
-      FindState(assignment.head, false);
-    }
   }
   for (const StartStatement& start : settings.starts) ResolveStart(start, settings);
   for (const ParameterSetting& setting : settings.settings)
@@ -170,7 +168,7 @@ std::optional<std::uint32_t> ModelBuilder::FindState(const Head& head, bool isSe
   }
   if (head.order >= declaration.order) {
     diagnostics.Error(
-        head.place, "this derivative has no start value: the equation gives it",
+        head.place, "this derivative has no value of its own: the equation gives it",
         "the equation of " + Quoted(name) + " has the order " + std::to_string(declaration.order));
     diagnostics.Note(declaration.place, "the equation of " + Quoted(name) + " is here");
     return std::nullopt;
@@ -273,6 +271,7 @@ void ModelBuilder::ExpandDeclarations()
     definitionNodes[i] = expansion.DeclarationNode(i);
   ExpandStarts(expansion);
   ExpandStartPoint(expansion);
+  ExpandEvents(expansion);
   expansion.ReportValueFaults(ValuesNeeded());
 }
 
@@ -285,6 +284,10 @@ std::vector<NodeId> ModelBuilder::ValuesNeeded() const
   for (const State& state : model.states) {
     needed.push_back(state.rightHandSide);
     needed.push_back(state.start);
+  }
+  for (const Event& event : model.events) {
+    needed.push_back(event.expression);
+    for (const EventAssignment& assignment : event.assignments) needed.push_back(assignment.value);
   }
   return needed;
 }
@@ -351,20 +354,54 @@ void ModelBuilder::AddColumns()
 }
 
 // ------------------------------------------------------------------------------
-// Remarks
+// Events
 
-void ModelBuilder::ReportEvents()
+void ModelBuilder::ExpandEvents(Expansion& expansion)
 {
   std::unordered_map<std::string_view, Place> known;
-  for (const EventStatement& event : problem.events) {
-    diagnostics.Error(event.name, "not yet: events");
-    const std::string_view name = sources.Text(event.name);
-    const auto [first, isNew] = known.try_emplace(name, event.name);
-    if (isNew) continue;
-    diagnostics.Error(event.name, "two events are named " + Quoted(name));
-    diagnostics.Note(first->second, "the first event of this name is here");
+  for (const EventStatement& statement : problem.events) {
+    const std::string_view name = sources.Text(statement.name);
+    if (const auto [first, isNew] = known.try_emplace(name, statement.name); !isNew) {
+      diagnostics.Error(statement.name, "two events are named " + Quoted(name));
+      diagnostics.Note(first->second, "the first event of this name is here");
+    }
+    Event event{std::string(name),
+                expansion.Expand({&problem, statement.expression}),
+                statement.crossing,
+                statement.stops,
+                ExpandAssignments(expansion, statement),
+                statement.name};
+    if (event.expression != kNoNode &&
+        model.graph[event.expression].dependence == Dependence::kNothing) {
+      diagnostics.Error(problem[statement.expression].place,
+                        "this event never happens: its expression is constant",
+                        "an event is where an expression crosses zero, as in event hit: y falling");
+    }
+    model.events.push_back(std::move(event));
   }
 }
+
+std::vector<EventAssignment> ModelBuilder::ExpandAssignments(Expansion& expansion,
+                                                             const EventStatement& event)
+{
+  std::vector<EventAssignment> assignments;
+  for (const Assignment& assignment : event.assignments) {
+    const std::optional<std::uint32_t> state = FindState(assignment.head, false);
+    const NodeId value = expansion.Expand({&problem, assignment.value});
+    if (!state) continue;
+    const auto before = std::ranges::find(assignments, *state, &EventAssignment::state);
+    if (before != assignments.end()) {
+      diagnostics.Error(assignment.head.place,
+                        Quoted(model.states[*state].name) + " is assigned twice in this event");
+      diagnostics.Note(before->place, "it is assigned here first");
+    }
+    assignments.push_back({*state, value, assignment.head.place});
+  }
+  return assignments;
+}
+
+// ------------------------------------------------------------------------------
+// Remarks
 
 void ModelBuilder::AddNotes()
 {

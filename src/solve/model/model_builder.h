@@ -48,7 +48,8 @@ class ModelBuilder {
   void ExpandPoint(Expansion& expansion, const StartStatement& start, const Syntax& syntax);
   std::vector<NodeId> ValuesNeeded() const;
   void AddColumns();
-  void ReportEvents();
+  void ExpandEvents(Expansion& expansion);
+  std::vector<EventAssignment> ExpandAssignments(Expansion& expansion, const EventStatement& event);
   void AddNotes();
 
   const Syntax& problem;

@@ -21,11 +21,15 @@ constexpr std::size_t kMaxDigits = 60;
 constexpr long kMaxPlainDigits = 20;
 
 // How tightly operators bind
-constexpr int kSum = 1;
-constexpr int kProduct = 2;
-constexpr int kSign = 3;
-constexpr int kPowerOf = 4;
-constexpr int kAtom = 5;
+constexpr int kDisjunction = 1;
+constexpr int kConjunction = 2;
+constexpr int kNegation = 3;
+constexpr int kComparison = 4;
+constexpr int kSum = 5;
+constexpr int kProduct = 6;
+constexpr int kSign = 7;
+constexpr int kPowerOf = 8;
+constexpr int kAtom = 9;
 
 std::string_view OperatorText(Operation operation)
 {
@@ -38,6 +42,14 @@ std::string_view OperatorText(Operation operation)
       return "*";
     case Operation::kDivide:
       return "/";
+    case Operation::kLess:
+      return " < ";
+    case Operation::kLessOrEqual:
+      return " <= ";
+    case Operation::kAnd:
+      return " and ";
+    case Operation::kOr:
+      return " or ";
     default:
       return "^";
   }
@@ -92,6 +104,15 @@ std::string NumberText(const Rational& value)
 int BindingOf(const Graph& graph, NodeId id)
 {
   switch (graph[id].operation) {
+    case Operation::kOr:
+      return kDisjunction;
+    case Operation::kAnd:
+      return kConjunction;
+    case Operation::kNot:
+      return kNegation;
+    case Operation::kLess:
+    case Operation::kLessOrEqual:
+      return kComparison;
     case Operation::kAdd:
     case Operation::kSubtract:
       return kSum;
@@ -125,7 +146,7 @@ class Writer {
   {
     std::string text;
     stack.clear();
-    PushNode(root, kSum, true);
+    PushNode(root, kDisjunction, true);
     while (!stack.empty() && text.size() <= maxLength) {
       const Item item = stack.back();
       stack.pop_back();
@@ -176,7 +197,11 @@ class Writer {
         ExpandUnary(node, text);
         break;
       default:
-        ExpandBinary(node, text);
+        if (FunctionName(node.operation).empty()) {
+          ExpandBinary(node);
+        } else {
+          ExpandCall(node, text);
+        }
         break;
     }
   }
@@ -203,27 +228,39 @@ class Writer {
     if (node.operation == Operation::kNegate) {
       text += '-';
       PushNode(node.operands[0], kSign);
-      return;
+    } else if (node.operation == Operation::kNot) {
+      text += "not ";
+      PushNode(node.operands[0], kNegation);
+    } else {
+      ExpandCall(node, text);
     }
+  }
+
+  /// Conditions may stand in calls without parentheses.
+  void ExpandCall(const Node& node, std::string& text)
+  {
     text += FunctionName(node.operation);
     text += '(';
     PushText(")");
-    PushNode(node.operands[0], kSum);
+    for (int i = node.operandCount - 1; i >= 0; --i) {
+      PushNode(node.operands[i], kDisjunction);
+      if (i > 0) PushText(", ");
+    }
   }
 
-  void ExpandBinary(const Node& node, std::string& text)
+  void ExpandBinary(const Node& node)
   {
-    if (node.operation == Operation::kAtan2) {
-      text += "atan2(";
-      PushText(")");
-      PushNode(node.operands[1], kSum);
-      PushText(", ");
-      PushNode(node.operands[0], kSum);
-      return;
-    }
     int left = kSum;
     int right = kProduct;
-    if (node.operation == Operation::kMultiply || node.operation == Operation::kDivide) {
+    if (node.operation == Operation::kLess || node.operation == Operation::kLessOrEqual) {
+      left = right = kSum;
+    } else if (node.operation == Operation::kAnd) {
+      left = kConjunction;
+      right = kNegation;
+    } else if (node.operation == Operation::kOr) {
+      left = kDisjunction;
+      right = kConjunction;
+    } else if (node.operation == Operation::kMultiply || node.operation == Operation::kDivide) {
       left = kProduct;
       right = kPowerOf;
     } else if (node.operation == Operation::kPower) {
@@ -252,6 +289,10 @@ class Naming {
     }
     for (const Parameter& parameter : model.parameters) Use(parameter.value);
     for (const Column& column : model.columns) Use(column.value);
+    for (const Event& event : model.events) {
+      Use(event.expression);
+      for (const EventAssignment& assignment : event.assignments) Use(assignment.value);
+    }
     CountUses();
     Choose();
   }
@@ -301,6 +342,21 @@ void AddLine(std::string& text, const std::string& left, const std::string& righ
   text += "  " + left + " = " + right + '\n';
 }
 
+/// "y falling stop { v = -v; }", from the texts of the parts.
+template <class TextOf>
+std::string EventText(const Model& model, const Event& event, TextOf textOf)
+{
+  std::string text = textOf(event.expression);
+  if (event.crossing == Crossing::kRising) text += " rising";
+  if (event.crossing == Crossing::kFalling) text += " falling";
+  if (event.stops) text += " stop";
+  if (event.assignments.empty()) return text;
+  text += " {";
+  for (const EventAssignment& assignment : event.assignments)
+    text += " " + model.states[assignment.state].name + " = " + textOf(assignment.value) + ";";
+  return text + " }";
+}
+
 }  // namespace
 
 std::string PrintExpression(const Model& model, NodeId id)
@@ -341,6 +397,9 @@ std::string PrintModel(const Model& model)
       AddLine(text, column.name, textOf(column.value));
     }
   }
+  if (!model.events.empty()) text += "events\n";
+  for (const Event& event : model.events)
+    text += "  " + event.name + ": " + EventText(model, event, textOf) + '\n';
   return text;
 }
 

@@ -66,6 +66,10 @@ RealValues::Known RealValues::Evaluate(NodeId id)
 RealValues::Known RealValues::Operate(NodeId id)
 {
   const Node& node = graph[id];
+  if (IsPiecewise(node.operation)) {
+    const std::optional<Real> value = Sharpen(id);
+    return {value, value ? Log2Size(*value) : 0};
+  }
   const Known &a = known.at(node.operands[0]),
               &b = known.at(node.operands[node.operandCount > 1 ? 1 : 0]);
   if (!a.value || !b.value) return {};

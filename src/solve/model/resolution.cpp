@@ -30,7 +30,8 @@ void Resolution::AddLostNames(const Syntax& syntax)
   for (const Place& name : syntax.lostNames) reported.insert(sources.Text(name));
 }
 
-void Resolution::Resolve(const Tree& tree, std::span<const Place> parameters)
+void Resolution::Resolve(const Tree& tree, std::span<const Place> parameters,
+                         const std::string& valueHint)
 {
   const Syntax& syntax = *tree.syntax;
   std::vector<Binding>& bound = bindings[&syntax];
@@ -44,7 +45,7 @@ void Resolution::Resolve(const Tree& tree, std::span<const Place> parameters)
     if (expression.kind == ExpressionKind::kCall) bound[id] = ResolveCall(syntax, id, names);
     CheckOperands(syntax, id);
   }
-  RequireValue(syntax, tree.root);
+  RequireValue(syntax, tree.root, valueHint);
 }
 
 // ------------------------------------------------------------------------------
@@ -158,8 +159,7 @@ Binding Resolution::ResolveCallOfBuiltIn(const Expression& call, const BuiltInFu
   std::string wanted = CountOf(function.minArguments, "argument");
   if (function.maxArguments > function.minArguments) wanted = "at least " + wanted;
   std::string hint;
-  if (function.piecewise == PiecewiseFunction::kIf && !function.operation)
-    hint = "write if(a < b, u, v)";
+  if (function.operation == Operation::kIf) hint = "write if(a < b, u, v)";
   if (function.operation == Operation::kLn && call.operandCount == 2)
     hint = "the logarithm of x to the base b is ln(x)/ln(b)";
   diagnostics.Error(
@@ -254,11 +254,10 @@ void Resolution::CheckOperands(const Syntax& syntax, ExpressionId id)
   }
 }
 
-void Resolution::RequireValue(const Syntax& syntax, ExpressionId id)
+void Resolution::RequireValue(const Syntax& syntax, ExpressionId id, const std::string& hint)
 {
   if (!IsCondition(syntax[id].kind)) return;
-  diagnostics.Error(syntax[id].place, "this is a condition and has no value",
-                    "write if(a < b, u, v)");
+  diagnostics.Error(syntax[id].place, "this is a condition and has no value", hint);
 }
 
 void Resolution::RequireCondition(const Syntax& syntax, ExpressionId id)

@@ -49,7 +49,9 @@ class Resolution {
   /// Binds the names of an expression that must have a value, inside a function with these
   /// parameters. Reports undefined names, each once; wrong numbers of arguments; conditions instead
   /// of values and the reverse; derivatives that no equation gives.
-  void Resolve(const Tree& tree, std::span<const Place> parameters = {});
+  /// `valueHint` is how to write a value instead of a condition.
+  void Resolve(const Tree& tree, std::span<const Place> parameters = {},
+               const std::string& valueHint = kValueHint);
 
   const std::vector<Binding>& Of(const Syntax& syntax) const { return bindings.at(&syntax); }
 
@@ -64,6 +66,8 @@ class Resolution {
   }
 
  private:
+  inline static const std::string kValueHint = "write if(a < b, u, v)";
+
   /// The parameters of the function whose body is being resolved, with their numbers.
   using Parameters = std::map<std::string_view, std::uint32_t>;
 
@@ -77,7 +81,7 @@ class Resolution {
   void ReportUndefined(const Expression& name, const Parameters& parameters);
   void ReportUnknownFunction(const Expression& call);
   void CheckOperands(const Syntax& syntax, ExpressionId id);
-  void RequireValue(const Syntax& syntax, ExpressionId id);
+  void RequireValue(const Syntax& syntax, ExpressionId id, const std::string& hint = kValueHint);
   void RequireCondition(const Syntax& syntax, ExpressionId id);
 
   const Declarations& declarations;

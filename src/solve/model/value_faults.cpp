@@ -67,6 +67,12 @@ const char* ValueFaults::OfPower(NodeId base, NodeId exponent)
              : "";
 }
 
+std::optional<bool> ValueFaults::Holds(NodeId condition)
+{
+  const std::optional<Rational>& value = exact.Of(condition);
+  return value ? std::optional(*value != 0) : std::nullopt;
+}
+
 std::string ValueFaults::Of(NodeId operation)
 {
   const Node& node = graph[operation];

@@ -22,6 +22,8 @@ class ValueFaults {
   /// What is wrong with this operation: "division by zero"; else empty. Of the operands' own faults
   /// it does not tell.
   std::string Of(NodeId operation);
+  /// Whether a condition that is made of fractions holds; none for others.
+  std::optional<bool> Holds(NodeId condition);
 
  private:
   std::optional<int> Compare(NodeId constant, int bound);

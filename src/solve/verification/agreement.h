@@ -12,6 +12,7 @@ struct SizedNumber {
   std::optional<Real> value;
   double size;
   bool isInDoubt = false;  ///< more digits must tell whether there is a value, and which
+  bool isAtJump = false;   ///< whether an argument that is not exact counts as at a jump
 };
 
 enum class Verdict {

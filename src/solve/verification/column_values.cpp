@@ -16,13 +16,14 @@ ColumnValues::ColumnValues(const Graph& graph, const std::vector<NodeId>& nodes,
   }
 }
 
-SizedNumber ColumnValues::Value(Column& column, mpfr_srcptr time, const SizedStates& states) const
+SizedNumber ColumnValues::Value(Column& column, mpfr_srcptr time, const Rational* exactTime,
+                                const SizedStates& states) const
 {
   if (!column.definition) return {states.values[column.state], states.sizes[column.state]};
   Evaluator& definition = *column.definition;
   try {
-    definition.EvaluateSized(time, states.values, states.sizes, edges);
-    return {definition[0], definition.Size(0)};
+    definition.EvaluateSized(time, states.values, states.sizes, edges, exactTime);
+    return {definition[0], definition.Size(0), false, definition.IsAtJump()};
   } catch (const EdgeInDoubt&) {
     return {std::nullopt, 0, true};
   } catch (const DomainError& error) {
@@ -34,11 +35,12 @@ SizedNumber ColumnValues::Value(Column& column, mpfr_srcptr time, const SizedSta
 
 std::vector<SizedNumber> ColumnValues::At(const Moment& time, const SizedStates& states)
 {
-  Real exactTime(bits);
-  time.Evaluate(exactTime);
+  Real roundedTime(bits);
+  time.Evaluate(roundedTime);
+  const Rational* const exactTime = time.IsRational() ? &time.RationalPart() : nullptr;
   std::vector<SizedNumber> values;
   try {
-    for (Column& column : columns) values.push_back(Value(column, exactTime, states));
+    for (Column& column : columns) values.push_back(Value(column, roundedTime, exactTime, states));
   } catch (const DomainError& error) {
     throw RowOutOfRange{error, time};
   }

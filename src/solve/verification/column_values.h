@@ -34,7 +34,8 @@ class ColumnValues {
     std::optional<Evaluator> definition;  // none for a variable
   };
 
-  SizedNumber Value(Column& column, mpfr_srcptr time, const SizedStates& states) const;
+  SizedNumber Value(Column& column, mpfr_srcptr time, const Rational* exactTime,
+                    const SizedStates& states) const;
 
   mpfr_prec_t bits;
   EdgeRule edges;

@@ -167,6 +167,7 @@ VerifiedRow VerifiedRows::Judge(const Moment& time,
     const Agreement agreement = Compare(first[i], best[i], rule);
     RowNumber& number = row.numbers.emplace_back();
     number.value = best[i].value;
+    number.isAtJump = best[i].isAtJump;
     if (agreement.verdict == Verdict::kAgree) continue;
     if (agreement.verdict == Verdict::kZero) {
       number.zeroUnit = ZeroUnit(std::max(first[i].size, best[i].size), wanted.digits);

@@ -30,6 +30,7 @@ struct RowsWanted {
 struct RowNumber {
   std::optional<Real> value;     ///< none where a definition is undefined
   std::optional<long> zeroUnit;  ///< the number is 0 to this power of ten
+  bool isAtJump = false;         ///< as far as can be told: an argument was not exact
 };
 
 struct VerifiedRow {

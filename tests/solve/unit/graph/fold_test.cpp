@@ -55,6 +55,41 @@ TEST(FoldExactly, ResultsStaySmall)
   EXPECT_EQ(FoldExactly(Operation::kNegate, PowerOfTwo(5000)), Rational(-PowerOfTwo(5000)));
 }
 
+TEST(FoldExactly, KinksAndJumps)
+{
+  const Rational a(-7, 2), b(7, 2);
+  EXPECT_EQ(FoldExactly(Operation::kAbs, a), b);
+  EXPECT_EQ(FoldExactly(Operation::kSign, a), Rational(-1));
+  EXPECT_EQ(FoldExactly(Operation::kSign, 0), Rational(0));
+  EXPECT_EQ(FoldExactly(Operation::kFloor, a), Rational(-4));
+  EXPECT_EQ(FoldExactly(Operation::kCeil, a), Rational(-3));
+  EXPECT_EQ(FoldExactly(Operation::kTrunc, a), Rational(-3));
+  EXPECT_EQ(FoldExactly(Operation::kFloor, b), Rational(3));
+  EXPECT_EQ(FoldExactly(Operation::kCeil, b), Rational(4));
+  EXPECT_EQ(FoldExactly(Operation::kTrunc, b), Rational(3));
+  EXPECT_EQ(FoldExactly(Operation::kMin, a, b), a);
+  EXPECT_EQ(FoldExactly(Operation::kMax, a, b), b);
+  for (const Operation function : {Operation::kFloor, Operation::kCeil, Operation::kTrunc})
+    EXPECT_EQ(FoldExactly(function, Rational(-13)), Rational(-13));
+}
+
+TEST(FoldExactly, Conditions)
+{
+  const Rational third(1, 3), half(1, 2);
+  EXPECT_EQ(FoldExactly(Operation::kLess, third, half), Rational(1));
+  EXPECT_EQ(FoldExactly(Operation::kLess, half, half), Rational(0));
+  EXPECT_EQ(FoldExactly(Operation::kLessOrEqual, half, half), Rational(1));
+  EXPECT_EQ(FoldExactly(Operation::kLessOrEqual, half, third), Rational(0));
+  EXPECT_EQ(FoldExactly(Operation::kNot, 0), Rational(1));
+  EXPECT_EQ(FoldExactly(Operation::kNot, 1), Rational(0));
+  for (const int a : {0, 1}) {
+    for (const int b : {0, 1}) {
+      EXPECT_EQ(FoldExactly(Operation::kAnd, a, b), Rational(a * b));
+      EXPECT_EQ(FoldExactly(Operation::kOr, a, b), Rational(a + b - a * b));
+    }
+  }
+}
+
 TEST(FoldExactly, NoValueNoResult)
 {
   EXPECT_EQ(FoldExactly(Operation::kDivide, 1, 0), std::nullopt);

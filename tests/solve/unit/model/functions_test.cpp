@@ -18,7 +18,7 @@ TEST(BuiltInFunctions, AreFoundByName)
 {
   EXPECT_EQ(FindBuiltInFunction("argtgh")->operation, Operation::kAtanh);
   EXPECT_EQ(FindBuiltInFunction("log")->operation, Operation::kLn);
-  EXPECT_EQ(FindBuiltInFunction("trunc")->piecewise, PiecewiseFunction::kTrunc);
+  EXPECT_EQ(FindBuiltInFunction("trunc")->operation, Operation::kTrunc);
   EXPECT_EQ(FindBuiltInFunction("Sin"), nullptr);
   EXPECT_EQ(FindBuiltInFunction("acotgh"), nullptr);
 }

@@ -31,6 +31,25 @@ TEST(PrintModel, AllParts)
             "  energy = y'^2/2 + k*y^2/2\n");
 }
 
+TEST(PrintModel, Events)
+{
+  const ReadProblem problem(
+      "y' = v & 1; v' = -1; event hit: y falling stop { v = -v/2; y = 0; }; event two: t - 2;");
+  EXPECT_THAT(PrintModel(problem.model), EndsWith("events\n"
+                                                  "  hit: y falling stop { v = -v/2; y = 0; }\n"
+                                                  "  two: t - 2\n"));
+}
+
+TEST(PrintExpression, ConditionsKeepTheirParentheses)
+{
+  for (const char* text :
+       {"if((x < 1 or t < x) and not (x < 2 and t < 2), 1, 2)", "if(not (x < 1 or t < 1), 1, 2)",
+        "if(x < 1 or t < x and x < 2, if(x <= t, 1, 2), abs(x + 1))", "atan2(x + 1, min(x, t))"}) {
+    const ReadProblem problem(std::string("x' = 1; f = ") + text + ";");
+    EXPECT_EQ(problem.ColumnText("f"), text);
+  }
+}
+
 TEST(PrintModel, SharedPartsAreNamed)
 {
   const ReadProblem problem("x' = r*x; y' = r*y; r = sin(x*x + y*y)*cos(t)/(1 + x);");
