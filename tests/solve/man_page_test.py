@@ -35,6 +35,11 @@ class ManPageTest(unittest.TestCase):
         self.assertGreater(len(options), 20)
         self.assertEqual(re.findall(r"^\.It Fl -(\S+)", PAGE.read_text(), re.MULTILINE), options)
 
+    def test_help_fits_two_screens(self):
+        lines = subprocess.run([PROGRAM, "--help"], capture_output=True, text=True).stdout.splitlines()
+        self.assertLessEqual(len(lines), 50)
+        self.assertLessEqual(max(map(len, lines)), 80)
+
     def test_examples_print_what_the_page_shows(self):
         text, _ = formatted()
         blocks = re.findall(r"(?m)((?:^ {11,}\S.*\n)+)", text.partition("\nEXAMPLES\n")[2])

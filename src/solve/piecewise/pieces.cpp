@@ -257,7 +257,7 @@ std::shared_ptr<const Piece> Pieces::Keep(Piece piece)
   for (Watched& event : piece.events) find(event);
 
   if (found.size() >= kMostPieces) found.clear();
-  const auto kept = std::make_shared<const Piece>(std::move(piece));
+  auto kept = std::make_shared<const Piece>(std::move(piece));
   found[kept->mode] = kept;
   return kept;
 }

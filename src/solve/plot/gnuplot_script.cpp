@@ -13,14 +13,22 @@ namespace {
 /// More curves than this need no key: nobody could tell them apart.
 constexpr std::size_t kMostKeys = 24;
 
-/// A text in gnuplot's single quotes, in which a quote is written twice.
+/// A text in gnuplot's single quotes, in which a quote is written twice. Several quotes in a row,
+/// as of f'', gnuplot reads wrongly: they stand in double quotes, joined by its operator for texts.
 std::string Quoted(const std::string& text)
 {
   std::string quoted = "'";
-  for (const char character : text) {
-    if (character == '\n') continue;
-    quoted += character;
-    if (character == '\'') quoted += character;
+  for (std::size_t i = 0; i < text.size();) {
+    const std::size_t end = std::min(text.find_first_not_of('\'', i), text.size());
+    const std::size_t quotes = end - i;
+    if (quotes > 1) {
+      quoted += "'.\"" + text.substr(i, quotes) + "\".'";
+    } else if (quotes == 1) {
+      quoted += "''";
+    } else if (text[i] != '\n') {
+      quoted += text[i];
+    }
+    i += std::max<std::size_t>(quotes, 1);
   }
   return quoted + "'";
 }

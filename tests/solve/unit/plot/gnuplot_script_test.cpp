@@ -116,6 +116,9 @@ TEST(GnuplotScript, Kinds)
   EXPECT_TRUE(GnuplotScript(request, data)
                   .starts_with("set terminal svg noenhanced size 960,600 dynamic\n"
                                "set output 'it''s.svg'\n"));
+  // gnuplot reads quotes in a row wrongly within single quotes.
+  request.file = "f''.svg";
+  EXPECT_NE(GnuplotScript(request, data).find("set output 'f'.\"''\".'.svg'\n"), std::string::npos);
   request.file = "a.pdf";
   EXPECT_TRUE(GnuplotScript(request, data).starts_with("set terminal pdfcairo"));
 }
