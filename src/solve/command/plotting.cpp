@@ -10,6 +10,7 @@
 #include "solve/command/output_file.h"
 #include "solve/command/problem_files.h"
 #include "solve/plot/gnuplot.h"
+#include "solve/plot/picture_file.h"
 
 namespace varno::solve {
 
@@ -69,7 +70,9 @@ void Plotting::Draw() const
   PlotData data{columns, sweptCount, {}};
   for (const auto& [number, run] : runs) data.runs.push_back(run);
   try {
-    RunGnuplot(GnuplotScript(*request, data), request->file == "-");
+    const bool isInTerminal = request->file == "-";
+    RunGnuplot(GnuplotScript(*request, data), isInTerminal);
+    if (!isInTerminal) RequireWholePicture(request->file);
   } catch (const PlotError& error) {
     throw OutputError(error.what());
   }
