@@ -21,7 +21,7 @@ constexpr double kBelowTolerance = 4;
 /// The least factor by which a step must become longer (log2); a trial costs some steps.
 constexpr double kLeastGain = 2;
 /// The longest step is found to this factor (log2), in so many trials.
-constexpr double kLengthAccuracy = 0.25;
+constexpr double kLengthAccuracy = 0.03;
 constexpr int kMostTrials = 12;
 /// After trials without gain up to 2^kMostBackoff steps are made before the next one.
 constexpr int kMostBackoff = 6;
