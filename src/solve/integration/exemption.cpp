@@ -23,7 +23,7 @@ constexpr double kLeastGain = 2;
 /// The same where the terms of the lines that stay may be known near the present scale only.
 constexpr double kLeastHope = 0.1;
 /// The longest step is found to this factor (log2), in so many trials.
-constexpr double kLengthAccuracy = 0.25;
+constexpr double kLengthAccuracy = 0.03;
 constexpr int kMostTrials = 12;
 /// After trials without gain up to 2^kMostBackoff steps are made before the next one.
 constexpr int kMostBackoff = 6;
