@@ -10,6 +10,7 @@
 #include "solve/command/output_file.h"
 #include "solve/command/problem_files.h"
 #include "solve/plot/gnuplot.h"
+#include "solve/plot/picture_file.h"
 
 namespace varno::solve {
 
@@ -70,7 +71,11 @@ void Plotting::Draw() const
   for (const auto& [number, run] : runs) data.runs.push_back(run);
   try {
     const std::string picture = RunGnuplot(GnuplotScript(*request, data));
-    if (request->file == "-") OutputFile::StandardOutput(IsInterrupted).Write(picture);
+    if (request->file == "-") {
+      OutputFile::StandardOutput(IsInterrupted).Write(picture);
+    } else {
+      RequireWholePicture(request->file);
+    }
   } catch (const PlotError& error) {
     throw OutputError(error.what());
   }

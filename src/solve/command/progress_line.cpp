@@ -12,6 +12,8 @@ namespace {
 constexpr double kTerminalDelay = 0.5;
 constexpr double kTerminalInterval = 0.1;
 constexpr double kLineInterval = 1;
+constexpr double kRareDelay = 60;
+constexpr double kMuchLonger = 100;
 constexpr std::string_view kClearLine = "\r\033[K";
 
 /// A time to wait: "25 s", "3 min 20 s", "5 h 7 min", "12 d 3 h".
@@ -30,7 +32,11 @@ std::string TimeText(double seconds)
 
 void ProgressLine::Update(const Progress& progress)
 {
-  Show(progress);
+  if (mode == Mode::kRarely) {
+    ShowRarely(progress);
+  } else {
+    Show(progress);
+  }
 }
 
 void ProgressLine::Update(const SweepProgress& progress)
@@ -38,10 +44,24 @@ void ProgressLine::Update(const SweepProgress& progress)
   Show(progress);
 }
 
+/// A long run is never without a word, even where nobody looks at it.
+void ProgressLine::ShowRarely(const Progress& progress)
+{
+  if (progress.seconds < std::max(nextSeconds, kRareDelay)) return;
+  nextSeconds = 2 * progress.seconds;
+  const double toGo = progress.seconds / progress.fraction - progress.seconds;
+  std::string text = fmt::format(", {:.2g} s to go at this pace", toGo);
+  const double inSteps =
+      progress.seconds / static_cast<double>(progress.steps) * progress.stepsAhead;
+  if (inSteps > kMuchLonger * toGo)
+    text += fmt::format(", but {:.2g} s in steps as short as the latest", inSteps);
+  console.Say(ProgressText(progress) + text);
+}
+
 template <typename AnyProgress>
 void ProgressLine::Show(const AnyProgress& progress)
 {
-  if (mode == Mode::kOff) return;
+  if (mode != Mode::kOn) return;
   const bool isTerminal = console.errorsAreTerminal;
   if (nextSeconds < 0) nextSeconds = isTerminal ? kTerminalDelay : 0;
   if (progress.seconds < nextSeconds) return;

@@ -19,10 +19,12 @@ struct SweepProgress {
 /// of 1000, 35 per second, 25 s left".
 ///
 /// On a terminal it is one line that is written anew, ten times a second at most, and first after
-/// half a second; elsewhere a line of its own each second, the first one at once.
+/// half a second; elsewhere a line of its own each second, the first one at once. Where it is not
+/// asked for, a run that takes more than a minute says so, and again whenever that time has
+/// doubled, with what it will take: ", 5e+06 s to go at this pace".
 class ProgressLine {
  public:
-  enum class Mode { kOff, kOn };
+  enum class Mode { kOff, kRarely, kOn };
   ProgressLine(const Console& console, Mode mode) : console(console), mode(mode) {}
 
   void Update(const Progress& progress);
@@ -33,6 +35,7 @@ class ProgressLine {
  private:
   template <typename AnyProgress>
   void Show(const AnyProgress& progress);
+  void ShowRarely(const Progress& progress);
 
   const Console& console;
   Mode mode;

@@ -52,17 +52,27 @@ int PrintRows(Solution& solution, RowOutput& output, Plotting& plotting, Progres
   return kSignalBase + Interruption::Signal();
 }
 
+ProgressLine::Mode ProgressModeOf(const CommandLine& commandLine, const Console& console)
+{
+  if (commandLine.progress) return ProgressLine::Mode::kOn;
+  if (commandLine.quiet) return ProgressLine::Mode::kOff;
+  return console.errorsAreTerminal ? ProgressLine::Mode::kOn : ProgressLine::Mode::kRarely;
+}
+
 int SolveOne(const CommandLine& commandLine, SavedState state, const Problem& problem,
              const Console& console)
 {
-  const bool wantsProgress =
-      commandLine.progress || (console.errorsAreTerminal && !commandLine.quiet);
-  ProgressLine progressLine(console,
-                            wantsProgress ? ProgressLine::Mode::kOn : ProgressLine::Mode::kOff);
+  ProgressLine progressLine(console, ProgressModeOf(commandLine, console));
   Options options = commandLine.options;
   options.jobs = commandLine.jobs;
   options.interrupted = IsInterrupted;
   options.progress = [&progressLine](const Progress& progress) { progressLine.Update(progress); };
+  if (!commandLine.quiet) {
+    options.notice = [&](const std::string& notice) {
+      progressLine.Clear();
+      console.Say(notice);
+    };
+  }
   Solution solution(problem, std::move(options));
 
   if (commandLine.explain) {

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "solve/evaluation/evaluator.h"
+#include "solve/evaluation/constant.h"
 
 namespace varno::solve {
 

@@ -30,6 +30,8 @@ std::optional<Place> PlaceOf(Operation operation, bool hasWholeExponent, mpfr_sr
       return Place{0, false, kRoot};
     case Operation::kLn:
     case Operation::kAcot:
+    case Operation::kCot:
+    case Operation::kCoth:
       return Place{0, false, 0};
     case Operation::kDivide:
       return Place{0, true, 0};
@@ -113,7 +115,6 @@ std::optional<Edge> EdgeAt(Operation operation, bool hasWholeExponent, const Siz
                            const SizedValue& b, const EdgeRule& rule)
 {
   if (Jumps(operation)) return JumpAt(operation, a, b, rule);
-  if (rule.jumpsOnly) return std::nullopt;
   const std::optional<Place> place = PlaceOf(operation, hasWholeExponent, a.value, b.value);
   if (!place) return std::nullopt;
   const SizedValue& argument = place->isSecond ? b : a;
@@ -125,6 +126,15 @@ std::optional<Edge> EdgeAt(Operation operation, bool hasWholeExponent, const Siz
   Edge edge{Real(mpfr_get_prec(argument.value)), place->isSecond, place->power};
   mpfr_set_si(edge.argument, place->edge, MPFR_RNDN);
   return edge;
+}
+
+bool IsOnPole(Operation operation, mpfr_srcptr result, double angleSize, const EdgeRule& rule)
+{
+  if (operation != Operation::kTan && operation != Operation::kCot) return false;
+  const double relative = -Log2Size(result) - angleSize;
+  if (relative >= -rule.noiseBits) return false;
+  if (!rule.mayDeclareZero || relative >= -rule.zeroBits) throw EdgeInDoubt();
+  return true;
 }
 
 double SizeAtEdge(const Edge& edge, mpfr_srcptr result, double argumentSize, const EdgeRule& rule)

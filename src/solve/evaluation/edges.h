@@ -13,12 +13,21 @@ struct EdgeRule {
   double noiseBits;     ///< closer than its size times 2^-noiseBits, it may be on either side
   double zeroBits;      ///< closer than its size times 2^-zeroBits, too, it counts as on the edge
   bool mayDeclareZero;  ///< whether the argument is computed so exactly
-  /// Whether edges of domains do not count, only the jumps of what jumps by itself.
-  bool jumpsOnly = false;
+  /// What may count as on the edge: arguments whose noise is smaller than the smallest number that
+  /// they are made of, to this power, or than the inverse of the largest.
+  double spanFactor = 1;
+
+  /// Whether an argument made of numbers from 2^-span to 2^span may count as on the edge.
+  bool MayDeclareZero(double span) const
+  {
+    return mayDeclareZero && noiseBits >= spanFactor * span;
+  }
 };
 
 /// Thrown where an argument may be on an edge or not, and more bits decide.
-struct EdgeInDoubt {};
+struct EdgeInDoubt {
+  double noiseBits = 0;  ///< below which the noise must come for that at least (-log2)
+};
 
 /// The point of an edge that an argument is on.
 struct Edge {
@@ -35,6 +44,10 @@ struct Edge {
 /// they are equal. None where all of them are clear of edges, or exactly 0. Throws EdgeInDoubt.
 std::optional<Edge> EdgeAt(Operation operation, bool hasWholeExponent, const SizedValue& a,
                            const SizedValue& b, const EdgeRule& rule);
+
+/// Whether an angle is on a pole of the tangent or the cotangent, as far as can be told, to judge
+/// by the result: beside the pole that is the inverse of the distance. Throws EdgeInDoubt.
+bool IsOnPole(Operation operation, mpfr_srcptr result, double angleSize, const EdgeRule& rule);
 
 /// log2 of the size of a result on an edge: a zero to this size's unit is what a distance within
 /// the rule makes of it.

@@ -14,6 +14,7 @@ enum class Outcome {
   kNoSeries,    ///< a value, but no Taylor series: a root or power of 0; never from Apply
   kOutOfRange,  ///< too large for the arithmetic, beyond about 10^(10^18)
   kTooSmall,    ///< not 0, but below about 10^(-10^18); never from Apply, where it is 0
+  kInDoubt,  ///< a constant that may be 0, or on an edge, for all that is computed; not from Apply
 };
 
 /// Sets result, at its precision, to an operation on one or two numbers, rounded to nearest.

@@ -1,7 +1,7 @@
 #include "solve/evaluation/evaluator.h"
 
 #include <algorithm>
-#include <limits>
+#include <cmath>
 #include <numeric>
 #include <optional>
 #include <unordered_map>
@@ -16,12 +16,6 @@ namespace varno::solve {
 
 namespace {
 
-/// Bits beyond those asked for when a constant is computed: at first, and at most.
-constexpr mpfr_prec_t kFirstGuardBits = 64;
-constexpr mpfr_prec_t kMostGuardBits = 4096;
-/// Bits that the roundings of the operations themselves may cost.
-constexpr double kRoundingBits = 24;
-
 constexpr std::uint32_t kNoExponent = UINT32_MAX;
 
 std::optional<std::uint32_t> Undone(std::uint32_t place, const std::vector<bool>& done)
@@ -29,9 +23,10 @@ std::optional<std::uint32_t> Undone(std::uint32_t place, const std::vector<bool>
   return done[place] ? std::nullopt : std::optional(place);
 }
 
-/// All nodes below the roots and the roots, each once, operands first.
+/// All nodes below the roots and the roots, each once, operands first; nothing below those known.
 std::vector<NodeId> Below(const Graph& graph, const std::vector<NodeId>& roots,
-                          std::span<const NodeId> parameters)
+                          std::span<const NodeId> parameters,
+                          const std::unordered_map<NodeId, Real>& constants)
 {
   std::vector<NodeId> found, open = roots;
   std::unordered_set<NodeId> seen;
@@ -40,6 +35,7 @@ std::vector<NodeId> Below(const Graph& graph, const std::vector<NodeId>& roots,
     open.pop_back();
     if (!seen.insert(id).second) continue;
     found.push_back(id);
+    if (constants.contains(id)) continue;
     const Node& node = graph[id];
     for (int i = 0; i < node.operandCount; ++i) open.push_back(node.operands[i]);
     if (node.operation == Operation::kParameter) open.push_back(parameters[node.index]);
@@ -51,13 +47,20 @@ std::vector<NodeId> Below(const Graph& graph, const std::vector<NodeId>& roots,
 }  // namespace
 
 Evaluator::Evaluator(const Graph& graph, const std::vector<NodeId>& roots, mpfr_prec_t bits,
-                     std::span<const NodeId> parameters)
+                     std::span<const NodeId> parameters,
+                     const std::unordered_map<NodeId, Real>& constants)
 {
   std::unordered_map<NodeId, std::uint32_t> places;
-  for (const NodeId id : Below(graph, roots, parameters)) {
+  for (const NodeId id : Below(graph, roots, parameters, constants)) {
     const Node& node = graph[id];
     places[id] = static_cast<std::uint32_t>(values.size());
     Step& step = steps.emplace_back();
+    if (const auto constant = constants.find(id); constant != constants.end()) {
+      step = {Operation::kNumber, 0, id, 0, 0, 0, 0};
+      mpfr_set(values.emplace_back(bits), constant->second, MPFR_RNDN);
+      exactValues.emplace_back();
+      continue;
+    }
     step = {node.operation, node.operandCount, id, 0, 0, 0, node.index};
     if (node.operandCount > 0) step.a = places[node.operands[0]];
     if (node.operandCount > 1) step.b = places[node.operands[1]];
@@ -222,6 +225,13 @@ void Evaluator::ComputeAtEdge(std::size_t place, const Edge& edge, const EdgeRul
   sizes[place] = SizeAtEdge(edge, values[place], sizes[edge.isSecond ? step.b : step.a], rule);
 }
 
+double Evaluator::ComputeSpan(std::size_t place) const
+{
+  const Step& step = steps[place];
+  const double own = std::isfinite(sizes[place]) ? std::abs(sizes[place]) : 0;
+  return std::max({own, spans[step.a], spans[step.b], spans[step.c]});
+}
+
 bool Evaluator::IsRoot(std::size_t place) const
 {
   return std::ranges::find(rootPlaces, place) != rootPlaces.end();
@@ -259,6 +269,8 @@ void Evaluator::ComputeSized(std::size_t place, mpfr_srcptr time, std::span<cons
              {values[step.b], sizes[step.b]}, rule);
   mpfr_clear_underflow();
   if (edge) {
+    const double span = spans[edge->isSecond ? step.b : step.a];
+    if (!rule.MayDeclareZero(span)) throw EdgeInDoubt{rule.spanFactor * span};
     ComputeAtEdge(place, *edge, rule);
     isAtJump |= IsPiecewise(step.operation);
     return;
@@ -268,6 +280,8 @@ void Evaluator::ComputeSized(std::size_t place, mpfr_srcptr time, std::span<cons
     if (!IsRoot(place)) throw DomainError{Outcome::kTooSmall, step.node, values[step.a]};
     mpfr_nextabove(values[place]);
   }
+  if (IsOnPole(step.operation, values[place], sizes[step.a], rule))
+    throw DomainError{Outcome::kUndefined, step.node, values[step.a]};
   sizes[place] = ComputeSize(place, stateSizes);
 }
 
@@ -276,56 +290,13 @@ void Evaluator::EvaluateSized(mpfr_srcptr time, std::span<const Real> states,
                               const Rational* exactTime)
 {
   sizes.resize(steps.size());
+  spans.assign(steps.size(), 0);
   isAtJump = false;
   ForEachNeeded([&](std::size_t place) {
     if (exactTime != nullptr && ComputeExactly(place, *exactTime)) return;
     ComputeSized(place, time, states, stateSizes, rule);
+    spans[place] = ComputeSpan(place);
   });
-}
-
-namespace {
-
-/// False where an argument is so near a jump that more bits must tell on which side it is.
-bool TryEvaluateConstant(Evaluator& evaluator, mpfr_prec_t bits, mpfr_prec_t guard)
-{
-  if (!evaluator.HasPiecewise()) {
-    evaluator.Evaluate(nullptr, {});
-    evaluator.EvaluateSizes({});
-    return true;
-  }
-  const double resolved = static_cast<double>(bits + guard) - kRoundingBits;
-  try {
-    evaluator.EvaluateSized(nullptr, {}, {},
-                            {.noiseBits = resolved,
-                             .zeroBits = resolved,
-                             .mayDeclareZero = guard > kMostGuardBits,
-                             .jumpsOnly = true});
-    return true;
-  } catch (const EdgeInDoubt&) {
-    return false;
-  }
-}
-
-}  // namespace
-
-Real EvaluateConstant(const Graph& graph, NodeId node, mpfr_prec_t bits,
-                      std::span<const NodeId> parameters)
-{
-  for (mpfr_prec_t guard = kFirstGuardBits;; guard *= 4) {
-    Evaluator evaluator(graph, {node}, bits + guard, parameters);
-    mpfr_clear_underflow();
-    if (!TryEvaluateConstant(evaluator, bits, guard)) continue;
-    if (mpfr_underflow_p() != 0) throw DomainError{Outcome::kTooSmall, node, Real(bits)};
-    const double cancelled = evaluator.Size(0) - Log2Size(evaluator[0]);
-    const bool isExact =
-        evaluator[0].IsZero() && evaluator.Size(0) == -std::numeric_limits<double>::infinity();
-    Real result(bits);
-    if (isExact || cancelled < static_cast<double>(guard) - kRoundingBits) {
-      mpfr_set(result, evaluator[0], MPFR_RNDN);
-      return result;
-    }
-    if (guard > kMostGuardBits) return result;
-  }
 }
 
 }  // namespace varno::solve

@@ -3,8 +3,10 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <unordered_map>
 #include <vector>
 
+#include "solve/evaluation/constant.h"
 #include "solve/evaluation/edges.h"
 #include "solve/graph/graph.h"
 #include "solve/number/rational.h"
@@ -21,19 +23,21 @@ namespace varno::solve {
 class Evaluator {
  public:
   /// For these nodes. What is needed of the graph is copied.
-  /// `parameters` are the nodes of the values of the parameters, if there are any.
+  /// `parameters` are the nodes of the values of the parameters, if there are any; `constants` the
+  /// values of nodes that are known.
   Evaluator(const Graph& graph, const std::vector<NodeId>& roots, mpfr_prec_t bits,
-            std::span<const NodeId> parameters = {});
+            std::span<const NodeId> parameters = {},
+            const std::unordered_map<NodeId, Real>& constants = {});
 
   /// Computes all roots. `time` and `states` have any precision. Throws DomainError.
   void Evaluate(mpfr_srcptr time, std::span<const Real> states);
   /// Computes the sizes of all roots, after Evaluate, from log2 of the sizes of the states.
   void EvaluateSizes(std::span<const double> stateSizes);
 
-  /// Both, where arguments on the edge of a domain or at a jump count as on it, on whichever side
-  /// of it they were rounded. What is not 0 but too small for the arithmetic is, as a root, the
-  /// smallest number there is. With the time as a fraction, if it is one, what is made of it and
-  /// numbers alone by what FoldExactly knows is exact. Throws DomainError and EdgeInDoubt.
+  /// All of it, where arguments on the edge of a domain or at a jump count as on it, on whichever
+  /// side of it they were rounded. What is not 0 but too small for the arithmetic is, as a root,
+  /// the smallest number there is. With the time as a fraction, if it is one, what is made of it
+  /// and numbers alone by what FoldExactly knows is exact. Throws DomainError and EdgeInDoubt.
   void EvaluateSized(mpfr_srcptr time, std::span<const Real> states,
                      std::span<const double> stateSizes, const EdgeRule& rule,
                      const Rational* exactTime = nullptr);
@@ -43,6 +47,9 @@ class Evaluator {
   /// log2 of the size of root number i after EvaluateSizes.
   double Size(std::size_t i) const { return sizes[rootPlaces[i]]; }
   std::size_t Count() const { return rootPlaces.size(); }
+  /// Of all numbers that root number i is made of, how far they are from 1: the largest |log2
+  /// size|, after EvaluateSized.
+  double Span(std::size_t i) const { return spans[rootPlaces[i]]; }
   /// Whether anything has a kink or a jump by itself, or is a condition.
   bool HasPiecewise() const { return hasPiecewise; }
   /// Whether EvaluateSized found an argument to be at a jump without knowing it exactly.
@@ -71,21 +78,16 @@ class Evaluator {
                     std::span<const double> stateSizes, const EdgeRule& rule);
   bool ComputeExactly(std::size_t place, const Rational& time);
   double ComputeSize(std::size_t place, std::span<const double> stateSizes) const;
+  double ComputeSpan(std::size_t place) const;
 
   std::vector<Step> steps;
   std::vector<Integer> exponents;  // of powers: a Real may not hold them exactly
   std::vector<Real> values;
-  std::vector<double> sizes;
+  std::vector<double> sizes, spans;
   std::vector<std::optional<Rational>> exactValues;  // of EvaluateSized
   std::vector<std::uint32_t> rootPlaces;
   std::vector<std::uint32_t> computed;  // places, in the order of the latest evaluation
   bool hasPiecewise = false, hasChoices = false, isAtJump = false;
 };
-
-/// The value of an expression that depends neither on t nor on states, right to about its precision
-/// however much cancels inside it: it is computed with more and more bits until enough of them
-/// remain. What thousands of bits cannot tell from 0 is 0, as sin(pi). Throws DomainError.
-Real EvaluateConstant(const Graph& graph, NodeId node, mpfr_prec_t bits,
-                      std::span<const NodeId> parameters = {});
 
 }  // namespace varno::solve

@@ -12,11 +12,13 @@ void WideTerms::Reserve(int digitCount, int count)
   larger.capacity = count;
   const auto places = static_cast<std::size_t>(digitCount) * static_cast<std::size_t>(count);
   larger.digits.resize(places);
-  larger.upwards.resize(places);
-  larger.downwards.resize(places);
+  const auto planes =
+      static_cast<std::size_t>(larger.PlaneCount()) * static_cast<std::size_t>(count);
+  larger.upwards.resize(planes);
+  larger.downwards.resize(planes);
   larger.leading.resize(count, digitCount);
   larger.exactZero.resize(count);
-  larger.last.assign(digitCount, -1);
+  larger.last.assign(larger.PlaneCount(), -1);
   larger.exponent = exponent;
   larger.leastExponent = leastExponent;
   larger.started = started;
@@ -41,15 +43,16 @@ void WideTerms::Reset(long newLeastExponent)
 
 void WideTerms::Set(int k, const std::int64_t* row)
 {
-  leading[k] = n;
-  for (int i = 0; i < n; ++i) {
+  int first = 0;
+  while (first < n && row[first] == 0) ++first;
+  leading[k] = first;
+  for (int i = first; i < n; ++i) {
+    if (row[i] == 0) continue;
     digits[static_cast<std::size_t>(k) * n + i] = row[i];
     const auto digit = static_cast<double>(row[i]);
     const std::size_t plane = static_cast<std::size_t>(i) * capacity;
     upwards[plane + k] = digit;
     downwards[plane + capacity - 1 - k] = digit;
-    if (row[i] == 0) continue;
-    leading[k] = std::min(leading[k], i);
     last[i] = std::max(last[i], k);
   }
 }
@@ -73,6 +76,7 @@ void WideTerms::Raise(long newExponent, int count)
     const std::int64_t* old = &digits[static_cast<std::size_t>(k) * n];
     for (long i = 0; i < n; ++i) row[i] = i >= down ? old[i - down] : 0;
     for (long i = std::max(0L, n - down); i < n; ++i) inexact |= old[i] != 0;
+    SetZero(k);
     Set(k, row.data());
   }
   exponent = newExponent;

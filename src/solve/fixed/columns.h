@@ -18,7 +18,7 @@ struct WideTerms {
   int n = 0;
   int capacity = 0;
   std::vector<std::int64_t> digits;     // k n + i
-  std::vector<double> upwards;          // i capacity + k
+  std::vector<double> upwards;          // i capacity + k; a plane of 0 makes their number even
   std::vector<double> downwards;        // i capacity + capacity - 1 - k
   std::vector<int> leading;             // by k: the first digit that is not 0, n where all are
   std::vector<int> last;                // by i: the last k where digit i is not 0, -1 where none is
@@ -28,9 +28,10 @@ struct WideTerms {
   bool started = false;
   bool inexact = false;
 
+  int PlaneCount() const { return n + n % 2; }
   void Reserve(int digitCount, int count);
   void Reset(long newLeastExponent);
-  /// Sets term k to n digits.
+  /// Sets term k, which is 0, to n digits.
   void Set(int k, const std::int64_t* row);
   void SetZero(int k);
   /// Makes room for larger terms among the first `count`: all move down by whole digits.

@@ -136,7 +136,13 @@ void WideArithmetic<kMostDigits>::Shift(Value& value, long shift) const
   const int part = static_cast<int>(shift - whole * kBits);
   value.exponent += whole;
   if (value.isZero || part == 0) return;
-  const std::int64_t factor = std::int64_t{1} << part;
+  MultiplyByDigit(value, std::int64_t{1} << part);
+}
+
+/// value *= factor, |factor| <= 2^50
+template <int kMostDigits>
+void WideArithmetic<kMostDigits>::MultiplyByDigit(Value& value, std::int64_t factor) const
+{
   std::int64_t carry = 0;
   for (int i = n; i >= 0; --i) {
     const Int128 product = static_cast<Int128>(value.digits[i]) * factor + carry;
@@ -223,6 +229,13 @@ void WideArithmetic<kMostDigits>::Multiply(Value& value, const Factor& factor) c
   }
   int leading = 0;
   while (value.digits[leading] == 0) ++leading;
+  if (std::all_of(&factor.digits[1], &factor.digits[n] + 1,
+                  [](auto digit) { return digit == 0; })) {
+    MultiplyByDigit(value, factor.digits[0]);
+    value.exponent += factor.exponent - 1;
+    value.inexact = inexact;
+    return;
+  }
   // Columns 0..n+2 make a carry before and digits 1..n+2; the last column only rounds.
   std::array<Int128, kMostDigits + 3> columns;
   std::fill_n(columns.begin(), n + 3, 0);

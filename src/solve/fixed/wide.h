@@ -82,6 +82,7 @@ class WideArithmetic {
 
  private:
   void Carry(Value& value) const;
+  void MultiplyByDigit(Value& value, std::int64_t factor) const;
   void PushDown(Value& value, std::int64_t top) const;
   Value FromColumns(const Int128* columns, long exponent) const;
 

@@ -141,18 +141,45 @@ std::optional<int> RootOrder(const Line& line, Probe& probe, bool& isExact)
   }
 }
 
+/// Whether a line is made of itself, through derivatives.
+bool FeedsItself(const Tape& tape, LineId id)
+{
+  return LinesBelow(tape, Operands(tape, id))[id];
+}
+
+/// The roots at the start of a tape where all lines that begin at one are quotients that feed
+/// themselves by way of states; none where others are among them, or other ways.
+std::optional<Continuation> FedQuotients(const Tape& tape, const std::vector<LineId>& users)
+{
+  Continuation continuation{{}, true};
+  for (const LineId id : users) {
+    if (tape.lines[id].kind != LineKind::kQuotient || !FeedsItself(tape, id)) return std::nullopt;
+    const std::vector<LineId> atOnce = LinesAtOnce(tape, Operands(tape, id));
+    for (const LineId other : users) {
+      if (std::ranges::find(atOnce, other) != atOnce.end()) return std::nullopt;
+    }
+    continuation.roots.push_back({id, 1, true});
+  }
+  return continuation;
+}
+
 }  // namespace
 
 std::optional<Continuation> FindContinuation(const Tape& tape, const RunSettings& settings,
                                              mpfr_prec_t bits, const SeriesPoint& point,
                                              const std::vector<LineId>& zeroLines)
 {
-  Continuation continuation{{}, true};
+  std::vector<LineId> users;
   for (LineId id = 0; id < tape.lines.size(); ++id) {
+    const LineId domain = DomainOf(tape.lines[id]);
+    if (domain != kNone && std::ranges::find(zeroLines, domain) != zeroLines.end())
+      users.push_back(id);
+  }
+  if (std::ranges::any_of(users, [&](LineId id) { return FeedsItself(tape, id); }))
+    return FedQuotients(tape, users);
+  Continuation continuation{{}, true};
+  for (const LineId id : users) {
     const Line& line = tape.lines[id];
-    const LineId domain = DomainOf(line);
-    if (domain == kNone || std::ranges::find(zeroLines, domain) == zeroLines.end()) continue;
-    if (LinesBelow(tape, Operands(tape, id))[id]) return std::nullopt;
     try {
       Probe probe(tape, settings, bits, point, line, continuation.roots);
       const std::optional<int> order = RootOrder(line, probe, continuation.isExact);

@@ -26,7 +26,9 @@ struct Continuation {
 
 /// The lines that divide by one of these lines, or take its root, as they go on from a point where
 /// it is 0; none where one of them cannot: a pole, an odd root, or
-/// - a quotient that its own operands depend on, as y in y' = y/t: what goes on is not unique;
+/// - a quotient that its own operands depend on at once, or beside others that do not. Where it
+/// does
+///   so by way of derivatives, as y in y' = y/t, its series tells whether what goes on is unique;
 /// - a root whose radicand changes linearly with a state, as in h' = -sqrt(h): beyond the kink of
 ///   the root, the solution depends on how it is approached.
 /// A term counts as 0 when it is below the tolerance beside what it is made of.

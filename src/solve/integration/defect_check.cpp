@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "solve/evaluation/constant.h"
 #include "solve/evaluation/domain_error.h"
 #include "solve/evaluation/size.h"
 
@@ -37,7 +38,8 @@ DefectCheck::DefectCheck(const Tape& tape, const RunSettings& settings, mpfr_pre
     : tape(tape),
       allowedBits(settings.toleranceBits - kAllowedTolerances -
                   2 * std::max(0.0, std::log2(settings.order / kOrderOfAllowed))),
-      rightHandSides(tape.graph, RightHandSides(tape), bits),
+      rightHandSides(tape.graph, RightHandSides(tape), bits, {},
+                     ConstantsIn(tape.graph, RightHandSides(tape), bits)),
       states(tape.rightHandSides.size(), Real(bits)),
       derivatives(states),
       derivativeSizes(states.size()),

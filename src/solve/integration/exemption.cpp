@@ -20,8 +20,10 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kBelowTolerance = 4;
 /// The least factor by which a step must become longer (log2); a trial costs some steps.
 constexpr double kLeastGain = 2;
+/// The same where the terms of the lines that stay may be known near the present scale only.
+constexpr double kLeastHope = 0.1;
 /// The longest step is found to this factor (log2), in so many trials.
-constexpr double kLengthAccuracy = 0.25;
+constexpr double kLengthAccuracy = 0.03;
 constexpr int kMostTrials = 12;
 /// After trials without gain up to 2^kMostBackoff steps are made before the next one.
 constexpr int kMostBackoff = 6;
@@ -177,7 +179,8 @@ bool ExemptionRule::IsWorthTrying(const Series& series, const StepControl& contr
   const Trial trial{*this, series, control, point};
   if (held + trial.Scale() + kLeastGain > point.longestLog2) return false;
   const std::vector<bool> plausible = trial.Plausible(held + trial.Scale());
-  return std::ranges::find(plausible, true) != plausible.end();
+  if (std::ranges::find(plausible, true) == plausible.end()) return false;
+  return trial.Bound(CutAt(tape, plausible)) > held + kLeastHope;
 }
 
 std::optional<Exemption> ExemptionRule::Find(const Series& series, const StepControl& control,

@@ -150,6 +150,8 @@ void StepSeries::BeginAtRoot(mpfr_srcptr time)
       atRoot->Begin(time, latest.states, latest.backwards, scaleExponent);
       return;
     } catch (const DomainError& error) {
+      if (!continuation->roots.empty() && continuation->roots.front().feedsItself)
+        throw EndAt(zeroLines.front());
       if (!NoteZeroLines(error)) throw;
     }
   }

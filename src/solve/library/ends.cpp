@@ -24,6 +24,8 @@ std::string Reason(const Graph& graph, const DomainError& error)
       return "is too large for the arithmetic";
     case Outcome::kTooSmall:
       return "is too small for the arithmetic";
+    case Outcome::kInDoubt:
+      return "cannot be told from 0, or from the edge of a domain,";
     case Outcome::kNoSeries:
       return "has no Taylor series, because it is a root or power of 0,";
     case Outcome::kUndefined:
@@ -67,8 +69,8 @@ RunEnded Ends::Of(const DomainError& error, const Moment& time) const
   const std::string message =
       fmt::format("'{}' {} at t = {}{}", sources.Text(node.place), Reason(graph, error),
                   TimeText(time), mayBranch ? ": the solution may not be unique" : "");
-  const bool outOfRange =
-      error.outcome == Outcome::kOutOfRange || error.outcome == Outcome::kTooSmall;
+  const bool outOfRange = error.outcome == Outcome::kOutOfRange ||
+                          error.outcome == Outcome::kTooSmall || error.outcome == Outcome::kInDoubt;
   return {outOfRange ? EndReason::kOutOfRange : EndReason::kLostDomain,
           Described(error.node, message)};
 }
@@ -102,14 +104,25 @@ RunEnded Ends::Of(const Singularity& singularity) const
   return {EndReason::kSingularity, Described(singularity.node, message)};
 }
 
-RunEnded Ends::AtLimit(const std::string& limit, const Moment& time) const
+/// Where an attempt was, and how far the one before it had come.
+std::string Ends::HowFar(const Moment& time, const std::optional<Moment>& rowsBeyond) const
 {
-  return {EndReason::kLimit, fmt::format("{} reached at t = {}", limit, TimeText(time))};
+  std::string text = "at t = " + TimeText(time);
+  if (rowsBeyond)
+    text +=
+        ", beginning again with more digits; the rows are right to t = " + TimeText(*rowsBeyond);
+  return text;
 }
 
-RunEnded Ends::Interrupted(const Moment& time) const
+RunEnded Ends::AtLimit(const std::string& limit, const Moment& time,
+                       const std::optional<Moment>& rowsBeyond) const
 {
-  return {EndReason::kInterrupted, fmt::format("interrupted at t = {}", TimeText(time))};
+  return {EndReason::kLimit, limit + " reached " + HowFar(time, rowsBeyond)};
+}
+
+RunEnded Ends::Interrupted(const Moment& time, const std::optional<Moment>& rowsBeyond) const
+{
+  return {EndReason::kInterrupted, "interrupted " + HowFar(time, rowsBeyond)};
 }
 
 }  // namespace varno::solve

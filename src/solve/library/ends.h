@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -22,14 +23,17 @@ class Ends {
 
   RunEnded Of(const DomainError& error, const Moment& time) const;
   RunEnded Of(const Singularity& singularity) const;
-  /// "max-steps: 100 steps reach t = 0.5"
-  RunEnded AtLimit(const std::string& limit, const Moment& time) const;
-  RunEnded Interrupted(const Moment& time) const;
+  /// "--max-steps 100 reached at t = 0.5"; `rowsBeyond` is the time of the last row, where that
+  /// lies farther on.
+  RunEnded AtLimit(const std::string& limit, const Moment& time,
+                   const std::optional<Moment>& rowsBeyond) const;
+  RunEnded Interrupted(const Moment& time, const std::optional<Moment>& rowsBeyond) const;
 
  private:
   std::string Described(NodeId node, const std::string& message) const;
   std::string TimeText(const Moment& time) const;
   std::string What(const Singularity& singularity) const;
+  std::string HowFar(const Moment& time, const std::optional<Moment>& rowsBeyond) const;
 
   const Sources& sources;
   const Graph& graph;

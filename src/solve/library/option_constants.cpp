@@ -3,8 +3,8 @@
 #include <string>
 #include <utility>
 
+#include "solve/evaluation/constant.h"
 #include "solve/evaluation/domain_error.h"
-#include "solve/evaluation/evaluator.h"
 #include "solve/model/binding.h"
 #include "solve/model/build_model.h"
 #include "solve/source/diagnostics.h"

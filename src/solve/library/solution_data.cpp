@@ -133,23 +133,41 @@ Moment Solution::Implementation::Reached() const
   return path == nullptr ? interval.start : path->Best().End();
 }
 
+/// The time of the last row given, if that lies beyond a time that an attempt has come to: one that
+/// began again may not be there yet.
+std::optional<Moment> Solution::Implementation::RowsBeyond(const Moment& time) const
+{
+  const std::optional<Moment> last = rows ? rows->LastGiven() : std::nullopt;
+  if (!last) return std::nullopt;
+  const bool isBeyond = interval.IsBackwards() ? *last < time : *last > time;
+  return isBeyond ? last : std::nullopt;
+}
+
+RunEnded Solution::Implementation::AtLimit(const std::string& limit, const Moment& time) const
+{
+  return ends.AtLimit(limit, time, RowsBeyond(time));
+}
+
 /// Within steps: interruption, and the limit of time.
 void Solution::Implementation::EndWhereAsked() const
 {
-  if (options.interrupted && options.interrupted()) throw ends.Interrupted(Reached());
+  if (options.interrupted && options.interrupted())
+    throw ends.Interrupted(Reached(), RowsBeyond(Reached()));
   if (options.maxSeconds && SecondsSinceBegin() >= *options.maxSeconds)
-    throw ends.AtLimit(fmt::format("--max-seconds {}", *options.maxSeconds), Reached());
+    throw AtLimit(fmt::format("--max-seconds {}", *options.maxSeconds), Reached());
 }
 
-/// After each step: limits, interruption, progress.
+/// After each step: limits, interruption, stiffness, progress.
 void Solution::Implementation::Watch(std::size_t run, const DenseStep& step)
 {
   const std::int64_t steps = step.Steps();
   EndWhereAsked();
-  if (options.maxSteps && steps >= *options.maxSteps) {
-    throw ends.AtLimit(fmt::format("--max-steps {}", *options.maxSteps), step.End());
-  }
+  if (options.maxSteps && steps >= *options.maxSteps)
+    throw AtLimit(fmt::format("--max-steps {}", *options.maxSteps), step.End());
   if (options.keepSteps || options.step) RecordStep(run, step);
+  const auto notice =
+      stiffness.After(step, interval.to, options.check ? 2 : 1, SecondsSinceBegin());
+  if (notice && options.notice) options.notice(*notice);
   if (!options.progress) return;
   const double way = (interval.to - interval.from).ToDouble(),
                done = (step.End() - interval.from).ToDouble();
@@ -157,7 +175,8 @@ void Solution::Implementation::Watch(std::size_t run, const DenseStep& step)
                     .fraction = way == 0 ? 1 : std::clamp(done / way, 0.0, 1.0),
                     .steps = steps,
                     .step = std::abs((step.End() - step.Begin()).ToDouble()),
-                    .seconds = SecondsSinceBegin()});
+                    .seconds = SecondsSinceBegin(),
+                    .stepsAhead = StepsAhead(step, interval.to)});
 }
 
 std::optional<Row> Solution::Implementation::Next()
@@ -176,9 +195,9 @@ std::optional<Row> Solution::Implementation::Next()
   } catch (const Singularity& singularity) {
     throw ends.Of(singularity);
   } catch (const PrecisionExhausted& exhausted) {
-    throw ends.AtLimit(fmt::format("{} digits need more than --max-bits {}; limit", options.digits,
-                                   options.maxBits),
-                       exhausted.time);
+    throw AtLimit(fmt::format("{} digits need more than --max-bits {}; limit", options.digits,
+                              options.maxBits),
+                  exhausted.time);
   } catch (const WrongRow& wrong) {
     throw WrongRowEnd(wrong.time);
   }
@@ -227,6 +246,10 @@ Summary Solution::Implementation::Summarise() const
   if (numbersAtJumps > 0) {
     if (!summary.remark.empty()) summary.remark += "; ";
     summary.remark += fmt::format("numbers on a jump as far as can be told: {}", numbersAtJumps);
+  }
+  if (stiffness.WasGiven()) {
+    if (!summary.remark.empty()) summary.remark += "; ";
+    summary.remark += "stiff: steps held down by stability";
   }
   return summary;
 }

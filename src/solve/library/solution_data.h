@@ -10,6 +10,7 @@
 #include "solve/library/ends.h"
 #include "solve/library/option_constants.h"
 #include "solve/library/solve.h"
+#include "solve/library/stiffness_notice.h"
 #include "solve/rows/number_format.h"
 #include "solve/rows/time_format.h"
 #include "solve/tape/tape.h"
@@ -40,6 +41,8 @@ struct Solution::Implementation {
   Value MakeTime(const Moment& time, mpfr_prec_t bits) const;
   void EndWhereAsked() const;
   Moment Reached() const;
+  std::optional<Moment> RowsBeyond(const Moment& time) const;
+  RunEnded AtLimit(const std::string& limit, const Moment& time) const;
   bool MayUseThreads() const;
   Row MakeRow(const VerifiedRow& row) const;
   Value MakeValue(const RowNumber& number) const;
@@ -66,6 +69,7 @@ struct Solution::Implementation {
   std::optional<Model> unbound;     // with parameters, for times that are asked for later
   StepRecord record;
   int recordedAttempt = 0;
+  StiffnessNotice stiffness;
   std::chrono::steady_clock::time_point begin;
 };
 

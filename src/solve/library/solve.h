@@ -132,8 +132,9 @@ struct Progress {
   double time;      ///< where the integration stands
   double fraction;  ///< of the interval, 0 to 1
   std::int64_t steps;
-  double step;     ///< the latest step's length
-  double seconds;  ///< since the start
+  double step;            ///< the latest step's length
+  double seconds;         ///< since the start
+  double stepsAhead = 0;  ///< to the end of the interval, if all were as long as the latest
 };
 
 /// One number of a row.
@@ -204,6 +205,9 @@ struct Options {
   std::function<void(const Progress&)> progress = {};  ///< called after each step
   /// Called after each step of each run, in the same thread as well.
   std::function<void(const Step&)> step = {};
+  /// Called, once, with a remark on a run that goes on: that it is stiff, and how long it will
+  /// take.
+  std::function<void(const std::string&)> notice = {};
   bool keepSteps = false;  ///< for Solution::At and Solution::Steps; takes memory for each step
 };
 

@@ -2,8 +2,8 @@
 
 #include <optional>
 
+#include "solve/evaluation/constant.h"
 #include "solve/evaluation/domain_error.h"
-#include "solve/evaluation/evaluator.h"
 #include "solve/model/exact_values.h"
 #include "solve/number/exponent_range.h"
 

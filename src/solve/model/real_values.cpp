@@ -2,8 +2,8 @@
 
 #include <limits>
 
+#include "solve/evaluation/constant.h"
 #include "solve/evaluation/domain_error.h"
-#include "solve/evaluation/evaluator.h"
 #include "solve/evaluation/size.h"
 #include "solve/number/exponent_range.h"
 

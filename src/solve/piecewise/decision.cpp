@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "solve/evaluation/constant.h"
 #include "solve/evaluation/domain_error.h"
-#include "solve/evaluation/evaluator.h"
 #include "solve/evaluation/size.h"
 #include "solve/number/real.h"
 

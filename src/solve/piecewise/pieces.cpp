@@ -4,6 +4,7 @@
 #include <limits>
 #include <stdexcept>
 
+#include "solve/evaluation/constant.h"
 #include "solve/evaluation/evaluator.h"
 #include "solve/evaluation/size.h"
 #include "solve/piecewise/decision.h"

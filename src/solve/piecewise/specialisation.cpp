@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "solve/evaluation/evaluator.h"
+#include "solve/evaluation/constant.h"
 
 namespace varno::solve {
 

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <utility>
 
+#include "solve/evaluation/constant.h"
 #include "solve/evaluation/disturbance.h"
 #include "solve/evaluation/domain_error.h"
 #include "solve/evaluation/elementary.h"
@@ -37,8 +38,12 @@ MpfrSeries::MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder, bool 
       rootOrders(tape.lines.size(), 0),
       headStarts(tape.lines.size(), 0)
 {
-  for (const CommonRoot& root : roots) rootOrders[root.line] = root.order;
-  if (!roots.empty()) SetHeadStarts();
+  for (const CommonRoot& root : roots) {
+    rootOrders[root.line] = root.order;
+    if (root.feedsItself) AddFedQuotient(root.line);
+  }
+  if (!roots.empty() && fedQuotients.empty()) SetHeadStarts();
+  if (!fedQuotients.empty()) longestHeadStart = 1;
   terms.Grow(usualOrder + 2 + longestHeadStart);
   AssignDerivatives();
   ComputeConstants(disturbed);
@@ -124,6 +129,12 @@ void MpfrSeries::Begin(mpfr_srcptr time, std::span<const Real> states, bool back
 
 void MpfrSeries::StartLines(mpfr_srcptr time, std::span<const Real> states)
 {
+  if (!fedQuotients.empty()) {
+    SolveFedQuotients(0, [&] {
+      for (LineId id = 0; id < tape.lines.size(); ++id) StartLine(id, time, states);
+    });
+    return;
+  }
   for (int k = -longestHeadStart; k <= 0; ++k) {
     for (LineId id = 0; id < tape.lines.size(); ++id) {
       const int term = k + headStarts[id];
@@ -185,6 +196,7 @@ void MpfrSeries::Start(LineId id, mpfr_srcptr time, std::span<const Real> states
 
 void MpfrSeries::StartQuotient(const Line& line, int rootOrder, mpfr_ptr s)
 {
+  if (!fedQuotients.empty() && rootOrder > 0) return;
   mpfr_srcptr b = Terms(line.b) + rootOrder;
   if (mpfr_zero_p(b) != 0) throw DomainError{Outcome::kUndefined, line.node, Real(bits)};
   mpfr_div(s, Terms(line.a) + rootOrder, b, kNearest);
@@ -235,9 +247,18 @@ void MpfrSeries::ExtendTo(int wanted)
   terms.Grow(wanted + 1 + longestHeadStart);
   derivatives.Grow(wanted + 1 + longestHeadStart);
   for (int k = order + 1; k <= wanted; ++k) {
-    for (LineId id = 0; id < tape.lines.size(); ++id) ComputeTerm(id, k + headStarts[id]);
+    if (fedQuotients.empty()) {
+      ComputeTerms(k);
+    } else {
+      SolveFedQuotients(k, [this, k] { ComputeTerms(k); });
+    }
     order = k;
   }
+}
+
+void MpfrSeries::ComputeTerms(int k)
+{
+  for (LineId id = 0; id < tape.lines.size(); ++id) ComputeTerm(id, k + headStarts[id]);
 }
 
 /// (2) x' = f: term k of x is scale / k times term k-1 of f.
@@ -252,7 +273,7 @@ void MpfrSeries::ComputeTerm(LineId id, int k)
   mpfr_ptr s = Terms(id);
   if (leftOut[id]) {
     mpfr_set_zero(s + k, 1);
-  } else {
+  } else if (!IsFed(id)) {
     Recurrence(id, s, k);
   }
   if (derivativeRows[id] != kNone) mpfr_mul_si(DerivativeTerms(id) + k, s + k, k, kNearest);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <utility>
 #include <vector>
 
@@ -48,6 +49,13 @@ class MpfrSeries final : public Series {
   void Check(const Line& line, mpfr_srcptr s) const;
 
   void ComputeTerm(LineId id, int k);
+  void ComputeTerms(int k);
+
+  void AddFedQuotient(LineId quotient);
+  bool IsFed(LineId id) const;
+  void SolveFedQuotients(int k, const std::function<void()>& computeTerms);
+  std::vector<Real> Residuals(int k, const std::vector<Real>& guesses,
+                              const std::function<void()>& computeTerms);
   void Recurrence(LineId id, mpfr_ptr s, int k);
   void Combination(const Line& line, mpfr_ptr s, int k);
   void AddScaled(const Factor& factor, mpfr_ptr sum, int k);
@@ -86,6 +94,9 @@ class MpfrSeries final : public Series {
   std::vector<int> rootOrders;
   std::vector<int> headStarts;
   int longestHeadStart = 0;
+  // At quotients that feed themselves: these, and the lines that their operands are made of, which
+  // are one term ahead.
+  std::vector<LineId> fedQuotients, linesAhead;
 };
 
 }  // namespace varno::solve

@@ -77,6 +77,9 @@ class Series {
 struct CommonRoot {
   LineId line;
   int order;
+  /// Of a quotient of order 1: its dividend is made of it, as y of y/t in y' = 1 - 2 y/t. Each of
+  /// its terms solves a linear equation.
+  bool feedsItself = false;
 };
 
 /// A series for a tape, which must outlive it, with at least this precision. Throws DomainError
@@ -89,7 +92,9 @@ std::unique_ptr<Series> MakeSeries(const Tape& tape, mpfr_prec_t bits, int usual
 /// The same about a point where lines begin at common roots: what their operands have there, in
 /// the terms that are 0 but for rounding, is left out, and the terms that follow are divided, or
 /// the root of them taken, the positive one ahead. No such line may depend on itself by its
-/// operands, and the first term of the divisor or radicand that counts must not be 0 (positive).
+/// operands, but all of them may be quotients that feed themselves, whose operands are exactly 0:
+/// Begin throws DomainError where their solution is not unique. The first term of the divisor or
+/// radicand that counts must not be 0 (positive).
 std::unique_ptr<Series> MakeSeriesAtRoot(const Tape& tape, mpfr_prec_t bits, int usualOrder,
                                          bool disturbed, const std::vector<CommonRoot>& roots,
                                          Poll poll = {});

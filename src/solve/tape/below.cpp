@@ -29,6 +29,24 @@ std::vector<bool> LinesBelow(const Tape& tape, const std::vector<LineId>& lines)
   return below;
 }
 
+std::vector<LineId> LinesAtOnce(const Tape& tape, const std::vector<LineId>& lines)
+{
+  std::vector<bool> found(tape.lines.size(), false);
+  std::vector<LineId> open = lines, result;
+  while (!open.empty()) {
+    const LineId id = open.back();
+    open.pop_back();
+    if (found[id]) continue;
+    found[id] = true;
+    if (tape.lines[id].kind == LineKind::kState) continue;
+    for (const LineId operand : Operands(tape, id)) open.push_back(operand);
+  }
+  for (LineId id = 0; id < found.size(); ++id) {
+    if (found[id]) result.push_back(id);
+  }
+  return result;
+}
+
 Tape OnlyBelow(const Tape& tape, const std::vector<LineId>& lines)
 {
   const std::vector<bool> below = LinesBelow(tape, lines);

@@ -13,6 +13,10 @@ std::vector<LineId> Operands(const Tape& tape, LineId line);
 /// what is below them, through derivatives, too.
 std::vector<bool> LinesBelow(const Tape& tape, const std::vector<LineId>& lines);
 
+/// These lines and what term k of them is made of in terms k of others, in order: the states end
+/// it.
+std::vector<LineId> LinesAtOnce(const Tape& tape, const std::vector<LineId>& lines);
+
 /// The tape with all lines but those below these made the constant 0: their terms are the same for
 /// less work. The numbers of the lines stay.
 Tape OnlyBelow(const Tape& tape, const std::vector<LineId>& lines);

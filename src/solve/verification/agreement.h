@@ -11,8 +11,9 @@ namespace varno::solve {
 struct SizedNumber {
   std::optional<Real> value;
   double size;
-  bool isInDoubt = false;  ///< more digits must tell whether there is a value, and which
-  bool isAtJump = false;   ///< whether an argument that is not exact counts as at a jump
+  bool isInDoubt = false;   ///< more digits must tell whether there is a value, and which
+  bool isAtJump = false;    ///< whether an argument that is not exact counts as at a jump
+  double bitsForDoubt = 0;  ///< how many bits a run needs at least to tell it
 };
 
 enum class Verdict {

@@ -1,5 +1,7 @@
 #include "solve/verification/column_values.h"
 
+#include "solve/evaluation/constant.h"
+
 namespace varno::solve {
 
 ColumnValues::ColumnValues(const Graph& graph, const std::vector<NodeId>& nodes, mpfr_prec_t bits,
@@ -11,7 +13,9 @@ ColumnValues::ColumnValues(const Graph& graph, const std::vector<NodeId>& nodes,
     if (graph[node].operation == Operation::kState) {
       column.state = graph[node].index;
     } else {
-      column.definition.emplace(graph, std::vector{node}, bits);
+      const std::vector<NodeId> root{node};
+      column.definition.emplace(graph, root, bits, std::span<const NodeId>(),
+                                ConstantsIn(graph, root, bits));
     }
   }
 }
@@ -24,8 +28,8 @@ SizedNumber ColumnValues::Value(Column& column, mpfr_srcptr time, const Rational
   try {
     definition.EvaluateSized(time, states.values, states.sizes, edges, exactTime);
     return {definition[0], definition.Size(0), false, definition.IsAtJump()};
-  } catch (const EdgeInDoubt&) {
-    return {std::nullopt, 0, true};
+  } catch (const EdgeInDoubt& doubt) {
+    return {.value = {}, .size = 0, .isInDoubt = true, .bitsForDoubt = doubt.noiseBits};
   } catch (const DomainError& error) {
     // A number that the arithmetic cannot hold is there all the same.
     if (error.outcome != Outcome::kUndefined) throw;

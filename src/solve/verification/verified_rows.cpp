@@ -5,9 +5,9 @@
 #include <limits>
 #include <utility>
 
+#include "solve/evaluation/constant.h"
 #include "solve/evaluation/disturbance.h"
 #include "solve/evaluation/domain_error.h"
-#include "solve/evaluation/evaluator.h"
 #include "solve/evaluation/size.h"
 
 namespace varno::solve {
@@ -20,13 +20,13 @@ constexpr double kFirstSpareDecimals = 7;
 constexpr double kSecondRunDecimals = 3;
 /// What the extrapolated loss is multiplied with.
 constexpr double kLossMargin = 1.25;
-/// What is lost is at first extrapolated to so many times the way so far: what an unstable rest
-/// costs ends where it is left.
+/// What is lost is extrapolated to so many times the way so far: what an unstable rest costs ends
+/// where it is left.
 constexpr double kTimesAhead = 8;
 /// An attempt is given up before it fails if its last row will lack so many decimals.
 constexpr double kDoomedDecimals = 3;
-constexpr double kLog10OfHalf = -0.30102999566398120;
-/// How far beyond what constants say a run must come to call an end one, and what they may say.
+/// How far beyond what constants or the last row say a run must come to call an end one, and what
+/// they may say.
 constexpr double kDecimalsBeyondConstants = 3;
 constexpr double kMostDecimalsOfConstants = 100;
 /// Printed rows are remembered with this many bits more than their digits have.
@@ -143,7 +143,10 @@ std::optional<VerifiedRow> VerifiedRows::TryRow()
       given.push_back(Remembered(row));
       return row;
     }
-    if (Contradicts(given[rowsDone - 1], row)) throw WrongRow{*time};
+    for (std::size_t i = 0; i < row.numbers.size(); ++i) {
+      if (Contradicts(given[rowsDone - 1].numbers[i], row.numbers[i], wanted.digits))
+        throw WrongRow{*time};
+    }
   }
 }
 
@@ -175,6 +178,8 @@ VerifiedRow VerifiedRows::Judge(const Moment& time,
     }
     const bool blurred = agreement.verdict == Verdict::kBlurred;
     if (!failure) failure = Failure{time, agreement.commonDecimals, blurred};
+    failure->decimalsNeeded =
+        std::max(failure->decimalsNeeded, best[i].bitsForDoubt / kLog2Of10 + kNoiseDecimals);
     failure->commonDecimals = std::min(failure->commonDecimals, agreement.commonDecimals);
     failure->blurred |= blurred;
   }
@@ -261,6 +266,20 @@ double VerifiedRows::DecimalsOfConstants() const
   return std::min(most, kMostDecimalsOfConstants);
 }
 
+/// How many decimals the time of the last row has, where it cannot be told from an end: it may lie
+/// right before it, as 1 - 1e-40 before a pole at 1.
+double VerifiedRows::DecimalsOfLastRow(const Moment& end) const
+{
+  if (!interval.to.IsRational()) return 0;
+  const double way = std::abs((end - interval.start).ToDouble());
+  const double apart = std::abs((interval.to - end).ToDouble());
+  if (std::log10(apart) > std::log10(way) - PlaceDecimals() + 2) return 0;
+  const Rational& last = interval.to.RationalPart();
+  const std::size_t decimals =
+      std::max(mpz_sizeinbase(last.get_num_mpz_t(), 10), mpz_sizeinbase(last.get_den_mpz_t(), 10));
+  return std::min(static_cast<double>(decimals), kMostDecimalsOfConstants);
+}
+
 /// Whether an end of the way is to be believed. If not, everything begins again, to come nearer.
 bool VerifiedRows::IsConfirmedEnd(const Moment& time, const std::optional<Singularity>& singularity)
 {
@@ -270,7 +289,8 @@ bool VerifiedRows::IsConfirmedEnd(const Moment& time, const std::optional<Singul
   const EndSeen seen{time, log10Way - PlaceDecimals(), singularity};
   // The steps shrink like the distance, of which they are some tenth.
   const double apart = endSeen ? std::log10(std::abs((time - endSeen->time).ToDouble())) : 0;
-  const double nearEnough = DecimalsOfConstants() + kDecimalsBeyondConstants;
+  const double nearEnough =
+      std::max(DecimalsOfConstants(), DecimalsOfLastRow(time)) + kDecimalsBeyondConstants;
   if (endSeen && apart < endSeen->log10Distance + 2 && PlaceDecimals() >= nearEnough) return true;
   endSeen = seen;
   const double half = wanted.digits / 2.0;
@@ -285,9 +305,10 @@ void VerifiedRows::Escalate(const Failure& failure)
   const double decimals = wanted.digits + spareDecimals;
   const double lost = std::clamp(decimals - failure.commonDecimals, 0.0, decimals);
   const double whole = WholeDistance();
-  const double far = restarts == 0 ? std::min(whole, kTimesAhead * Distance(failure.time)) : whole;
+  const double far = std::min(whole, kTimesAhead * Distance(failure.time));
   double spare = kLossMargin * (lost + loss.Ahead(far)) + kFirstSpareDecimals;
   if (failure.blurred) spare += kZeroGuardDigits;
+  spare = std::max(spare, failure.decimalsNeeded - wanted.digits + 1);
   BeginAgain(std::max(2 * spareDecimals, spare), failure.time);
 }
 
@@ -307,32 +328,21 @@ RunStatistics VerifiedRows::BestRun() const
   return {path.Steps(), path.Best().Order(), path.Best().Bits()};
 }
 
-VerifiedRows::GivenRow VerifiedRows::Remembered(const VerifiedRow& row) const
+std::optional<Moment> VerifiedRows::LastGiven() const
 {
-  GivenRow remembered{row.time, {}};
-  for (const RowNumber& number : row.numbers) {
-    std::optional<Real>& kept = remembered.numbers.emplace_back();
-    if (number.zeroUnit || !number.value) continue;
-    kept.emplace(static_cast<mpfr_prec_t>(wanted.digits * kLog2Of10) + kRememberedGuardBits);
-    mpfr_set(*kept, *number.value, MPFR_RNDN);
-  }
-  return remembered;
+  return given.empty() ? std::nullopt : std::optional(given.back().time);
 }
 
-/// Whether a better attempt shows that a printed number is off by more than a unit of its last
-/// digit: half a unit is what its rounding may have added.
-bool VerifiedRows::Contradicts(const GivenRow& before, const VerifiedRow& row) const
+VerifiedRows::GivenRow VerifiedRows::Remembered(const VerifiedRow& row) const
 {
-  Real difference(64);
-  for (std::size_t i = 0; i < row.numbers.size(); ++i) {
-    const RowNumber& now = row.numbers[i];
-    const std::optional<Real>& then = before.numbers[i];
-    if (!then || !now.value) continue;
-    mpfr_sub(difference, *then, *now.value, MPFR_RNDN);
-    const double unit = std::floor(Log2Size(*then) / kLog2Of10 - 1e-9) + 1 - wanted.digits;
-    if (Log2Size(difference) / kLog2Of10 > unit + kLog10OfHalf) return true;
+  GivenRow remembered = row;
+  for (RowNumber& number : remembered.numbers) {
+    if (!number.value) continue;
+    Real kept(static_cast<mpfr_prec_t>(wanted.digits * kLog2Of10) + kRememberedGuardBits);
+    mpfr_set(kept, *number.value, MPFR_RNDN);
+    number.value = std::move(kept);
   }
-  return false;
+  return remembered;
 }
 
 }  // namespace varno::solve

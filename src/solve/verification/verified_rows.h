@@ -13,6 +13,7 @@
 #include "solve/verification/agreement.h"
 #include "solve/verification/attempt.h"
 #include "solve/verification/loss.h"
+#include "solve/verification/row_number.h"
 #include "solve/verification/row_schedule.h"
 
 namespace varno::solve {
@@ -24,13 +25,6 @@ struct RowsWanted {
   bool check;                   ///< by two runs; else one, and nothing is verified
   long maxBits;                 ///< the highest precision to try
   bool mayUseThreads;           ///< of two runs, one each
-};
-
-/// A number of a row: the best run's, or a verified zero.
-struct RowNumber {
-  std::optional<Real> value;     ///< none where a definition is undefined
-  std::optional<long> zeroUnit;  ///< the number is 0 to this power of ten
-  bool isAtJump = false;         ///< as far as can be told: an argument was not exact
 };
 
 struct VerifiedRow {
@@ -85,6 +79,8 @@ class VerifiedRows {
   /// Of the present attempt, or of the one that was given up last.
   RunStatistics BestRun() const;
   std::int64_t RowsGiven() const { return static_cast<std::int64_t>(given.size()); }
+  /// The time of the last row given; none before the first.
+  std::optional<Moment> LastGiven() const;
   /// The settings of the runs, the most exact last.
   std::vector<RunSettings> Settings() const;
   /// How often the runs began again.
@@ -96,10 +92,7 @@ class VerifiedRows {
 
  private:
   /// A row as it was given, its numbers rounded to somewhat more digits than were printed.
-  struct GivenRow {
-    Moment time;
-    std::vector<std::optional<Real>> numbers;  ///< none for zeros and undefined definitions
-  };
+  using GivenRow = VerifiedRow;
   /// Where all runs of an attempt ended, and how near that is (log10).
   struct EndSeen {
     Moment time;
@@ -111,6 +104,7 @@ class VerifiedRows {
     Moment time;
     double commonDecimals;
     bool blurred;
+    double decimalsNeeded = 0;  ///< of a run, at least, to do better
   };
 
   void Begin();
@@ -125,11 +119,11 @@ class VerifiedRows {
   void Escalate(const Failure& failure);
   bool IsConfirmedEnd(const Moment& time, const std::optional<Singularity>& singularity);
   double DecimalsOfConstants() const;
+  double DecimalsOfLastRow(const Moment& end) const;
   void BeginAgain(double spare, const Moment& time);
   double PlaceDecimals() const;
   bool MayDeclareZero() const;
   GivenRow Remembered(const VerifiedRow& row) const;
-  bool Contradicts(const GivenRow& before, const VerifiedRow& row) const;
 
   const Model& model;
   const Tape& tape;

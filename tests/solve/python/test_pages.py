@@ -9,6 +9,8 @@ from unittest import mock
 import mpmath
 import pytest
 
+import varno
+
 ROOT = Path(__file__).resolve().parents[3]
 
 
@@ -19,6 +21,11 @@ def test_page_shows_what_is_printed():
                                            module_relative=False)
     assert failures == 0
     assert tests > 15
+
+
+# e to 30 digits
+def test_example_of_the_module_prints_what_it_shows():
+    assert doctest.testmod(varno).failed == 0
 
 
 def test_value_of_the_page_is_that_of_the_jacobi_function():

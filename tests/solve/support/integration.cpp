@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "solve/evaluation/evaluator.h"
+#include "solve/evaluation/constant.h"
 #include "solve/tape/compile.h"
 
 namespace varno::solve::support {

@@ -1,6 +1,6 @@
 #include "tests/solve/support/taylor_terms.h"
 
-#include "solve/evaluation/evaluator.h"
+#include "solve/evaluation/constant.h"
 #include "solve/series/mpfr_series.h"
 #include "solve/tape/compile.h"
 

@@ -1,8 +1,8 @@
 """Solutions of ordinary differential equations to as many digits as asked for.
 
 >>> import varno
->>> varno.solve("y' = y & 1;", last=True, digits=30)["y"]
-[mpf('2.71828182845904523536028747135266')]
+>>> varno.solve("y' = y & 1;", last=True, digits=30).texts("y")
+['2.71828182845904523536028747135e+00']
 
 The equations are written in the language of varno-solve(1), whose pages describe it.
 """

@@ -51,6 +51,38 @@ TEST(ProgressLine, OnATerminalOneLineIsWrittenAnew)
   EXPECT_EQ(errors.text, "\r\033[K" + ProgressText(At(0.65)));
 }
 
+TEST(ProgressLine, ALongRunSaysSoRarely)
+{
+  StringSink errors;
+  const Console console{errors, false};
+  ProgressLine line(console, ProgressLine::Mode::kRarely);
+  line.Update(At(59));
+  EXPECT_EQ(errors.text, "");
+  line.Update(At(60));
+  const std::string first =
+      "varno-solve: " + ProgressText(At(60)) + ", 1.8e+02 s to go at this pace\n";
+  EXPECT_EQ(errors.text, first);
+  line.Update(At(119));
+  EXPECT_EQ(errors.text, first);
+  line.Update(At(120));
+  EXPECT_EQ(errors.text,
+            first + "varno-solve: " + ProgressText(At(120)) + ", 3.6e+02 s to go at this pace\n");
+}
+
+// Steps that shrink towards a point say little about the part of the way that is done.
+TEST(ProgressLine, ALongRunTellsOfShortSteps)
+{
+  StringSink errors;
+  const Console console{errors, false};
+  ProgressLine line(console, ProgressLine::Mode::kRarely);
+  Progress progress = At(70);
+  progress.stepsAhead = 1e6;
+  line.Update(progress);
+  EXPECT_EQ(errors.text, "varno-solve: " + ProgressText(progress) +
+                             ", 2.1e+02 s to go at this pace, but 1e+07 s in steps as short as the "
+                             "latest\n");
+}
+
 TEST(ProgressLine, ClearsWhatIsShownAndNothingElse)
 {
   StringSink errors;

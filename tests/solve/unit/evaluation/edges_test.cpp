@@ -55,6 +55,17 @@ TEST(Edges, ArgumentsWithinTheirRoundingAreOnTheEdge)
   EXPECT_TRUE(EdgeOf(Operation::kAtan2, "-1e-40", "-1"));
 }
 
+// tan(pi/2 - d) is about 1/d.
+TEST(Edges, ATangentBeyondTheNoiseIsOnItsPole)
+{
+  const EdgeRule lessExact{kNoiseBits, kZeroBits, false};
+  EXPECT_TRUE(IsOnPole(Operation::kTan, Number("1e40"), 1, kRule));
+  EXPECT_TRUE(IsOnPole(Operation::kCot, Number("-1e40"), 1, kRule));
+  EXPECT_FALSE(IsOnPole(Operation::kTan, Number("1e20"), 1, kRule));
+  EXPECT_FALSE(IsOnPole(Operation::kSinh, Number("1e40"), 1, kRule));
+  EXPECT_THROW(IsOnPole(Operation::kTan, Number("1e40"), 1, lessExact), EdgeInDoubt);
+}
+
 TEST(Edges, OthersAreClear)
 {
   EXPECT_FALSE(EdgeOf(Operation::kSqrt, "1e-20"));

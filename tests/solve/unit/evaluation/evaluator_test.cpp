@@ -50,34 +50,5 @@ TEST(Evaluator, NamesTheOperationWithoutAValue)
   }
 }
 
-TEST(EvaluateConstant, HoldsItsBits)
-{
-  Equations m;
-  const Expression value = support::Power(1 + m.Pi(), Rational(1, 3));
-  Real expected(1000);
-  mpfr_const_pi(expected, MPFR_RNDN);
-  mpfr_add_ui(expected, expected, 1, MPFR_RNDN);
-  mpfr_cbrt(expected, expected, MPFR_RNDN);
-  EXPECT_TRUE(support::IsWithin(support::Log2(expected) - 700,
-                                EvaluateConstant(m.Finished().graph, value.id, 702), expected));
-}
-
-// (sqrt(1 + e) - 1)/e = 1/2 - e/8 + ...: 200 bits cancel.
-TEST(EvaluateConstant, SeesThroughCancellation)
-{
-  Equations m;
-  const Rational large("1000000000000000000000000000000000000000000000000000000000000");
-  const Expression value = large * (Function(Operation::kSqrt, m.Number(1 + 1 / large)) - 1);
-  EXPECT_TRUE(support::HasDigits(30, EvaluateConstant(m.Finished().graph, value.id, 120),
-                                 support::FromText("1/2", 64)));
-}
-
-TEST(EvaluateConstant, SinOfPiIsZero)
-{
-  Equations m;
-  EXPECT_TRUE(
-      EvaluateConstant(m.Finished().graph, Function(Operation::kSin, m.Pi()).id, 64).IsZero());
-}
-
 }  // namespace
 }  // namespace varno::solve

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "solve/evaluation/constant.h"
 #include "solve/evaluation/evaluator.h"
 #include "tests/solve/support/comparison.h"
 #include "tests/solve/support/equations.h"

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstdlib>
 #include <string>
 #include <thread>
@@ -164,6 +165,32 @@ TEST(Solution, ObjectsShareNothingBetweenThreads)
   for (std::thread& thread : threads) thread.join();
   for (const Lines& rows : results) EXPECT_EQ(rows, results[0]);
   EXPECT_EQ(results[0].size(), 4);
+}
+
+// x = 1/3 + e^t/10^20, of which the first attempt loses its digits on the way.
+TEST(Solution, AnAttemptThatBeganAgainTellsHowFarRowsAreRight)
+{
+  double farthest = 0;
+  bool hasBegunAgain = false;
+  Options options = To("60", 15, RowsPoints{60});
+  options.progress = [&](const Progress& progress) {
+    hasBegunAgain = hasBegunAgain || progress.time < farthest / 2;
+    farthest = std::max(farthest, progress.time);
+  };
+  options.interrupted = [&] { return hasBegunAgain; };
+  Solution solution(Problem::Parse("x' = x - 1/3 & 1/3 + 1e-20;", "test.varno"), options);
+  std::string last;
+  try {
+    while (const auto row = solution.Next()) last = row->time.Text();
+    ADD_FAILURE() << "not interrupted";
+  } catch (const RunEnded& end) {
+    EXPECT_NE(std::string(end.what())
+                  .find("beginning again with more digits; the rows are right "
+                        "to t = " +
+                        last),
+              std::string::npos)
+        << end.what() << ", last row at t = " << last;
+  }
 }
 
 }  // namespace

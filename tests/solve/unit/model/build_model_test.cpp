@@ -6,7 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "solve/evaluation/evaluator.h"
+#include "solve/evaluation/constant.h"
 #include "solve/model/print.h"
 #include "tests/solve/support/read_problem.h"
 

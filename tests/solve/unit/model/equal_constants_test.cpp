@@ -6,8 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include "solve/evaluation/constant.h"
 #include "solve/evaluation/domain_error.h"
-#include "solve/evaluation/evaluator.h"
 #include "solve/model/build_model.h"
 #include "solve/number/exponent_range.h"
 #include "tests/solve/support/read_problem.h"
