@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "solve/evaluation/domain_error.h"
+#include "solve/integration/singularity.h"
 
 namespace varno::solve {
 
@@ -16,7 +17,7 @@ constexpr mpfr_prec_t kBitsOfLongSteps = 2000;
 
 }  // namespace
 
-Lockstep::Lockstep(const Tape& tape, const std::vector<RunSettings>& settings, const Moment& start,
+Lockstep::Lockstep(const MakeStepper& make, const std::vector<RunSettings>& settings, const Moment& start,
                    const std::vector<std::vector<Real>>& states, const Moment& reach,
                    StepWatch watch, const Poll& poll, Compare compare, bool mayUseThreads)
     : mayUseThreads(mayUseThreads && settings.size() > 1),
@@ -26,7 +27,7 @@ Lockstep::Lockstep(const Tape& tape, const std::vector<RunSettings>& settings, c
 {
   for (std::size_t i = 0; i < settings.size(); ++i) {
     runs.push_back(
-        {std::make_unique<StepFeed>(tape, settings[i], start, states[i], reach, poll), nullptr});
+        {std::make_unique<StepFeed>(make, settings[i], start, states[i], reach, poll), nullptr});
   }
   threadsFrom = std::chrono::steady_clock::now();
   if (settings.back().bits < kBitsOfLongSteps) threadsFrom += kTimeBeforeThreads;

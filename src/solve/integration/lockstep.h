@@ -43,9 +43,9 @@ class Lockstep {
   /// Called when two runs have reached a time that ends a step of one of them.
   using Compare = std::function<void(const Moment&, const DenseStep&, const DenseStep&)>;
 
-  /// The tape must outlive the runs. `watch` is called after each step, `poll` within them.
+  /// `make` makes the runs. `watch` is called after each step, `poll` within them.
   /// `mayUseThreads`: of several runs.
-  Lockstep(const Tape& tape, const std::vector<RunSettings>& settings, const Moment& start,
+  Lockstep(const MakeStepper& make, const std::vector<RunSettings>& settings, const Moment& start,
            const std::vector<std::vector<Real>>& states, const Moment& reach, StepWatch watch,
            const Poll& poll, Compare compare, bool mayUseThreads);
 

@@ -12,7 +12,7 @@ Path::Path(Problem given, std::vector<Moment> earlyTimes)
 
 void Path::Depart(const Moment& reach)
 {
-  lockstep.emplace(problem.tape, problem.settings, problem.interval.start, problem.startStates,
+  lockstep.emplace(problem.makeRun, problem.settings, problem.interval.start, problem.startStates,
                    reach, problem.watch, problem.poll, problem.compare, problem.mayUseThreads);
 }
 

@@ -19,7 +19,7 @@ struct SizedStates {
 class Path {
  public:
   struct Problem {
-    const Tape& tape;
+    MakeStepper makeRun;
     Interval interval;
     /// For each run.
     std::vector<RunSettings> settings;

@@ -9,6 +9,7 @@
 #include "solve/evaluation/disturbance.h"
 #include "solve/evaluation/domain_error.h"
 #include "solve/evaluation/size.h"
+#include "solve/integration/run.h"
 
 namespace varno::solve {
 
@@ -88,7 +89,7 @@ std::vector<Real> VerifiedRows::StartStates(const RunSettings& runSettings) cons
 
 void VerifiedRows::Begin()
 {
-  Path::Problem problem{.tape = tape,
+  Path::Problem problem{.makeRun = RunsOf(tape),
                         .interval = interval,
                         .settings = Settings(),
                         .startStates = {},

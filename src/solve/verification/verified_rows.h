@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "solve/integration/path.h"
+#include "solve/integration/singularity.h"
 #include "solve/model/model.h"
 #include "solve/tape/tape.h"
 #include "solve/verification/agreement.h"
