@@ -70,10 +70,9 @@ Run::Run(const Tape& tape, const RunSettings& settings, const Moment& start,
   latest.bits = series.Bits();
 }
 
-void Run::Watch(std::vector<WatchedLine> lines, std::optional<Moment> time)
+void Run::Watch(std::vector<WatchedLine> lines)
 {
   watched = std::move(lines);
-  watchedTime = std::move(time);
   rootsAtEnd.clear();
 }
 

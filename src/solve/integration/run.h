@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "solve/integration/defect_check.h"
@@ -39,9 +40,10 @@ class Run final : public Stepper {
   const DenseStep& Latest() const override { return latest; }
   std::size_t LineCount() const override { return tape.lines.size(); }
 
-  /// From now on steps end at roots of these lines, and at the time if there is one, which must lie
-  /// ahead.
-  void Watch(std::vector<WatchedLine> lines, std::optional<Moment> time);
+  /// From now on steps end at roots of these lines.
+  void Watch(std::vector<WatchedLine> lines);
+  /// From now on a step ends at the time, if there is one, which must lie ahead.
+  void WatchUntil(std::optional<Moment> time) { watchedTime = std::move(time); }
   /// The roots at which the latest step ended; the lines begin with them in the next one.
   const std::vector<WatchedRoot>& RootsAtEnd() const { return rootsAtEnd; }
 
