@@ -212,6 +212,9 @@ struct Options {
 struct Row {
   Value time;
   std::vector<Value> values;  ///< one for each of Solution::Columns()
+  /// The name of an event, of which this is the place: the values are those that it meets, before
+  /// its assignments. Empty: a row that was asked for, or that of a `stop`.
+  std::string event = {};
 };
 
 /// The solution at a time between rows.
