@@ -9,7 +9,6 @@
 #include <fmt/format.h>
 
 #include "solve/evaluation/domain_error.h"
-#include "solve/library/not_yet.h"
 #include "solve/model/print.h"
 #include "solve/number/exponent_range.h"
 #include "solve/source/diagnostics.h"
@@ -39,9 +38,7 @@ NumberFormat CheckedFormat(const Options& options)
 BoundProblem BindOrThrow(const Model& model, const Options& options, Sources& sources)
 {
   try {
-    BoundProblem bound = Bind(model, options, sources);
-    RequireSmoothEquations(bound.model, sources);
-    return bound;
+    return Bind(model, options, sources);
   } catch (const ProblemError& error) {
     throw InputError(error.what());
   }
