@@ -54,7 +54,7 @@ std::optional<std::size_t> Lockstep::RunBehind() const
 void Lockstep::Reach(const Moment& time)
 {
   for (auto run = RunBehind(); run && Latest(*run).IsBehind(time); run = RunBehind()) Advance(*run);
-  ThrowIfEnded();
+  ThrowIfEndedBefore(time);
 }
 
 void Lockstep::ReachNextStep(const Moment& time)
@@ -158,12 +158,22 @@ void Lockstep::CompareAfter(std::size_t run) const
   }
 }
 
-/// Where some runs have ended, all must have: else the others went on where those could not.
-void Lockstep::ThrowIfEnded() const
+/// Whether a run has come to a time, or ended where this cannot be told from it.
+bool Lockstep::HasReached(const Runner& run, const Moment& time) const
 {
-  if (!AnyEnded()) return;
+  const DenseStep& latest = run.feed->Latest();
+  if (!latest.IsBehind(time)) return true;
+  const double way = Log2Size(time - start);
+  return run.end != nullptr && Log2Size(latest.end - time) <= way - run.settings.onTimeBits;
+}
+
+/// Where some runs have ended, all must have: else the others went on where those could not.
+void Lockstep::ThrowIfEndedBefore(const Moment& time) const
+{
+  const auto hasReached = [&](const Runner& run) { return HasReached(run, time); };
+  if (std::ranges::all_of(runs, hasReached)) return;
   for (std::size_t i = 0; i < runs.size(); ++i) {
-    if (runs[i].end == nullptr) throw Disagreement{Latest(i).End()};
+    if (runs[i].end == nullptr || hasReached(runs[i])) throw Disagreement{Latest(i).End()};
   }
   std::rethrow_exception(runs.back().end);
 }

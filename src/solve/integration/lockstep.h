@@ -96,7 +96,8 @@ class Lockstep {
   bool AreOnOneStretch(const Runner& ahead, const Runner& behind) const;
   void CompareAfter(std::size_t run) const;
   bool AnyEnded() const;
-  void ThrowIfEnded() const;
+  bool HasReached(const Runner& run, const Moment& time) const;
+  void ThrowIfEndedBefore(const Moment& time) const;
 
   std::vector<Runner> runs;
   Moment start;

@@ -34,9 +34,8 @@ void Move(Real& state, double sizeLog2, double noiseBits, std::size_t key)
 FirstTerms::FirstTerms(const Piece& piece, const SwitchRule& rule, const SwitchPoint& point)
     : rule(rule), time(point.time)
 {
-  const mpfr_prec_t bits = std::max(rule.settings.bits, point.states.empty()
-                                                            ? mpfr_prec_t{64}
-                                                            : point.states.front().Bits());
+  const mpfr_prec_t bits = std::max(
+      rule.settings.bits, point.states.empty() ? mpfr_prec_t{64} : point.states.front().Bits());
   Real start(bits + 64);
   time.Evaluate(start);
   const auto begin = [&](const std::vector<Real>& states) {
@@ -77,8 +76,7 @@ FirstTerm FirstTerms::Of(LineId line, int from)
   for (int k = from; k <= rule.settings.order; ++k) {
     Extend(k);
     exact->Term(line, k, term);
-    if (!term.IsZero() && StandsOut(line, k))
-      return {k, mpfr_sgn(static_cast<mpfr_srcptr>(term))};
+    if (!term.IsZero() && StandsOut(line, k)) return {k, mpfr_sgn(static_cast<mpfr_srcptr>(term))};
     const bool isZero = std::ranges::all_of(moved, [&](const auto& series) {
       return series->Log2(line, k) == -std::numeric_limits<double>::infinity();
     });

@@ -15,6 +15,8 @@ namespace varno::solve {
 namespace {
 
 constexpr mpfr_prec_t kGuardBits = 64;
+/// So many steps of no length may follow one another, from one boundary to the next in one point.
+constexpr int kMostStandstills = 20;
 
 /// The expression that a crossing is of.
 const Watched& WatchedOf(const Piece& piece, const RootAt& crossing)
@@ -34,7 +36,8 @@ std::vector<Integer> Signature(const Mode& mode)
 
 bool HasAssignments(const std::vector<const Event*>& events)
 {
-  return std::ranges::any_of(events, [](const Event* event) { return !event->assignments.empty(); });
+  return std::ranges::any_of(events,
+                             [](const Event* event) { return !event->assignments.empty(); });
 }
 
 /// The sign of an expression at a point.
@@ -74,8 +77,10 @@ void PiecewiseRun::BeginAtStart()
 {
   const SwitchPoint start = PointAtEnd({});
   try {
-    Begin(settling.AtStart(start), start, {});
+    const SettledPiece settled = settling.AtStart(start);
+    Begin(settled, start, {});
     const std::vector<RootAt> crossings = EventsAtStart(start);
+    if (!crossings.empty()) Begin(settled, start, crossings);
     latest = run->Latest();
     if (!crossings.empty()) Pass(crossings);
   } catch (DomainError& error) {
@@ -145,8 +150,10 @@ void PiecewiseRun::Step()
   latest = run->Latest();
   latest.steps += earlierSteps;
   const std::vector<RootAt> crossings = CrossingsAtEnd();
+  standstills = latest.begin == latest.end ? standstills + 1 : 0;
   if (crossings.empty()) return;
   try {
+    if (standstills > kMostStandstills) throw Undecided(crossings.front());
     Pass(crossings);
   } catch (DomainError& error) {
     error.node = SameNode(model.graph, piece->tape.graph[error.node]);
@@ -173,12 +180,18 @@ void PiecewiseRun::RequireCertain(const std::vector<RootAt>& crossings) const
     if (isKnown && crossing.mostRoots == 1) continue;
     if (rule.settings.toleranceBits < rule.touchBits) throw ZeroInDoubt{latest.end};
     if (isKnown) continue;
-    const NodeId expression = WatchedOf(*piece, crossing).expression;
-    throw Singularity{.time = latest.end,
-                      .node = SameNode(model.graph, piece->model.graph[expression]),
-                      .kind = SingularityKind::kUndecided,
-                      .bits = run->Bits()};
+    throw Undecided(crossing);
   }
+}
+
+/// The end of a way where it cannot be told what the expression of a root does.
+Singularity PiecewiseRun::Undecided(const RootAt& root) const
+{
+  const NodeId expression = WatchedOf(*piece, root).expression;
+  return {.time = latest.end,
+          .node = SameNode(model.graph, piece->model.graph[expression]),
+          .kind = SingularityKind::kUndecided,
+          .bits = run->Bits()};
 }
 
 /// The end of the latest step, where a variable that crosses 0 is exactly 0.
@@ -286,7 +299,8 @@ void PiecewiseRun::Pass(const std::vector<RootAt>& crossings)
   what.states = point.states;
   what.sizes = point.sizes;
   latest.states = point.states;
-  if (what.jumps && !what.stops) behind = settling.At(point, KnownAfter(*behind.piece, fired, crossings));
+  if (what.jumps && !what.stops)
+    behind = settling.At(point, KnownAfter(*behind.piece, fired, crossings));
   what.signature = Signature(behind.piece->mode);
   Record(std::move(what));
   if (latest.switched->stops) return;
@@ -308,16 +322,12 @@ void PiecewiseRun::Pass(const std::vector<RootAt>& crossings)
 void PiecewiseRun::Record(Switch what)
 {
   const Moment time = what.time;
-  const NodeId node = what.events.empty()
-                          ? 0
-                          : model.events[what.events.front().event].expression;
+  const NodeId node = what.events.empty() ? 0 : model.events[what.events.front().event].expression;
   latest.switched = std::make_shared<const Switch>(std::move(what));
   const std::optional<Moment> limit = accumulation.Add(time);
   if (!limit) return;
-  throw Singularity{.time = *limit,
-                    .node = node,
-                    .kind = SingularityKind::kAccumulation,
-                    .bits = run->Bits()};
+  throw Singularity{
+      .time = *limit, .node = node, .kind = SingularityKind::kAccumulation, .bits = run->Bits()};
 }
 
 }  // namespace varno::solve

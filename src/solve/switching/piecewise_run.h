@@ -39,6 +39,7 @@ class PiecewiseRun final : public Stepper {
   std::vector<RootAt> CrossingsAtEnd() const;
   std::vector<RootAt> EventsAtStart(const SwitchPoint& point) const;
   void Pass(const std::vector<RootAt>& crossings);
+  Singularity Undecided(const RootAt& root) const;
   void RequireCertain(const std::vector<RootAt>& crossings) const;
   SwitchPoint PointAtEnd(const std::vector<RootAt>& crossings) const;
   std::vector<std::uint32_t> Firing(const std::vector<RootAt>& crossings,
@@ -61,6 +62,7 @@ class PiecewiseRun final : public Stepper {
   std::unique_ptr<Run> run;
   std::int64_t earlierSteps = 0;  // of the runs before
   DenseStep latest;
+  int standstills = 0;     // latest steps of no length
   std::exception_ptr end;  // of the way, behind the latest step
 };
 

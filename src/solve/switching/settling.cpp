@@ -84,8 +84,8 @@ SettledPiece Settling::Settle(FoundPiece found, const SwitchPoint& point)
   }
   SettledPiece settled{found.piece, {}};
   if (GoesOn(settled, point, left)) return settled;
-  throw Sliding(*settled.piece, *Find(*settled.piece, left.front().condition, left.front().decision),
-                point);
+  throw Sliding(*settled.piece,
+                *Find(*settled.piece, left.front().condition, left.front().decision), point);
 }
 
 /// Whether the expressions of the boundaries go to the sides that the piece is for.
