@@ -13,7 +13,7 @@ RowOutput::RowOutput(OutputFile file, const CommandLine& commandLine, const Solu
                            commandLine, solution))
 {
   if (commandLine.events) {
-    events.emplace(OutputFile::Open(*commandLine.events, IsInterrupted), solution.Columns());
+    events.emplace(OpenEvents(commandLine), solution.Columns());
   }
 }
 
