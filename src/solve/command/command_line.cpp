@@ -21,11 +21,11 @@ constexpr std::int64_t kNoLimit = std::numeric_limits<std::int64_t>::max();
 
 /// Options that belong to the language of the command line but do nothing yet: their names are
 /// taken, so that no abbreviation changes its meaning when they come.
-constexpr const char* kFutureOptions[] = {"--events", "--save", "--resume"};
+constexpr const char* kFutureOptions[] = {"--save", "--resume"};
 
 /// The values of the options as they were written.
 struct Texts {
-  std::string from, to, every, points, at, digits, tiny, columns, format, output;
+  std::string from, to, every, points, at, digits, tiny, columns, format, output, events;
   std::string plot, axes, title, xLabel, yLabel;
   std::string jobs, maxSteps, maxSeconds, maxBits, future;
   std::vector<std::string> settings, sweeps, sweepFiles, files;
@@ -179,6 +179,7 @@ void Parser::AddOutputOptions()
   group = "Output";
   AddValue("--format", "FORMAT", texts.format, "table, csv or json (table)");
   AddValue("--output", "FILE", texts.output, "write the rows into a file");
+  AddValue("--events", "FILE", texts.events, "write the events into a file, as csv");
   AddValue("--plot", "FILE", texts.plot,
            "a picture by gnuplot: .png, .svg, .pdf; -: in the terminal");
   AddValue("--axes", "X:Y[:Z]", texts.axes, "which columns go against which (all against t)");
@@ -226,11 +227,14 @@ std::variant<CommandLine, Information> Parser::Parse(const std::vector<std::stri
   commandLine.settings = texts.settings;
   commandLine.format = OutputFormat();
   if (IsGiven("--output")) commandLine.output = texts.output;
+  if (IsGiven("--events")) commandLine.events = texts.events;
   commandLine.plot = Plot();
   commandLine.sweeps = texts.sweeps;
   commandLine.sweepFiles = texts.sweepFiles;
   if (IsGiven("--jobs"))
     commandLine.jobs = static_cast<int>(WholeNumber("--jobs", texts.jobs, 1, kMostJobs));
+  if (commandLine.events && commandLine.IsSweep())
+    throw UsageError("--events belongs to a single run: a sweep has its events among its rows");
   commandLine.explain = texts.explain;
   commandLine.hold = texts.hold;
   commandLine.progress = texts.progress;

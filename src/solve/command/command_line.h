@@ -21,6 +21,7 @@ struct CommandLine {
   int jobs = 0;  ///< threads; 0: as many as there are cores
   Format format = Format::kTable;
   std::optional<std::string> output;  ///< a file for the rows
+  std::optional<std::string> events;  ///< a file for the events
   std::optional<PlotRequest> plot;
   bool explain = false;
   bool hold = false;      ///< no row before all are there

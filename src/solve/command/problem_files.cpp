@@ -58,4 +58,10 @@ OutputFile OpenOutput(const CommandLine& commandLine)
   return OutputFile::Open(*commandLine.output, IsInterrupted);
 }
 
+OutputFile OpenEvents(const CommandLine& commandLine)
+{
+  RefuseOverwriting("--events", *commandLine.events, commandLine);
+  return OutputFile::Open(*commandLine.events, IsInterrupted);
+}
+
 }  // namespace varno::solve

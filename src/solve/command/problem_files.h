@@ -14,5 +14,7 @@ Problem ReadProblem(const CommandLine& commandLine);
 
 /// Where the rows go. Throws OutputError; UsageError where they would destroy the equations.
 OutputFile OpenOutput(const CommandLine& commandLine);
+/// Where the events go, of a command line that names a file for them. Throws as OpenOutput.
+OutputFile OpenEvents(const CommandLine& commandLine);
 
 }  // namespace varno::solve

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <vector>
 
 #include "solve/command/command_line.h"
+#include "solve/command/event_output.h"
 #include "solve/command/held_text.h"
 #include "solve/command/output_file.h"
 #include "solve/library/solve.h"
@@ -12,7 +14,8 @@
 
 namespace varno::solve {
 
-/// Brings rows in the chosen format into a file; with --hold not before Finish.
+/// Brings rows in the chosen format into a file, with --hold not before Finish; and events into
+/// another one if one is given.
 ///
 /// What stands before the rows is written with the first of them: a run that fails at its start
 /// leaves no header alone.
@@ -32,6 +35,7 @@ class RowOutput {
   OutputFile file;
   HeldText held;
   std::unique_ptr<RowWriter> writer;
+  std::optional<EventOutput> events;
   bool hasBegun = false;
   std::vector<std::string_view> values;
 };

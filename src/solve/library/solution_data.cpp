@@ -9,11 +9,9 @@
 #include <fmt/format.h>
 
 #include "solve/evaluation/domain_error.h"
-#include "solve/library/not_yet.h"
 #include "solve/model/print.h"
 #include "solve/number/exponent_range.h"
 #include "solve/source/diagnostics.h"
-#include "solve/tape/compile.h"
 #include "solve/tape/print.h"
 
 namespace varno::solve {
@@ -40,9 +38,7 @@ NumberFormat CheckedFormat(const Options& options)
 BoundProblem BindOrThrow(const Model& model, const Options& options, Sources& sources)
 {
   try {
-    BoundProblem bound = Bind(model, options, sources);
-    RequireSmoothEquations(bound.model, sources);
-    return bound;
+    return Bind(model, options, sources);
   } catch (const ProblemError& error) {
     throw InputError(error.what());
   }
@@ -62,19 +58,19 @@ Solution::Implementation::Implementation(const Problem::Implementation& problem,
       options(std::move(given)),
       bound(BindOrThrow(problem.model, options, sources)),
       model(bound.model),
-      tape(Compile(model)),
+      dynamics(model),
       moments(model.graph, sources),
       numberFormat(CheckedFormat(options)),
       timeFormat(options.digits),
       stateNames(StateNames(model)),
       interval(MakeInterval()),
       schedule(MakeSchedule()),
-      ends(sources, tape.graph, stateNames, options.digits)
+      ends(sources, dynamics.ErrorGraph(), stateNames, options.digits)
 {
   ChooseColumns();
   if (options.keepSteps) unbound = problem.model;
   rows.emplace(
-      model, tape, interval, schedule,
+      model, dynamics, interval, schedule,
       RowsWanted{columns, options.digits, options.check, options.maxBits, MayUseThreads()},
       [this](std::size_t run, const DenseStep& step) { Watch(run, step); },
       [this] { EndWhereAsked(); });
@@ -236,6 +232,7 @@ Row Solution::Implementation::MakeRow(const VerifiedRow& row) const
 {
   Row result{MakeTime(row.time, rows->Integration()->Best().Bits()), {}};
   for (const RowNumber& number : row.numbers) result.values.push_back(MakeValue(number));
+  if (row.event) result.event = model.events[*row.event].name;
   return result;
 }
 
@@ -269,15 +266,25 @@ Summary Solution::Implementation::Summarise() const
 
 std::string Solution::Implementation::Explain() const
 {
+  if (const Tape* const tape = dynamics.SmoothTape())
+    return PrintModel(model) + "\nOperations after sharing:\n" + ExplainTape(*tape);
+  try {
+    return PrintModel(model) + "\nOperations after sharing, as they are at the start:\n" +
+           ExplainTape(dynamics.PieceAtStart(interval.start)->tape);
+  } catch (const DomainError& error) {
+    throw InputError(ends.Of(error, interval.start).what());
+  }
+}
+
+std::string Solution::Implementation::ExplainTape(const Tape& tape) const
+{
   const RunSettings settings = rows->Settings().back();
   const std::size_t termCount = tape.lines.size() * static_cast<std::size_t>(settings.order + 1);
   const double mebibytes =
       static_cast<double>(termCount) * (static_cast<double>(settings.bits) / 8 + 32) / (1 << 20);
-  return PrintModel(model) + fmt::format(
-                                 "\nOperations after sharing:\n{}\nOrder {}, {} bits, tolerance "
-                                 "1e-{:.0f}, about {:.1f} MiB of terms\n",
-                                 Print(tape, stateNames), settings.order, settings.bits,
-                                 settings.toleranceBits * 0.30103, mebibytes);
+  return fmt::format("{}\nOrder {}, {} bits, tolerance 1e-{:.0f}, about {:.1f} MiB of terms\n",
+                     Print(tape, stateNames), settings.order, settings.bits,
+                     settings.toleranceBits * 0.30103, mebibytes);
 }
 
 }  // namespace varno::solve
