@@ -35,8 +35,8 @@ class CompletionTest(CompletionCase):
         (self.folder / "5.varno").touch()
         with_values = re.findall(r"^  (--\S+) [A-Z]", self.usage, re.MULTILINE)
         self.assertGreater(len(with_values), 10)
-        for option in set(with_values) - {"--format", "--output", "--plot", "--resume", "--save",
-                                        "--sweep-file"}:
+        files = {"--output", "--events", "--plot", "--resume", "--save", "--sweep-file"}
+        for option in set(with_values) - files - {"--format"}:
             self.assertEqual(self.complete(option, ""), [], option)
 
     def test_switches_take_no_value(self):
@@ -53,7 +53,7 @@ class CompletionTest(CompletionCase):
 
     def test_other_files_are_any_file(self):
         (self.folder / "rows.txt").touch()
-        for option in ("--output", "--plot", "--sweep-file"):
+        for option in ("--output", "--events", "--plot", "--sweep-file"):
             self.assertEqual(self.complete(option, "r"), ["rows.txt"])
 
     def test_input_files_and_folders(self):

@@ -21,10 +21,6 @@ constexpr std::int64_t kMostJobs = 100'000;
 constexpr std::size_t kHelpColumn = 20;
 constexpr std::int64_t kNoLimit = std::numeric_limits<std::int64_t>::max();
 
-/// Options that belong to the language of the command line but do nothing yet: their names are
-/// taken, so that no abbreviation changes its meaning when they come.
-constexpr const char* kFutureOptions[] = {"--events"};
-
 /// What may be asked for anew with --resume.
 constexpr std::string_view kResumeOptions[] = {
     "--resume",   "--save",  "--to",        "--output",      "--hold",    "--jobs",
@@ -32,9 +28,9 @@ constexpr std::string_view kResumeOptions[] = {
 
 /// The values of the options as they were written.
 struct Texts {
-  std::string from, to, every, points, at, digits, tiny, columns, format, output;
+  std::string from, to, every, points, at, digits, tiny, columns, format, output, events;
   std::string plot, axes, title, xLabel, yLabel, save, resume;
-  std::string jobs, maxSteps, maxSeconds, maxBits, future;
+  std::string jobs, maxSteps, maxSeconds, maxBits;
   std::vector<std::string> settings, sweeps, sweepFiles, files;
   bool steps = false, last = false, noCheck = false, explain = false, hold = false;
   bool progress = false, quiet = false, help = false, version = false;
@@ -95,12 +91,10 @@ class Parser {
   void AddProblemOptions();
   void AddOutputOptions();
   void AddLimits();
-  void AddFutureOptions();
 
   bool IsGiven(const std::string& name) const { return app.get_option(name)->count() > 0; }
   std::vector<std::string> WithoutStates(const std::vector<std::string>& arguments) const;
   void RequireResumable() const;
-  void RefuseFutureOptions() const;
   std::string File() const;
   RowChoice Rows() const;
   Format OutputFormat() const;
@@ -125,7 +119,6 @@ Parser::Parser()
   AddProblemOptions();
   AddOutputOptions();
   AddLimits();
-  AddFutureOptions();
 }
 
 void Parser::AddValue(const std::string& name, const std::string& valueName, std::string& text,
@@ -188,6 +181,7 @@ void Parser::AddOutputOptions()
   group = "Output";
   AddValue("--format", "FORMAT", texts.format, "table, csv or json (table)");
   AddValue("--output", "FILE", texts.output, "write the rows into a file");
+  AddValue("--events", "FILE", texts.events, "write the events into a file, as csv");
   AddValue("--plot", "FILE", texts.plot,
            "a picture by gnuplot: .png, .svg, .pdf; -: in the terminal");
   AddValue("--axes", "X:Y[:Z]", texts.axes, "which columns go against which (all against t)");
@@ -211,12 +205,6 @@ void Parser::AddLimits()
   AddValue("--max-bits", "B", texts.maxBits, "the highest precision to try (1048576)");
 }
 
-void Parser::AddFutureOptions()
-{
-  group.clear();  // which the help does not show
-  for (const char* name : kFutureOptions) AddValue(name, "VALUE", texts.future, "");
-}
-
 std::variant<CommandLine, Information> Parser::Parse(const std::vector<std::string>& arguments)
 {
   std::vector<std::string> expanded = ExpandLongOptions(app, arguments);
@@ -231,7 +219,6 @@ std::variant<CommandLine, Information> Parser::Parse(const std::vector<std::stri
   if (texts.help) return Information{app.help()};
   if (texts.version) return Information{"varno-solve " + std::string(Version()) + "\n"};
 
-  RefuseFutureOptions();
   CommandLine commandLine;
   commandLine.given = given;
   if (IsGiven("--save")) commandLine.save = texts.save;
@@ -245,6 +232,7 @@ std::variant<CommandLine, Information> Parser::Parse(const std::vector<std::stri
   commandLine.settings = texts.settings;
   commandLine.format = OutputFormat();
   if (IsGiven("--output")) commandLine.output = texts.output;
+  if (IsGiven("--events")) commandLine.events = texts.events;
   commandLine.plot = Plot();
   if (commandLine.save && commandLine.plot)
     throw UsageError("--save and --plot exclude each other: draw the rows of --output");
@@ -252,6 +240,8 @@ std::variant<CommandLine, Information> Parser::Parse(const std::vector<std::stri
   commandLine.sweepFiles = texts.sweepFiles;
   if (IsGiven("--jobs"))
     commandLine.jobs = static_cast<int>(WholeNumber("--jobs", texts.jobs, 1, kMostJobs));
+  if (commandLine.events && commandLine.IsSweep())
+    throw UsageError("--events belongs to a single run: a sweep has its events among its rows");
   commandLine.explain = texts.explain;
   commandLine.hold = texts.hold;
   commandLine.progress = texts.progress;
@@ -285,13 +275,6 @@ std::vector<std::string> Parser::WithoutStates(const std::vector<std::string>& a
     if (!isState) options.push_back(arguments[i]);
   }
   return options;
-}
-
-void Parser::RefuseFutureOptions() const
-{
-  for (const char* name : kFutureOptions) {
-    if (IsGiven(name)) throw UsageError(std::string(name) + " is not yet there");
-  }
 }
 
 std::string Parser::File() const

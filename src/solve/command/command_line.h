@@ -22,6 +22,7 @@ struct CommandLine {
   Format format = Format::kTable;
   std::optional<std::string> output;  ///< a file for the rows
   bool continuesOutput = false;       ///< with --resume, whether it is the earlier one's file
+  std::optional<std::string> events;  ///< a file for the events
   std::optional<PlotRequest> plot;
   std::optional<std::string> save, resume;  ///< files of states
   bool explain = false;

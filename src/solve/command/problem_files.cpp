@@ -80,4 +80,17 @@ OutputFile OpenOutput(const CommandLine& commandLine, std::optional<std::int64_t
   return OutputFile::Open(*commandLine.output, IsInterrupted);
 }
 
+OutputFile OpenEvents(const CommandLine& commandLine)
+{
+  const std::string& path = *commandLine.events;
+  RefuseOverwriting("--events", path, commandLine);
+  if (commandLine.output && IsSameFile(path, *commandLine.output))
+    throw UsageError("--events '" + path + "' is the file of the rows");
+  for (const auto& state : {commandLine.save, commandLine.resume}) {
+    if (state && IsSameFile(path, *state))
+      throw UsageError("--events '" + path + "' is the file of the state");
+  }
+  return OutputFile::Open(path, IsInterrupted);
+}
+
 }  // namespace varno::solve

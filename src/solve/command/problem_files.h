@@ -34,5 +34,7 @@ std::optional<std::int64_t> ContinuedBytes(const CommandLine& commandLine, std::
 /// continued behind these. Throws OutputError; UsageError where rows would destroy the equations.
 OutputFile OpenOutput(const CommandLine& commandLine,
                       std::optional<std::int64_t> continuedBytes = {});
+/// Where the events go, of a command line that names a file for them. Throws as OpenOutput.
+OutputFile OpenEvents(const CommandLine& commandLine);
 
 }  // namespace varno::solve

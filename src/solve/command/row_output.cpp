@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "solve/command/problem_files.h"
 #include "solve/command/row_writers.h"
 
 namespace varno::solve {
@@ -18,7 +19,11 @@ RowOutput::RowOutput(OutputFile file, const CommandLine& commandLine, const Solu
     : file(std::move(file), known),
       writer(MakeRowWriter(commandLine.hold ? static_cast<TextSink&>(held) : this->file,
                            commandLine, solution))
-{}
+{
+  if (commandLine.events) {
+    events.emplace(OpenEvents(commandLine), solution.Columns());
+  }
+}
 
 void RowOutput::Print(const Row& row)
 {
@@ -27,7 +32,12 @@ void RowOutput::Print(const Row& row)
   try {
     if (!hasBegun) writer->Begin();
     hasBegun = true;
-    writer->Write(row.time.Text(), values);
+    if (row.event.empty()) {
+      writer->Write(row.time.Text(), values);
+    } else {
+      writer->WriteEvent(row.event, row.time.Text(), values);
+    }
+    if (events) events->Print(row);
   } catch (const OutputError& error) {
     throw OutputError(error.what() + std::string("; lost from the row t = ") + row.time.Text() +
                       " on");
@@ -38,6 +48,7 @@ void RowOutput::Finish()
 {
   file.Write(held.text);
   file.Close();
+  if (events) events->Close();
 }
 
 }  // namespace varno::solve

@@ -1,11 +1,13 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "solve/command/command_line.h"
+#include "solve/command/event_output.h"
 #include "solve/command/held_text.h"
 #include "solve/command/output_file.h"
 #include "solve/library/solve.h"
@@ -15,7 +17,8 @@
 
 namespace varno::solve {
 
-/// Brings rows in the chosen format into a file; with --hold not before Finish.
+/// Brings rows in the chosen format into a file, with --hold not before Finish; and events into
+/// another one if one is given.
 ///
 /// What stands before the rows is written with the first of them: a run that fails at its start
 /// leaves no header alone.
@@ -60,6 +63,7 @@ class RowOutput {
   Continuation file;
   HeldText held;
   std::unique_ptr<RowWriter> writer;
+  std::optional<EventOutput> events;
   bool hasBegun = false;
   std::vector<std::string_view> values;
 };

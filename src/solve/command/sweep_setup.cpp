@@ -47,7 +47,11 @@ class RunPrinter {
     hasBegun = true;
     values.clear();
     for (const Value& value : row.values) values.emplace_back(value.Text());
-    writer->Write(row.time.Text(), values);
+    if (row.event.empty()) {
+      writer->Write(row.time.Text(), values);
+    } else {
+      writer->WriteEvent(row.event, row.time.Text(), values);
+    }
     if (plotting != nullptr) plotting->Add(row, label);
   }
 

@@ -4,6 +4,7 @@
 #include <memory>
 #include <vector>
 
+#include "solve/integration/switch.h"
 #include "solve/number/moment.h"
 #include "solve/number/real.h"
 #include "solve/series/series.h"
@@ -15,13 +16,14 @@ namespace varno::solve {
 struct DenseStep {
   Moment begin, end;  ///< both the start before the first step
   bool backwards;
-  std::vector<Real> states;                        ///< at the end
+  std::vector<Real> states;                        ///< at the end, behind what happened there
   std::vector<double> stateSizes;                  ///< see StateSizes
   std::shared_ptr<const Series> series = nullptr;  ///< about the begin; none before the first step
   long scaleExponent = 0;                          ///< of the series
   std::int64_t steps = 0;                          ///< of the run, this one among them
   int order = 0;
   mpfr_prec_t bits = 0;
+  std::shared_ptr<const Switch> switched = nullptr;  ///< what happened at the end, if something did
 
   const Moment& Begin() const { return begin; }
   const Moment& End() const { return end; }

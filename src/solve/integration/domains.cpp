@@ -1,8 +1,6 @@
 #include "solve/integration/domains.h"
 
 #include <algorithm>
-#include <cmath>
-#include <limits>
 #include <utility>
 
 #include "solve/evaluation/size.h"
@@ -11,14 +9,6 @@
 namespace varno::solve {
 
 namespace {
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-/// The terms of a divisor or radicand behind the first may make up this part of it: no root then.
-constexpr double kMostOfFirstTerm = 0.9;
-/// What rounding may have done to a term, and the end of the series to a sum, is this much (log2)
-/// larger than the unit of the precision, or the tolerance.
-constexpr double kRoundingMarginBits = 5;
-constexpr double kToleranceMarginBits = 3;
 
 /// The line that must not pass 0 within the step lest a function jump: the argument of acot, at 0;
 /// for the angle of (x, y) the larger one of both, and y to the left of the origin, where the cut
@@ -43,72 +33,6 @@ int VanishingTerms(const Tape& tape, const Series& series, const std::vector<Lin
     most = std::max(most, tape.lines[user].kind == LineKind::kSquareRoot ? 2 * order : order);
   }
   return most;
-}
-
-/// Whether the first term of a line outweighs all others in a step.
-bool FirstTermOutweighs(const Series& series, LineId line, int first, double lengthLog2)
-{
-  const double begin = series.Log2(line, first);
-  double others = 0;
-  for (int k = first + 1; k <= series.Order(); ++k)
-    others += std::exp2(series.Log2(line, k) + (k - first) * lengthLog2 - begin);
-  return others < kMostOfFirstTerm;
-}
-
-/// 2^log2 as a bound of an error.
-Real ErrorBound(double log2)
-{
-  Real bound(kErrorBits);
-  if (log2 == -kInfinity) return bound;
-  mpfr_set_si_2exp(bound, 1, static_cast<mpfr_exp_t>(std::ceil(log2)), MPFR_RNDU);
-  return bound;
-}
-
-/// Leaves out the last terms as far as they are below 2^log2 together, and counts them, and what
-/// the series itself leaves out, as an error of the last term that stays.
-void CutTail(UncertainPolynomial& polynomial, double log2)
-{
-  const Real limit = ErrorBound(log2);
-  Real tail(kErrorBits), longer(kErrorBits), term(kErrorBits);
-  while (polynomial.coefficients.size() > 1) {
-    mpfr_abs(term, polynomial.coefficients.back(), MPFR_RNDU);
-    mpfr_add(longer, tail, term, MPFR_RNDU);
-    if (mpfr_cmp(longer, limit) > 0) break;
-    tail = longer;
-    polynomial.coefficients.pop_back();
-    polynomial.errors.pop_back();
-  }
-  Real& last = polynomial.errors.back();
-  mpfr_add(last, last, tail, MPFR_RNDU);
-  mpfr_add(last, last, limit, MPFR_RNDU);
-}
-
-/// A line over a step as a polynomial on [0, 1], from term `first` on, which becomes the first one.
-/// A term is as exact as the largest of those up to it, or as the size of the line: what begins
-/// with small terms knows these to all their digits; but never more than the series resolves.
-UncertainPolynomial OverStep(const Tape& tape, const Domains::Step& step, LineId line, int first)
-{
-  const Series& series = step.series;
-  const mpfr_prec_t bits = step.settings.bits;
-  const double unit = kRoundingMarginBits - static_cast<double>(bits);
-  UncertainPolynomial polynomial;
-  Real power(bits);
-  mpfr_set_ui(power, 1, MPFR_RNDN);
-  double largest = step.sizes[line];
-  const double resolution = series.Resolution(line);
-  const double length = Log2Size(step.length);
-  for (int k = first; k <= series.Order(); ++k) {
-    Real& coefficient = polynomial.coefficients.emplace_back(bits);
-    series.Term(line, k, coefficient);
-    mpfr_mul(coefficient, coefficient, power, MPFR_RNDN);
-    mpfr_mul(power, power, step.length, MPFR_RNDN);
-    largest = std::max(largest, Log2Size(coefficient));
-    polynomial.errors.push_back(ErrorBound(std::max(largest + unit, resolution + k * length)));
-  }
-  const std::int32_t degree = tape.lines[line].degree;
-  if (degree < 0 || degree > series.Order())
-    CutTail(polynomial, largest - step.settings.toleranceBits + kToleranceMarginBits);
-  return polynomial;
 }
 
 /// Whether a line, or its derivative, may be 0 at a place that is known up to an error.

@@ -3,7 +3,7 @@
 #include <optional>
 #include <vector>
 
-#include "solve/integration/run_settings.h"
+#include "solve/integration/line_polynomial.h"
 #include "solve/roots/isolation.h"
 #include "solve/roots/polynomial.h"
 #include "solve/series/series.h"
@@ -33,12 +33,7 @@ class Domains {
  public:
   explicit Domains(const Tape& tape);
 
-  /// What the terms of a series tell about a step.
-  struct Step {
-    const Series& series;
-    const std::vector<double>& sizes;  ///< log2 of the sizes of all lines at its start
-    mpfr_srcptr length;                ///< in units of the series' scale
-    const RunSettings& settings;
+  struct Step : SeriesStep {
     const std::vector<bool>* leftOut = nullptr;  ///< lines that do not count; null: none
 
     bool LeavesOut(LineId line) const { return leftOut != nullptr && (*leftOut)[line]; }

@@ -4,6 +4,9 @@
 #include <utility>
 
 #include "solve/evaluation/domain_error.h"
+#include "solve/evaluation/size.h"
+#include "solve/integration/singularity.h"
+#include "solve/integration/step_series.h"
 
 namespace varno::solve {
 
@@ -13,20 +16,25 @@ namespace {
 constexpr std::chrono::milliseconds kTimeBeforeThreads{5};
 /// With so many bits a single step is long.
 constexpr mpfr_prec_t kBitsOfLongSteps = 2000;
+/// The times at which states jump are known to about so many bits less than the tolerance has.
+constexpr double kNoiseBits = 14;
 
 }  // namespace
 
-Lockstep::Lockstep(const Tape& tape, const std::vector<RunSettings>& settings, const Moment& start,
-                   const std::vector<std::vector<Real>>& states, const Moment& reach,
-                   StepWatch watch, const Poll& poll, Compare compare, bool mayUseThreads)
-    : mayUseThreads(mayUseThreads && settings.size() > 1),
+Lockstep::Lockstep(const MakeStepper& make, const std::vector<RunSettings>& settings,
+                   const Moment& start, const std::vector<std::vector<Real>>& states,
+                   const Moment& reach, StepWatch watch, const Poll& poll, Compare compare,
+                   bool mayUseThreads)
+    : start(start),
+      mayUseThreads(mayUseThreads && settings.size() > 1),
       reach(reach),
       watch(std::move(watch)),
       compare(std::move(compare))
 {
   for (std::size_t i = 0; i < settings.size(); ++i) {
-    runs.push_back(
-        {std::make_unique<StepFeed>(tape, settings[i], start, states[i], reach, poll), nullptr});
+    runs.push_back({std::make_unique<StepFeed>(make, settings[i], start, states[i], reach, poll),
+                    nullptr, settings[i]});
+    NoteSwitch(i);
   }
   threadsFrom = std::chrono::steady_clock::now();
   if (settings.back().bits < kBitsOfLongSteps) threadsFrom += kTimeBeforeThreads;
@@ -46,7 +54,7 @@ std::optional<std::size_t> Lockstep::RunBehind() const
 void Lockstep::Reach(const Moment& time)
 {
   for (auto run = RunBehind(); run && Latest(*run).IsBehind(time); run = RunBehind()) Advance(*run);
-  ThrowIfEnded();
+  ThrowIfEndedBefore(time);
 }
 
 void Lockstep::ReachNextStep(const Moment& time)
@@ -78,9 +86,62 @@ void Lockstep::Advance(std::size_t run)
   } catch (const Singularity&) {
     runs[run].end = std::current_exception();
     return;
+  } catch (const StoppedByEvent&) {
+    runs[run].end = std::current_exception();
+    return;
   }
+  NoteSwitch(run);
   watch(run, Latest(run));
   CompareAfter(run);
+}
+
+void Lockstep::NoteSwitch(std::size_t run)
+{
+  const std::shared_ptr<const Switch>& what = Latest(run).switched;
+  if (what == nullptr) return;
+  runs[run].switches.push_back(what);
+  ++runs[run].passed;
+}
+
+/// Whether something happened up to a time.
+bool Lockstep::IsReached(const Runner& run, const Switch& what, const Moment& time) const
+{
+  const double apart = Log2Size(what.time - time), way = Log2Size(time - start);
+  if (apart <= way - run.settings.onTimeBits) return true;
+  if (what.jumps && apart < way - run.settings.toleranceBits + kNoiseBits) throw ZeroInDoubt{time};
+  return run.feed->Latest().backwards ? what.time >= time : what.time <= time;
+}
+
+std::optional<Lockstep::Switches> Lockstep::TakeSwitch(const Moment& time)
+{
+  Switches switches;
+  std::size_t reached = 0;
+  for (const Runner& run : runs) {
+    if (run.switches.empty()) continue;
+    switches.push_back(run.switches.front());
+    if (IsReached(run, *switches.back(), time)) ++reached;
+  }
+  if (reached == 0) return std::nullopt;
+  // One of them may lie just behind the time.
+  if (switches.size() < runs.size()) throw Disagreement{switches.front()->time};
+  for (Runner& run : runs) run.switches.pop_front();
+  return switches;
+}
+
+SizedStates Lockstep::StatesAt(std::size_t run, const Moment& time) const
+{
+  const DenseStep& step = Latest(run);
+  if (step.switched && IsReached(runs[run], *step.switched, time))
+    return {step.switched->states, step.switched->sizes};
+  return {step.StatesAt(time), step.StateSizes()};
+}
+
+/// Whether the latest step of the run behind ends within a smooth stretch, and that of the other
+/// one holds the end on the same stretch.
+bool Lockstep::AreOnOneStretch(const Runner& ahead, const Runner& behind) const
+{
+  const bool endsInSwitch = ahead.feed->Latest().switched != nullptr;
+  return !behind.feed->Latest().switched && ahead.passed - (endsInSwitch ? 1 : 0) == behind.passed;
 }
 
 /// A run has made a step: it or the other one, whichever is behind now, ends a step that the other
@@ -91,16 +152,28 @@ void Lockstep::CompareAfter(std::size_t run) const
   for (std::size_t i = 0; i < runs.size(); ++i) {
     const DenseStep& other = Latest(i);
     if (i == run || other.Steps() == 0 || runs[i].end != nullptr) continue;
-    compare(latest.IsBehind(other.End()) ? latest.End() : other.End(), latest, other);
+    const bool isBehind = latest.IsBehind(other.End());
+    const Runner &ahead = runs[isBehind ? i : run], &behind = runs[isBehind ? run : i];
+    if (AreOnOneStretch(ahead, behind)) compare(behind.feed->Latest().End(), latest, other);
   }
 }
 
-/// Where some runs have ended, all must have: else the others went on where those could not.
-void Lockstep::ThrowIfEnded() const
+/// Whether a run has come to a time, or ended where this cannot be told from it.
+bool Lockstep::HasReached(const Runner& run, const Moment& time) const
 {
-  if (!AnyEnded()) return;
+  const DenseStep& latest = run.feed->Latest();
+  if (!latest.IsBehind(time)) return true;
+  const double way = Log2Size(time - start);
+  return run.end != nullptr && Log2Size(latest.end - time) <= way - run.settings.onTimeBits;
+}
+
+/// Where some runs have ended, all must have: else the others went on where those could not.
+void Lockstep::ThrowIfEndedBefore(const Moment& time) const
+{
+  const auto hasReached = [&](const Runner& run) { return HasReached(run, time); };
+  if (std::ranges::all_of(runs, hasReached)) return;
   for (std::size_t i = 0; i < runs.size(); ++i) {
-    if (runs[i].end == nullptr) throw Disagreement{Latest(i).End()};
+    if (runs[i].end == nullptr || hasReached(runs[i])) throw Disagreement{Latest(i).End()};
   }
   std::rethrow_exception(runs.back().end);
 }

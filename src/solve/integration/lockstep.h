@@ -2,6 +2,8 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
+#include <deque>
 #include <exception>
 #include <functional>
 #include <memory>
@@ -21,6 +23,12 @@ struct Interval {
   bool IsBackwards() const { return to < from; }
   /// Whether a time comes before the start on the way from `from` to `to`.
   bool IsEarly(const Moment& time) const { return IsBackwards() ? time > start : time < start; }
+};
+
+/// The states of one run at a time, with log2 of their sizes.
+struct SizedStates {
+  std::vector<Real> values;
+  std::vector<double> sizes;
 };
 
 /// Called after each step of a run, the most exact of which is the last; may throw to end the
@@ -43,9 +51,9 @@ class Lockstep {
   /// Called when two runs have reached a time that ends a step of one of them.
   using Compare = std::function<void(const Moment&, const DenseStep&, const DenseStep&)>;
 
-  /// The tape must outlive the runs. `watch` is called after each step, `poll` within them.
+  /// `make` makes the runs. `watch` is called after each step, `poll` within them.
   /// `mayUseThreads`: of several runs.
-  Lockstep(const Tape& tape, const std::vector<RunSettings>& settings, const Moment& start,
+  Lockstep(const MakeStepper& make, const std::vector<RunSettings>& settings, const Moment& start,
            const std::vector<std::vector<Real>>& states, const Moment& reach, StepWatch watch,
            const Poll& poll, Compare compare, bool mayUseThreads);
 
@@ -55,6 +63,15 @@ class Lockstep {
   void Reach(const Moment& time);
   /// Integrates until the best run has ended a step beyond the time. Throws as Reach does.
   void ReachNextStep(const Moment& time);
+
+  /// What happened at the ends of steps of all runs, one for each, in the same place on their way.
+  using Switches = std::vector<std::shared_ptr<const Switch>>;
+  /// The first of those not taken before that lie up to a time, which all runs have reached. Throws
+  /// Disagreement where a run has none there that another one has; ZeroInDoubt where states jump so
+  /// near to the time that more digits must tell on which side.
+  std::optional<Switches> TakeSwitch(const Moment& time);
+  /// The states of a run at a time that it has reached, behind what happens there, and their sizes.
+  SizedStates StatesAt(std::size_t run, const Moment& time) const;
 
   std::size_t RunCount() const { return runs.size(); }
   /// The latest step of a run.
@@ -66,16 +83,24 @@ class Lockstep {
   struct Runner {
     std::unique_ptr<StepFeed> feed;
     std::exception_ptr end;  // null while it goes on
+    RunSettings settings;
+    std::deque<std::shared_ptr<const Switch>> switches = {};  // not taken yet
+    std::int64_t passed = 0;  // how many there were, that at the end of the latest step included
   };
 
   std::optional<std::size_t> RunBehind() const;
   void Advance(std::size_t run);
   void UseThreads();
+  void NoteSwitch(std::size_t run);
+  bool IsReached(const Runner& run, const Switch& what, const Moment& time) const;
+  bool AreOnOneStretch(const Runner& ahead, const Runner& behind) const;
   void CompareAfter(std::size_t run) const;
   bool AnyEnded() const;
-  void ThrowIfEnded() const;
+  bool HasReached(const Runner& run, const Moment& time) const;
+  void ThrowIfEndedBefore(const Moment& time) const;
 
   std::vector<Runner> runs;
+  Moment start;
   bool mayUseThreads;
   std::chrono::steady_clock::time_point threadsFrom;
   Moment reach;

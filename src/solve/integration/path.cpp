@@ -12,17 +12,15 @@ Path::Path(Problem given, std::vector<Moment> earlyTimes)
 
 void Path::Depart(const Moment& reach)
 {
-  lockstep.emplace(problem.tape, problem.settings, problem.interval.start, problem.startStates,
+  lockstep.emplace(problem.makeRun, problem.settings, problem.interval.start, problem.startStates,
                    reach, problem.watch, problem.poll, problem.compare, problem.mayUseThreads);
 }
 
 std::vector<SizedStates> Path::LatestStates(const Moment& time) const
 {
   std::vector<SizedStates> states;
-  for (std::size_t i = 0; i < lockstep->RunCount(); ++i) {
-    const DenseStep& step = lockstep->Latest(i);
-    states.push_back({step.StatesAt(time), step.StateSizes()});
-  }
+  for (std::size_t i = 0; i < lockstep->RunCount(); ++i)
+    states.push_back(lockstep->StatesAt(i, time));
   return states;
 }
 
@@ -32,10 +30,34 @@ void Path::IntegrateEarly()
   for (auto time = early.rbegin(); time != early.rend(); ++time) {
     lockstep->Reach(*time);
     earlyStates.push_back(LatestStates(*time));
+    KeepSwitches(*time);
   }
   early.clear();
   earlySteps = Best().Steps();
   Depart(problem.interval.to);
+}
+
+/// What happens at the start belongs to the way onwards.
+void Path::KeepSwitches(const Moment& time)
+{
+  while (auto switches = lockstep->TakeSwitch(time)) {
+    if (switches->back()->time != problem.interval.start)
+      earlySwitches.push_back(*std::move(switches));
+  }
+}
+
+std::optional<Lockstep::Switches> Path::TakeSwitch(const Moment& time)
+{
+  if (!early.empty()) return std::nullopt;
+  if (!earlySwitches.empty()) {
+    const Moment& first = earlySwitches.back().back()->time;
+    if (problem.interval.IsBackwards() ? first < time : first > time) return std::nullopt;
+    Lockstep::Switches switches = std::move(earlySwitches.back());
+    earlySwitches.pop_back();
+    return switches;
+  }
+  if (!earlyStates.empty()) return std::nullopt;
+  return lockstep->TakeSwitch(time);
 }
 
 std::vector<SizedStates> Path::StatesAt(const Moment& time)

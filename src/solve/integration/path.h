@@ -7,19 +7,13 @@
 
 namespace varno::solve {
 
-/// The states of one run at a time, with log2 of their sizes.
-struct SizedStates {
-  std::vector<Real> values;
-  std::vector<double> sizes;
-};
-
 /// The states of a solution at times in order, by one or several runs, whichever way the
 /// integration has to go: where the start lies inside the interval, the early times are integrated
 /// first, against the order.
 class Path {
  public:
   struct Problem {
-    const Tape& tape;
+    MakeStepper makeRun;
     Interval interval;
     /// For each run.
     std::vector<RunSettings> settings;
@@ -38,6 +32,9 @@ class Path {
   /// The end of the next step of the best run beyond a time, in order and not early.
   Moment NextStepEnd(const Moment& time);
 
+  /// What happened on the way up to a time that was asked for, in order: Lockstep::TakeSwitch.
+  std::optional<Lockstep::Switches> TakeSwitch(const Moment& time);
+
   /// The latest step of the most exact run.
   const DenseStep& Best() const { return lockstep->Best(); }
   /// The steps that the best run made, in both directions.
@@ -47,10 +44,12 @@ class Path {
   void Depart(const Moment& reach);
   std::vector<SizedStates> LatestStates(const Moment& time) const;
   void IntegrateEarly();
+  void KeepSwitches(const Moment& time);
 
   Problem problem;
   std::vector<Moment> early;
   std::vector<std::vector<SizedStates>> earlyStates;  // from the last early time to the first
+  std::vector<Lockstep::Switches> earlySwitches;      // from the last to the first
   std::int64_t earlySteps = 0;
   std::optional<Lockstep> lockstep;
 };

@@ -34,6 +34,23 @@ bool IsAtStart(const RootAhead& root)
   return mpfr_cmp(root.place, root.error) <= 0;
 }
 
+/// Whether a place within the error of a root is meant by it.
+bool IsAt(const RootAhead& root, mpfr_srcptr place)
+{
+  Real distance(kErrorBits);
+  mpfr_sub(distance, root.place, place, MPFR_RNDZ);
+  return mpfr_cmpabs(distance, root.error) <= 0;
+}
+
+/// Whether a root comes before another one, for all that their errors tell.
+bool IsBefore(const RootAhead& a, const RootAhead& b)
+{
+  Real distance(kErrorBits);
+  mpfr_sub(distance, b.place, a.place, MPFR_RNDD);
+  mpfr_sub(distance, distance, a.error, MPFR_RNDD);
+  return mpfr_cmp(distance, b.error) > 0;
+}
+
 }  // namespace
 
 Run::Run(const Tape& tape, const RunSettings& settings, const Moment& start,
@@ -53,15 +70,59 @@ Run::Run(const Tape& tape, const RunSettings& settings, const Moment& start,
   latest.bits = series.Bits();
 }
 
+void Run::Watch(std::vector<WatchedLine> lines)
+{
+  watched = std::move(lines);
+  rootsAtEnd.clear();
+}
+
 /// The step that ends at a root.
 Run::Stride Run::StrideTo(const RootAhead& root) const
 {
   const Moment place = TimeOfRoot(root, latest.end, latest.backwards, series.ScaleExponent());
-  const Moment advance = latest.backwards ? latest.end - place : place - latest.end;
+  return StrideOf(latest.backwards ? latest.end - place : place - latest.end);
+}
+
+Run::Stride Run::StrideOf(const Moment& advance) const
+{
   Real offset(series.Bits());
   advance.Evaluate(offset);
   mpfr_mul_2si(offset, offset, -series.ScaleExponent(), MPFR_RNDN);
   return {std::move(offset), advance, Log2Size(advance)};
+}
+
+/// The step that its terms allow, at most to the time watched.
+Run::Stride Run::LongestStride(const StepBound& bound) const
+{
+  const StepLength length = series.ChooseLength(bound);
+  const Moment advance = length.ToMoment();
+  if (watchedTime) {
+    const Moment toTime = latest.backwards ? latest.end - *watchedTime : *watchedTime - latest.end;
+    if (toTime <= advance) return StrideOf(toTime);
+  }
+  Stride stride{Real(64), advance, length.Log2()};
+  length.InUnits(series.ScaleExponent(), stride.offset);
+  return stride;
+}
+
+/// The step to the first root of a watched line, if there is one that does not come behind the edge
+/// of a domain.
+std::optional<Run::Stride> Run::StrideToWatched(const Stride& longest, const RootAhead* domainEdge)
+{
+  rootsAtEnd.clear();
+  if (watched.empty()) return std::nullopt;
+  const SeriesStep step{series.Current(), series.Sizes(), longest.offset, settings};
+  std::optional<WatchedRootsAhead> ahead = FirstWatchedRoots(tape, step, watched);
+  if (ahead && !series.Current().IsRefined()) {
+    series.Current().Refine();
+    ahead = FirstWatchedRoots(tape, step, watched);
+  }
+  if (!ahead) return std::nullopt;
+  const RootAhead root{{}, std::move(ahead->place), std::move(ahead->error), true};
+  if (domainEdge != nullptr && IsBefore(*domainEdge, root)) return std::nullopt;
+  rootsAtEnd = std::move(ahead->roots);
+  const bool mayBeEnd = watchedTime && IsAt(root, longest.offset);
+  return mayBeEnd ? longest : StrideTo(root);
 }
 
 /// How far the step goes: as far as its terms allow, and not over a root.
@@ -69,9 +130,7 @@ Run::Stride Run::ChooseStride(StepBound& bound)
 {
   for (;;) {
     if (bound.log2 == -kInfinity) RequireProgress(bound);
-    const StepLength length = series.ChooseLength(bound);
-    Stride stride{Real(64), length.ToMoment(), length.Log2()};
-    length.InUnits(series.ScaleExponent(), stride.offset);
+    Stride stride = LongestStride(bound);
     const std::optional<Exemption>& leftOut = series.LeftOut();
     const Domains::Step step{series.Current(), series.Sizes(), stride.offset, settings,
                              leftOut ? &leftOut->leftOut : nullptr};
@@ -87,6 +146,9 @@ Run::Stride Run::ChooseStride(StepBound& bound)
       continue;
     }
     series.SetZeroLines({});
+    if (auto toWatched = StrideToWatched(stride, root ? &*root : nullptr)) {
+      return *std::move(toWatched);
+    }
     if (!root) return stride;
     if (root->mayGoOn) {
       series.SetZeroLines(root->lines);
@@ -133,7 +195,8 @@ bool Run::PassesDefectCheck(const Stride& stride)
       .leftOut = leftOut ? std::span<const Real>(leftOut->deviation.rightHandSides)
                          : std::span<const Real>()};
   const std::span<const double> parts = kTestedParts;
-  if (!series.ZeroLines().empty()) return defectCheck->Passes(step, parts.first(parts.size() - 1));
+  if (!series.ZeroLines().empty() || !rootsAtEnd.empty())
+    return defectCheck->Passes(step, parts.first(parts.size() - 1));
   return defectCheck->Passes(step, isLikeLast ? parts.subspan(turn, 1) : parts);
 }
 
@@ -205,6 +268,7 @@ void Run::ShiftByExemption()
 
 std::vector<double> Run::StateSizes(double lengthLog2) const
 {
+  if (lengthLog2 == -kInfinity) return latest.stateSizes;
   std::vector<double> sizes;
   const double offset = lengthLog2 - static_cast<double>(series.ScaleExponent());
   for (LineId state = 0; state < latest.states.size(); ++state) {
@@ -236,12 +300,22 @@ void Run::GoOn(const Stride& stride)
   latest.end = latest.backwards ? latest.begin - stride.advance : latest.begin + stride.advance;
   latest.stateSizes = StateSizes(stride.log2);
   latest.scaleExponent = series.ScaleExponent();
-  series.StepMade(stride.log2);
+  series.StepMade(stride.log2, !rootsAtEnd.empty());
   latest.series = series.Release();
   latest.order = latest.series->Order();
   latest.bits = series.Bits();
   ++latest.steps;
   stepLog2 = stride.log2;
+  for (WatchedLine& line : watched) line.zeroTerms = 0;
+  for (const WatchedRoot& root : rootsAtEnd) watched[root.index].zeroTerms = root.mostRoots;
+}
+
+MakeStepper RunsOf(const Tape& tape)
+{
+  return [&tape](const RunSettings& settings, const Moment& start, std::vector<Real> states,
+                 const Moment& reach, Poll poll) {
+    return std::make_unique<Run>(tape, settings, start, std::move(states), reach, std::move(poll));
+  };
 }
 
 }  // namespace varno::solve

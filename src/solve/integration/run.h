@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "solve/integration/defect_check.h"
@@ -12,6 +13,8 @@
 #include "solve/integration/step_control.h"
 #include "solve/integration/step_series.h"
 #include "solve/integration/step_trend.h"
+#include "solve/integration/stepper.h"
+#include "solve/integration/watched_roots.h"
 #include "solve/number/moment.h"
 #include "solve/tape/tape.h"
 
@@ -21,7 +24,7 @@ namespace varno::solve {
 ///
 /// A run knows nothing of rows: it goes its own steps, and the series of the latest step gives the
 /// states anywhere within it. Times are exact.
-class Run {
+class Run final : public Stepper {
  public:
   /// Begins at `start` with these states. The tape must outlive the run. `reach` is how far the
   /// run will be asked to go at most; it bounds a step that nothing else bounds. Throws
@@ -33,10 +36,16 @@ class Run {
 
   /// Makes one step. Throws DomainError, Singularity, ZeroInDoubt or PrecisionExhausted; of the
   /// latest step, the end and the states there stay then.
-  void Step();
+  void Step() override;
+  const DenseStep& Latest() const override { return latest; }
+  std::size_t LineCount() const override { return tape.lines.size(); }
 
-  /// The latest step; before the first one it has no length. A copy stays what it is.
-  const DenseStep& Latest() const { return latest; }
+  /// From now on steps end at roots of these lines.
+  void Watch(std::vector<WatchedLine> lines);
+  /// From now on a step ends at the time, if there is one, which must lie ahead.
+  void WatchUntil(std::optional<Moment> time) { watchedTime = std::move(time); }
+  /// The roots at which the latest step ended; the lines begin with them in the next one.
+  const std::vector<WatchedRoot>& RootsAtEnd() const { return rootsAtEnd; }
 
   const Moment& Begin() const { return latest.begin; }
   const Moment& End() const { return latest.end; }
@@ -55,8 +64,11 @@ class Run {
   };
 
   Stride ChooseStride(StepBound& bound);
+  Stride LongestStride(const StepBound& bound) const;
+  std::optional<Stride> StrideToWatched(const Stride& longest, const RootAhead* domainEdge);
   void BeginAgainAt(const RootAhead& root);
   Stride StrideTo(const RootAhead& root) const;
+  Stride StrideOf(const Moment& advance) const;
   Stride ShortenToPass(StepBound& bound);
   bool PassesDefectCheck(const Stride& stride);
   void RequireProgress(const StepBound& bound);
@@ -74,7 +86,13 @@ class Run {
   Domains domains;
   std::optional<DefectCheck> defectCheck;
   StepTrend trend;
+  std::vector<WatchedLine> watched;
+  std::optional<Moment> watchedTime;
+  std::vector<WatchedRoot> rootsAtEnd;
   double stepLog2 = 0;  // of the length of the latest step
 };
+
+/// Makes runs of a tape, which must outlive them.
+MakeStepper RunsOf(const Tape& tape);
 
 }  // namespace varno::solve

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <limits>
+
 #include <mpfr.h>
 
 namespace varno::solve {
@@ -12,7 +14,9 @@ struct RunSettings {
   bool disturbed;        ///< whether it moves what it rounds, so that unstable solutions show
   /// Whether its zeros count as such where the way goes on only if they are: else ZeroInDoubt.
   bool mayDeclareZero;
-  double placeBits;          ///< a step shorter than 2^-placeBits of the way is the end of the way
+  double placeBits;  ///< a step shorter than 2^-placeBits of the way is the end of the way
+  /// A switch nearer to a time than 2^-onTimeBits of the way counts as at that time.
+  double onTimeBits = std::numeric_limits<double>::infinity();
   long mostBits = 1L << 20;  ///< what the arithmetic may take where a step needs more
 };
 

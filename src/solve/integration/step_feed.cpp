@@ -23,22 +23,22 @@ constexpr milliseconds kTimePerCall{1};
 /// How often a waiting thread looks around by itself.
 constexpr milliseconds kLongestWait{10};
 
-std::size_t MostAhead(const Tape& tape, const RunSettings& settings)
+std::size_t MostAhead(std::size_t lineCount, const RunSettings& settings)
 {
-  const double bytes = static_cast<double>(tape.lines.size()) * (settings.order + 2) *
+  const double bytes = static_cast<double>(lineCount) * (settings.order + 2) *
                        (static_cast<double>(settings.bits) / 8 + 32);
   return static_cast<std::size_t>(std::clamp(kMostBytesAhead / bytes, kFewestAhead, kMostAhead));
 }
 
 }  // namespace
 
-StepFeed::StepFeed(const Tape& tape, const RunSettings& settings, const Moment& start,
+StepFeed::StepFeed(const MakeStepper& make, const RunSettings& settings, const Moment& start,
                    std::vector<Real> states, const Moment& reach, Poll poll)
     : reach(reach),
       poll(std::move(poll)),
-      run(tape, settings, start, std::move(states), reach, [this] { PollRun(); }),
-      mostAhead(MostAhead(tape, settings)),
-      latest(run.Latest())
+      run(make(settings, start, std::move(states), reach, [this] { PollRun(); })),
+      mostAhead(MostAhead(run->LineCount(), settings)),
+      latest(run->Latest())
 {}
 
 StepFeed::~StepFeed()
@@ -62,7 +62,7 @@ void StepFeed::PollRun() const
 void StepFeed::GoAhead()
 {
   if (thread.joinable()) return;
-  latest = run.Latest();
+  latest = run->Latest();
   std::unique_lock lock(mutex);
   thread = std::thread([this] { MakeSteps(); });
 }
@@ -78,9 +78,9 @@ void StepFeed::MakeSteps()
   }
   const ScopedExponentRange range;
   try {
-    while (run.Latest().IsBehind(reach)) {
-      run.Step();
-      Offer(run.Latest());
+    while (run->Latest().IsBehind(reach)) {
+      run->Step();
+      Offer(run->Latest());
     }
     Finish(nullptr);
   } catch (const Stopped&) {
@@ -121,7 +121,7 @@ void StepFeed::Finish(std::exception_ptr reason)
 void StepFeed::Advance()
 {
   if (!thread.joinable()) {
-    run.Step();
+    run->Step();
     return;
   }
   if (taken.empty()) TakeOffered();

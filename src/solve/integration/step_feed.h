@@ -5,12 +5,13 @@
 #include <condition_variable>
 #include <deque>
 #include <exception>
+#include <memory>
 #include <mutex>
 #include <thread>
 #include <vector>
 
 #include "solve/integration/dense_step.h"
-#include "solve/integration/run.h"
+#include "solve/integration/stepper.h"
 
 namespace varno::solve {
 
@@ -18,14 +19,14 @@ namespace varno::solve {
 /// own, some of them ahead. They are the same in both ways.
 class StepFeed {
  public:
-  /// As Run. `poll` is called on the thread that asks for steps, also while it waits.
-  StepFeed(const Tape& tape, const RunSettings& settings, const Moment& start,
+  /// As MakeStepper. `poll` is called on the thread that asks for steps, also while it waits.
+  StepFeed(const MakeStepper& make, const RunSettings& settings, const Moment& start,
            std::vector<Real> states, const Moment& reach, Poll poll);
   StepFeed(const StepFeed&) = delete;
   StepFeed& operator=(const StepFeed&) = delete;
   ~StepFeed();
 
-  const DenseStep& Latest() const { return thread.joinable() ? latest : run.Latest(); }
+  const DenseStep& Latest() const { return thread.joinable() ? latest : run->Latest(); }
   /// Goes on to the next step. Throws as Run::Step.
   void Advance();
   /// Makes the steps that come on a thread of their own, until one reaches the end.
@@ -45,7 +46,7 @@ class StepFeed {
   Poll poll;
   std::thread thread;
   std::atomic<bool> isStopped = false;
-  Run run;
+  std::unique_ptr<Stepper> run;
   std::size_t mostAhead;
 
   // Of the thread that asks for steps

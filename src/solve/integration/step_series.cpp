@@ -90,7 +90,7 @@ std::shared_ptr<Series> StepSeries::Release()
   return atRoot ? std::shared_ptr<Series>(std::move(atRoot)) : std::move(series);
 }
 
-void StepSeries::StepMade(double lengthLog2)
+void StepSeries::StepMade(double lengthLog2, bool endsAtRoot)
 {
   control.StepMade();
   largestTerms = Current().LargestTerms();
@@ -102,7 +102,7 @@ void StepSeries::StepMade(double lengthLog2)
     arithmeticChoice.StepSkipped();
   }
   // A step that ends at a root says little about the next one.
-  if (zeroLines.empty()) scaleExponent = ScaleFor(lengthLog2);
+  if (zeroLines.empty() && !endsAtRoot) scaleExponent = ScaleFor(lengthLog2);
 }
 
 bool StepSeries::AddZeroLines(std::span<const LineId> lines)

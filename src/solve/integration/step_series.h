@@ -52,8 +52,9 @@ class StepSeries {
   StepLength ChooseLength(const StepBound& bound) const;
   /// The series goes to whom it is given: the next step has another one.
   std::shared_ptr<Series> Release();
-  /// A step of this length is made with the series, which ends at the zero lines.
-  void StepMade(double lengthLog2);
+  /// A step of this length is made with the series, which ends at the zero lines, or at a root of
+  /// another one.
+  void StepMade(double lengthLog2, bool endsAtRoot);
 
   Series& Current() { return atRoot ? *atRoot : *series; }
   const Series& Current() const { return atRoot ? *atRoot : *series; }

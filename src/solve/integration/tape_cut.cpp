@@ -42,8 +42,21 @@ std::vector<bool> Met(const Tape& tape, const std::vector<bool>& cut)
 {
   Walk walk(tape);
   for (const LineId rightHandSide : tape.rightHandSides) walk.Meet(rightHandSide);
+  for (const LineId line : tape.watched) walk.Meet(line);
   walk.Finish(cut);
   return walk.Met();
+}
+
+/// Takes those candidates back that watched lines are made of within a step: what they do to these
+/// is not bounded by what they do to the states.
+void TakeBackWatched(const Tape& tape, std::vector<bool>& candidates)
+{
+  if (tape.watched.empty()) return;
+  Walk walk(tape);
+  for (const LineId line : tape.watched) walk.Meet(line);
+  walk.Finish(std::vector<bool>(tape.lines.size(), false));
+  for (LineId line = 0; line < candidates.size(); ++line)
+    candidates[line] = candidates[line] && !walk.Met()[line];
 }
 
 /// Takes those candidates back that a function's recurrence meets otherwise than through the
@@ -74,6 +87,7 @@ bool TakeBackAuxiliaries(const Tape& tape, const std::vector<bool>& met,
 
 TapeCut CutAt(const Tape& tape, std::vector<bool> candidates)
 {
+  TakeBackWatched(tape, candidates);
   std::vector<bool> met = Met(tape, candidates);
   while (TakeBackAuxiliaries(tape, met, candidates)) met = Met(tape, candidates);
   TapeCut cut{std::vector<bool>(met.size(), false), std::vector<bool>(met.size(), false)};

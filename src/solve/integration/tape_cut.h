@@ -14,8 +14,8 @@ struct TapeCut {
 
 /// The cut of a tape at those of the candidates that are met first on the way back from the
 /// right-hand sides. Left aside are candidates that the recurrence of a function which is still
-/// needed would miss: sin is made of cos, whatever becomes of cos elsewhere. One entry for each
-/// line, no state.
+/// needed would miss, since sin is made of cos, whatever becomes of cos elsewhere, and what watched
+/// lines are made of. One entry for each line, no state.
 TapeCut CutAt(const Tape& tape, std::vector<bool> candidates);
 
 /// The lines that do not move where some lines are left out: made of these and of constants only,

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "solve/library/not_yet.h"
+#include "solve/piecewise/pieces.h"
 #include "solve/source/diagnostics.h"
 #include "solve/tape/compile.h"
 
@@ -19,11 +19,10 @@ CompiledProblem::CompiledProblem(Sources given, const Model& model, const Option
   const auto texts = std::make_shared<Sources>(std::move(given));
   try {
     bound = Bind(model, options, *texts, open);
-    RequireSmoothEquations(bound.model, *texts);
   } catch (const ProblemError& error) {
     throw InputError(error.what());
   }
-  tape = Compile(bound.model);
+  if (Pieces(bound.model).IsSmooth()) tape = Compile(bound.model);
   if (options.keepSteps) unbound = model;
   sources = texts;
 }

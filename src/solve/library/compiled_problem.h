@@ -22,7 +22,7 @@ struct CompiledProblem {
 
   std::shared_ptr<const Sources> sources;  ///< also those of the options
   BoundProblem bound;
-  Tape tape;
+  std::optional<Tape> tape;      ///< none of a piecewise smooth problem
   std::optional<Model> unbound;  ///< with its parameters, where options.keepSteps asks for them
 };
 

@@ -91,6 +91,15 @@ std::string Ends::What(const Singularity& singularity) const
                          state, order, expression);
     case SingularityKind::kDomainEdge:
       return fmt::format("the solution stays bounded, but '{}' does not go on there", expression);
+    case SingularityKind::kSliding:
+      return fmt::format("it would slide along a kink or a jump: both sides of '{}' point to it",
+                         expression);
+    case SingularityKind::kAccumulation:
+      return fmt::format("events or switches accumulate there, without end, as of '{}'",
+                         expression);
+    case SingularityKind::kUndecided:
+      return fmt::format("{} bits do not tell whether '{}' crosses its limit there or touches it",
+                         singularity.bits, expression);
     case SingularityKind::kUnknown:
       break;
   }

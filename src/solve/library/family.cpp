@@ -44,18 +44,18 @@ bool HasName(const std::vector<Named>& things, const std::string& name)
   return std::ranges::find(things, name, &Named::name) != things.end();
 }
 
-/// A problem compiled with some values still to come.
+/// A smooth problem compiled with some values still to come.
 class Template {
  public:
   Template(CompiledProblem compiled, std::vector<std::uint32_t> parameterOf,
            std::uint32_t firstStart)
       : problem(std::move(compiled)),
         inModel(problem.bound.model.graph, Times(problem.bound)),
-        inTape(problem.tape.graph),
+        inTape(problem.tape->graph),
         parameterOf(std::move(parameterOf)),
         firstStart(firstStart),
         model(WithoutGraph(problem.bound.model)),
-        tape(WithoutGraph(problem.tape))
+        tape(WithoutGraph(*problem.tape))
   {}
 
   /// Whether the value of an open name decides more than numbers.
@@ -78,7 +78,7 @@ class Template {
     std::optional<SubstitutedGraph> inModelGraph =
         inModel.Apply(problem.bound.model.graph, numbers, firstStart);
     std::optional<SubstitutedGraph> inTapeGraph =
-        inTape.Apply(problem.tape.graph, numbers, firstStart);
+        inTape.Apply(problem.tape->graph, numbers, firstStart);
     if (!inModelGraph || !inTapeGraph) return std::nullopt;
 
     BoundProblem bound{model, problem.bound.constants};
@@ -100,10 +100,6 @@ class Template {
     for (State& state : filled.states)
       nodes.insert(nodes.end(), {&state.rightHandSide, &state.start});
     for (Column& column : filled.columns) nodes.push_back(&column.value);
-    for (Event& event : filled.events) {
-      nodes.push_back(&event.expression);
-      for (EventAssignment& assignment : event.assignments) nodes.push_back(&assignment.value);
-    }
     for (NodeId& time : bound.constants.at) nodes.push_back(&time);
     for (auto* const time : {&bound.constants.from, &bound.constants.every, &filled.startPoint}) {
       if (*time) nodes.push_back(&**time);
@@ -178,7 +174,8 @@ Family::Implementation::Implementation(const Problem& given, Options givenOption
   try {
     const std::vector<SweptValue> ones(names.size(), SweptValue{"1", "1", "1"});
     const std::shared_ptr<const Template> all = Make(ones);
-    for (std::size_t i = 0; i < names.size(); ++i) isOpen[i] = isOpen[i] && !all->IsStructural(i);
+    for (std::size_t i = 0; i < names.size(); ++i)
+      isOpen[i] = isOpen[i] && all && !all->IsStructural(i);
   } catch (const InputError&) {
     // Without values it is not to be understood, and wrong options are told with them.
     isOpen.assign(names.size(), false);
@@ -194,7 +191,7 @@ Family::Implementation::Texts Family::Implementation::Settings(
   return settings;
 }
 
-/// The problem with the values of the names that are not open.
+/// The problem with the values of the names that are not open; null where it is piecewise smooth.
 std::shared_ptr<const Template> Family::Implementation::Make(
     const std::vector<SweptValue>& values) const
 {
@@ -224,6 +221,7 @@ std::shared_ptr<const Template> Family::Implementation::Make(
     }
   }
   CompiledProblem compiled(with.implementation->sources, model, options, open);
+  if (!compiled.tape) return nullptr;
   Model& bound = compiled.bound.model;
   for (const std::uint32_t leaf : leaves) {
     if (leaf == kNone || leaf < firstStart) continue;
@@ -255,7 +253,8 @@ std::optional<CompiledProblem> Family::Implementation::TryTemplate(
 {
   if (options.keepSteps || std::ranges::find(isOpen, true) == isOpen.end()) return std::nullopt;
   try {
-    return TemplateFor(values)->With(values);
+    const std::shared_ptr<const Template> found = TemplateFor(values);
+    return found ? found->With(values) : std::nullopt;
   } catch (const InputError&) {
     return std::nullopt;  // it is told with the settings as they are
   }

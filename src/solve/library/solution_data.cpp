@@ -49,19 +49,19 @@ Solution::Implementation::Implementation(CompiledProblem problem, Options given)
       options(std::move(given)),
       bound(std::move(problem.bound)),
       model(bound.model),
-      tape(std::move(problem.tape)),
+      dynamics(model, std::move(problem.tape)),
       moments(model.graph, sources),
       numberFormat(CheckedFormat(options)),
       timeFormat(options.digits),
       stateNames(StateNames(model)),
       interval(MakeInterval()),
       schedule(MakeSchedule()),
-      ends(sources, tape.graph, stateNames, options.digits)
+      ends(sources, dynamics.ErrorGraph(), stateNames, options.digits)
 {
   ChooseColumns();
   unbound = std::move(problem.unbound);
   rows.emplace(
-      model, tape, interval, schedule,
+      model, dynamics, interval, schedule,
       RowsWanted{columns, options.digits, options.check, options.maxBits, MayUseThreads()},
       [this](std::size_t run, const DenseStep& step) { Watch(run, step); },
       [this] { EndWhereAsked(); });
@@ -223,6 +223,7 @@ Row Solution::Implementation::MakeRow(const VerifiedRow& row) const
 {
   Row result{MakeTime(row.time, rows->Integration()->Best().Bits()), {}};
   for (const RowNumber& number : row.numbers) result.values.push_back(MakeValue(number));
+  if (row.event) result.event = model.events[*row.event].name;
   return result;
 }
 
@@ -256,15 +257,25 @@ Summary Solution::Implementation::Summarise() const
 
 std::string Solution::Implementation::Explain() const
 {
+  if (const Tape* const tape = dynamics.SmoothTape())
+    return PrintModel(model) + "\nOperations after sharing:\n" + ExplainTape(*tape);
+  try {
+    return PrintModel(model) + "\nOperations after sharing, as they are at the start:\n" +
+           ExplainTape(dynamics.PieceAtStart(interval.start)->tape);
+  } catch (const DomainError& error) {
+    throw InputError(ends.Of(error, interval.start).what());
+  }
+}
+
+std::string Solution::Implementation::ExplainTape(const Tape& tape) const
+{
   const RunSettings settings = rows->Settings().back();
   const std::size_t termCount = tape.lines.size() * static_cast<std::size_t>(settings.order + 1);
   const double mebibytes =
       static_cast<double>(termCount) * (static_cast<double>(settings.bits) / 8 + 32) / (1 << 20);
-  return PrintModel(model) + fmt::format(
-                                 "\nOperations after sharing:\n{}\nOrder {}, {} bits, tolerance "
-                                 "1e-{:.0f}, about {:.1f} MiB of terms\n",
-                                 Print(tape, stateNames), settings.order, settings.bits,
-                                 settings.toleranceBits * 0.30103, mebibytes);
+  return fmt::format("{}\nOrder {}, {} bits, tolerance 1e-{:.0f}, about {:.1f} MiB of terms\n",
+                     Print(tape, stateNames), settings.order, settings.bits,
+                     settings.toleranceBits * 0.30103, mebibytes);
 }
 
 }  // namespace varno::solve

@@ -13,7 +13,7 @@
 #include "solve/library/stiffness_notice.h"
 #include "solve/rows/number_format.h"
 #include "solve/rows/time_format.h"
-#include "solve/tape/tape.h"
+#include "solve/switching/dynamics.h"
 #include "solve/verification/step_record.h"
 #include "solve/verification/verified_rows.h"
 
@@ -22,13 +22,14 @@ namespace varno::solve {
 /// What a Solution holds: the problem with its parameters bound, and the run.
 struct Solution::Implementation {
   Implementation(CompiledProblem problem, Options options);
-  // The run refers to the tape, which therefore must not move.
+  // The run refers to the dynamics, which therefore must not move.
   Implementation(const Implementation&) = delete;
   Implementation& operator=(const Implementation&) = delete;
 
   std::optional<Row> Next();
   Summary Summarise() const;
   std::string Explain() const;
+  std::string ExplainTape(const Tape& tape) const;
 
   void ChooseColumns();
   Interval MakeInterval();
@@ -54,7 +55,7 @@ struct Solution::Implementation {
   Options options;
   BoundProblem bound;
   const Model& model;
-  Tape tape;
+  Dynamics dynamics;
   ConstantMoments moments;
   NumberFormat numberFormat;
   TimeFormat timeFormat;

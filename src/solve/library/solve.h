@@ -214,6 +214,9 @@ struct Options {
 struct Row {
   Value time;
   std::vector<Value> values;  ///< one for each of Solution::Columns()
+  /// The name of an event, of which this is the place: the values are those that it meets, before
+  /// its assignments. Empty: a row that was asked for, or that of a `stop`.
+  std::string event = {};
 };
 
 /// The solution at a time between rows.
@@ -251,8 +254,8 @@ class Solution {
   /// The length of the longest text of a time that will come, for aligned tables; of a typical one
   /// where it is not known beforehand.
   int TimeWidth() const;
-  /// The next row, none after the last. Throws RunEnded where the run ends early, InputError where
-  /// an expression has no value at the start.
+  /// The next row or event (Row::event), none after the last. Throws RunEnded where the run ends
+  /// early, InputError where an expression has no value at the start.
   std::optional<Row> Next();
   /// With Options::keepSteps: the solution at any time, a constant expression, that lies between
   /// the start and the latest row, in any order. Throws InputError where it does not, RunEnded

@@ -2,25 +2,9 @@
 
 #include <utility>
 
+#include "solve/rows/csv_field.h"
+
 namespace varno::solve {
-
-namespace {
-
-void AppendField(std::string& line, std::string_view field)
-{
-  if (field.find_first_of(" ,\"\r\n") == std::string_view::npos) {
-    line += field;
-    return;
-  }
-  line += '"';
-  for (const char character : field) {
-    if (character == '"') line += '"';
-    line += character;
-  }
-  line += '"';
-}
-
-}  // namespace
 
 CsvWriter::CsvWriter(TextSink& sink, std::vector<std::string> columns, LeadingFields leading)
     : sink(sink), columns(std::move(columns)), leading(std::move(leading))
@@ -30,13 +14,13 @@ void CsvWriter::Begin()
 {
   line.clear();
   for (const std::string& name : leading.names) {
-    AppendField(line, name);
+    AppendCsvField(line, name);
     line += ',';
   }
   line += 't';
   for (const std::string& column : columns) {
     line += ',';
-    AppendField(line, column);
+    AppendCsvField(line, column);
   }
   line += '\n';
   sink.Write(line);

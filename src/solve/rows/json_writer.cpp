@@ -27,6 +27,19 @@ JsonWriter::JsonWriter(TextSink& sink, const std::vector<std::string>& columns,
 void JsonWriter::Write(std::string_view time, std::span<const std::string_view> values)
 {
   line = begin;
+  AppendRow(time, values);
+}
+
+void JsonWriter::WriteEvent(std::string_view name, std::string_view time,
+                            std::span<const std::string_view> values)
+{
+  line = "{\"event\":" + Quoted(std::string(name)) + ',' + begin.substr(1);
+  AppendRow(time, values);
+}
+
+/// Ends the line with the fields behind what it begins with, and writes it.
+void JsonWriter::AppendRow(std::string_view time, std::span<const std::string_view> values)
+{
   line += time;
   for (std::size_t i = 0; i < values.size(); ++i) {
     line += keys[i];

@@ -9,15 +9,20 @@
 namespace varno::solve {
 
 /// One JSON object a line: {"t":"0.1","x":"1.0e+00"}. Leading fields come before t. Numbers are
-/// strings, because readers of JSON would round them to double precision.
+/// strings, because readers of JSON would round them to double precision. An event begins with its
+/// name: {"event":"hit","t":"0.1","x":"0"}.
 class JsonWriter final : public RowWriter {
  public:
   JsonWriter(TextSink& sink, const std::vector<std::string>& columns,
              const LeadingFields& leading = {});
   void Begin() override {}
   void Write(std::string_view time, std::span<const std::string_view> values) override;
+  void WriteEvent(std::string_view name, std::string_view time,
+                  std::span<const std::string_view> values) override;
 
  private:
+  void AppendRow(std::string_view time, std::span<const std::string_view> values);
+
   TextSink& sink;
   std::string begin;              ///< of each row, up to the text of the time
   std::vector<std::string> keys;  ///< as they stand between two values: `","x":"`

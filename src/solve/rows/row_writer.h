@@ -21,6 +21,9 @@ class RowWriter {
   virtual void Begin() = 0;
   /// A row: the text of its time, and of each of its values in the order of the columns.
   virtual void Write(std::string_view time, std::span<const std::string_view> values) = 0;
+  /// An event in its place between rows, where the format has room for one.
+  virtual void WriteEvent(std::string_view name, std::string_view time,
+                          std::span<const std::string_view> values) = 0;
 };
 
 }  // namespace varno::solve

@@ -48,4 +48,13 @@ void TableWriter::Write(std::string_view time, std::span<const std::string_view>
   sink.Write(line);
 }
 
+void TableWriter::WriteEvent(std::string_view name, std::string_view time,
+                             std::span<const std::string_view> values)
+{
+  line.assign("# event ").append(name).append(kSeparator).append(time);
+  for (const std::string_view value : values) line.append(kSeparator).append(value);
+  line += '\n';
+  sink.Write(line);
+}
+
 }  // namespace varno::solve

@@ -16,12 +16,16 @@ namespace varno::solve {
 ///
 /// The time stands to the left in the width of the longest. A value without a minus has a blank in
 /// its place, and all but the last are filled with blanks up to the width of a value with
-/// this number of digits. Longer texts push to the right what follows.
+/// this number of digits. Longer texts push to the right what follows. An event is a comment:
+///
+///     # event hit  0.25  0  -1.25e+00
 class TableWriter final : public RowWriter {
  public:
   TableWriter(TextSink& sink, std::vector<std::string> columns, int timeWidth, int digits);
   void Begin() override;
   void Write(std::string_view time, std::span<const std::string_view> values) override;
+  void WriteEvent(std::string_view name, std::string_view time,
+                  std::span<const std::string_view> values) override;
 
  private:
   TextSink& sink;

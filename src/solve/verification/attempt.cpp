@@ -63,4 +63,25 @@ std::vector<std::vector<SizedNumber>> Attempt::RowOf(const Moment& time,
   return row;
 }
 
+std::vector<std::vector<SizedNumber>> Attempt::RowAtEvent(const Lockstep::Switches& switches,
+                                                          std::size_t event)
+{
+  std::vector<std::vector<SizedNumber>> row;
+  for (std::size_t i = 0; i < switches.size(); ++i) {
+    const EventFired& fired = switches[i]->events[event];
+    row.push_back(columnValues[i].At(switches[i]->time, {fired.states, fired.sizes}));
+  }
+  return row;
+}
+
+std::vector<std::vector<SizedNumber>> Attempt::RowBehind(const Lockstep::Switches& switches)
+{
+  std::vector<std::vector<SizedNumber>> row;
+  for (std::size_t i = 0; i < switches.size(); ++i) {
+    const Switch& what = *switches[i];
+    row.push_back(columnValues[i].At(what.time, {what.states, what.sizes}));
+  }
+  return row;
+}
+
 }  // namespace varno::solve

@@ -25,6 +25,11 @@ class Attempt {
   /// The same by states that were kept, in any order of times. Throws RowOutOfRange.
   std::vector<std::vector<SizedNumber>> RowOf(const Moment& time,
                                               const std::vector<SizedStates>& states);
+  /// For each run the numbers at an event, before its assignments, and behind all that happens
+  /// there. Throw RowOutOfRange.
+  std::vector<std::vector<SizedNumber>> RowAtEvent(const Lockstep::Switches& switches,
+                                                   std::size_t event);
+  std::vector<std::vector<SizedNumber>> RowBehind(const Lockstep::Switches& switches);
   std::size_t RunCount() const { return columnValues.size(); }
 
   Path& Integration() { return path; }

@@ -9,6 +9,7 @@
 #include "solve/evaluation/disturbance.h"
 #include "solve/evaluation/domain_error.h"
 #include "solve/evaluation/size.h"
+#include "solve/integration/step_series.h"
 
 namespace varno::solve {
 
@@ -31,6 +32,8 @@ constexpr double kDecimalsBeyondConstants = 3;
 constexpr double kMostDecimalsOfConstants = 100;
 /// Printed rows are remembered with this many bits more than their digits have.
 constexpr mpfr_prec_t kRememberedGuardBits = 16;
+/// Times are exact, and looked at with somewhat more bits than numbers.
+constexpr mpfr_prec_t kTimeGuardBits = 64;
 
 /// An end as two attempts tell it: of a kind only if both say so.
 Singularity Agreed(Singularity end, const std::optional<Singularity>& before)
@@ -42,10 +45,10 @@ Singularity Agreed(Singularity end, const std::optional<Singularity>& before)
 
 }  // namespace
 
-VerifiedRows::VerifiedRows(const Model& model, const Tape& tape, const Interval& interval,
+VerifiedRows::VerifiedRows(const Model& model, const Dynamics& dynamics, const Interval& interval,
                            RowSchedule schedule, RowsWanted wanted, StepWatch watch, Poll poll)
     : model(model),
-      tape(tape),
+      dynamics(dynamics),
       interval(interval),
       fullSchedule(std::move(schedule)),
       wanted(std::move(wanted)),
@@ -63,6 +66,7 @@ std::vector<RunSettings> VerifiedRows::Settings() const
   settings.front().disturbed = wanted.check;
   for (RunSettings& run : settings) {
     run.mayDeclareZero = MayDeclareZero();
+    if (MayDeclareZero()) run.onTimeBits = (wanted.digits + kZeroGuardDigits) * kLog2Of10;
     run.mostBits = wanted.maxBits;
   }
   return settings;
@@ -88,7 +92,7 @@ std::vector<Real> VerifiedRows::StartStates(const RunSettings& runSettings) cons
 
 void VerifiedRows::Begin()
 {
-  Path::Problem problem{.tape = tape,
+  Path::Problem problem{.makeRun = dynamics.Runs(wanted.digits),
                         .interval = interval,
                         .settings = Settings(),
                         .startStates = {},
@@ -101,10 +105,17 @@ void VerifiedRows::Begin()
   for (const RunSettings& settings : problem.settings)
     problem.startStates.push_back(StartStates(settings));
   schedule = fullSchedule;
-  schedule->Replay(given.size(), [this](std::size_t row) { return given[row].time; });
+  std::vector<Moment> rowTimes;
+  for (const GivenRow& row : given) {
+    if (!row.event) rowTimes.push_back(row.time);
+  }
+  schedule->Replay(rowTimes.size(), [&](std::size_t row) { return rowTimes[row]; });
   attempt = std::make_unique<Attempt>(model, wanted.columns, wanted.digits, std::move(problem),
                                       schedule->Early());
   rowsDone = 0;
+  ready.clear();
+  latestTime.reset();
+  hasStopped = false;
   loss = Loss();
   lostBackwards = latestDistance = 0;
 }
@@ -132,22 +143,111 @@ std::optional<VerifiedRow> VerifiedRows::Next()
   }
 }
 
-/// The next row that was not given yet; rows given are only compared.
+/// The next row or event that was not given yet; what was given is only compared.
 std::optional<VerifiedRow> VerifiedRows::TryRow()
 {
   for (;;) {
-    const std::optional<Moment> time = schedule->Next(attempt->Integration());
-    if (!time) return std::nullopt;
-    VerifiedRow row = Judge(*time, attempt->RowAt(*time));
+    while (ready.empty()) {
+      if (!Fill()) return std::nullopt;
+    }
+    VerifiedRow row = std::move(ready.front());
+    ready.pop_front();
     if (rowsDone++ >= given.size()) {
       given.push_back(Remembered(row));
       return row;
     }
-    for (std::size_t i = 0; i < row.numbers.size(); ++i) {
-      if (Contradicts(given[rowsDone - 1].numbers[i], row.numbers[i], wanted.digits))
-        throw WrongRow{*time};
-    }
+    if (Contradicts(given[rowsDone - 1], row)) throw WrongRow{given[rowsDone - 1].time};
   }
+}
+
+/// Adds the next row and what happens before it; false behind the last one.
+bool VerifiedRows::Fill()
+{
+  if (hasStopped) return false;
+  try {
+    const std::optional<Moment> time = schedule->Next(attempt->Integration());
+    if (!time) return false;
+    const auto runs = attempt->RowAt(*time);
+    AddEvents(*time);
+    ready.push_back(Judge(*time, runs));
+    latestTime = time;
+  } catch (const StoppedByEvent& stop) {
+    FillToStop(stop.time);
+  }
+  return true;
+}
+
+/// Adds what happens up to the event that ends the way, and the row there.
+void VerifiedRows::FillToStop(const Moment& time)
+{
+  hasStopped = true;
+  Path& path = attempt->Integration();
+  std::optional<std::vector<std::vector<SizedNumber>>> runs;
+  while (const auto switches = path.TakeSwitch(time)) {
+    AddEventsOf(*switches);
+    if (switches->back()->stops) runs = attempt->RowBehind(*switches);
+  }
+  if (runs && latestTime != time) ready.push_back(Judge(time, *runs));
+}
+
+/// Adds the events up to a time that was reached.
+void VerifiedRows::AddEvents(const Moment& time)
+{
+  while (const auto switches = attempt->Integration().TakeSwitch(time)) AddEventsOf(*switches);
+}
+
+void VerifiedRows::AddEventsOf(const Lockstep::Switches& switches)
+{
+  CompareSwitches(switches);
+  for (std::size_t i = 0; i < switches.back()->events.size(); ++i)
+    ready.push_back(JudgeEvent(switches, i));
+}
+
+/// log2 of how far a time lies from the start.
+double VerifiedRows::WayLog2(const Moment& time) const
+{
+  return Log2Size(time - interval.start);
+}
+
+/// Runs must pass the same switches, at the same times to half the digits: or one of them has lost
+/// its way.
+void VerifiedRows::CompareSwitches(const Lockstep::Switches& switches)
+{
+  const Switch& best = *switches.back();
+  const auto numberOf = [](const EventFired& fired) { return fired.event; };
+  for (const auto& other : switches) {
+    const bool isSame = other->signature == best.signature &&
+                        std::ranges::equal(other->events, best.events, {}, numberOf, numberOf);
+    if (!isSame) throw Disagreement{best.time};
+    const double apart = Log2Size(other->time - best.time);
+    const double common = (WayLog2(best.time) - apart) / kLog2Of10;
+    if (common < wanted.digits / 2.0) throw Failure{best.time, common, false};
+  }
+}
+
+/// The row of an event, with its time as its first number: it must have all digits, too.
+VerifiedRow VerifiedRows::JudgeEvent(const Lockstep::Switches& switches, std::size_t index)
+{
+  auto runs = attempt->RowAtEvent(switches, index);
+  for (std::size_t i = 0; i < runs.size(); ++i) {
+    const Moment& time = switches[i]->time;
+    Real value(attempt->Integration().Best().Bits() + kTimeGuardBits);
+    time.Evaluate(value);
+    const double size = time == switches.back()->time && time == switches.front()->time
+                            ? Log2Size(value)
+                            : std::max(Log2Size(value), WayLog2(time));
+    runs[i].insert(runs[i].begin(), SizedNumber{std::move(value), size});
+  }
+  VerifiedRow row = Judge(switches.back()->time, runs);
+  if (row.numbers.front().zeroUnit) row.time = Moment();
+  row.numbers.erase(row.numbers.begin());
+  row.event = switches.back()->events[index].event;
+  return row;
+}
+
+std::int64_t VerifiedRows::RowsGiven() const
+{
+  return std::ranges::count_if(given, [](const GivenRow& row) { return !row.event; });
 }
 
 bool VerifiedRows::MayDeclareZero() const
@@ -258,12 +358,7 @@ bool VerifiedRows::IsDoomed(double distance, double commonDecimals) const
 /// only from as near as they say, and looks like a pole from afar.
 double VerifiedRows::DecimalsOfConstants() const
 {
-  double most = 0;
-  for (const NodeId constant : tape.constants) {
-    const double size = Log2Size(EvaluateConstant(tape.graph, constant, 64));
-    if (std::isfinite(size)) most = std::max(most, std::abs(size) / kLog2Of10);
-  }
-  return std::min(most, kMostDecimalsOfConstants);
+  return std::min(dynamics.DecimalsOfConstants(), kMostDecimalsOfConstants);
 }
 
 /// How many decimals the time of the last row has, where it cannot be told from an end: it may lie
@@ -343,6 +438,21 @@ VerifiedRows::GivenRow VerifiedRows::Remembered(const VerifiedRow& row) const
     number.value = std::move(kept);
   }
   return remembered;
+}
+
+/// Whether a better attempt shows that something was given that is wrong: another event, its time,
+/// or a number.
+bool VerifiedRows::Contradicts(const GivenRow& before, const VerifiedRow& row) const
+{
+  if (before.event != row.event) return true;
+  if (row.event) {
+    const double unit = std::floor(Log2Size(row.time) / kLog2Of10 - 1e-9) + 1 - wanted.digits;
+    if (Log2Size(before.time - row.time) / kLog2Of10 > unit + std::log10(0.5)) return true;
+  }
+  for (std::size_t i = 0; i < row.numbers.size(); ++i) {
+    if (varno::solve::Contradicts(before.numbers[i], row.numbers[i], wanted.digits)) return true;
+  }
+  return false;
 }
 
 }  // namespace varno::solve

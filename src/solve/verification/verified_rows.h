@@ -2,14 +2,16 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "solve/integration/path.h"
+#include "solve/integration/singularity.h"
 #include "solve/model/model.h"
-#include "solve/tape/tape.h"
+#include "solve/switching/dynamics.h"
 #include "solve/verification/agreement.h"
 #include "solve/verification/attempt.h"
 #include "solve/verification/loss.h"
@@ -30,6 +32,9 @@ struct RowsWanted {
 struct VerifiedRow {
   Moment time;
   std::vector<RowNumber> numbers;
+  /// The number of the event that happens there, in the order of the file: the numbers are those
+  /// that it meets, before its assignments. None: a row that was asked for, or that of an end.
+  std::optional<std::uint32_t> event = {};
 };
 
 /// A row that both runs agree on, or else the best run's numbers.
@@ -60,12 +65,13 @@ struct WrongRow {
 /// of the way is believed when a second attempt, which comes much nearer, ends in the same place.
 class VerifiedRows {
  public:
-  /// The model's parameters are bound; model and tape must outlive this. `watch` is called after
-  /// each step of each run, `poll` within them; both may throw to end it all.
-  VerifiedRows(const Model& model, const Tape& tape, const Interval& interval, RowSchedule schedule,
-               RowsWanted wanted, StepWatch watch, Poll poll);
+  /// The model's parameters are bound; it and its dynamics must outlive this. `watch` is called
+  /// after each step of each run, `poll` within them; both may throw to end it all.
+  VerifiedRows(const Model& model, const Dynamics& dynamics, const Interval& interval,
+               RowSchedule schedule, RowsWanted wanted, StepWatch watch, Poll poll);
 
-  /// The next row, none after the last. Throws what Attempt throws but Disagreement,
+  /// The next row or event, in the order of their times; none after the last. At the same time
+  /// events come first. Throws what Attempt throws but Disagreement,
   /// PrecisionExhausted and WrongRow.
   std::optional<VerifiedRow> Next();
 
@@ -78,7 +84,7 @@ class VerifiedRows {
   const Path* Integration() const { return attempt ? &attempt->Integration() : nullptr; }
   /// Of the present attempt, or of the one that was given up last.
   RunStatistics BestRun() const;
-  std::int64_t RowsGiven() const { return static_cast<std::int64_t>(given.size()); }
+  std::int64_t RowsGiven() const;
   /// The time of the last row given; none before the first.
   std::optional<Moment> LastGiven() const;
   /// The settings of the runs, the most exact last.
@@ -110,6 +116,12 @@ class VerifiedRows {
   void Begin();
   std::vector<Real> StartStates(const RunSettings& runSettings) const;
   std::optional<VerifiedRow> TryRow();
+  bool Fill();
+  void FillToStop(const Moment& time);
+  void AddEvents(const Moment& time);
+  void AddEventsOf(const Lockstep::Switches& switches);
+  VerifiedRow JudgeEvent(const Lockstep::Switches& switches, std::size_t index);
+  void CompareSwitches(const Lockstep::Switches& switches);
   VerifiedRow Judge(const Moment& time, const std::vector<std::vector<SizedNumber>>& runs) const;
   void CompareStates(const Moment& time, const DenseStep& a, const DenseStep& b);
   void AddLoss(const Moment& time, double commonDecimals);
@@ -120,13 +132,15 @@ class VerifiedRows {
   bool IsConfirmedEnd(const Moment& time, const std::optional<Singularity>& singularity);
   double DecimalsOfConstants() const;
   double DecimalsOfLastRow(const Moment& end) const;
+  double WayLog2(const Moment& time) const;
   void BeginAgain(double spare, const Moment& time);
   double PlaceDecimals() const;
   bool MayDeclareZero() const;
   GivenRow Remembered(const VerifiedRow& row) const;
+  bool Contradicts(const GivenRow& before, const VerifiedRow& row) const;
 
   const Model& model;
-  const Tape& tape;
+  const Dynamics& dynamics;
   Interval interval;
   RowSchedule fullSchedule;  // as given; each attempt goes through a copy
   RowsWanted wanted;
@@ -143,7 +157,11 @@ class VerifiedRows {
   int restarts = 0;
   std::optional<EndSeen> endSeen;
   std::vector<GivenRow> given;
-  std::size_t rowsDone = 0;  // of the present attempt
+  // Of the present attempt
+  std::size_t rowsDone = 0;
+  std::deque<VerifiedRow> ready;
+  std::optional<Moment> latestTime;  // of a row
+  bool hasStopped = false;
 };
 
 }  // namespace varno::solve

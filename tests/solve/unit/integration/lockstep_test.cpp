@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "solve/evaluation/domain_error.h"
+#include "solve/integration/run.h"
 #include "solve/tape/compile.h"
 #include "tests/solve/support/comparison.h"
 #include "tests/solve/support/equations.h"
@@ -39,7 +40,7 @@ class LockstepTest : public testing::Test {
     const RunSettings best = SettingsFor(25, 20);
     std::vector<RunSettings> settings(starts.size(), SettingsFor(22, 20));
     settings.back() = best;
-    return {tape,
+    return {RunsOf(tape),
             settings,
             Moment(Rational(0)),
             Starts(starts, best.bits),

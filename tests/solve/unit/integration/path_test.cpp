@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "solve/integration/run.h"
 #include "solve/tape/compile.h"
 #include "tests/solve/support/comparison.h"
 #include "tests/solve/support/equations.h"
@@ -30,7 +31,7 @@ class PathTest : public testing::Test {
     const RunSettings best = SettingsFor(25, 20);
     Real one(best.bits);
     mpfr_set_ui(one, 1, MPFR_RNDN);
-    return {{.tape = tape,
+    return {{.makeRun = RunsOf(tape),
              .interval = {Moment(Rational(0)), Moment(from), Moment(to)},
              .settings = {SettingsFor(22, 20), best},
              .startStates = {{one}, {one}},

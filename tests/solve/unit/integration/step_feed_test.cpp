@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "solve/evaluation/domain_error.h"
+#include "solve/integration/run.h"
 #include "solve/tape/compile.h"
 #include "tests/solve/support/equations.h"
 
@@ -44,7 +45,7 @@ class StepFeedTest : public testing::Test {
  protected:
   StepFeed Feed(const Tape& tape, const Moment& reach, Poll poll = {})
   {
-    return {tape,
+    return {RunsOf(tape),
             settings,
             Moment(Rational(0)),
             Start(tape.rightHandSides.size(), settings.bits),

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "solve/integration/run.h"
 #include "solve/tape/compile.h"
 #include "tests/solve/support/equations.h"
 
@@ -27,7 +28,7 @@ TEST(Attempt, HasARowForEachRunAndANumberForEachColumn)
   Real one(second.bits);
   mpfr_set_ui(one, 1, MPFR_RNDN);
   Attempt attempt(model, columns, 15,
-                  {.tape = tape,
+                  {.makeRun = RunsOf(tape),
                    .interval = {Moment(Rational(0)), Moment(Rational(0)), Moment(2)},
                    .settings = {first, second},
                    .startStates = {{one}, {one}},

@@ -1,0 +1,87 @@
+#include "solve/integration/watched_roots.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+#include "solve/evaluation/size.h"
+#include "solve/roots/isolation.h"
+#include "solve/roots/refinement.h"
+
+namespace varno::solve {
+
+namespace {
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+/// A root with its place as a part of the step.
+struct PlacedRoot {
+  WatchedRoot root;
+  UncertainValue place;
+};
+
+/// Whether all terms of a line from the first on are 0.
+bool IsZero(const Series& series, LineId line, int first)
+{
+  for (int k = first; k <= series.Order(); ++k) {
+    if (series.Log2(line, k) > -kInfinity) return false;
+  }
+  return true;
+}
+
+/// The sign that a simple root at an end of the step leaves open follows from the other one.
+void CompleteSigns(WatchedRoot& root)
+{
+  if (root.mostRoots != 1) return;
+  if (root.signBefore == 0) root.signBefore = -root.signAfter;
+  if (root.signAfter == 0) root.signAfter = -root.signBefore;
+}
+
+/// The first root of a line in the step.
+std::optional<PlacedRoot> FirstRoot(const Tape& tape, const SeriesStep& step,
+                                    const WatchedLine& watched, std::size_t index)
+{
+  const auto [line, first] = watched;
+  if (first > step.series.Order() || IsZero(step.series, line, first)) return std::nullopt;
+  if (FirstTermOutweighs(step.series, line, first, Log2Size(step.length))) return std::nullopt;
+  const UncertainPolynomial polynomial = OverStep(tape, step, line, first);
+  const std::vector<RootInterval> found = IsolateRoots(polynomial);
+  if (found.empty()) return std::nullopt;
+  const RootInterval& interval = found.front();
+  WatchedRoot root{index, interval.signBefore, interval.signAfter, interval.mostRoots};
+  CompleteSigns(root);
+  return PlacedRoot{root, RefineRoot(polynomial, interval)};
+}
+
+/// Whether two places may be the same one.
+bool MayCoincide(const UncertainValue& a, const UncertainValue& b)
+{
+  Real distance(kErrorBits), error(kErrorBits);
+  mpfr_sub(distance, a.value, b.value, MPFR_RNDZ);
+  mpfr_add(error, a.error, b.error, MPFR_RNDU);
+  return mpfr_cmpabs(distance, error) <= 0;
+}
+
+}  // namespace
+
+std::optional<WatchedRootsAhead> FirstWatchedRoots(const Tape& tape, const SeriesStep& step,
+                                                   std::span<const WatchedLine> watched)
+{
+  std::vector<PlacedRoot> placed;
+  for (std::size_t i = 0; i < watched.size(); ++i) {
+    if (auto root = FirstRoot(tape, step, watched[i], i)) placed.push_back(*std::move(root));
+  }
+  if (placed.empty()) return std::nullopt;
+  const auto first = std::ranges::min_element(placed, [](const PlacedRoot& a, const PlacedRoot& b) {
+    return mpfr_less_p(a.place.value, b.place.value) != 0;
+  });
+  WatchedRootsAhead ahead{{}, first->place.value, first->place.error};
+  for (const PlacedRoot& root : placed) {
+    if (MayCoincide(root.place, first->place)) ahead.roots.push_back(root.root);
+  }
+  mpfr_mul(ahead.place, ahead.place, step.length, MPFR_RNDN);
+  mpfr_mul(ahead.error, ahead.error, step.length, MPFR_RNDU);
+  return ahead;
+}
+
+}  // namespace varno::solve

@@ -1,0 +1,136 @@
+#include "solve/switching/settling.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <optional>
+#include <utility>
+
+#include "solve/evaluation/domain_error.h"
+#include "solve/integration/step_series.h"
+#include "solve/switching/first_term.h"
+#include "solve/switching/same_node.h"
+
+namespace varno::solve {
+
+namespace {
+
+/// Leaving one boundary may uncover another one.
+constexpr int kMostRounds = 20;
+/// Of so many boundaries that meet in a point all combinations of sides are tried.
+constexpr std::size_t kMostCombined = 6;
+
+const Watch* Find(const Piece& piece, ConditionId condition, const Decision& boundary)
+{
+  const auto watch = std::ranges::find_if(piece.watches, [&](const Watch& each) {
+    return each.condition == condition && each.boundary == boundary;
+  });
+  return watch == piece.watches.end() ? nullptr : &*watch;
+}
+
+}  // namespace
+
+Singularity Settling::Sliding(const Piece& piece, const Watch& watch,
+                              const SwitchPoint& point) const
+{
+  return {.time = point.time,
+          .node = SameNode(graph, piece.model.graph[watch.expression]),
+          .kind = SingularityKind::kSliding,
+          .bits = rule.settings.bits};
+}
+
+FoundPiece Settling::PieceAt(const SwitchPoint& point, const Mode& known)
+{
+  try {
+    return pieces.At({.time = point.time,
+                      .states = point.states,
+                      .sizes = point.sizes,
+                      .backwards = point.backwards,
+                      .rule = rule.zero},
+                     known);
+  } catch (const EdgeInDoubt&) {
+    throw ZeroInDoubt{point.time};
+  }
+}
+
+SettledPiece Settling::AtStart(const SwitchPoint& start)
+{
+  return Settle(pieces.AtStart(start.time, start.backwards), start);
+}
+
+SettledPiece Settling::At(const SwitchPoint& point, const Mode& known)
+{
+  return Settle(PieceAt(point, known), point);
+}
+
+/// Leaves the boundaries that the point lies on, to the sides where the field on them points.
+SettledPiece Settling::Settle(FoundPiece found, const SwitchPoint& point)
+{
+  std::vector<Boundary> left;
+  for (int round = 0; round < kMostRounds && !found.onBoundary.empty(); ++round) {
+    Mode mode = found.piece->mode;
+    FirstTerms terms(*found.piece, rule, point);
+    bool moves = false;
+    for (const ConditionId condition : found.onBoundary) {
+      const Decision boundary = mode.at(condition);
+      const Watch* const watch = Find(*found.piece, condition, boundary);
+      const int sign = watch == nullptr ? 0 : terms.Of(watch->line, 1).sign;
+      if (sign == 0) continue;
+      mode[condition] = boundary + sign;
+      left.push_back({condition, boundary});
+      moves = true;
+    }
+    if (!moves) break;
+    found = PieceAt(point, mode);
+  }
+  SettledPiece settled{found.piece, {}};
+  if (GoesOn(settled, point, left)) return settled;
+  throw Sliding(*settled.piece,
+                *Find(*settled.piece, left.front().condition, left.front().decision), point);
+}
+
+/// Whether the expressions of the boundaries go to the sides that the piece is for.
+bool Settling::GoesOn(SettledPiece& settled, const SwitchPoint& point,
+                      const std::vector<Boundary>& boundaries) const
+{
+  std::optional<FirstTerms> terms;
+  for (const Boundary& boundary : boundaries) {
+    const Watch* const watch = Find(*settled.piece, boundary.condition, boundary.decision);
+    if (watch == nullptr || watch->sign == 0 || watch->time) continue;
+    if (!terms) {
+      try {
+        terms.emplace(*settled.piece, rule, point);
+      } catch (const DomainError&) {
+        // The run will find out: expressions such as sin(t)/t have their own way to go on.
+        settled.zeroTerms[watch->line] = 1;
+        continue;
+      }
+    }
+    const FirstTerm first = terms->Of(watch->line, 1);
+    if (first.sign == -watch->sign) return false;
+    settled.zeroTerms[watch->line] = first.order;
+  }
+  return true;
+}
+
+SettledPiece Settling::Beyond(const SwitchPoint& point, const Piece& before,
+                              const std::vector<const Watch*>& crossed)
+{
+  std::vector<Boundary> boundaries;
+  for (const Watch* watch : crossed) boundaries.push_back({watch->condition, watch->boundary});
+  const std::size_t count = std::min(crossed.size(), kMostCombined);
+  // To leave none of them where all were crossed would be to stay.
+  const std::size_t combinations = crossed.size() == 1 ? 1 : (std::size_t{1} << count) - 1;
+  for (std::size_t combination = 0; combination < combinations; ++combination) {
+    Mode known;
+    for (std::size_t i = 0; i < crossed.size(); ++i) {
+      const bool stays = i < count && ((combination >> i) & 1U) != 0;
+      const Decision& decision = before.mode.at(crossed[i]->condition);
+      known[crossed[i]->condition] = stays ? decision : crossed[i]->Beyond();
+    }
+    SettledPiece settled = Settle(PieceAt(point, known), point);
+    if (GoesOn(settled, point, boundaries)) return settled;
+  }
+  throw Sliding(before, *crossed.front(), point);
+}
+
+}  // namespace varno::solve

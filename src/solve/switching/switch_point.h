@@ -1,0 +1,27 @@
+#pragma once
+
+#include <vector>
+
+#include "solve/evaluation/edges.h"
+#include "solve/integration/run_settings.h"
+#include "solve/number/moment.h"
+#include "solve/number/real.h"
+
+namespace varno::solve {
+
+/// A point on the way of a run where it may go over to other equations.
+struct SwitchPoint {
+  Moment time;
+  std::vector<Real> states;
+  std::vector<double> sizes;  ///< log2 of the sizes of the states
+  bool backwards;
+};
+
+/// How exactly the runs of a problem decide what is 0.
+struct SwitchRule {
+  RunSettings settings;
+  EdgeRule zero;     ///< how near 0 an expression counts as 0, and whether it may
+  double touchBits;  ///< a root that rounding blurs is believed with a tolerance of so many bits
+};
+
+}  // namespace varno::solve
