@@ -34,7 +34,7 @@ void MpfrSeries::AddFedQuotient(LineId quotient)
   fedQuotients.push_back(quotient);
   for (const LineId line : LinesAtOnce(tape, Operands(tape, quotient))) linesAhead.push_back(line);
   std::ranges::sort(linesAhead);
-  linesAhead.erase(std::ranges::unique(linesAhead).begin(), linesAhead.end());
+  linesAhead.erase(std::unique(linesAhead.begin(), linesAhead.end()), linesAhead.end());
 }
 
 bool MpfrSeries::IsFed(LineId id) const
