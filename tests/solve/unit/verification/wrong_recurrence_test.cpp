@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "solve/rows/row_times.h"
+#include "solve/switching/dynamics.h"
 #include "solve/tape/compile.h"
 #include "solve/verification/verified_rows.h"
 #include "tests/solve/support/equations.h"
@@ -21,7 +22,8 @@ std::optional<VerifiedRow> RowAtOne(const Model& model, const Tape& tape)
 {
   const Moment start(Rational(0)), end(1);
   const Interval interval{start, start, end};
-  VerifiedRows rows(model, tape, interval, RowSchedule(interval, RowTimes::Last(end)),
+  const Dynamics dynamics(model, tape);
+  VerifiedRows rows(model, dynamics, interval, RowSchedule(interval, RowTimes::Last(end)),
                     {.columns = {model.columns.front().value},
                      .digits = 15,
                      .check = true,
