@@ -57,14 +57,6 @@ class HelpFormatter final : public CLI::Formatter {
     return text;
   }
 
-  std::string make_help(const CLI::App* app, std::string name,
-                        CLI::AppFormatMode mode) const override
-  {
-    std::string text = CLI::Formatter::make_help(app, std::move(name), mode);
-    text.pop_back();  // an empty line at the end
-    return text;
-  }
-
   std::string make_option(const CLI::Option* option, bool /*isPositional*/) const override
   {
     std::string text = "  " + option->get_name();

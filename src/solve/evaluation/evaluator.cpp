@@ -257,6 +257,7 @@ bool Evaluator::ComputeExactly(std::size_t place, const Rational& time)
   if (!exact) return false;
   mpfr_set_q(values[place], exact->get_mpq_t(), MPFR_RNDN);
   sizes[place] = Log2Size(values[place]);
+  spans[place] = ComputeSpan(place);
   return true;
 }
 
@@ -272,6 +273,7 @@ void Evaluator::ComputeSized(std::size_t place, mpfr_srcptr time, std::span<cons
     const double span = spans[edge->isSecond ? step.b : step.a];
     if (!rule.MayDeclareZero(span)) throw EdgeInDoubt{rule.spanFactor * span};
     ComputeAtEdge(place, *edge, rule);
+    spans[place] = span;
     isAtJump |= IsPiecewise(step.operation);
     return;
   }
@@ -283,6 +285,7 @@ void Evaluator::ComputeSized(std::size_t place, mpfr_srcptr time, std::span<cons
   if (IsOnPole(step.operation, values[place], sizes[step.a], rule))
     throw DomainError{Outcome::kUndefined, step.node, values[step.a]};
   sizes[place] = ComputeSize(place, stateSizes);
+  spans[place] = ComputeSpan(place);
 }
 
 void Evaluator::EvaluateSized(mpfr_srcptr time, std::span<const Real> states,
@@ -295,7 +298,6 @@ void Evaluator::EvaluateSized(mpfr_srcptr time, std::span<const Real> states,
   ForEachNeeded([&](std::size_t place) {
     if (exactTime != nullptr && ComputeExactly(place, *exactTime)) return;
     ComputeSized(place, time, states, stateSizes, rule);
-    spans[place] = ComputeSpan(place);
   });
 }
 

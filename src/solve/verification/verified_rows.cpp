@@ -22,8 +22,9 @@ constexpr double kSecondRunDecimals = 3;
 /// What the extrapolated loss is multiplied with.
 constexpr double kLossMargin = 1.25;
 /// What is lost is extrapolated to so many times the way so far: what an unstable rest costs ends
-/// where it is left.
+/// where it is left. So many attempts may try that, then what is lost evenly counts to the end.
 constexpr double kTimesAhead = 8;
+constexpr int kCautiousAttempts = 2;
 /// An attempt is given up before it fails if its last row will lack so many decimals.
 constexpr double kDoomedDecimals = 3;
 /// How far beyond what constants or the last row say a run must come to call an end one, and what
@@ -400,7 +401,8 @@ void VerifiedRows::Escalate(const Failure& failure)
   const double decimals = wanted.digits + spareDecimals;
   const double lost = std::clamp(decimals - failure.commonDecimals, 0.0, decimals);
   const double whole = WholeDistance();
-  const double far = std::min(whole, kTimesAhead * Distance(failure.time));
+  const double far =
+      restarts < kCautiousAttempts ? std::min(whole, kTimesAhead * Distance(failure.time)) : whole;
   double spare = kLossMargin * (lost + loss.Ahead(far)) + kFirstSpareDecimals;
   if (failure.blurred) spare += kZeroGuardDigits;
   spare = std::max(spare, failure.decimalsNeeded - wanted.digits + 1);
