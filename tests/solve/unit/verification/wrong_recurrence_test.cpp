@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "solve/integration/step_series.h"
 #include "solve/rows/row_times.h"
 #include "solve/switching/dynamics.h"
 #include "solve/tape/compile.h"
