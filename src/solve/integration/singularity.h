@@ -9,10 +9,10 @@
 namespace varno::solve {
 
 enum class SingularityKind {
-  kPole,         ///< a state becomes infinite, like (T - t)^-order
-  kLogarithm,    ///< a state becomes infinite like ln(T - t)
-  kBranchPoint,  ///< all states stay bounded, one of them like (T - t)^order beside a constant
-  kDomainEdge,   ///< all states stay bounded, and an expression leaves its domain
+  kPole,          ///< a state becomes infinite, like (T - t)^-order
+  kLogarithm,     ///< a state becomes infinite like ln(T - t)
+  kBranchPoint,   ///< all states stay bounded, one of them like (T - t)^order beside a constant
+  kDomainEdge,    ///< all states stay bounded, and an expression leaves its domain
   kSliding,       ///< the field points to the same boundary from both sides
   kAccumulation,  ///< switches come closer and closer to one another
   kUndecided,     ///< whether an expression crosses 0 or touches it cannot be told

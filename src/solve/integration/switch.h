@@ -4,15 +4,15 @@
 #include <vector>
 
 #include "solve/number/moment.h"
-#include "solve/number/real.h"
 #include "solve/number/rational.h"
+#include "solve/number/real.h"
 
 namespace varno::solve {
 
 /// An event with the states that it met.
 struct EventFired {
-  std::uint32_t event;       ///< in the order of the file
-  std::vector<Real> states;  ///< before its assignments
+  std::uint32_t event;        ///< in the order of the file
+  std::vector<Real> states;   ///< before its assignments
   std::vector<double> sizes;  ///< log2 of their sizes; -infinity for one that is exactly 0
 };
 
@@ -25,8 +25,8 @@ struct Switch {
   std::vector<Integer> signature;
   std::vector<Real> states;   ///< behind it
   std::vector<double> sizes;  ///< log2 of their sizes; -infinity for one that is exactly 0
-  bool jumps = false;  ///< whether states changed
-  bool stops = false;  ///< whether the way ends here as the file wants it
+  bool jumps = false;         ///< whether states changed
+  bool stops = false;         ///< whether the way ends here as the file wants it
 };
 
 /// The end of a way in an event that stops it.

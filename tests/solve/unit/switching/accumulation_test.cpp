@@ -27,7 +27,8 @@ std::pair<std::optional<Moment>, int> FindLimit(Times times, int most)
 TEST(Accumulation, FindsTheLimitOfAGeometricSequence)
 {
   for (const Rational& q : {Rational(1, 2), Rational(9, 10)}) {
-    const auto [limit, count] = FindLimit([&](int n) -> Rational { return 3 * (1 - Power(q, n)); }, 1000);
+    const auto [limit, count] =
+        FindLimit([&](int n) -> Rational { return 3 * (1 - Power(q, n)); }, 1000);
     ASSERT_TRUE(limit) << q;
     EXPECT_LT(std::abs((*limit - Moment(Rational(3))).ToDouble()), 1e-28) << q;
   }
@@ -51,7 +52,8 @@ TEST(Accumulation, LeavesSwitchesThatGoOnAlone)
 {
   EXPECT_FALSE(FindLimit([](int n) { return Rational(n + 1); }, 1000).first);
   // Close together, but not closer and closer.
-  EXPECT_FALSE(FindLimit([](int n) -> Rational { return 1 + n * Power(Rational(1, 2), 60); }, 1000).first);
+  EXPECT_FALSE(
+      FindLimit([](int n) -> Rational { return 1 + n * Power(Rational(1, 2), 60); }, 1000).first);
 }
 
 }  // namespace
