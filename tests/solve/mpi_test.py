@@ -32,6 +32,12 @@ ENVIRONMENT = {
 }
 
 
+def ranks_of(mpirun):
+    """The processes that mpirun has started."""
+    children = Path(f"/proc/{mpirun.pid}/task/{mpirun.pid}/children").read_text()
+    return [int(pid) for pid in children.split()]
+
+
 class MpiTest(unittest.TestCase):
     def setUp(self):
         scratch = tempfile.TemporaryDirectory()
@@ -63,7 +69,16 @@ class MpiTest(unittest.TestCase):
         self.assertIn(b"run 3 (w = 1)", done.stderr)
 
     def test_one_rank(self):
-        self.check(1, "oscillator.varno", *SWEEP, "--sweep", "w=1:3:1/2")
+        command = ["oscillator.varno", *SWEEP, "--sweep", "w=1:3:1/2"]
+        done = self.check(1, *command)
+        without_mpirun = self.run_command([PROGRAM_MPI, *command])
+        self.assertEqual(done.stdout, without_mpirun.stdout)
+
+    def test_events_are_among_the_rows(self):
+        (self.folder / "events.varno").write_text(
+            EQUATIONS + "event zero: x falling;\nevent end: t - 3/2*w stop;\n")
+        done = self.check(2, "events.varno", "--to", "5", "--every", "1", "--sweep", "w=1:5:1")
+        self.assertEqual(3, done.stdout.count(b"# event end"))
 
     def test_many_short_runs_from_standard_input(self):
         command = ["-", "--last", "--digits", "5", "--sweep", "w=1/1000:1/10:1/1000"]
@@ -98,15 +113,39 @@ class MpiTest(unittest.TestCase):
             if rows.exists() and rows.read_bytes().count(b"\n4,2,") == 1:
                 break
             time.sleep(0.01)
-        ranks = [int(pid) for pid in
-                 Path(f"/proc/{process.pid}/task/{process.pid}/children").read_text().split()]
-        os.kill(ranks[-1], signal.SIGKILL)
+        os.kill(ranks_of(process)[-1], signal.SIGKILL)
         process.wait(TIMEOUT)
 
         expected = self.straight("oscillator.varno", *SWEEP, "--sweep", "w=1,2,3,4").stdout
         state = (self.folder / "state").read_text()
         self.assertIn('"current": 4', state)
         self.assertTrue(rows.read_bytes().startswith(expected))
+
+    def test_the_rest_is_done_after_a_rank_has_died(self):
+        command = ["oscillator.varno", "--to", "8", "--every", "1/4", "--sweep", "w=1:40:1"]
+        expected = self.straight(*command).stdout
+        rows, state = self.folder / "rows", self.folder / "state"
+        for victim, program in (0, [PROGRAM]), (1, ["mpirun", "-n", "2", PROGRAM_MPI]):
+            with self.subTest(victim):
+                rows.unlink(missing_ok=True)
+                process = subprocess.Popen(
+                    ["mpirun", "-n", "2", PROGRAM_MPI, "--jobs", "1", *command, "--output", "rows",
+                     "--save", "state"], cwd=self.folder, env=ENVIRONMENT,
+                    stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+                self.addCleanup(process.wait)
+                while process.poll() is None and not (rows.exists() and rows.stat().st_size > 5000):
+                    time.sleep(0.005)
+                os.kill(ranks_of(process)[victim], signal.SIGKILL)
+                process.wait(TIMEOUT)
+                self.assertLess(rows.stat().st_size, len(expected))
+                done = self.run_command([*program, "--resume", "state", "--save", "state"])
+                self.assertEqual(0, done.returncode, done.stderr)
+                self.assertEqual(expected, rows.read_bytes())
+
+    def test_plain_program_needs_no_mpi(self):
+        libraries = self.run_command(["ldd", PROGRAM]).stdout
+        self.assertIn(b"libmpfr", libraries)
+        self.assertNotIn(b"libmpi", libraries)
 
     def test_plain_program_refuses_several_ranks(self):
         environment = {**ENVIRONMENT, "OMPI_COMM_WORLD_SIZE": "4"}

@@ -5,6 +5,7 @@ Usage: saved_states_test.py PROGRAM
 """
 
 import os
+import resource
 import signal
 import subprocess
 import sys
@@ -21,6 +22,11 @@ SWEEP = ["oscillator.varno", "--to", "4", "--every", "1", "--sweep", "w=1:8:1/4"
 INTERRUPTED = {130, 143}
 
 
+def limit_files(count):
+    signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+    resource.setrlimit(resource.RLIMIT_FSIZE, (count, count))
+
+
 class SavedStatesTest(unittest.TestCase):
     def setUp(self):
         scratch = tempfile.TemporaryDirectory()
@@ -31,6 +37,12 @@ class SavedStatesTest(unittest.TestCase):
     def solve(self, *arguments):
         return subprocess.run([PROGRAM, *arguments], cwd=self.folder, capture_output=True,
                               stdin=subprocess.DEVNULL, timeout=TIMEOUT)
+
+    def solve_with_room_for(self, count, *arguments):
+        """No file can become longer than so many bytes, as on a full disk."""
+        return subprocess.run([PROGRAM, *arguments], cwd=self.folder, capture_output=True,
+                              stdin=subprocess.DEVNULL, timeout=TIMEOUT,
+                              preexec_fn=lambda: limit_files(count))
 
     def straight(self, *arguments):
         done = self.solve(*arguments)
@@ -91,6 +103,56 @@ class SavedStatesTest(unittest.TestCase):
                 self.assertTrue(first.stdout and second.stdout)
                 self.assertEqual(expected, first.stdout + second.stdout)
 
+    # A table of 31 runs has about 9 kB.
+    def test_sweep_goes_on_after_a_full_disk(self):
+        for form, jobs in ("table", "1"), ("table", "2"), ("csv", "2"):
+            with self.subTest(form + jobs):
+                command = [*SWEEP, "--format", form, "--jobs", jobs]
+                expected = self.straight(*command)
+                for room in 3000, 3300:
+                    (self.folder / "state").unlink(missing_ok=True)
+                    full = self.solve_with_room_for(room, *command, "--save", "state", "--output", "rows")
+                    self.assertEqual(3, full.returncode)
+                    self.assertIn(b"File too large", full.stderr)
+                    self.assertEqual(expected, self.resume_to_the_end())
+
+    def test_run_goes_on_after_a_full_disk(self):
+        expected = self.straight(*RUN)
+        full = self.solve_with_room_for(2000, *RUN, "--save", "state", "--output", "rows")
+        self.assertEqual(3, full.returncode)
+        self.assertEqual(expected, self.resume_to_the_end())
+
+    # All of the run is made again, and with it its events are written anew.
+    def test_events_are_those_of_a_straight_run(self):
+        (self.folder / "oscillator.varno").write_text(EQUATIONS + "event zero: x;\n")
+        self.straight(*RUN, "--events", "expected")
+        self.solve(*RUN, "--events", "events", "--max-steps", "12", "--save", "state",
+                   "--output", "rows")
+        expected = (self.folder / "expected").read_bytes()
+        part = (self.folder / "events").read_bytes()
+        self.assertTrue(expected.startswith(part) and 0 < len(part) < len(expected))
+        done = self.solve("--resume", "state", "--max-steps", "1000000")
+        self.assertEqual(0, done.returncode, done.stderr)
+        self.assertEqual(expected, (self.folder / "events").read_bytes())
+        self.assertEqual(self.straight(*RUN), (self.folder / "rows").read_bytes())
+
+    def test_failed_runs_are_told_once(self):
+        (self.folder / "pole.varno").write_text("a = 1;\ny' = y^2 & a;\n")
+        command = ["pole.varno", "--to", "1", "--every", "1/4", "--digits", "8", "--sweep",
+                   "a=1/8:3:1/8", "--format", "csv", "--jobs", "1"]
+        straight = self.solve(*command)
+        self.assertEqual(2, straight.returncode)
+        first = self.solve_with_room_for(1300, *command, "--save", "state", "--output", "rows")
+        second = self.solve("--resume", "state", "--save", "state")
+        self.assertEqual((3, 2), (first.returncode, second.returncode))
+        self.assertEqual(straight.stdout, (self.folder / "rows").read_bytes())
+
+        def told(*texts):
+            return [line for text in texts for line in text.splitlines() if b": run " in line]
+
+        self.assertEqual(told(straight.stderr), told(first.stderr, second.stderr))
+        self.assertIn(b"24 runs, 17 failed", second.stderr)
+
     def test_equations_come_from_the_state(self):
         self.solve(*RUN, "--max-steps", "5", "--save", "state", "--output", "rows")
         (self.folder / "oscillator.varno").write_text("something else")
@@ -123,9 +185,16 @@ class SavedStatesTest(unittest.TestCase):
         self.solve(*SWEEP, "--save", "state")
         text = (self.folder / "state").read_text()
         (self.folder / "damaged").write_text(text.replace("w=1:8:1/4", "w=1:9:1/4"))
+        (self.folder / "truncated").write_text(text[:len(text)//2])
+        (self.folder / "empty").touch()
         (self.folder / "foreign").write_text(EQUATIONS)
+        os.mkfifo(self.folder / "pipe")
         for arguments, message in [
                 (["--resume", "damaged"], b"the file has been damaged"),
+                (["--resume", "truncated"], b"not a state of varno-solve"),
+                (["--resume", "empty"], b"not a state of varno-solve"),
+                (["--resume", "."], b"Is a directory"),
+                (["--resume", "state", "--save", "pipe"], b"it is no plain file"),
                 (["--resume", "foreign"], b"not a state of varno-solve"),
                 (["--resume", "missing"], b"cannot read 'missing'"),
                 (["--resume", "state", "oscillator.varno"], b"takes no FILE"),

@@ -5,7 +5,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <filesystem>
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -129,9 +131,28 @@ SavedState ToState(const Json& json)
   return state;
 }
 
+[[noreturn]] void FailFor(const std::string& path, const std::string& reason)
+{
+  throw OutputError("--save: cannot write '" + path + "': " + reason);
+}
+
 [[noreturn]] void Fail(const std::string& path)
 {
-  throw OutputError("--save: cannot write '" + path + "': " + std::strerror(errno));
+  FailFor(path, std::strerror(errno));
+}
+
+/// The file that is to be replaced, links followed. Throws OutputError where replacing it would
+/// destroy a device, a pipe or the like.
+std::string PlainFile(const std::string& path)
+{
+  namespace fs = std::filesystem;
+  std::error_code none;
+  const fs::file_status status = fs::status(path, none);
+  if (fs::is_directory(status)) FailFor(path, std::strerror(EISDIR));
+  if (fs::exists(status) && !fs::is_regular_file(status)) FailFor(path, "it is no plain file");
+  if (!fs::is_symlink(fs::symlink_status(path, none))) return path;
+  const fs::path target = fs::weakly_canonical(path, none);
+  return target.empty() ? path : target.string();
 }
 
 /// A new file beside another one, which it replaces in the end; else it goes away.
@@ -214,7 +235,8 @@ SavedState ParseState(const std::string& text, const std::string& name)
 
 void WriteState(const std::string& path, const SavedState& state)
 {
-  Replacement file(path);
+  const std::string plain = PlainFile(path);
+  Replacement file(plain);
   file.Write(StateText(state));
   file.Replace();
 }

@@ -107,6 +107,7 @@ int SolveSweep(const CommandLine& commandLine, const SavedState& state, const Pr
   if (!commandLine.hold) saver.KeepSaving();
   const int jobs = commandLine.jobs > 0 ? commandLine.jobs : host.jobs;
   try {
+    output.GoOn();
     host.run(StateText(InitialState(commandLine, state.inputs)),
              setup.Plan(jobs, commandLine.plot ? &plotting : nullptr), output);
     file.Write(held.text);

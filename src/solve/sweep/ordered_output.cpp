@@ -42,6 +42,12 @@ void OrderedOutput::Guarded(Write write)
   }
 }
 
+void OrderedOutput::GoOn()
+{
+  const std::scoped_lock lock(mutex);
+  Guarded([&] { WriteFinishedRuns(); });
+}
+
 /// The next runs that were not handed out, and were not made by an earlier process.
 std::optional<RunRange> OrderedOutput::Next(std::int64_t most)
 {
@@ -162,15 +168,17 @@ void OrderedOutput::WriteRows(std::string_view text)
 {
   text = written.Rest(text);
   if (text.empty()) return;
-  const std::string& before = state.hasHeader ? frame.separator : frame.header;
-  if (state.rowsOfCurrent.Bytes() == 0 && !before.empty()) {
-    rowSink.Write(before);
-    state.rowBytes += static_cast<std::int64_t>(before.size());
+  // What stands in front belongs to the rows: neither counts as written without the other.
+  std::string whole;
+  if (state.rowsOfCurrent.Bytes() == 0) {
+    const std::string& before = state.hasHeader ? frame.separator : frame.header;
+    if (!before.empty()) whole.append(before).append(text);
   }
+  const std::string_view all = whole.empty() ? text : whole;
+  rowSink.Write(all);
   state.hasHeader = true;
-  rowSink.Write(text);
   state.rowsOfCurrent.Add(text);
-  state.rowBytes += static_cast<std::int64_t>(text.size());
+  state.rowBytes += static_cast<std::int64_t>(all.size());
 }
 
 /// The current run has ended: takes its turn from it, and from all finished ones behind it. What

@@ -30,10 +30,14 @@ class OrderedOutput final : public RunExchange {
   };
 
   /// `mostWaiting`: bytes that may wait before threads do. A sweep that was ended goes on from
-  /// `state`: its current run is made again, and what was written of it left out; where it does not
-  /// come again, writing throws TextChanged.
+  /// `state`: what was written of its current run is left out when that comes again; where it does
+  /// not come again, writing throws TextChanged.
   OrderedOutput(TextSink& rows, TextSink& messages, Frame frame, std::size_t mostWaiting,
                 std::int64_t runCount, SweepState state = {});
+
+  /// Writes what an earlier process had finished and could not write any more: first of all, where
+  /// a state is given.
+  void GoOn();
 
   std::optional<RunRange> Take(std::int64_t most) override;
   void AddRows(std::int64_t run, std::string_view text) override;

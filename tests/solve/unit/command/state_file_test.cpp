@@ -4,6 +4,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <sys/stat.h>
 
 #include <gtest/gtest.h>
 
@@ -138,6 +139,24 @@ TEST_F(StateFile, TellsWhyItCannotBeWritten)
     EXPECT_EQ("--save: cannot write '" + nowhere + "': No such file or directory",
               std::string(error.what()));
   }
+}
+
+TEST_F(StateFile, LinkStaysALink)
+{
+  const fs::path link = folder / "link";
+  fs::create_directory(folder / "elsewhere");
+  std::ofstream(folder / "elsewhere" / "state") << "old";
+  fs::create_symlink(fs::path("elsewhere") / "state", link);
+  WriteState(link, Sample());
+  EXPECT_TRUE(fs::is_symlink(link));
+  EXPECT_EQ(StateText(Sample()), Content(folder / "elsewhere" / "state"));
+}
+
+TEST_F(StateFile, PipeIsNotReplaced)
+{
+  ASSERT_EQ(0, mkfifo(path.c_str(), 0600));
+  EXPECT_THROW(WriteState(path, Sample()), OutputError);
+  EXPECT_TRUE(fs::is_fifo(path));
 }
 
 TEST_F(StateFile, OldOneStaysWhereTheNewOneCannotBeWritten)

@@ -210,6 +210,27 @@ TEST_F(OrderedOutputTest, AnotherOneGoesOnFromItsState)
   EXPECT_EQ(static_cast<std::int64_t>(rows.text.size()), second.State().rowBytes);
 }
 
+TEST_F(OrderedOutputTest, AnotherOneWritesWhatCouldNotBeWritten)
+{
+  const OrderedOutput::Frame frame{"head ", "| "};
+  FailingSink full(1);
+  OrderedOutput first(full, messages, frame, kPlenty, 2);
+  first.AddRows(1, "b ");
+  first.Finish(1, RunOutcome::kAllRows);
+  first.AddRows(0, "a ");
+  EXPECT_THROW(first.Finish(0, RunOutcome::kAllRows), std::runtime_error);
+  const SweepState state = first.State();
+  EXPECT_EQ(1, state.current);
+  EXPECT_EQ(7, state.rowBytes);
+
+  OrderedOutput second(rows, messages, frame, kPlenty, 2, state);
+  second.GoOn();
+  EXPECT_EQ("| b ", rows.text);
+  EXPECT_FALSE(second.Take(1));
+  EXPECT_EQ(2, second.State().current);
+  EXPECT_EQ(2, second.Result().done);
+}
+
 TEST_F(OrderedOutputTest, RowsThatComeOutDifferentlyAreNoticed)
 {
   OrderedOutput first(rows, messages, {}, kPlenty, 5);
