@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <numbers>
 
@@ -108,9 +109,11 @@ double Log2Size(mpfr_srcptr x)
 {
   if (mpfr_zero_p(x) != 0) return -std::numeric_limits<double>::infinity();
   if (mpfr_number_p(x) == 0) return std::numeric_limits<double>::infinity();
-  long exponent = 0;
-  const double mantissa = mpfr_get_d_2exp(&exponent, x, MPFR_RNDZ);
-  return static_cast<double>(exponent) + std::log2(std::abs(mantissa));
+  // Its first 53 bits: many sizes are asked for in a step.
+  const auto* const limbs = static_cast<const mp_limb_t*>(mpfr_custom_get_significand(x));
+  const std::uint64_t first = limbs[(mpfr_get_prec(x) - 1) / GMP_NUMB_BITS];
+  const double mantissa = static_cast<double>(first >> 11) * 0x1p-53;
+  return static_cast<double>(mpfr_get_exp(x)) + std::log2(mantissa);
 }
 
 double Log2Size(const Moment& moment)

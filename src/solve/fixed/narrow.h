@@ -1,51 +1,17 @@
 #pragma once
 
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
+#include <limits>
 #include <vector>
 
 #include <mpfr.h>
 
-#include "solve/fixed/int128.h"
+#include "solve/fixed/log2.h"
+#include "solve/fixed/narrow_values.h"
 
 namespace varno::solve {
-
-/// A number on its way from one series to another: mantissa * 2^(exponent - 120).
-///
-/// |mantissa| stays below 2^123.
-struct NarrowValue {
-  Int128 mantissa = 0;
-  long exponent = 0;
-  /// Whether making this value dropped bits that were not zero: a mantissa 0 is then no exact 0.
-  bool lost = false;
-  /// Whether bits were dropped anywhere on the way to it.
-  bool inexact = false;
-
-  bool IsExactZero() const { return mantissa == 0 && !lost; }
-};
-
-/// A constant factor: mantissa as two balanced 60-bit digits, high * 2^60 + low.
-struct NarrowFactor {
-  std::int64_t high = 0, low = 0;
-  long exponent = 0;
-  bool inexact = false;
-};
-
-/// The terms of one series: 120-bit fixed-point numbers with one exponent for all.
-///
-/// Term k is (high[k] 2^60 + low[k]) 2^(exponent - 120), |term| < 2^(exponent - 1), so that
-/// |high| <= 2^59 and |low| <= 2^59. The exponent is chosen at the first term that is not zero and
-/// grows, while the terms there are shifted, when a term does not fit.
-struct NarrowTerms {
-  std::vector<std::int64_t> high, low;
-  /// Whether a term is 0, not merely too small to be seen.
-  std::vector<std::uint8_t> exactZero;
-  long exponent = 0;
-  /// Where the exponent begins at least, from what is known of the series.
-  long leastExponent = 0;
-  bool started = false;
-  bool inexact = false;
-  bool hasLow = false;  ///< whether any low digit was ever not 0
-};
 
 /// Arithmetic on series of about 36 digits, for orders up to 200 (docs/solve/fixed-point.md).
 class NarrowArithmetic {
@@ -99,7 +65,13 @@ class NarrowArithmetic {
   static Value ConvolveSelf(const Terms& a, int first, int k);
 
  private:
+  static void StoreFirst(Terms& terms, int k, const Value& value);
+  static void Raise(Terms& terms, long exponent, int count);
+  void AddReciprocals(int k);
+
   std::vector<Factor> reciprocals;  // of 1, 2, 3, ..., as far as they were needed
 };
 
 }  // namespace varno::solve
+
+#include "solve/fixed/narrow_members.h"

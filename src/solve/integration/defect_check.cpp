@@ -27,8 +27,8 @@ std::vector<NodeId> RightHandSides(const Tape& tape)
 double LargestTerm(const Series& series, LineId line, double lengthLog2)
 {
   double largest = -std::numeric_limits<double>::infinity();
-  for (int k = 0; k <= series.Order(); ++k)
-    largest = std::max(largest, series.Log2(line, k) + k * lengthLog2);
+  int k = 0;
+  for (const double term : series.Logs(line)) largest = std::max(largest, term + k++ * lengthLog2);
   return largest;
 }
 

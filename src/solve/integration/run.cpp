@@ -273,8 +273,9 @@ std::vector<double> Run::StateSizes(double lengthLog2) const
   const double offset = lengthLog2 - static_cast<double>(series.ScaleExponent());
   for (LineId state = 0; state < latest.states.size(); ++state) {
     double size = series.Sizes()[tape.rightHandSides[state]] + lengthLog2;
-    for (int k = 0; k <= series.Current().Order(); ++k)
-      size = std::max(size, series.Current().Log2(state, k) + k * offset);
+    int k = 0;
+    for (const double term : series.Current().Logs(state))
+      size = std::max(size, term + k++ * offset);
     sizes.push_back(size);
   }
   return sizes;

@@ -21,12 +21,14 @@ constexpr int kMostOrderFactor = 6;
 /// How far it may grow to hold all terms of a line that is a polynomial by its structure, or to
 /// reach a first term that is known not to be 0.
 constexpr int kMostKnownOrder = 5000;
+/// More than what a product of doubles is rounded by, beside it.
+constexpr double kRounding = 1e-15;
 /// A line that begins with more vanishing terms than this is flat: the order counts from its first
 /// term that is not 0.
 constexpr int kMostVanishingTerms = 5;
 
 /// How many terms vanish before the first that does not.
-int VanishingTerms(const std::vector<double>& terms)
+int VanishingTerms(std::span<const double> terms)
 {
   const auto first = std::ranges::find_if(terms, [](double term) { return term > -kInfinity; });
   return static_cast<int>(first - terms.begin());
@@ -50,9 +52,10 @@ StepControl::StepControl(const Tape& tape, const RunSettings& settings)
 /// Whether a line shows enough terms to tell how far its series reaches.
 bool StepControl::IsShown(const Series& series, LineId id) const
 {
+  const std::span<const double> terms = series.Logs(id);
   int found = 0;
-  for (int k = series.Order(); k > 0 && found < kTermsForRadius; --k) {
-    if (series.Log2(id, k) > -kInfinity) ++found;
+  for (std::size_t k = terms.size() - 1; k > 0 && found < kTermsForRadius; --k) {
+    if (terms[k] > -kInfinity) ++found;
   }
   return found >= kTermsForRadius;
 }
@@ -63,8 +66,7 @@ bool StepControl::NeedsMoreTerms(const Series& series, LineId id) const
 {
   if (IsShortPolynomial(tape.lines[id], series.Order() + 1)) return false;
   if (!IsShown(series, id)) return !settledLines[id];
-  int first = 0;
-  while (series.Log2(id, first) == -kInfinity) ++first;
+  const int first = VanishingTerms(series.Logs(id));
   return first > kMostVanishingTerms && series.Order() < first + settings.order;
 }
 
@@ -96,16 +98,10 @@ void StepControl::ExtendFlatLines(Series& series, const std::vector<bool>& leftO
     flatLines[id] = still[id] ? settledLines[id] : !IsShown(series, id);
 }
 
-void StepControl::ReadTerms(const Series& series, LineId id)
-{
-  terms.clear();
-  for (int k = 0; k <= series.Order(); ++k) terms.push_back(series.Log2(id, k));
-}
-
 /// log2 of the longest step for which the terms of a line fall as they should: the least over its
 /// last orders k of  max over j < k of (tol |c_j| / |c_k|)^(1/(k-j)) * tol^(1/p - 1/k), where k
 /// counts from the first term that is not 0 in a flat line.
-double StepControl::AccuracyBound(double size) const
+double StepControl::AccuracyBound(std::span<const double> terms, double size) const
 {
   const double tolerance = -settings.toleranceBits;
   const double usual = 1.0 / settings.order;
@@ -129,8 +125,14 @@ double StepControl::AccuracyBound(double size) const
     if (terms[k] == -kInfinity) continue;
     ++found;
     double longest = first == -kInfinity ? -kInfinity : (tolerance + first - terms[k]) / k;
-    for (int j = 1; j < k; ++j)
-      longest = std::max(longest, (tolerance + terms[j] - terms[k]) / (k - j));
+    // A division takes longer than to see that most of them change nothing.
+    double slack = std::abs(longest) * k * kRounding;
+    for (int j = 1; j < k; ++j) {
+      const double fall = tolerance + terms[j] - terms[k];
+      if (!(fall > longest * (k - j) - slack)) continue;
+      longest = std::max(longest, fall / (k - j));
+      slack = std::abs(longest) * k * kRounding;
+    }
     // The first of all terms that are not zero says nothing by itself.
     if (longest == -kInfinity) continue;
     bound = std::min(bound, longest + tolerance * (usual - 1.0 / (k - begin)));
@@ -154,8 +156,7 @@ StepBound StepControl::Choose(Series& series, const std::vector<bool>& leftOut)
   };
   for (LineId id = 0; id < tape.lines.size(); ++id) {
     if (leftOut[id] || IsShortPolynomial(tape.lines[id], series.Order() + 1)) continue;
-    ReadTerms(series, id);
-    lower(AccuracyBound(sizes[id]), id);
+    lower(AccuracyBound(series.Logs(id), sizes[id]), id);
   }
   return bound;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <span>
 #include <vector>
 
 #include "solve/integration/run_settings.h"
@@ -40,8 +41,7 @@ class StepControl {
   int MostOrder(const Series& series, LineId id) const;
   bool NeedsMoreTerms(const Series& series, LineId id) const;
   bool IsShown(const Series& series, LineId id) const;
-  void ReadTerms(const Series& series, LineId id);
-  double AccuracyBound(double size) const;
+  double AccuracyBound(std::span<const double> terms, double size) const;
 
   const Tape& tape;
   RunSettings settings;
@@ -49,7 +49,6 @@ class StepControl {
   std::vector<bool> settledLines;  // those of the steps before
   std::vector<double> sizes;
   std::vector<double> lineBounds;
-  std::vector<double> terms;  // log2 of the sizes of the terms of the line looked at
 };
 
 }  // namespace varno::solve

@@ -26,12 +26,14 @@ struct StepTerms {
   int order;
   double offsetLog2;  // the length of the step in units of the series' scale
 
-  double Log2(LineId state, int k) const { return series.Log2(state, k) + k * offsetLog2; }
+  double Log2(LineId state, int k) const { return series.Logs(state)[k] + k * offsetLog2; }
 
   double Largest(LineId state) const
   {
     double largest = -kInfinity;
-    for (int k = 0; k <= order; ++k) largest = std::max(largest, Log2(state, k));
+    int k = 0;
+    for (const double term : series.Logs(state))
+      largest = std::max(largest, term + k++ * offsetLog2);
     return largest;
   }
 

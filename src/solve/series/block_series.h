@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <span>
 #include <utility>
 #include <vector>
 
+#include "solve/evaluation/size.h"
 #include "solve/series/mpfr_series.h"
 #include "solve/series/weighted_lines.h"
 
@@ -84,6 +86,12 @@ class BlockSeries final : public Series {
   double Log2(LineId line, int k) const override
   {
     return isRefined || k == 0 ? precise.Log2(line, k) : logs[line][k];
+  }
+
+  std::span<const double> Logs(LineId line) const override
+  {
+    if (isRefined || !isStarted) return precise.Logs(line);
+    return {logs[line].data(), static_cast<std::size_t>(order) + 1};
   }
 
   double Log2Constant(ConstantId constant) const override { return precise.Log2Constant(constant); }
@@ -167,6 +175,19 @@ class BlockSeries final : public Series {
   }
   Terms& Weighted(LineId line) { return weightedTerms[weightedRows[line]]; }
 
+  /// The powers of an offset, and their derivatives, as terms: each sum over a step is one of
+  /// products with these.
+  struct Powers {
+    Real offset;
+    int order = -1;
+    Terms powers;  // term order - j is offset^j
+    bool hasSlopes = false;
+    Terms slopes;  // term order - j is j offset^(j - 1)
+  };
+
+  Value SumByHorner(LineId line, mpfr_srcptr offset) const;
+  void PreparePowers(mpfr_srcptr offset) const;
+  void PrepareSlopes() const;
   void AddFirstTerm(LineId line, const Value& others, mpfr_ptr result) const;
   bool FindLargest(double log2);
   void FindResolutions() const;
@@ -191,6 +212,7 @@ class BlockSeries final : public Series {
   mutable std::vector<double> resolutions;
   mutable std::vector<double> sizes;  // by line: log2 of the largest term
   mutable int resolvedOrder = -1;
+  mutable Powers latest;   // of the offset summed at last
   bool isStarted = false;  // whether the terms 0 are in `terms`
   bool isRefined = false;
   bool isBackwards = false;

@@ -232,30 +232,17 @@ auto BlockSeries<Arithmetic>::Angle(const Line& line, LineId id, int k) -> Value
 // ---------------------------------------------------------------------------------------------
 // What others ask
 
-/// Horner's scheme on the terms behind the first, which is added with all its digits.
 template <class Arithmetic>
 void BlockSeries<Arithmetic>::Sum(LineId line, mpfr_srcptr offset, mpfr_ptr result) const
 {
   if (isRefined) {
     precise.Sum(line, offset, result);
-    return;
+  } else if (!terms[line].inexact) {
+    AddFirstTerm(line, SumByHorner(line, offset), result);
+  } else {
+    PreparePowers(offset);
+    AddFirstTerm(line, arithmetic.Convolve(terms[line], latest.powers, 1, order, order), result);
   }
-  const Factor r = arithmetic.ToFactor(arithmetic.FromNumber(offset));
-  Value sum;
-  for (int k = order; k > 0; --k) {
-    arithmetic.Add(sum, arithmetic.Load(terms[line], k));
-    arithmetic.Multiply(sum, r);
-  }
-  AddFirstTerm(line, sum, result);
-}
-
-template <class Arithmetic>
-void BlockSeries<Arithmetic>::AddFirstTerm(LineId line, const Value& others, mpfr_ptr result) const
-{
-  Real sum(bits + 64);
-  arithmetic.ToNumber(others, sum);
-  mpfr_add(result, precise.Number(line, 0), sum, MPFR_RNDN);
-  if (others.lost || others.inexact) mpfr_set_inexflag();
 }
 
 template <class Arithmetic>
@@ -266,19 +253,74 @@ void BlockSeries<Arithmetic>::SumWithDerivative(LineId line, mpfr_srcptr offset,
     Series::SumWithDerivative(line, offset, value, derivative);
     return;
   }
+  Sum(line, offset, value);
+  PreparePowers(offset);
+  PrepareSlopes();
+  arithmetic.ToNumber(arithmetic.Convolve(terms[line], latest.slopes, 1, order, order), derivative);
+}
+
+/// Horner's scheme on the terms behind the first. Where these are exact the sum may be, too: those
+/// few that are not 0 with an offset of few bits. Of powers the highest, not needed, are not.
+template <class Arithmetic>
+auto BlockSeries<Arithmetic>::SumByHorner(LineId line, mpfr_srcptr offset) const -> Value
+{
   const Factor r = arithmetic.ToFactor(arithmetic.FromNumber(offset));
-  Value sum, slope;
-  for (int k = order; k > 0; --k) {
-    arithmetic.Multiply(slope, r);
-    arithmetic.Add(slope, sum);
-    arithmetic.Multiply(sum, r);
+  Value sum;
+  for (int k = LastTerm(line); k > 0; --k) {
     arithmetic.Add(sum, arithmetic.Load(terms[line], k));
+    arithmetic.Multiply(sum, r);
   }
-  arithmetic.Multiply(slope, r);
-  arithmetic.Add(slope, sum);
-  arithmetic.ToNumber(slope, derivative);
-  arithmetic.Multiply(sum, r);
-  AddFirstTerm(line, sum, value);
+  return sum;
+}
+
+template <class Arithmetic>
+void BlockSeries<Arithmetic>::PreparePowers(mpfr_srcptr offset) const
+{
+  if (latest.order == order && mpfr_equal_p(latest.offset, offset) != 0) return;
+  latest.offset = Real(mpfr_get_prec(offset));
+  mpfr_set(latest.offset, offset, MPFR_RNDN);
+  latest.order = order;
+  latest.hasSlopes = false;
+  const double size = Log2Size(offset);
+  const double largestPower =
+      mpfr_zero_p(offset) != 0 ? 0 : std::ceil(std::max(size, size * order));
+  arithmetic.Reserve(latest.powers, order + 1);
+  arithmetic.Reset(latest.powers, arithmetic.ExponentFor(static_cast<long>(largestPower)));
+  Value power = arithmetic.FromNumber(offset);
+  const Factor r = arithmetic.ToFactor(power);
+  for (int j = 1; j <= order; ++j) {
+    arithmetic.Store(latest.powers, order - j, power);
+    arithmetic.Multiply(power, r);
+  }
+}
+
+/// The derivatives of the powers that are there.
+template <class Arithmetic>
+void BlockSeries<Arithmetic>::PrepareSlopes() const
+{
+  if (latest.hasSlopes) return;
+  latest.hasSlopes = true;
+  const double largestPower = std::max(0.0, Log2Size(latest.offset) * (order - 1));
+  const double largestSlope = std::ceil(largestPower + std::log2(order));
+  arithmetic.Reserve(latest.slopes, order + 1);
+  arithmetic.Reset(latest.slopes, arithmetic.ExponentFor(static_cast<long>(largestSlope)));
+  Real one(2);
+  mpfr_set_ui(one, 1, MPFR_RNDN);
+  arithmetic.Store(latest.slopes, order - 1, arithmetic.FromNumber(one));
+  for (int j = 2; j <= order; ++j) {
+    Value slope = arithmetic.Load(latest.powers, order - j + 1);
+    arithmetic.MultiplyBy(slope, j);
+    arithmetic.Store(latest.slopes, order - j, slope);
+  }
+}
+
+template <class Arithmetic>
+void BlockSeries<Arithmetic>::AddFirstTerm(LineId line, const Value& others, mpfr_ptr result) const
+{
+  Real sum(bits + 64);
+  arithmetic.ToNumber(others, sum);
+  mpfr_add(result, precise.Number(line, 0), sum, MPFR_RNDN);
+  if (others.lost || others.inexact) mpfr_set_inexflag();
 }
 
 /// The last term that is not exactly 0, or 0.

@@ -35,6 +35,7 @@ MpfrSeries::MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder, bool 
       sum(bits),
       weighted(bits),
       poll(std::move(poll)),
+      logs(tape.lines.size()),
       rootOrders(tape.lines.size(), 0),
       headStarts(tape.lines.size(), 0)
 {
@@ -116,6 +117,7 @@ void MpfrSeries::Begin(mpfr_srcptr time, std::span<const Real> states, bool back
 {
   mpfr_set_si_2exp(scale, backwards ? -1 : 1, scaleExponent, kNearest);
   order = 0;
+  for (std::vector<double>& line : logs) line.clear();
   try {
     StartLines(time, states);
   } catch (const DomainError& error) {
@@ -465,6 +467,13 @@ void MpfrSeries::Angle(const Line& line, LineId id, mpfr_ptr s, int k)
 double MpfrSeries::Log2(LineId line, int k) const
 {
   return Log2Size(Terms(line) + k);
+}
+
+std::span<const double> MpfrSeries::Logs(LineId line) const
+{
+  std::vector<double>& known = logs[line];
+  for (int k = static_cast<int>(known.size()); k <= order; ++k) known.push_back(Log2(line, k));
+  return known;
 }
 
 double MpfrSeries::Log2Constant(ConstantId constant) const

@@ -23,6 +23,7 @@ class MpfrSeries final : public Series {
   void ExtendTo(int order) override;
   int Order() const override { return order; }
   double Log2(LineId line, int k) const override;
+  std::span<const double> Logs(LineId line) const override;
   double Log2Constant(ConstantId constant) const override;
   void Sum(LineId line, mpfr_srcptr offset, mpfr_ptr result) const override;
   void Term(LineId line, int k, mpfr_ptr result) const override;
@@ -88,7 +89,8 @@ class MpfrSeries final : public Series {
   Real zero, product, sum, weighted;
   int order = -1;
   Poll poll;
-  mutable int products = 0;  // since the latest poll
+  mutable int products = 0;                       // since the latest poll
+  mutable std::vector<std::vector<double>> logs;  // by line: of the first terms, as asked for
   // At common roots: the orders of these by line, and how many terms each line is ahead, because a
   // quotient of order m needs m terms more of its operands.
   std::vector<int> rootOrders;

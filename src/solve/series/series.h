@@ -35,6 +35,8 @@ class Series {
 
   /// log2 |term k|, right to about 1e-9: -infinity for 0, +infinity for what is no number.
   virtual double Log2(LineId line, int k) const = 0;
+  /// The same for all terms 0..Order(), valid until more are computed or others begun.
+  virtual std::span<const double> Logs(LineId line) const = 0;
   /// log2 |constant|.
   virtual double Log2Constant(ConstantId constant) const = 0;
   /// Sets result to the sum of term k * offset^k, k = 0..Order(): the value at start + offset *

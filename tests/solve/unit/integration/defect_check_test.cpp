@@ -34,6 +34,7 @@ class FaultySeries final : public Series {
   void ExtendTo(int) override {}
   int Order() const override { return right.Order(); }
   double Log2(LineId line, int k) const override { return right.Log2(line, k); }
+  std::span<const double> Logs(LineId line) const override { return right.Logs(line); }
   double Log2Constant(ConstantId constant) const override { return right.Log2Constant(constant); }
   void Sum(LineId line, mpfr_srcptr offset, mpfr_ptr result) const override
   {

@@ -1,0 +1,119 @@
+#pragma once
+
+// The members of NarrowArithmetic that each term needs, for narrow.h only: a call would take longer
+// than what most of them do.
+
+namespace varno::solve {
+
+inline void NarrowArithmetic::Store(Terms& terms, int k, const Value& value)
+{
+  if (!terms.started) {
+    StoreFirst(terms, k, value);
+    return;
+  }
+  terms.inexact |= value.lost || value.inexact;
+  Int128 mantissa = value.mantissa;
+  terms.exactZero[k] = value.IsExactZero() ? 1 : 0;
+  if (mantissa == 0) {
+    terms.high[k] = terms.low[k] = 0;
+    return;
+  }
+  const long up = value.exponent - terms.exponent;
+  const int length = BitLength(mantissa);
+  if (length + up > narrow::kTermBits) Raise(terms, value.exponent - kFractionBits + length + 2, k);
+  const long shift = value.exponent - terms.exponent;
+  if (shift < 0) {
+    mantissa = narrow::ShiftRight(mantissa, -shift, terms.inexact);
+  } else {
+    mantissa <<= shift;
+  }
+  const std::int64_t low = narrow::LowDigit(mantissa);
+  terms.low[k] = low;
+  terms.high[k] = narrow::HighDigit(mantissa, low);
+  terms.hasLow |= low != 0;
+}
+
+inline NarrowValue NarrowArithmetic::Load(const Terms& terms, int k)
+{
+  NarrowValue value;
+  if (terms.exactZero[k] != 0) return value;
+  value.mantissa = narrow::Joined(terms.high[k], terms.low[k]);
+  value.exponent = terms.exponent;
+  value.lost = value.mantissa == 0;
+  value.inexact = terms.inexact;
+  return value;
+}
+
+inline double NarrowArithmetic::Log2(const Terms& terms, int k)
+{
+  if (terms.exactZero[k] != 0) return -std::numeric_limits<double>::infinity();
+  const double size =
+      std::abs(static_cast<double>(terms.high[k]) * 0x1p60 + static_cast<double>(terms.low[k]));
+  return FastLog2(std::max(size, 1.0)) + UnitLog2(terms.exponent);
+}
+
+inline void NarrowArithmetic::Add(Value& sum, const Value& value)
+{
+  if (value.IsExactZero()) return;
+  if (sum.IsExactZero()) {
+    sum = value;
+    return;
+  }
+  const long up = value.exponent - sum.exponent;
+  Int128 other = value.mantissa;
+  if (up < 0) {
+    other = narrow::ShiftRight(other, -up, sum.lost);
+  } else if (up > 0) {
+    sum.mantissa = narrow::ShiftRight(sum.mantissa, up, sum.lost);
+    sum.exponent = value.exponent;
+  }
+  sum.mantissa += other;
+  sum.lost |= value.lost;
+  sum.inexact |= value.inexact;
+  narrow::KeepBelowLimit(sum);
+}
+
+inline void NarrowArithmetic::Multiply(Value& value, const Factor& factor)
+{
+  const std::int64_t low = narrow::LowDigit(value.mantissa);
+  const std::int64_t high = narrow::HighDigit(value.mantissa, low);
+  const Int128 highs = static_cast<Int128>(high) * factor.high;
+  const Int128 crosses =
+      static_cast<Int128>(high) * factor.low + static_cast<Int128>(low) * factor.high;
+  NarrowValue product = narrow::ValueOf(highs, crosses, value.exponent + factor.exponent);
+  product.lost |= value.lost || (low != 0 && factor.low != 0);
+  product.inexact = value.inexact || factor.inexact;
+  value = product;
+}
+
+inline void NarrowArithmetic::MultiplyBy(Value& value, int factor)
+{
+  if (BitLength(value.mantissa) <= 107) {
+    value.mantissa *= factor;
+    return;
+  }
+  // value = high 2^60 + low; both parts times the factor, / 2^16
+  const std::int64_t low = narrow::LowDigit(value.mantissa);
+  const std::int64_t high = narrow::HighDigit(value.mantissa, low);
+  value.mantissa = static_cast<Int128>(high) * factor * (narrow::kDigit >> 16) +
+                   narrow::ShiftRight(static_cast<Int128>(low) * factor, 16, value.lost);
+  value.exponent += 16;
+}
+
+inline void NarrowArithmetic::DivideBy(Value& value, int k)
+{
+  if (k == 1) return;
+  const std::int64_t low = narrow::LowDigit(value.mantissa);
+  if (low == 0) {
+    const std::int64_t high = narrow::HighDigit(value.mantissa, low);
+    if (high % k == 0) {
+      value.mantissa = static_cast<Int128>(high / k) * narrow::kDigit;
+      return;
+    }
+  }
+  if (static_cast<int>(reciprocals.size()) <= k) AddReciprocals(k);
+  Multiply(value, reciprocals[k]);
+  value.lost = true;
+}
+
+}  // namespace varno::solve

@@ -1,0 +1,105 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "solve/fixed/int128.h"
+
+namespace varno::solve {
+
+/// A number on its way from one series to another: mantissa * 2^(exponent - 120).
+///
+/// |mantissa| stays below 2^123.
+struct NarrowValue {
+  Int128 mantissa = 0;
+  long exponent = 0;
+  /// Whether making this value dropped bits that were not zero: a mantissa 0 is then no exact 0.
+  bool lost = false;
+  /// Whether bits were dropped anywhere on the way to it.
+  bool inexact = false;
+
+  bool IsExactZero() const { return mantissa == 0 && !lost; }
+};
+
+/// A constant factor: mantissa as two balanced 60-bit digits, high * 2^60 + low.
+struct NarrowFactor {
+  std::int64_t high = 0, low = 0;
+  long exponent = 0;
+  bool inexact = false;
+};
+
+/// The terms of one series: 120-bit fixed-point numbers with one exponent for all.
+///
+/// Term k is (high[k] 2^60 + low[k]) 2^(exponent - 120), |term| < 2^(exponent - 1), so that
+/// |high| <= 2^59 and |low| <= 2^59. The exponent is chosen at the first term that is not zero and
+/// grows, while the terms there are shifted, when a term does not fit.
+struct NarrowTerms {
+  std::vector<std::int64_t> high, low;
+  /// Whether a term is 0, not merely too small to be seen.
+  std::vector<std::uint8_t> exactZero;
+  long exponent = 0;
+  /// Where the exponent begins at least, from what is known of the series.
+  long leastExponent = 0;
+  bool started = false;
+  bool inexact = false;
+  bool hasLow = false;  ///< whether any low digit was ever not 0
+};
+
+namespace narrow {
+
+inline constexpr int kDigitBits = 60;
+inline constexpr Int128 kDigit = static_cast<Int128>(1) << kDigitBits;
+/// Terms are below 2^119, so that high digits are at most 2^59.
+inline constexpr int kTermBits = 119;
+/// Values on the way are below 2^123; a sum of two then fits easily.
+inline constexpr Int128 kValueLimit = static_cast<Int128>(1) << 123;
+
+/// The low digit, between -2^59 and 2^59 - 1.
+inline std::int64_t LowDigit(Int128 mantissa)
+{
+  return static_cast<std::int64_t>(static_cast<std::uint64_t>(mantissa) << (64 - kDigitBits)) >>
+         (64 - kDigitBits);
+}
+
+inline std::int64_t HighDigit(Int128 mantissa, std::int64_t low)
+{
+  return static_cast<std::int64_t>((mantissa - low) >> kDigitBits);
+}
+
+inline Int128 Joined(std::int64_t high, std::int64_t low)
+{
+  return static_cast<Int128>(high) * kDigit + low;
+}
+
+/// mantissa / 2^shift to nearest, shift > 0; tells whether bits were lost.
+inline Int128 ShiftRight(Int128 mantissa, long shift, bool& lost)
+{
+  if (shift > 126) {
+    lost |= mantissa != 0;
+    return 0;
+  }
+  const Int128 unit = static_cast<Int128>(1) << shift;
+  lost |= (mantissa & (unit - 1)) != 0;
+  return (mantissa + (unit >> 1)) >> shift;
+}
+
+inline void KeepBelowLimit(NarrowValue& value)
+{
+  if (value.mantissa < kValueLimit && value.mantissa > -kValueLimit) return;
+  value.mantissa = ShiftRight(value.mantissa, 4, value.lost);
+  value.exponent += 4;
+}
+
+/// The sum of the products of high digits, and of high with low digits, as one value.
+inline NarrowValue ValueOf(Int128 highs, Int128 crosses, long exponent)
+{
+  NarrowValue value;
+  value.mantissa = highs + ShiftRight(crosses, kDigitBits, value.lost);
+  value.exponent = exponent;
+  KeepBelowLimit(value);
+  return value;
+}
+
+}  // namespace narrow
+
+}  // namespace varno::solve
