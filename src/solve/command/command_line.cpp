@@ -29,7 +29,7 @@ constexpr std::string_view kResumeOptions[] = {
 /// The values of the options as they were written.
 struct Texts {
   std::string from, to, every, points, at, digits, tiny, columns, format, output, events;
-  std::string plot, axes, title, xLabel, yLabel, save, resume;
+  std::string steady, period, plot, axes, title, xLabel, yLabel, save, resume;
   std::string jobs, maxSteps, maxSeconds, maxBits;
   std::vector<std::string> settings, sweeps, sweepFiles, files;
   bool steps = false, last = false, noCheck = false, explain = false, hold = false;
@@ -145,6 +145,9 @@ void Parser::AddRowOptions()
   AddSwitch("--steps", texts.steps, "rows at the ends of the solver's own steps");
   AddSwitch("--last", texts.last, "the row of the last time only");
   AddValue("--columns", "NAMES", texts.columns, "these columns, as in y,x (all)");
+  AddValue("--steady", "TOL", texts.steady,
+           "stop at rest: each derivative below TOL times its size");
+  AddValue("--period", "NAME", texts.period, "tell the period of this variable");
 }
 
 void Parser::AddNumberOptions()
@@ -336,6 +339,8 @@ Options Parser::SolverOptions() const
   if (IsGiven("--from")) options.from = texts.from;
   if (IsGiven("--to")) options.to = texts.to;
   options.rows = Rows();
+  if (IsGiven("--period")) options.period = texts.period;
+  if (IsGiven("--steady")) options.steady = texts.steady;
   if (IsGiven("--digits")) {
     options.digits = static_cast<int>(WholeNumber("--digits", texts.digits, 1, kMostDigits));
   }

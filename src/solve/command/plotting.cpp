@@ -55,7 +55,7 @@ Plotting::Plotting(const CommandLine& commandLine, const std::vector<std::string
 
 void Plotting::Add(const Row& row, const RunLabel& label)
 {
-  if (!request || !row.event.empty()) return;
+  if (!request || !row.IsAskedFor()) return;
   const std::scoped_lock lock(mutex);
   PlottedRun& run = runs[label.run];
   run.title = label.title;

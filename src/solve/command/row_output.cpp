@@ -18,7 +18,8 @@ RowOutput::RowOutput(OutputFile file, const CommandLine& commandLine, const Solu
                      const TextDigest& known)
     : file(std::move(file), known),
       writer(MakeRowWriter(commandLine.hold ? static_cast<TextSink&>(held) : this->file,
-                           commandLine, solution))
+                           commandLine, solution)),
+      periodOf(commandLine.options.period.value_or(""))
 {
   if (commandLine.events) {
     events.emplace(OpenEvents(commandLine), solution.Columns());
@@ -32,7 +33,9 @@ void RowOutput::Print(const Row& row)
   try {
     if (!hasBegun) writer->Begin();
     hasBegun = true;
-    if (row.event.empty()) {
+    if (!row.period.empty()) {
+      writer->WritePeriod(periodOf, row.period);
+    } else if (row.event.empty()) {
       writer->Write(row.time.Text(), values);
     } else {
       writer->WriteEvent(row.event, row.time.Text(), values);

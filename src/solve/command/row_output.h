@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -63,6 +64,7 @@ class RowOutput {
   Continuation file;
   HeldText held;
   std::unique_ptr<RowWriter> writer;
+  std::string periodOf;  // a variable
   std::optional<EventOutput> events;
   bool hasBegun = false;
   std::vector<std::string_view> values;

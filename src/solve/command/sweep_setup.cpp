@@ -32,6 +32,7 @@ class RunPrinter {
              const Sweep& sweep, const Combination& combination, std::int64_t run,
              Plotting* plotting)
       : sink(sink),
+        commandLine(commandLine),
         writer(MakeRowWriter(sink, commandLine, solution, {sweep.Names(), combination.texts})),
         isTable(commandLine.format == Format::kTable),
         label{run, CombinationText(sweep, combination), combination.texts},
@@ -47,7 +48,9 @@ class RunPrinter {
     hasBegun = true;
     values.clear();
     for (const Value& value : row.values) values.emplace_back(value.Text());
-    if (row.event.empty()) {
+    if (!row.period.empty()) {
+      writer->WritePeriod(*commandLine.options.period, row.period);
+    } else if (row.event.empty()) {
       writer->Write(row.time.Text(), values);
     } else {
       writer->WriteEvent(row.event, row.time.Text(), values);
@@ -57,6 +60,7 @@ class RunPrinter {
 
  private:
   TextSink& sink;
+  const CommandLine& commandLine;
   std::unique_ptr<RowWriter> writer;
   bool isTable;
   RunLabel label;

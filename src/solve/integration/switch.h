@@ -26,7 +26,8 @@ struct Switch {
   std::vector<Real> states;   ///< behind it
   std::vector<double> sizes;  ///< log2 of their sizes; -infinity for one that is exactly 0
   bool jumps = false;         ///< whether states changed
-  bool stops = false;         ///< whether the way ends here as the file wants it
+  bool stops = false;         ///< whether the way ends here as the file or an option wants it
+  bool isRest = false;        ///< whether that is because the solution rests
 };
 
 /// The end of a way in an event that stops it.

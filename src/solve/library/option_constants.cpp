@@ -1,5 +1,6 @@
 #include "solve/library/option_constants.h"
 
+#include <algorithm>
 #include <string>
 #include <utility>
 
@@ -16,27 +17,55 @@ namespace {
 /// With which precision a constant is tried, to see whether it has a value.
 constexpr mpfr_prec_t kTrialBits = 64;
 
+/// Adds an event at the maxima of a variable, as the last one.
+void AddMaxima(Model& model, const std::string& variable)
+{
+  const auto state = std::ranges::find(model.states, variable, &State::name);
+  if (state == model.states.end())
+    throw InputError("--period: there is no variable '" + variable + "'");
+  model.events.push_back({.name = {},
+                          .expression = state->rightHandSide,
+                          .crossing = Crossing::kFalling,
+                          .stops = false,
+                          .assignments = {},
+                          .place = state->place});
+}
+
 }  // namespace
 
 BoundProblem Bind(const Model& model, const Options& options, Sources& sources,
                   const std::vector<std::uint32_t>& open)
 {
   Model reading = model;
+  if (options.period) AddMaxima(reading, *options.period);
   const auto read = [&](const char* option, const std::string& text) {
     return AddConstant(reading, text, option, sources);
   };
-  OptionConstants constants{.from = {}, .every = {}, .to = read("--to", options.to), .at = {}};
+  OptionConstants constants{.from = {},
+                            .every = {},
+                            .steady = {},
+                            .to = read("--to", options.to),
+                            .at = {},
+                            .variables = {}};
   if (options.from) constants.from = read("--from", *options.from);
+  if (options.steady) constants.steady = read("--steady", *options.steady);
   if (const auto* every = std::get_if<RowsEvery>(&options.rows))
     constants.every = read("--every", every->interval);
   if (const auto* at = std::get_if<RowsAt>(&options.rows)) {
     for (const std::string& time : at->times) constants.at.push_back(read("--at", time));
   }
 
+  if (options.period) {
+    for (std::uint32_t i = 0; i < reading.states.size(); ++i)
+      constants.variables.push_back(reading.graph.State(i, reading.states[i].place));
+  }
+
   std::vector<NodeId*> all{&constants.to};
   if (constants.from) all.push_back(&*constants.from);
   if (constants.every) all.push_back(&*constants.every);
+  if (constants.steady) all.push_back(&*constants.steady);
   for (NodeId& time : constants.at) all.push_back(&time);
+  for (NodeId& variable : constants.variables) all.push_back(&variable);
   return {BindParameters(reading, all, open), std::move(constants)};
 }
 

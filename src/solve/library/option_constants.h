@@ -15,9 +15,10 @@ namespace varno::solve {
 
 /// The constant expressions among the options of a run, as nodes of a model's graph.
 struct OptionConstants {
-  std::optional<NodeId> from, every;
+  std::optional<NodeId> from, every, steady;
   NodeId to;
   std::vector<NodeId> at;
+  std::vector<NodeId> variables;  ///< all of them, where a period is looked for
 };
 
 /// A model with its parameters bound, and the options' constants in its graph.

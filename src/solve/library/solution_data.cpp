@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <span>
 #include <stdexcept>
 #include <thread>
 #include <utility>
@@ -9,6 +10,7 @@
 #include <fmt/format.h>
 
 #include "solve/evaluation/domain_error.h"
+#include "solve/evaluation/size.h"
 #include "solve/model/print.h"
 #include "solve/number/exponent_range.h"
 #include "solve/tape/print.h"
@@ -62,7 +64,8 @@ Solution::Implementation::Implementation(CompiledProblem problem, Options given)
   unbound = std::move(problem.unbound);
   rows.emplace(
       model, dynamics, interval, schedule,
-      RowsWanted{columns, options.digits, options.check, options.maxBits, MayUseThreads()},
+      RowsWanted{columns, options.digits, options.check, options.maxBits, MayUseThreads(),
+                 PeriodEvent(), Log2Steady()},
       [this](std::size_t run, const DenseStep& step) { Watch(run, step); },
       [this] { EndWhereAsked(); });
 }
@@ -79,6 +82,9 @@ void Solution::Implementation::ChooseColumns()
     names.push_back(name);
     columns.push_back(column->value);
   }
+  if (!options.period) return;
+  periodSearch.emplace(options.digits);
+  columns.insert(columns.end(), bound.constants.variables.begin(), bound.constants.variables.end());
 }
 
 Interval Solution::Implementation::MakeInterval()
@@ -114,6 +120,23 @@ RowSchedule Solution::Implementation::MakeSchedule()
   }
   if (std::holds_alternative<RowsAtSteps>(options.rows)) return RowSchedule::AtSteps(interval);
   return {interval, RowTimes::Last(to)};
+}
+
+/// The number of the event by which a period is looked for: it comes last.
+std::optional<std::uint32_t> Solution::Implementation::PeriodEvent() const
+{
+  if (!options.period) return std::nullopt;
+  return static_cast<std::uint32_t>(model.events.size() - 1);
+}
+
+/// log2 of the tolerance within which the solution counts as resting.
+std::optional<double> Solution::Implementation::Log2Steady()
+{
+  if (!bound.constants.steady) return std::nullopt;
+  const Moment tolerance = moments(*bound.constants.steady);
+  if (tolerance.Sign() <= 0)
+    throw InputError(fmt::format("--steady {}: must be greater than 0", *options.steady));
+  return Log2Size(tolerance);
 }
 
 double Solution::Implementation::SecondsSinceBegin() const
@@ -184,10 +207,12 @@ std::optional<Row> Solution::Implementation::Next()
   const ScopedExponentRange range;
   if (begin == std::chrono::steady_clock::time_point()) begin = std::chrono::steady_clock::now();
   try {
-    const std::optional<VerifiedRow> row = rows->Next();
-    if (!row) return std::nullopt;
-    for (const RowNumber& number : row->numbers) numbersAtJumps += number.isAtJump ? 1 : 0;
-    return MakeRow(*row);
+    while (const std::optional<VerifiedRow> row = rows->Next()) {
+      for (const RowNumber& number : row->numbers) numbersAtJumps += number.isAtJump ? 1 : 0;
+      if (!row->event || row->event != PeriodEvent()) return MakeRow(*row);
+      if (std::optional<Row> found = AddReturn(*row)) return found;
+    }
+    return std::nullopt;
   } catch (const DomainError& error) {
     throw ends.Of(error, Reached());
   } catch (const RowOutOfRange& row) {
@@ -222,9 +247,24 @@ Value Solution::Implementation::MakeValue(const RowNumber& number) const
 Row Solution::Implementation::MakeRow(const VerifiedRow& row) const
 {
   Row result{MakeTime(row.time, rows->Integration()->Best().Bits()), {}};
-  for (const RowNumber& number : row.numbers) result.values.push_back(MakeValue(number));
+  for (const RowNumber& number : std::span(row.numbers).first(names.size()))
+    result.values.push_back(MakeValue(number));
   if (row.event) result.event = model.events[*row.event].name;
   return result;
+}
+
+/// The period, if it is known by this return.
+std::optional<Row> Solution::Implementation::AddReturn(const VerifiedRow& row)
+{
+  if (!periodSearch) return std::nullopt;
+  const auto variables = std::span(row.numbers).subspan(names.size());
+  const std::optional<Moment> found = periodSearch->Add(row.time, variables);
+  if (!found) return std::nullopt;
+  Real value(rows->Integration()->Best().Bits());
+  found->Evaluate(value);
+  period = numberFormat.Text(value);
+  periodSearch.reset();
+  return Row{MakeTime(row.time, value.Bits()), {}, {}, period};
 }
 
 Summary Solution::Implementation::Summarise() const
@@ -244,14 +284,18 @@ Summary Solution::Implementation::Summarise() const
     summary.remark += fmt::format("computed with {:.0f} more than asked for, restarts: {}",
                                   rows->SpareDecimals(), rows->Restarts());
   }
-  if (numbersAtJumps > 0) {
-    if (!summary.remark.empty()) summary.remark += "; ";
-    summary.remark += fmt::format("numbers on a jump as far as can be told: {}", numbersAtJumps);
+  const auto remark = [&summary](const std::string& text) {
+    summary.remark += (summary.remark.empty() ? "" : "; ") + text;
+  };
+  if (numbersAtJumps > 0)
+    remark(fmt::format("numbers on a jump as far as can be told: {}", numbersAtJumps));
+  if (stiffness.WasGiven()) remark("stiff: steps held down by stability");
+  if (!period.empty()) {
+    remark(fmt::format("period of {}: {}", *options.period, period));
+  } else if (options.period) {
+    remark(fmt::format("no period of {} found", *options.period));
   }
-  if (stiffness.WasGiven()) {
-    if (!summary.remark.empty()) summary.remark += "; ";
-    summary.remark += "stiff: steps held down by stability";
-  }
+  if (rows->IsSteady()) remark("steady: " + *options.steady);
   return summary;
 }
 

@@ -9,6 +9,7 @@
 #include "solve/library/compiled_problem.h"
 #include "solve/library/ends.h"
 #include "solve/library/option_constants.h"
+#include "solve/library/period_search.h"
 #include "solve/library/solve.h"
 #include "solve/library/stiffness_notice.h"
 #include "solve/rows/number_format.h"
@@ -34,6 +35,8 @@ struct Solution::Implementation {
   void ChooseColumns();
   Interval MakeInterval();
   RowSchedule MakeSchedule();
+  std::optional<double> Log2Steady();
+  std::optional<std::uint32_t> PeriodEvent() const;
   PointBetween At(const Moment& time);
   Moment ReadTime(const std::string& time) const;
   void Watch(std::size_t run, const DenseStep& step);
@@ -46,6 +49,7 @@ struct Solution::Implementation {
   RunEnded AtLimit(const std::string& limit, const Moment& time) const;
   bool MayUseThreads() const;
   Row MakeRow(const VerifiedRow& row) const;
+  std::optional<Row> AddReturn(const VerifiedRow& row);
   Value MakeValue(const RowNumber& number) const;
   RunEnded WrongRowEnd(const Moment& time) const;
   double SecondsSinceBegin() const;
@@ -61,13 +65,15 @@ struct Solution::Implementation {
   TimeFormat timeFormat;
   std::vector<std::string> names;
   std::vector<std::string> stateNames;
-  std::vector<NodeId> columns;
+  std::vector<NodeId> columns;  // those of rows, then all variables where a period is looked for
   Interval interval;
   RowSchedule schedule;
   Ends ends;
   std::optional<VerifiedRows> rows;
-  std::int64_t numbersAtJumps = 0;  // in rows
-  std::optional<Model> unbound;     // with parameters, for times that are asked for later
+  std::int64_t numbersAtJumps = 0;           // in rows
+  std::optional<PeriodSearch> periodSearch;  // while there is something to look for
+  std::string period;                        // once it is known
+  std::optional<Model> unbound;              // with parameters, for times that are asked for later
   StepRecord record;
   int recordedAttempt = 0;
   StiffnessNotice stiffness;

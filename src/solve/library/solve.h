@@ -191,6 +191,12 @@ struct Options {
   std::optional<std::string> from = {};  ///< the point of the start statements, else 0
   std::string to = "1";
   RowChoice rows = RowsPoints{};
+  /// A constant expression > 0, in 1/time: the run stops, with a row, at the end of the first
+  /// hundredth of its interval over which no variable has a derivative of more than this times the
+  /// largest magnitude that the variable has had so far.
+  std::optional<std::string> steady = {};
+  /// A variable whose period is looked for, by its maxima (Row::period).
+  std::optional<std::string> period = {};
   int digits = 15;               ///< significant digits of each number, 1 to 10,000
   std::string tiny = "1e-1000";  ///< what is smaller counts as 0; a decimal number
   /// Names, in this order; empty: all, in the order of the file.
@@ -217,6 +223,11 @@ struct Row {
   /// The name of an event, of which this is the place: the values are those that it meets, before
   /// its assignments. Empty: a row that was asked for, or that of a `stop`.
   std::string event = {};
+  /// The period of Options::period, told once, where it was found: there are no values then.
+  std::string period = {};
+
+  /// Whether it is a row that was asked for, or that of a `stop`.
+  bool IsAskedFor() const { return event.empty() && period.empty(); }
 };
 
 /// The solution at a time between rows.
@@ -254,8 +265,8 @@ class Solution {
   /// The length of the longest text of a time that will come, for aligned tables; of a typical one
   /// where it is not known beforehand.
   int TimeWidth() const;
-  /// The next row or event (Row::event), none after the last. Throws RunEnded where the run ends
-  /// early, InputError where an expression has no value at the start.
+  /// The next row, event (Row::event) or period (Row::period), none after the last. Throws RunEnded
+  /// where the run ends early, InputError where an expression has no value at the start.
   std::optional<Row> Next();
   /// With Options::keepSteps: the solution at any time, a constant expression, that lies between
   /// the start and the latest row, in any order. Throws InputError where it does not, RunEnded

@@ -93,7 +93,7 @@ class Reader {
       const py::gil_scoped_release unlocked;
       try {
         while (std::optional<Row> row = solution->Next()) {
-          if (row->event.empty()) rows.push_back(std::move(*row));
+          if (row->IsAskedFor()) rows.push_back(std::move(*row));
         }
       } catch (const RunEnded& ended) {
         end.emplace(ended.Reason(), ended.what());

@@ -18,6 +18,7 @@ class CsvWriter final : public RowWriter {
   void Write(std::string_view time, std::span<const std::string_view> values) override;
   /// On purpose: a table with other lines in it would be none for its readers.
   void WriteEvent(std::string_view, std::string_view, std::span<const std::string_view>) override {}
+  void WritePeriod(std::string_view, std::string_view) override {}
 
  private:
   TextSink& sink;

@@ -17,6 +17,7 @@ class EventsWriter final : public RowWriter {
   void Write(std::string_view, std::span<const std::string_view>) override {}
   void WriteEvent(std::string_view name, std::string_view time,
                   std::span<const std::string_view> values) override;
+  void WritePeriod(std::string_view, std::string_view) override {}
 
  private:
   TextSink& sink;

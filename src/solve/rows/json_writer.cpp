@@ -16,11 +16,11 @@ std::string Quoted(const std::string& text)
 
 JsonWriter::JsonWriter(TextSink& sink, const std::vector<std::string>& columns,
                        const LeadingFields& leading)
-    : sink(sink), begin("{")
+    : sink(sink)
 {
   for (std::size_t i = 0; i < leading.names.size(); ++i)
-    begin += Quoted(leading.names[i]) + ':' + Quoted(leading.texts[i]) + ',';
-  begin += "\"t\":\"";
+    fields += Quoted(leading.names[i]) + ':' + Quoted(leading.texts[i]) + ',';
+  begin = "{" + fields + "\"t\":\"";
   for (const std::string& column : columns) keys.push_back("\"," + Quoted(column) + ":\"");
 }
 
@@ -35,6 +35,13 @@ void JsonWriter::WriteEvent(std::string_view name, std::string_view time,
 {
   line = "{\"event\":" + Quoted(std::string(name)) + ',' + begin.substr(1);
   AppendRow(time, values);
+}
+
+void JsonWriter::WritePeriod(std::string_view variable, std::string_view period)
+{
+  line = "{\"period\":\"" + std::string(period) + "\"," + fields +
+         "\"of\":" + Quoted(std::string(variable)) + "}\n";
+  sink.Write(line);
 }
 
 /// Ends the line with the fields behind what it begins with, and writes it.

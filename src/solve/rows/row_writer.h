@@ -24,6 +24,8 @@ class RowWriter {
   /// An event in its place between rows, where the format has room for one.
   virtual void WriteEvent(std::string_view name, std::string_view time,
                           std::span<const std::string_view> values) = 0;
+  /// The period of a variable, where the format has room for it.
+  virtual void WritePeriod(std::string_view variable, std::string_view period) = 0;
 };
 
 }  // namespace varno::solve

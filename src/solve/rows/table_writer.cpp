@@ -57,4 +57,10 @@ void TableWriter::WriteEvent(std::string_view name, std::string_view time,
   sink.Write(line);
 }
 
+void TableWriter::WritePeriod(std::string_view variable, std::string_view period)
+{
+  line.assign("# period of ").append(variable).append(kSeparator).append(period).append("\n");
+  sink.Write(line);
+}
+
 }  // namespace varno::solve

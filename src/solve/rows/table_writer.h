@@ -19,6 +19,10 @@ namespace varno::solve {
 /// this number of digits. Longer texts push to the right what follows. An event is a comment:
 ///
 ///     # event hit  0.25  0  -1.25e+00
+///
+/// and so is a period:
+///
+///     # period of x  6.28e+00
 class TableWriter final : public RowWriter {
  public:
   TableWriter(TextSink& sink, std::vector<std::string> columns, int timeWidth, int digits);
@@ -26,6 +30,7 @@ class TableWriter final : public RowWriter {
   void Write(std::string_view time, std::span<const std::string_view> values) override;
   void WriteEvent(std::string_view name, std::string_view time,
                   std::span<const std::string_view> values) override;
+  void WritePeriod(std::string_view variable, std::string_view period) override;
 
  private:
   TextSink& sink;

@@ -10,6 +10,7 @@
 #include "solve/evaluation/domain_error.h"
 #include "solve/evaluation/size.h"
 #include "solve/integration/step_series.h"
+#include "solve/switching/steady_run.h"
 
 namespace varno::solve {
 
@@ -93,7 +94,9 @@ std::vector<Real> VerifiedRows::StartStates(const RunSettings& runSettings) cons
 
 void VerifiedRows::Begin()
 {
-  Path::Problem problem{.makeRun = dynamics.Runs(wanted.digits),
+  MakeStepper makeRun = dynamics.Runs(wanted.digits);
+  if (wanted.log2Steady) makeRun = StoppingAtRest(std::move(makeRun), interval, *wanted.log2Steady);
+  Path::Problem problem{.makeRun = std::move(makeRun),
                         .interval = interval,
                         .settings = Settings(),
                         .startStates = {},
@@ -116,7 +119,8 @@ void VerifiedRows::Begin()
   rowsDone = 0;
   ready.clear();
   latestTime.reset();
-  hasStopped = false;
+  latestReturns.clear();
+  hasStopped = isSteady = false;
   loss = Loss();
   lostBackwards = latestDistance = 0;
 }
@@ -186,7 +190,9 @@ void VerifiedRows::FillToStop(const Moment& time)
   std::optional<std::vector<std::vector<SizedNumber>>> runs;
   while (const auto switches = path.TakeSwitch(time)) {
     AddEventsOf(*switches);
-    if (switches->back()->stops) runs = attempt->RowBehind(*switches);
+    if (!switches->back()->stops) continue;
+    runs = attempt->RowBehind(*switches);
+    isSteady = switches->back()->isRest;
   }
   if (runs && latestTime != time) ready.push_back(Judge(time, *runs));
 }
@@ -226,23 +232,43 @@ void VerifiedRows::CompareSwitches(const Lockstep::Switches& switches)
   }
 }
 
+/// The time of what happened, and if it is a return the time since the one before.
+std::vector<SizedNumber> VerifiedRows::TimeNumbers(const Lockstep::Switches& switches,
+                                                   std::size_t run) const
+{
+  const Moment& time = switches[run]->time;
+  Real value(attempt->Integration().Best().Bits() + kTimeGuardBits);
+  time.Evaluate(value);
+  const bool isCommon = time == switches.back()->time && time == switches.front()->time;
+  const double size = isCommon ? Log2Size(value) : std::max(Log2Size(value), WayLog2(time));
+  std::vector<SizedNumber> numbers{SizedNumber{value, size}};
+  if (latestReturns.empty()) return numbers;
+  (time - latestReturns[run]).Evaluate(value);
+  numbers.push_back({std::move(value), size});
+  return numbers;
+}
+
 /// The row of an event, with its time as its first number: it must have all digits, too.
 VerifiedRow VerifiedRows::JudgeEvent(const Lockstep::Switches& switches, std::size_t index)
 {
+  const std::uint32_t event = switches.back()->events[index].event;
+  const bool isReturn = event == wanted.periodEvent;
   auto runs = attempt->RowAtEvent(switches, index);
+  std::ptrdiff_t times = 1;
   for (std::size_t i = 0; i < runs.size(); ++i) {
-    const Moment& time = switches[i]->time;
-    Real value(attempt->Integration().Best().Bits() + kTimeGuardBits);
-    time.Evaluate(value);
-    const double size = time == switches.back()->time && time == switches.front()->time
-                            ? Log2Size(value)
-                            : std::max(Log2Size(value), WayLog2(time));
-    runs[i].insert(runs[i].begin(), SizedNumber{std::move(value), size});
+    std::vector<SizedNumber> numbers = TimeNumbers(switches, i);
+    if (!isReturn) numbers.resize(1);
+    times = static_cast<std::ptrdiff_t>(numbers.size());
+    runs[i].insert(runs[i].begin(), numbers.begin(), numbers.end());
   }
   VerifiedRow row = Judge(switches.back()->time, runs);
   if (row.numbers.front().zeroUnit) row.time = Moment();
-  row.numbers.erase(row.numbers.begin());
-  row.event = switches.back()->events[index].event;
+  row.numbers.erase(row.numbers.begin(), row.numbers.begin() + times);
+  row.event = event;
+  if (isReturn) {
+    latestReturns.clear();
+    for (const auto& each : switches) latestReturns.push_back(each->time);
+  }
   return row;
 }
 

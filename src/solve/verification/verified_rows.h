@@ -27,6 +27,9 @@ struct RowsWanted {
   bool check;                   ///< by two runs; else one, and nothing is verified
   long maxBits;                 ///< the highest precision to try
   bool mayUseThreads;           ///< of two runs, one each
+  /// An event of which the times between two must have all their digits, too.
+  std::optional<std::uint32_t> periodEvent = {};
+  std::optional<double> log2Steady = {};  ///< ends it all where the solution rests: StoppingAtRest
 };
 
 struct VerifiedRow {
@@ -89,6 +92,8 @@ class VerifiedRows {
   std::optional<Moment> LastGiven() const;
   /// The settings of the runs, the most exact last.
   std::vector<RunSettings> Settings() const;
+  /// Whether the rows ended because the solution rests.
+  bool IsSteady() const { return isSteady; }
   /// How often the runs began again.
   int Restarts() const { return restarts; }
   /// How many decimals the difference of the runs has grown by in the present attempt.
@@ -120,6 +125,7 @@ class VerifiedRows {
   void FillToStop(const Moment& time);
   void AddEvents(const Moment& time);
   void AddEventsOf(const Lockstep::Switches& switches);
+  std::vector<SizedNumber> TimeNumbers(const Lockstep::Switches& switches, std::size_t run) const;
   VerifiedRow JudgeEvent(const Lockstep::Switches& switches, std::size_t index);
   void CompareSwitches(const Lockstep::Switches& switches);
   VerifiedRow Judge(const Moment& time, const std::vector<std::vector<SizedNumber>>& runs) const;
@@ -160,8 +166,9 @@ class VerifiedRows {
   // Of the present attempt
   std::size_t rowsDone = 0;
   std::deque<VerifiedRow> ready;
-  std::optional<Moment> latestTime;  // of a row
-  bool hasStopped = false;
+  std::optional<Moment> latestTime;   // of a row
+  std::vector<Moment> latestReturns;  // for each run the latest time of the period's event
+  bool hasStopped = false, isSteady = false;
 };
 
 }  // namespace varno::solve

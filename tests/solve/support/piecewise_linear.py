@@ -154,7 +154,7 @@ class Solution:
         while since < length:
             second = small*first
             if sign*(plane*second)[0] <= 0:
-                root = self._root(first, generator, step) + since
+                root = self._root(first, generator, sign, step) + since
                 return root if root < length else None
             if sign*(slope*first)[0] < 0 < sign*(slope*second)[0]:
                 lowest = min(sign*(plane*first)[0], sign*(plane*second)[0])
@@ -163,7 +163,7 @@ class Solution:
             first, since = second, since + step
         return None
 
-    def _root(self, state, generator, step):
+    def _root(self, state, generator, sign, step):
         """Of the Taylor polynomial of the distance from the plane, by bisection and Newton's method."""
         plane = self.system.plane()
         coefficients = []
@@ -171,12 +171,10 @@ class Solution:
             coefficients.insert(0, (plane*state)[0])
             state = generator*state/(k + 1)
         low, high = mpmath.mpf(0), step
-        first = mpmath.polyval(coefficients, low)
-        if first == 0:
-            return low
+        # Where it leaves the plane the first value is nothing but rounding: the side is `sign`.
         for _ in range(7):
             middle = (low + high)/2
-            low, high = (middle, high) if mpmath.polyval(coefficients, middle)*first > 0 else (low, middle)
+            low, high = (middle, high) if mpmath.polyval(coefficients, middle)*sign > 0 else (low, middle)
         root = (low + high)/2
         for _ in range(7):
             value, slope = mpmath.polyval(coefficients, root, derivative=True)
