@@ -9,7 +9,7 @@ import re
 import subprocess
 import sys
 import unittest
-from math import asinh, cos, exp, log, sin, sinh, sqrt
+from math import asinh, cos, exp, log, pi, sin, sinh, sqrt
 from pathlib import Path
 
 from case_support import runge_kutta
@@ -98,6 +98,17 @@ class GalleryTest(unittest.TestCase):
 
         self.require("friedmann", ["--from", "-1/2", "--to", "2", "--points", "10"], size)
 
+    def test_henon_heiles(self):
+        start = {"x": 0, "y": 0, "u": 0.5*cos(pi/9), "v": 0.5*sin(pi/9), "p": 0, "q": 1, "r": 0, "s": 0}
+        self.require_stepped(
+            "henon_heiles",
+            lambda x, y, u, v, p, q, r, s: [u, v, -x - 2*x*y, -y - x*x + y*y, r, s,
+                                            -(1 + 2*y)*p - 2*x*q, -2*x*p - (1 - 2*y)*q],
+            start, 10, 0.01)
+        row = solve("henon_heiles", "--to", "10", "--last")[0]
+        self.assertAlmostEqual(row["kept"], 1/8, 11)
+        self.assertAlmostEqual(row["growth"], log(sum(row[name]**2 for name in "pqrs"))/20, 11)
+
     def test_lotka_volterra(self):
         self.require("lotka_volterra", ["--to", "12", "--points", "6"],
                      lambda t: {"kept": 2 - log(2) + 0.5 - log(0.5)})
@@ -120,6 +131,18 @@ class GalleryTest(unittest.TestCase):
     def test_quantum_oscillator(self):
         self.require("quantum_oscillator", ["--to", "6", "--points", "6"],
                      lambda t: {"psi": (1 - 2*t*t)*exp(-t*t/2)})
+
+    # A peak is the largest x on the way.
+    def test_roessler(self):
+        def slopes(x, y, z):
+            return [-y - z, x + 0.2*y, 0.2 + z*(x - 5.7)]
+
+        self.require_stepped("roessler", slopes, {"x": 1, "y": 1, "z": 0}, 10, 0.005)
+        times = [i/1000 for i in range(1, 10_001)]
+        way = [x for x, _, _ in runge_kutta(lambda state: slopes(*state), [1, 1, 0], times, 0.01)]
+        peaks = [x for before, x, behind in zip(way, way[1:], way[2:]) if before < x >= behind]
+        kept = solve("roessler", "--to", "10", "--last")[0]["peak"]
+        self.assertAlmostEqual(kept, peaks[-1], 4)
 
     def test_solow(self):
         self.require("solow", ["--to", "100", "--points", "5"],

@@ -236,7 +236,9 @@ std::variant<CommandLine, Information> Parser::Parse(const std::vector<std::stri
   if (IsGiven("--jobs"))
     commandLine.jobs = static_cast<int>(WholeNumber("--jobs", texts.jobs, 1, kMostJobs));
   if (commandLine.events && commandLine.IsSweep())
-    throw UsageError("--events belongs to a single run: a sweep has its events among its rows");
+    throw UsageError(
+        "--events belongs to a single run: a sweep has its events among the rows of a table or "
+        "json");
   commandLine.explain = texts.explain;
   commandLine.hold = texts.hold;
   commandLine.progress = texts.progress;

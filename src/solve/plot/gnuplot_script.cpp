@@ -1,7 +1,10 @@
 #include "solve/plot/gnuplot_script.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
+#include <map>
+#include <set>
 #include <utility>
 
 #include <fmt/format.h>
@@ -87,11 +90,18 @@ class Script {
 
   std::size_t ColumnOf(const std::string& name) const;
   bool IsOverRuns() const { return x < data.sweptCount; }
+  bool IsMap() const
+  {
+    return request.axes.size() > 2 && IsOverRuns() && ys.front() < data.sweptCount &&
+           x != ys.front() && data.HasSingleRows() && request.file != "-";
+  }
   void ChooseColumns();
   void AddData();
   void AddRows(const PlottedRun& run);
+  void AddMap();
   void AddCurves(const std::string& block, const std::string& runTitle);
   void AddLabels();
+  const char* Style() const;
   void AddPlot();
 
   const PlotRequest& request;
@@ -100,6 +110,7 @@ class Script {
   std::vector<std::size_t> ys;  // each is a curve
   std::size_t z = 0;            // when there are three axes
   std::vector<Curve> curves;
+  bool isImage = false;  // of a map
   std::string text;
 };
 
@@ -137,6 +148,7 @@ void Script::AddRows(const PlottedRun& run)
 /// The data, a block for each run; all in one where curves go from run to run.
 void Script::AddData()
 {
+  if (IsMap()) return AddMap();
   if (IsOverRuns()) {
     text += "$runs << END\n";
     for (const PlottedRun& run : data.runs) AddRows(run);
@@ -150,6 +162,32 @@ void Script::AddData()
     text += "END\n";
     AddCurves(block, data.runs[i].title);
   }
+}
+
+/// Columns x, y and z. An image must have all its points, so that runs that are not there become
+/// NaN; where they would be most of them, as for points anywhere, or all lie in a line, it is none.
+void Script::AddMap()
+{
+  std::map<double, std::map<double, double>> rows;
+  std::set<double> columns;
+  for (const PlottedRun& run : data.runs) {
+    rows[run.values[ys.front()]][run.values[x]] = run.values[z];
+    columns.insert(run.values[x]);
+  }
+  isImage =
+      rows.size() > 1 && columns.size() > 1 && rows.size() * columns.size() <= 2 * data.runs.size();
+  text += "$runs << END\n";
+  for (const auto& [rowY, row] : rows) {
+    for (const double columnX : columns) {
+      const auto found = row.find(columnX);
+      if (found != row.end() || isImage) {
+        text += fmt::format("{:.17g} {:.17g} {:.17g}\n", columnX, rowY,
+                            found == row.end() ? std::nan("") : found->second);
+      }
+    }
+  }
+  text += "END\n";
+  curves.push_back({"$runs", {0, 1, 2}, ""});
 }
 
 void Script::AddCurves(const std::string& block, const std::string& runTitle)
@@ -181,22 +219,29 @@ void Script::AddLabels()
   text += "set xlabel " + QuotedLines(xName, width) + "\n";
   if (!yName.empty() && !isTerminal)
     text += "set ylabel " + QuotedLines(yName, kCharactersOfHeight) + "\n";
-  if (request.axes.size() > 2) text += "set zlabel " + Quoted(data.columns[z]) + "\n";
+  if (request.axes.size() > 2)
+    text += (IsMap() ? "set cblabel " : "set zlabel ") + Quoted(data.columns[z]) + "\n";
   text += curves.size() > 1 && curves.size() <= kMostKeys ? "set key outside\n" : "set key off\n";
-  text += "set grid\nset xyplane relative 0\n";
+  text +=
+      IsMap() ? "set autoscale xfix\nset autoscale yfix\n" : "set grid\nset xyplane relative 0\n";
+}
+
+const char* Script::Style() const
+{
+  if (IsMap()) return isImage ? "image" : "points pointtype 5 pointsize 1 palette";
+  return !IsOverRuns()          ? "lines"
+         : data.HasSingleRows() ? "linespoints pointtype 7 pointsize 0.4"
+                                : "points pointtype 7 pointsize 0.2";
 }
 
 void Script::AddPlot()
 {
-  const char* const style = !IsOverRuns()          ? "lines"
-                            : data.HasSingleRows() ? "linespoints pointtype 7 pointsize 0.4"
-                                                   : "points pointtype 7 pointsize 0.2";
-  std::string separator = request.axes.size() > 2 ? "splot " : "plot ";
+  std::string separator = request.axes.size() > 2 && !IsMap() ? "splot " : "plot ";
   for (const Curve& curve : curves) {
     std::string columns;
     for (const std::size_t column : curve.columns)
       columns += (columns.empty() ? "" : ":") + std::to_string(column + 1);
-    text += fmt::format("{}{} using {} with {} title {}", separator, curve.block, columns, style,
+    text += fmt::format("{}{} using {} with {} title {}", separator, curve.block, columns, Style(),
                         Quoted(curve.title));
     separator = ", \\\n     ";
   }

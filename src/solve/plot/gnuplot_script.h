@@ -28,7 +28,8 @@ void CheckRequest(const PlotRequest& request, const std::vector<std::string>& co
 
 /// The commands, with the data, by which gnuplot draws the picture: curves over time, or in two or
 /// three dimensions as the axes say. Without axes, runs of a single row each are drawn over the
-/// last swept name; with a swept name as the first axis the rows of all runs are points of one set.
+/// last swept name; with a swept name as the first axis the rows of all runs are points of one set;
+/// with swept names as the first two of three axes they are a map, whose colours are the third.
 std::string GnuplotScript(const PlotRequest& request, const PlotData& data);
 
 }  // namespace varno::solve

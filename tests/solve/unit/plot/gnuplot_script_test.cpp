@@ -98,6 +98,30 @@ TEST(GnuplotScript, ManyRowsOverASweptNameArePoints)
             std::string::npos);
 }
 
+// One run is missing, as one that failed; they come in any order.
+TEST(GnuplotScript, TwoSweptNamesAreAMap)
+{
+  const PlotData data{
+      {"a", "b", "t", "x"}, 2, {{"", {2, 4, 9, 7}}, {"", {1, 3, 9, 5}}, {"", {2, 3, 9, 6}}}};
+  EXPECT_EQ(GnuplotScript(Request({"a", "b", "x"}), data),
+            kPng +
+                "$runs << END\n1 3 5\n2 3 6\n1 4 nan\n2 4 7\nEND\n"
+                "set xlabel 'a'\nset ylabel 'b'\nset cblabel 'x'\nset key off\n"
+                "set autoscale xfix\nset autoscale yfix\n"
+                "plot $runs using 1:2:3 with image title ''\n");
+}
+
+TEST(GnuplotScript, PointsAnywhereAreNoImage)
+{
+  const PlotData data{
+      {"a", "b", "t", "x"}, 2, {{"", {1, 1, 9, 5}}, {"", {2, 2, 9, 6}}, {"", {3, 3, 9, 7}}}};
+  EXPECT_NE(GnuplotScript(Request({"a", "b", "x"}), data)
+                .find("$runs << END\n1 1 5\n2 2 6\n3 3 7\nEND\n"),
+            std::string::npos);
+  EXPECT_NE(GnuplotScript(Request({"a", "b", "x"}), data).find(":3 with points "),
+            std::string::npos);
+}
+
 TEST(GnuplotScript, ManyCurvesHaveNoKey)
 {
   PlotData data{{"mu", "t", "x"}, 1, {}};
