@@ -312,7 +312,9 @@ void PiecewiseRun::Pass(const std::vector<RootAt>& crossings)
   for (const RootAt& crossing : crossings) {
     if (!crossing.isEvent) continue;
     const NodeId expression = behind.piece->events[crossing.index].expression;
-    if (!DependsOnAssigned(behind.piece->model.graph, expression, fired))
+    const Graph& graph = behind.piece->model.graph;
+    // Assignments that leave it at 0 do not fire it again.
+    if (!DependsOnAssigned(graph, expression, fired) || SignAt(graph, expression, point) == 0)
       zeroEvents.push_back(crossing);
   }
   Begin(std::move(behind), point, zeroEvents);
