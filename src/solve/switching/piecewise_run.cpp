@@ -59,6 +59,7 @@ PiecewiseRun::PiecewiseRun(Pieces& pieces, const Model& model, const SwitchRule&
     : pieces(pieces),
       model(model),
       rule(rule),
+      wayBegin(start),
       reach(reach),
       poll(std::move(poll)),
       settling(pieces, model.graph, rule),
@@ -106,7 +107,7 @@ void PiecewiseRun::Begin(SettledPiece settled, const SwitchPoint& point,
   }
   if (run) earlierSteps += run->Latest().steps;
   run = std::make_unique<Run>(piece->tape, rule.settings, point.time, point.states, reach, poll);
-  run->Watch(watchList->Lines(settled.zeroTerms));
+  run->Watch(watchList->Lines(settled.zeroTerms), wayBegin);
   run->WatchUntil(watchList->TimeAhead(point.time, point.backwards));
 }
 

@@ -53,7 +53,7 @@ class PiecewiseRun final : public Stepper {
   Pieces& pieces;
   const Model& model;
   SwitchRule rule;
-  Moment reach;
+  Moment wayBegin, reach;
   Poll poll;
   Settling settling;
   Accumulation accumulation;
