@@ -303,7 +303,7 @@ void PiecewiseRun::Pass(const std::vector<RootAt>& crossings)
   if (what.jumps && !what.stops)
     behind = settling.At(point, KnownAfter(*behind.piece, fired, crossings));
   what.signature = Signature(behind.piece->mode);
-  Record(std::move(what));
+  Record(std::move(what), crossings.front());
   if (latest.switched->stops) return;
   if (crossed.empty() && !latest.switched->jumps) {
     run->WatchUntil(watchList->TimeAhead(latest.end, latest.backwards));
@@ -321,16 +321,19 @@ void PiecewiseRun::Pass(const std::vector<RootAt>& crossings)
   Begin(std::move(behind), point, zeroEvents);
 }
 
-/// Notes what happened at the end of the latest step. Throws Singularity where switches accumulate.
-void PiecewiseRun::Record(Switch what)
+/// Notes what happened at the end of the latest step, at this crossing among others. Throws
+/// Singularity where switches accumulate.
+void PiecewiseRun::Record(Switch what, const RootAt& crossing)
 {
   const Moment time = what.time;
-  const NodeId node = what.events.empty() ? 0 : model.events[what.events.front().event].expression;
   latest.switched = std::make_shared<const Switch>(std::move(what));
   const std::optional<Moment> limit = accumulation.Add(time);
   if (!limit) return;
-  throw Singularity{
-      .time = *limit, .node = node, .kind = SingularityKind::kAccumulation, .bits = run->Bits()};
+  const NodeId expression = WatchedOf(*piece, crossing).expression;
+  throw Singularity{.time = *limit,
+                    .node = SameNode(model.graph, piece->model.graph[expression]),
+                    .kind = SingularityKind::kAccumulation,
+                    .bits = run->Bits()};
 }
 
 }  // namespace varno::solve
