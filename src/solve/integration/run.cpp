@@ -28,6 +28,9 @@ constexpr double kAlikeLog2 = 0.6;
 /// A step that fails its test as often as this, halved each time, is as good as gone.
 constexpr int kMostHalvings = 200;
 
+/// Times at which states take a value are known to about so many bits less than the tolerance has.
+constexpr double kNoiseBits = 14;
+
 /// Whether a root cannot be told from the start of the step.
 bool IsAtStart(const RootAhead& root)
 {
@@ -70,9 +73,10 @@ Run::Run(const Tape& tape, const RunSettings& settings, const Moment& start,
   latest.bits = series.Bits();
 }
 
-void Run::Watch(std::vector<WatchedLine> lines)
+void Run::Watch(std::vector<WatchedLine> lines, const Moment& begin)
 {
   watched = std::move(lines);
+  wayBegin = begin;
   rootsAtEnd.clear();
 }
 
@@ -105,6 +109,16 @@ Run::Stride Run::LongestStride(const StepBound& bound) const
   return stride;
 }
 
+/// What the error of the states leaves open about roots in the step.
+Nearness Run::NearnessOfRoots(const Stride& longest) const
+{
+  const double way = std::max(Log2Size(latest.end - wayBegin), longest.log2) -
+                     static_cast<double>(series.ScaleExponent());
+  const double doubt =
+      settings.mayDeclareZero ? -kInfinity : way - settings.toleranceBits + kNoiseBits;
+  return {way - settings.onTimeBits, doubt};
+}
+
 /// The step to the first root of a watched line, if there is one that does not come behind the edge
 /// of a domain.
 std::optional<Run::Stride> Run::StrideToWatched(const Stride& longest, const RootAhead* domainEdge)
@@ -112,12 +126,14 @@ std::optional<Run::Stride> Run::StrideToWatched(const Stride& longest, const Roo
   rootsAtEnd.clear();
   if (watched.empty()) return std::nullopt;
   const SeriesStep step{series.Current(), series.Sizes(), longest.offset, settings};
-  std::optional<WatchedRootsAhead> ahead = FirstWatchedRoots(tape, step, watched);
+  const Nearness nearness = NearnessOfRoots(longest);
+  std::optional<WatchedRootsAhead> ahead = FirstWatchedRoots(tape, step, watched, nearness);
   if (ahead && !series.Current().IsRefined()) {
     series.Current().Refine();
-    ahead = FirstWatchedRoots(tape, step, watched);
+    ahead = FirstWatchedRoots(tape, step, watched, nearness);
   }
   if (!ahead) return std::nullopt;
+  if (ahead->isInDoubt) throw ZeroInDoubt{latest.end};
   const RootAhead root{{}, std::move(ahead->place), std::move(ahead->error), true};
   if (domainEdge != nullptr && IsBefore(*domainEdge, root)) return std::nullopt;
   rootsAtEnd = std::move(ahead->roots);

@@ -40,8 +40,9 @@ class Run final : public Stepper {
   const DenseStep& Latest() const override { return latest; }
   std::size_t LineCount() const override { return tape.lines.size(); }
 
-  /// From now on steps end at roots of these lines.
-  void Watch(std::vector<WatchedLine> lines);
+  /// From now on steps end at roots of these lines. The states are as exact as the way from
+  /// `wayBegin` has left them.
+  void Watch(std::vector<WatchedLine> lines, const Moment& wayBegin);
   /// From now on a step ends at the time, if there is one, which must lie ahead.
   void WatchUntil(std::optional<Moment> time) { watchedTime = std::move(time); }
   /// The roots at which the latest step ended; the lines begin with them in the next one.
@@ -66,6 +67,7 @@ class Run final : public Stepper {
   Stride ChooseStride(StepBound& bound);
   Stride LongestStride(const StepBound& bound) const;
   std::optional<Stride> StrideToWatched(const Stride& longest, const RootAhead* domainEdge);
+  Nearness NearnessOfRoots(const Stride& longest) const;
   void BeginAgainAt(const RootAhead& root);
   Stride StrideTo(const RootAhead& root) const;
   Stride StrideOf(const Moment& advance) const;
@@ -87,6 +89,7 @@ class Run final : public Stepper {
   std::optional<DefectCheck> defectCheck;
   StepTrend trend;
   std::vector<WatchedLine> watched;
+  Moment wayBegin;
   std::optional<Moment> watchedTime;
   std::vector<WatchedRoot> rootsAtEnd;
   double stepLog2 = 0;  // of the length of the latest step

@@ -53,19 +53,25 @@ std::optional<PlacedRoot> FirstRoot(const Tape& tape, const SeriesStep& step,
   return PlacedRoot{root, RefineRoot(polynomial, interval)};
 }
 
-/// Whether two places may be the same one.
-bool MayCoincide(const UncertainValue& a, const UncertainValue& b)
+enum class Places { kSame, kInDoubt, kApart };
+
+/// Whether two places may be the same one. `log2Length` is of the step, of which they are parts.
+Places Compare(const UncertainValue& a, const UncertainValue& b, const Nearness& nearness,
+               double log2Length)
 {
   Real distance(kErrorBits), error(kErrorBits);
   mpfr_sub(distance, a.value, b.value, MPFR_RNDZ);
   mpfr_add(error, a.error, b.error, MPFR_RNDU);
-  return mpfr_cmpabs(distance, error) <= 0;
+  const double log2Distance = Log2Size(distance) + log2Length;
+  if (mpfr_cmpabs(distance, error) <= 0 || log2Distance <= nearness.same) return Places::kSame;
+  return log2Distance <= nearness.doubt ? Places::kInDoubt : Places::kApart;
 }
 
 }  // namespace
 
 std::optional<WatchedRootsAhead> FirstWatchedRoots(const Tape& tape, const SeriesStep& step,
-                                                   std::span<const WatchedLine> watched)
+                                                   std::span<const WatchedLine> watched,
+                                                   const Nearness& nearness)
 {
   std::vector<PlacedRoot> placed;
   for (std::size_t i = 0; i < watched.size(); ++i) {
@@ -76,8 +82,11 @@ std::optional<WatchedRootsAhead> FirstWatchedRoots(const Tape& tape, const Serie
     return mpfr_less_p(a.place.value, b.place.value) != 0;
   });
   WatchedRootsAhead ahead{{}, first->place.value, first->place.error};
+  const double log2Length = Log2Size(step.length);
   for (const PlacedRoot& root : placed) {
-    if (MayCoincide(root.place, first->place)) ahead.roots.push_back(root.root);
+    const Places places = Compare(root.place, first->place, nearness, log2Length);
+    if (places == Places::kSame) ahead.roots.push_back(root.root);
+    ahead.isInDoubt |= places == Places::kInDoubt;
   }
   mpfr_mul(ahead.place, ahead.place, step.length, MPFR_RNDN);
   mpfr_mul(ahead.error, ahead.error, step.length, MPFR_RNDU);

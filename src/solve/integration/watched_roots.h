@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <limits>
 #include <optional>
 #include <span>
 #include <vector>
@@ -29,11 +30,20 @@ struct WatchedRoot {
   bool IsCrossing() const { return signBefore * signAfter < 0; }
 };
 
+/// How near roots of different lines come to one another, as log2 in units of the series' scale,
+/// where the states are not exact: as near as `same` they are in one place, as near as `doubt` it
+/// takes more digits to tell.
+struct Nearness {
+  double same = -std::numeric_limits<double>::infinity();
+  double doubt = -std::numeric_limits<double>::infinity();
+};
+
 /// The first roots in a step: those that lie in one place, as far as their errors tell.
 struct WatchedRootsAhead {
   std::vector<WatchedRoot> roots;  ///< by index
   Real place;                      ///< from the start of the step, in units of the series' scale
   Real error;                      ///< how far it may be off
+  bool isInDoubt = false;          ///< whether further roots may lie in the same place
 };
 
 /// Where the first roots of watched lines lie in a step, its end included; none if there are none.
@@ -41,6 +51,7 @@ struct WatchedRootsAhead {
 /// Most lines are shown to have no root by their first term, which outweighs the others; of the
 /// rest all roots are isolated. Lines that are 0 in all their terms have no roots.
 std::optional<WatchedRootsAhead> FirstWatchedRoots(const Tape& tape, const SeriesStep& step,
-                                                   std::span<const WatchedLine> watched);
+                                                   std::span<const WatchedLine> watched,
+                                                   const Nearness& nearness = {});
 
 }  // namespace varno::solve

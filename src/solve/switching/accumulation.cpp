@@ -9,9 +9,10 @@ namespace varno::solve {
 
 namespace {
 
-/// Distances fall if the largest of so many is less than half the largest of as many before.
+/// Distances fall if the largest of so many is less than the largest of as many before, by more than
+/// the times are wrong by: log2 of the quotient.
 constexpr std::size_t kGroup = 8;
-constexpr double kLog2OfHalf = -1;
+constexpr double kLog2Falling = -1e-3;
 /// Every so many switches are taken for the limit, so that groups of two or four do not matter.
 constexpr std::size_t kStride = 4;
 constexpr mpfr_prec_t kGuardBits = 64;
@@ -34,7 +35,7 @@ std::optional<Moment> Accumulation::Add(const Moment& time)
   if (times.size() > 2 * kGroup + 1) times.pop_front();
   const double now = LargestDistance(times, kGroup), before = LargestDistance(times, 0);
   const double way = Log2Size(time - start);
-  if (now > way - placeBits || now > before + kLog2OfHalf) return std::nullopt;
+  if (now > way - placeBits || now > before + kLog2Falling) return std::nullopt;
   return Limit();
 }
 

@@ -59,6 +59,7 @@ PiecewiseRun::PiecewiseRun(Pieces& pieces, const Model& model, const SwitchRule&
     : pieces(pieces),
       model(model),
       rule(rule),
+      wayBegin(start),
       reach(reach),
       poll(std::move(poll)),
       settling(pieces, model.graph, rule),
@@ -106,7 +107,7 @@ void PiecewiseRun::Begin(SettledPiece settled, const SwitchPoint& point,
   }
   if (run) earlierSteps += run->Latest().steps;
   run = std::make_unique<Run>(piece->tape, rule.settings, point.time, point.states, reach, poll);
-  run->Watch(watchList->Lines(settled.zeroTerms));
+  run->Watch(watchList->Lines(settled.zeroTerms), wayBegin);
   run->WatchUntil(watchList->TimeAhead(point.time, point.backwards));
 }
 
@@ -302,7 +303,7 @@ void PiecewiseRun::Pass(const std::vector<RootAt>& crossings)
   if (what.jumps && !what.stops)
     behind = settling.At(point, KnownAfter(*behind.piece, fired, crossings));
   what.signature = Signature(behind.piece->mode);
-  Record(std::move(what));
+  Record(std::move(what), crossings.front());
   if (latest.switched->stops) return;
   if (crossed.empty() && !latest.switched->jumps) {
     run->WatchUntil(watchList->TimeAhead(latest.end, latest.backwards));
@@ -312,22 +313,27 @@ void PiecewiseRun::Pass(const std::vector<RootAt>& crossings)
   for (const RootAt& crossing : crossings) {
     if (!crossing.isEvent) continue;
     const NodeId expression = behind.piece->events[crossing.index].expression;
-    if (!DependsOnAssigned(behind.piece->model.graph, expression, fired))
+    const Graph& graph = behind.piece->model.graph;
+    // Assignments that leave it at 0 do not fire it again.
+    if (!DependsOnAssigned(graph, expression, fired) || SignAt(graph, expression, point) == 0)
       zeroEvents.push_back(crossing);
   }
   Begin(std::move(behind), point, zeroEvents);
 }
 
-/// Notes what happened at the end of the latest step. Throws Singularity where switches accumulate.
-void PiecewiseRun::Record(Switch what)
+/// Notes what happened at the end of the latest step, at this crossing among others. Throws
+/// Singularity where switches accumulate.
+void PiecewiseRun::Record(Switch what, const RootAt& crossing)
 {
   const Moment time = what.time;
-  const NodeId node = what.events.empty() ? 0 : model.events[what.events.front().event].expression;
   latest.switched = std::make_shared<const Switch>(std::move(what));
   const std::optional<Moment> limit = accumulation.Add(time);
   if (!limit) return;
-  throw Singularity{
-      .time = *limit, .node = node, .kind = SingularityKind::kAccumulation, .bits = run->Bits()};
+  const NodeId expression = WatchedOf(*piece, crossing).expression;
+  throw Singularity{.time = *limit,
+                    .node = SameNode(model.graph, piece->model.graph[expression]),
+                    .kind = SingularityKind::kAccumulation,
+                    .bits = run->Bits()};
 }
 
 }  // namespace varno::solve

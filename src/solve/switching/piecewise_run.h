@@ -47,13 +47,13 @@ class PiecewiseRun final : public Stepper {
   bool Counts(const Event& event, int signBefore) const;
   Mode KnownAfter(const Piece& before, const std::vector<const Event*>& events,
                   const std::vector<RootAt>& roots) const;
-  void Record(Switch what);
+  void Record(Switch what, const RootAt& crossing);
   void StepOnPiece();
 
   Pieces& pieces;
   const Model& model;
   SwitchRule rule;
-  Moment reach;
+  Moment wayBegin, reach;
   Poll poll;
   Settling settling;
   Accumulation accumulation;

@@ -138,6 +138,18 @@ TEST(Writers, FailuresOfTheSinkReachTheCaller)
   }
 }
 
+// A comment of a table, an object of json, nothing in csv.
+TEST(Writers, TellAPeriodWhereTheFormatHasRoom)
+{
+  StringSink table, csv, json;
+  TableWriter(table, {"x"}, 1, 1).WritePeriod("x'", "6.28e+00");
+  CsvWriter(csv, {"x"}).WritePeriod("x'", "6.28e+00");
+  JsonWriter(json, {"x"}, {{"mu"}, {"1"}}).WritePeriod("x'", "6.28e+00");
+  EXPECT_EQ(table.text, "# period of x'  6.28e+00\n");
+  EXPECT_EQ(csv.text, "");
+  EXPECT_EQ(json.text, "{\"period\":\"6.28e+00\",\"mu\":\"1\",\"of\":\"x'\"}\n");
+}
+
 // What a sweep has set comes first.
 TEST(CsvWriter, LeadingFieldsComeBeforeTheTime)
 {
