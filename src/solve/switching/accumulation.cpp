@@ -9,8 +9,8 @@ namespace varno::solve {
 
 namespace {
 
-/// Distances fall if the largest of so many is less than the largest of as many before, by more than
-/// the times are wrong by: log2 of the quotient.
+/// Distances fall if the largest of so many is less than the largest of as many before, by more
+/// than the times are wrong by: log2 of the quotient.
 constexpr std::size_t kGroup = 8;
 constexpr double kLog2Falling = -1e-3;
 /// Every so many switches are taken for the limit, so that groups of two or four do not matter.
