@@ -29,8 +29,9 @@ std::optional<std::string> StiffnessNotice::After(const DenseStep& step, const M
   ++steps;
   if (wasGiven) return std::nullopt;
   stiffness.Look(step);
+  if (!stiffness.IsNoticed()) return std::nullopt;
   const double ahead = StepsAhead(step, to);
-  if (!stiffness.IsNoticed() || ahead < kManySteps) return std::nullopt;
+  if (ahead < kManySteps) return std::nullopt;
   wasGiven = true;
   return fmt::format(
       "stiff at t = {:.6g}: what decays like exp(-{:.2g} t) holds the steps down to {:.2g}, not "
