@@ -49,7 +49,7 @@ void WideTerms::Set(int k, const std::int64_t* row)
   double* down = &downwards[capacity - 1 - k];
   for (int i = 0; i < n; ++i, up += capacity, down += capacity) {
     *up = *down = static_cast<double>(row[i]);
-    if (row[i] != 0) last[i] = std::max(last[i], k);
+    if (row[i] != 0 && last[i] < k) last[i] = k;
   }
 }
 
