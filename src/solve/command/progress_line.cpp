@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include <fmt/format.h>
 
@@ -29,6 +30,19 @@ std::string TimeText(double seconds)
 }
 
 }  // namespace
+
+double ProgressLine::FirstUpdate() const
+{
+  switch (mode) {
+    case Mode::kOff:
+      return std::numeric_limits<double>::infinity();
+    case Mode::kRarely:
+      return kRareDelay;
+    case Mode::kOn:
+      return console.errorsAreTerminal ? kTerminalDelay : 0;
+  }
+  return 0;
+}
 
 void ProgressLine::Update(const Progress& progress)
 {

@@ -27,6 +27,8 @@ class ProgressLine {
   enum class Mode { kOff, kRarely, kOn };
   ProgressLine(const Console& console, Mode mode) : console(console), mode(mode) {}
 
+  /// Seconds of a run that pass before anything is told.
+  double FirstUpdate() const;
   void Update(const Progress& progress);
   void Update(const SweepProgress& progress);
   /// Takes the line away, so that something else can be written there.

@@ -67,6 +67,7 @@ int SolveOne(const CommandLine& commandLine, SavedState state, const Problem& pr
   options.jobs = commandLine.jobs;
   options.interrupted = IsInterrupted;
   options.progress = [&progressLine](const Progress& progress) { progressLine.Update(progress); };
+  options.progressFrom = progressLine.FirstUpdate();
   if (!commandLine.quiet) {
     options.notice = [&](const std::string& notice) {
       progressLine.Clear();

@@ -24,7 +24,7 @@ void WideTerms::Reserve(int digitCount, int count)
   larger.started = started;
   larger.inexact = inexact;
   for (int k = 0; k < capacity; ++k) {
-    larger.Set(k, &digits[static_cast<std::size_t>(k) * n]);
+    if (leading[k] < n) larger.Set(k, &digits[static_cast<std::size_t>(k) * n]);
     larger.exactZero[k] = exactZero[k];
   }
   *this = std::move(larger);
@@ -35,9 +35,7 @@ void WideTerms::Reset(long newLeastExponent)
   leastExponent = newLeastExponent;
   started = inexact = false;
   std::ranges::fill(last, -1);
-  std::ranges::fill(digits, 0);
-  std::ranges::fill(upwards, 0);
-  std::ranges::fill(downwards, 0);
+  // Digits are not read before they are set.
   std::ranges::fill(leading, n);
 }
 
@@ -46,14 +44,12 @@ void WideTerms::Set(int k, const std::int64_t* row)
   int first = 0;
   while (first < n && row[first] == 0) ++first;
   leading[k] = first;
-  for (int i = first; i < n; ++i) {
-    if (row[i] == 0) continue;
-    digits[static_cast<std::size_t>(k) * n + i] = row[i];
-    const auto digit = static_cast<double>(row[i]);
-    const std::size_t plane = static_cast<std::size_t>(i) * capacity;
-    upwards[plane + k] = digit;
-    downwards[plane + capacity - 1 - k] = digit;
-    last[i] = std::max(last[i], k);
+  std::copy_n(row, n, &digits[static_cast<std::size_t>(k) * n]);
+  double* up = &upwards[k];
+  double* down = &downwards[capacity - 1 - k];
+  for (int i = 0; i < n; ++i, up += capacity, down += capacity) {
+    *up = *down = static_cast<double>(row[i]);
+    if (row[i] != 0 && last[i] < k) last[i] = k;
   }
 }
 
@@ -76,7 +72,6 @@ void WideTerms::Raise(long newExponent, int count)
     const std::int64_t* old = &digits[static_cast<std::size_t>(k) * n];
     for (long i = 0; i < n; ++i) row[i] = i >= down ? old[i - down] : 0;
     for (long i = std::max(0L, n - down); i < n; ++i) inexact |= old[i] != 0;
-    SetZero(k);
     Set(k, row.data());
   }
   exponent = newExponent;

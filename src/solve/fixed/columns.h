@@ -31,7 +31,7 @@ struct WideTerms {
   int PlaneCount() const { return n + n % 2; }
   void Reserve(int digitCount, int count);
   void Reset(long newLeastExponent);
-  /// Sets term k, which is 0, to n digits.
+  /// Sets term k to n digits.
   void Set(int k, const std::int64_t* row);
   void SetZero(int k);
   /// Makes room for larger terms among the first `count`: all move down by whole digits.

@@ -121,7 +121,6 @@ struct PlanePair {
                                                count * kLowPattern);
     columns[c] += (static_cast<Int128>(high) << kWideDigitBits) + low;
   }
-  Clear(sums, n);
 }
 
 /// Adds the products of the terms begin..end of a.
@@ -158,6 +157,7 @@ struct PlanePair {
   for (int begin = first; begin <= last; begin += kTileTerms) {
     if (most + mostOfTile > kMostProducts) {
       Flush(sums, n, columns);
+      Clear(sums, n);
       most = 0;
     }
     AddTile(sums, a, b, begin, std::min(last, begin + kTileTerms - 1), k);

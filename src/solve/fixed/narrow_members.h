@@ -12,21 +12,17 @@ inline void NarrowArithmetic::Store(Terms& terms, int k, const Value& value)
     return;
   }
   terms.inexact |= value.lost || value.inexact;
-  Int128 mantissa = value.mantissa;
   terms.exactZero[k] = value.IsExactZero() ? 1 : 0;
-  if (mantissa == 0) {
+  if (value.mantissa == 0) {
     terms.high[k] = terms.low[k] = 0;
     return;
   }
-  const long up = value.exponent - terms.exponent;
-  const int length = BitLength(mantissa);
-  if (length + up > narrow::kTermBits) Raise(terms, value.exponent - kFractionBits + length + 2, k);
+  const long length = BitLength(value.mantissa);
+  if (length + value.exponent - terms.exponent > narrow::kTermBits)
+    Raise(terms, value.exponent - kFractionBits + length + 2, k);
   const long shift = value.exponent - terms.exponent;
-  if (shift < 0) {
-    mantissa = narrow::ShiftRight(mantissa, -shift, terms.inexact);
-  } else {
-    mantissa <<= shift;
-  }
+  const Int128 mantissa = shift < 0 ? narrow::ShiftRight(value.mantissa, -shift, terms.inexact)
+                                    : value.mantissa << shift;
   const std::int64_t low = narrow::LowDigit(mantissa);
   terms.low[k] = low;
   terms.high[k] = narrow::HighDigit(mantissa, low);

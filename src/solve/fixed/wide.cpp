@@ -240,14 +240,15 @@ void WideArithmetic<kMostDigits>::Multiply(Value& value, const Factor& factor) c
   std::array<Int128, kMostDigits + 3> columns;
   std::fill_n(columns.begin(), n + 3, 0);
   bool beyond = false;
+  int last = n;
+  while (value.digits[last] == 0) --last;
   for (int i = 0; i <= n; ++i) {
     const std::int64_t digit = factor.digits[i];
     if (digit == 0) continue;
-    for (int m = leading; m <= n; ++m) {
-      const int c = i + m - leading;
-      if (c <= n + 2) columns[c] += static_cast<Int128>(digit) * value.digits[m];
-      beyond |= c > n + 2 && value.digits[m] != 0;
-    }
+    const int end = n + 2 - i + leading;
+    for (int m = leading; m <= std::min(last, end); ++m)
+      columns[i + m - leading] += static_cast<Int128>(digit) * value.digits[m];
+    beyond |= last > end;
   }
   std::array<std::int64_t, kMostDigits + 3> digits;
   Int128 carry = 0;
@@ -350,13 +351,12 @@ void WideArithmetic<kMostDigits>::Store(Terms& terms, int k, const Value& value)
   // Digit i of the term is digit i + up of the value.
   const long up = value.exponent - terms.exponent;
   std::array<std::int64_t, kMostDigits + 2> row;
-  for (long i = 0; i < n; ++i) {
-    const long from = i + up;
-    row[i] = from < 0 || from > n ? 0
-             : value.isZero       ? (from == leading ? 1 : 0)
-                                  : value.digits[from];
-  }
-  if (!value.isZero) {
+  std::fill_n(row.begin(), n, 0);
+  const long begin = std::max(0L, -up), end = std::min<long>(n, n + 1 - up);
+  if (value.isZero) {
+    if (leading >= begin + up && leading < end + up) row[leading - up] = 1;
+  } else {
+    for (long i = begin; i < end; ++i) row[i] = value.digits[i + up];
     for (long i = std::max(0L, n + up); i <= n; ++i) terms.inexact |= value.digits[i] != 0;
   }
   terms.Set(k, row.data());

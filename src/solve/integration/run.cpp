@@ -245,10 +245,9 @@ Singularity Run::EndBefore(const StepBound& bound)
 /// Ends the run where the steps shrink to nothing beside the way behind it.
 void Run::RequireProgress(const StepBound& bound)
 {
+  if (!trend.IsShrinking(bound.log2)) return;
   const double way = Log2Size(latest.end - start);
-  if (bound.log2 <= way - settings.placeBits && trend.IsShrinking(bound.log2)) {
-    throw EndBefore(bound);
-  }
+  if (bound.log2 <= way - settings.placeBits) throw EndBefore(bound);
 }
 
 /// The states at the end of a step; those that were rounded are moved where that is asked for.

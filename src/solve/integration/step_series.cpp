@@ -75,6 +75,7 @@ double StepSeries::NeededBits(const StepBound& bound) const
 StepBound StepSeries::Begin()
 {
   if (series == nullptr) series = pool->Take();
+  longestStepLog2 = LongestStepAhead();
   for (;;) {
     series->Expect(largestTerms);
     const StepBound bound = BeginWithBits();
@@ -235,7 +236,7 @@ StepBound StepSeries::BeginWithBits()
                                    .states = latest.states,
                                    .backwards = latest.backwards,
                                    .scaleExponent = scaleExponent,
-                                   .longestLog2 = LongestStepLog2()};
+                                   .longestLog2 = longestStepLog2};
   if (!exemptionRule->IsWorthTrying(*series, control, point)) return bound;
   if (!series->IsRefined()) {
     series->Refine();
@@ -250,7 +251,7 @@ StepBound StepSeries::BeginWithBits()
 
 /// Where nothing bounds the step it may go well beyond the end, but not for ever: a power of 2, so
 /// that it does not depend on where exactly the rows end.
-double StepSeries::LongestStepLog2() const
+double StepSeries::LongestStepAhead() const
 {
   const double remaining = Log2Size(reach - latest.end);
   return std::isfinite(remaining) ? std::ceil(remaining) + 1 : 0;
@@ -258,7 +259,7 @@ double StepSeries::LongestStepLog2() const
 
 StepLength StepSeries::ChooseLength(const StepBound& bound) const
 {
-  return StepLength::AtMost(std::min(bound.log2, LongestStepLog2()));
+  return StepLength::AtMost(std::min(bound.log2, longestStepLog2));
 }
 
 }  // namespace varno::solve

@@ -88,7 +88,7 @@ class StepSeries {
   void RequireBits(double wanted);
   double NeededBits(const StepBound& bound) const;
   double BitsForTime(double lengthLog2) const;
-  double LongestStepLog2() const;
+  double LongestStepAhead() const;
 
   const Tape& tape;
   RunSettings settings;
@@ -107,6 +107,7 @@ class StepSeries {
   ArithmeticChoice arithmeticChoice;
   std::vector<long> largestTerms;  // of the latest step: Series::LargestTerms
   long scaleExponent = 0;
+  double longestStepLog2 = 0;  // of the step begun
 };
 
 }  // namespace varno::solve

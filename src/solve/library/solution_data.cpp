@@ -188,17 +188,17 @@ void Solution::Implementation::Watch(std::size_t run, const DenseStep& step)
   if (options.maxSteps && steps >= *options.maxSteps)
     throw AtLimit(fmt::format("--max-steps {}", *options.maxSteps), step.End());
   if (options.keepSteps || options.step) RecordStep(run, step);
-  const auto notice =
-      stiffness.After(step, interval.to, options.check ? 2 : 1, SecondsSinceBegin());
+  const double seconds = SecondsSinceBegin();
+  const auto notice = stiffness.After(step, interval.to, options.check ? 2 : 1, seconds);
   if (notice && options.notice) options.notice(*notice);
-  if (!options.progress) return;
+  if (!options.progress || seconds < options.progressFrom) return;
   const double way = (interval.to - interval.from).ToDouble(),
                done = (step.End() - interval.from).ToDouble();
   options.progress({.time = step.End().ToDouble(),
                     .fraction = way == 0 ? 1 : std::clamp(done / way, 0.0, 1.0),
                     .steps = steps,
                     .step = std::abs((step.End() - step.Begin()).ToDouble()),
-                    .seconds = SecondsSinceBegin(),
+                    .seconds = seconds,
                     .stepsAhead = StepsAhead(step, interval.to)});
 }
 

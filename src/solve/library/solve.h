@@ -209,6 +209,7 @@ struct Options {
   /// Both are called on the thread that asks for rows.
   std::function<bool()> interrupted = {};  ///< asked many times a second: true ends the run
   std::function<void(const Progress&)> progress = {};  ///< called after each step
+  double progressFrom = 0;  ///< seconds that pass before `progress` is called first
   /// Called after each step of each run, in the same thread as well.
   std::function<void(const Step&)> step = {};
   /// Called, once, with a remark on a run that goes on: that it is stiff, and how long it will

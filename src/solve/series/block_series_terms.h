@@ -286,11 +286,15 @@ void BlockSeries<Arithmetic>::PreparePowers(mpfr_srcptr offset) const
       mpfr_zero_p(offset) != 0 ? 0 : std::ceil(std::max(size, size * order));
   arithmetic.Reserve(latest.powers, order + 1);
   arithmetic.Reset(latest.powers, arithmetic.ExponentFor(static_cast<long>(largestPower)));
-  Value power = arithmetic.FromNumber(offset);
-  const Factor r = arithmetic.ToFactor(power);
-  for (int j = 1; j <= order; ++j) {
-    arithmetic.Store(latest.powers, order - j, power);
+  const Value first = arithmetic.FromNumber(offset);
+  const Factor r = arithmetic.ToFactor(first);
+  arithmetic.Store(latest.powers, order - 1, first);
+  for (int j = 2; j <= order; ++j) {
+    // From the line, where the exponent is that of the largest: a product has one of its own, which
+    // grows with each factor above 1, and leaves less behind the point.
+    Value power = arithmetic.Load(latest.powers, order - j + 1);
     arithmetic.Multiply(power, r);
+    arithmetic.Store(latest.powers, order - j, power);
   }
 }
 
