@@ -38,7 +38,7 @@ class WideArithmetic {
 
   static constexpr int kDigitBits = kWideDigitBits;
   /// One digit is for exponents in whole digits.
-  static constexpr mpfr_prec_t kMostBits = (kMostDigits - 1) * kDigitBits;
+  static constexpr mpfr_prec_t kMostBits = mpfr_prec_t{kMostDigits - 1} * kDigitBits;
   static constexpr int kMostOrder = 2000;
   static constexpr long kMostExponent = 1L << 40;
   /// log2 of the units of the last digit that a term may be wrong by.

@@ -148,7 +148,7 @@ Run::Stride Run::ChooseStride(StepBound& bound)
     if (bound.log2 == -kInfinity) RequireProgress(bound);
     Stride stride = LongestStride(bound);
     const std::optional<Exemption>& leftOut = series.LeftOut();
-    const Domains::Step step{series.Current(), series.Sizes(), stride.offset, settings,
+    const Domains::Step step{{series.Current(), series.Sizes(), stride.offset, settings},
                              leftOut ? &leftOut->leftOut : nullptr};
     std::optional<RootAhead> root = domains.FirstRoot(step);
     if (root && !series.Current().IsRefined()) {

@@ -56,8 +56,7 @@ int SignAt(const Graph& graph, NodeId expression, const SwitchPoint& point)
 PiecewiseRun::PiecewiseRun(Pieces& pieces, const Model& model, const SwitchRule& rule,
                            const Moment& start, std::vector<Real> states, const Moment& reach,
                            Poll poll)
-    : pieces(pieces),
-      model(model),
+    : model(model),
       rule(rule),
       wayBegin(start),
       reach(reach),

@@ -50,7 +50,6 @@ class PiecewiseRun final : public Stepper {
   void Record(Switch what, const RootAt& crossing);
   void StepOnPiece();
 
-  Pieces& pieces;
   const Model& model;
   SwitchRule rule;
   Moment wayBegin, reach;

@@ -116,6 +116,7 @@ SettledPiece Settling::Beyond(const SwitchPoint& point, const Piece& before,
                               const std::vector<const Watch*>& crossed)
 {
   std::vector<Boundary> boundaries;
+  boundaries.reserve(crossed.size());
   for (const Watch* watch : crossed) boundaries.push_back({watch->condition, watch->boundary});
   const std::size_t count = std::min(crossed.size(), kMostCombined);
   // To leave none of them where all were crossed would be to stay.
