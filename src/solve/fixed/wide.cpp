@@ -285,8 +285,8 @@ auto WideArithmetic<kMostDigits>::FromNumber(mpfr_srcptr x) const -> Value
   value.exponent = ExponentFor(exponent);
   // Bit b of the fraction has the weight 2^(exponent - 1 - b).
   const long first = exponent - kBits * value.exponent;
-  for (int i = 0; i <= n; ++i) value.digits[i] = BitsOf(limbs, count, first + kBits * i);
-  for (long bit = first + kBits * (n + 1); bit < 64 * count; bit += kBits)
+  for (int i = 0; i <= n; ++i) value.digits[i] = BitsOf(limbs, count, first + long{kBits} * i);
+  for (long bit = first + long{kBits} * (n + 1); bit < 64 * count; bit += kBits)
     value.lost |= BitsOf(limbs, count, bit) != 0;
   Carry(value);
   if (mpfr_signbit(x) != 0) Negate(value);

@@ -36,7 +36,7 @@ struct Order {
 inline std::int64_t MostInRange(std::int64_t runCount, int rankCount)
 {
   constexpr std::int64_t kMost = 4096;
-  constexpr int kRangesPerRank = 32;
+  constexpr std::int64_t kRangesPerRank = 32;
   return std::clamp<std::int64_t>(runCount / (kRangesPerRank * rankCount), 1, kMost);
 }
 
