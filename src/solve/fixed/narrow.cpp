@@ -76,11 +76,12 @@ void NarrowArithmetic::Raise(Terms& terms, long exponent, int count)
   terms.exponent = exponent;
 }
 
-/// Up to that of k.
+/// Up to that of k, from that of 2 on.
 void NarrowArithmetic::AddReciprocals(int k)
 {
+  if (reciprocals.empty()) reciprocals.resize(2);
   while (static_cast<int>(reciprocals.size()) <= k) {
-    const auto divisor = static_cast<Int128>(std::max<std::size_t>(1, reciprocals.size()));
+    const auto divisor = static_cast<Int128>(reciprocals.size());
     Value one;
     one.mantissa = (static_cast<Int128>(1) << kFractionBits) / divisor;
     one.lost = true;

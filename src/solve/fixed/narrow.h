@@ -69,7 +69,7 @@ class NarrowArithmetic {
   static void Raise(Terms& terms, long exponent, int count);
   void AddReciprocals(int k);
 
-  std::vector<Factor> reciprocals;  // of 1, 2, 3, ..., as far as they were needed
+  std::vector<Factor> reciprocals;  // of 2, 3, ... in their places, as far as needed
 };
 
 }  // namespace varno::solve
