@@ -20,7 +20,7 @@ class SubstitutionTest : public testing::Test {
   NodeId x = graph.State(0, {});
   NodeId p = graph.Parameter(0, {});
   NodeId q = graph.Parameter(1, {});
-  const std::vector<std::uint32_t> none, first{0}, second{1};
+  const std::vector<std::uint32_t> none{}, first{0}, second{1};
 };
 
 TEST_F(SubstitutionTest, FoldsWhatParametersFeed)

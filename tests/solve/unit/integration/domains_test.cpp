@@ -48,7 +48,7 @@ class FirstRoot {
     Real step(53);
     mpfr_set_d(step, length, MPFR_RNDN);
     const std::vector<double> sizes = LineSizes(tape, *series);
-    root = Domains(tape).FirstRoot({*series, sizes, step, settings});
+    root = Domains(tape).FirstRoot({{*series, sizes, step, settings}});
   }
 
   std::optional<RootAhead> root;

@@ -20,8 +20,6 @@ using support::Rounded;
 using support::ToReal;
 using support::WithRoots;
 
-constexpr mpfr_prec_t kBits = 200;
-
 bool Holds(const RootInterval& interval, const Rational& root)
 {
   return mpfr_cmp_q(static_cast<mpfr_srcptr>(interval.begin), root.get_mpq_t()) <= 0 &&
