@@ -114,8 +114,9 @@ TEST_F(StateFile, AnyChangedByteIsNoticed)
   for (std::size_t i = 0; i < end; i += 7) {
     std::string changed = text;
     changed[i] = changed[i] == '1' ? '2' : '1';
-    if (changed[i] != text[i] && text[i] != ' ' && text[i] != '\n')
+    if (changed[i] != text[i] && text[i] != ' ' && text[i] != '\n') {
       EXPECT_NE("", Message(changed)) << i << text[i];
+    }
   }
   EXPECT_NE("", Message(text.substr(0, text.size() / 2)));
 }
