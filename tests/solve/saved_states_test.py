@@ -182,7 +182,7 @@ class SavedStatesTest(unittest.TestCase):
         self.assertEqual("short", (self.folder / "rows").read_text())
 
     def test_wrong_states_and_options_are_refused(self):
-        self.solve(*SWEEP, "--save", "state")
+        self.solve(*SWEEP, "--save", "state", "--output", "rows")
         text = (self.folder / "state").read_text()
         (self.folder / "damaged").write_text(text.replace("w=1:8:1/4", "w=1:9:1/4"))
         (self.folder / "truncated").write_text(text[:len(text)//2])
@@ -202,12 +202,16 @@ class SavedStatesTest(unittest.TestCase):
                 (["--resume", "state", "--to", "7"], b"--to cannot be changed"),
                 (["--resume", "state", "--save", "nowhere/state"], b"cannot write 'nowhere/state'"),
                 ([*RUN, "--save", "oscillator.varno"], b"is the file of the equations"),
+                ([*RUN, "--save", "s", "--output", "s"], b"--save 's' is the file of the rows"),
+                ([*RUN, "--save", "s", "--events", "./s"], b"--save 's' is the file of the events"),
+                (["--resume", "state", "--save", "rows"], b"--save 'rows' is the file of the rows"),
                 ([*RUN, "--save", "s", "--plot", "p.png"], b"exclude each other")]:
             with self.subTest(arguments):
                 done = self.solve(*arguments)
                 self.assertIn(done.returncode, {1, 3})
                 self.assertEqual(b"", done.stdout)
                 self.assertIn(message, done.stderr)
+        self.assertFalse((self.folder / "s").exists())
         self.assertEqual(EQUATIONS, (self.folder / "oscillator.varno").read_text())
 
 

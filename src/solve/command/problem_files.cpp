@@ -5,6 +5,7 @@
 #include <string>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 #include "solve/command/input_file.h"
 #include "solve/command/interruption.h"
@@ -14,11 +15,20 @@ namespace varno::solve {
 
 namespace {
 
+/// Whether two names are those of one file, which need not be there yet. Devices may be named
+/// twice.
 bool IsSameFile(const std::string& one, const std::string& other)
 {
   namespace fs = std::filesystem;
-  std::error_code ignored;
-  return fs::is_regular_file(one, ignored) && fs::equivalent(one, other, ignored);
+  std::error_code error;
+  if (one == "-" || other == "-") return false;
+  if (fs::exists(one, error))
+    return fs::is_regular_file(one, error) && fs::equivalent(one, other, error);
+  const auto whole = [&](const std::string& name) {
+    return fs::weakly_canonical(fs::absolute(name, error), error);
+  };
+  const fs::path path = whole(one);
+  return !path.empty() && path == whole(other);
 }
 
 /// What goes into a file that is read would destroy it.
@@ -30,6 +40,32 @@ void RefuseOverwriting(const std::string& option, const std::string& path,
   const auto isPath = [&](const std::string& file) { return IsSameFile(path, file); };
   if (std::ranges::any_of(commandLine.sweepFiles, isPath))
     throw UsageError(option + " '" + path + "' is the file of the sweep");
+}
+
+/// One of the files that are written would destroy another one, or what is read.
+void RefuseClashes(const CommandLine& commandLine)
+{
+  struct Written {
+    std::string option, path, content;
+  };
+  std::vector<Written> files;
+  const auto add = [&](const Written& file) {
+    RefuseOverwriting(file.option, file.path, commandLine);
+    for (const Written& other : files) {
+      if (IsSameFile(file.path, other.path))
+        throw UsageError(file.option + " '" + file.path + "' is the file of the " + other.content);
+    }
+    files.push_back(file);
+  };
+  if (commandLine.output) add({"--output", *commandLine.output, "rows"});
+  if (commandLine.events) add({"--events", *commandLine.events, "events"});
+  if (commandLine.plot) add({"--plot", commandLine.plot->file, "picture"});
+  // A new state may replace the one that is gone on with, other files may not.
+  for (const Written& file : files) {
+    if (commandLine.resume && IsSameFile(file.path, *commandLine.resume))
+      throw UsageError(file.option + " '" + file.path + "' is the file of the state");
+  }
+  if (commandLine.save) add({"--save", *commandLine.save, "state"});
 }
 
 }  // namespace
@@ -61,20 +97,12 @@ std::optional<std::int64_t> ContinuedBytes(const CommandLine& commandLine, std::
 
 OutputFile OpenOutput(const CommandLine& commandLine, std::optional<std::int64_t> continuedBytes)
 {
-  if (commandLine.save) {
-    RefuseOverwriting("--save", *commandLine.save, commandLine);
-    if (commandLine.output && IsSameFile(*commandLine.save, *commandLine.output))
-      throw UsageError("--save '" + *commandLine.save + "' is the file of the rows");
-  }
-  if (commandLine.plot) RefuseOverwriting("--plot", commandLine.plot->file, commandLine);
+  RefuseClashes(commandLine);
   // A picture in the terminal takes the place of the rows.
   if (!commandLine.output && commandLine.plot && commandLine.plot->file == "-")
     return OutputFile::Open("/dev/null", IsInterrupted);
   if (!commandLine.output || *commandLine.output == "-")
     return OutputFile::StandardOutput(IsInterrupted);
-  RefuseOverwriting("--output", *commandLine.output, commandLine);
-  if (commandLine.resume && IsSameFile(*commandLine.output, *commandLine.resume))
-    throw UsageError("--output '" + *commandLine.output + "' is the file of the state");
   if (continuedBytes)
     return OutputFile::Continue(*commandLine.output, *continuedBytes, IsInterrupted);
   return OutputFile::Open(*commandLine.output, IsInterrupted);
@@ -82,15 +110,7 @@ OutputFile OpenOutput(const CommandLine& commandLine, std::optional<std::int64_t
 
 OutputFile OpenEvents(const CommandLine& commandLine)
 {
-  const std::string& path = *commandLine.events;
-  RefuseOverwriting("--events", path, commandLine);
-  if (commandLine.output && IsSameFile(path, *commandLine.output))
-    throw UsageError("--events '" + path + "' is the file of the rows");
-  for (const auto& state : {commandLine.save, commandLine.resume}) {
-    if (state && IsSameFile(path, *state))
-      throw UsageError("--events '" + path + "' is the file of the state");
-  }
-  return OutputFile::Open(path, IsInterrupted);
+  return OutputFile::Open(*commandLine.events, IsInterrupted);
 }
 
 }  // namespace varno::solve

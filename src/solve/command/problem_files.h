@@ -31,10 +31,12 @@ Problem ReadProblem(const Inputs& inputs, const CommandLine& commandLine);
 std::optional<std::int64_t> ContinuedBytes(const CommandLine& commandLine, std::int64_t written);
 
 /// Where the rows go. A file that holds rows of an earlier process, so many bytes of them, is
-/// continued behind these. Throws OutputError; UsageError where rows would destroy the equations.
+/// continued behind these. Throws OutputError; UsageError, before anything is written, where one of
+/// the files that the command line names would destroy another one or the equations.
 OutputFile OpenOutput(const CommandLine& commandLine,
                       std::optional<std::int64_t> continuedBytes = {});
-/// Where the events go, of a command line that names a file for them. Throws as OpenOutput.
+/// Where the events go, of a command line that names a file for them and that OpenOutput has not
+/// refused. Throws OutputError.
 OutputFile OpenEvents(const CommandLine& commandLine);
 
 }  // namespace varno::solve

@@ -19,7 +19,7 @@ RowOutput::RowOutput(OutputFile file, const CommandLine& commandLine, const Solu
     : file(std::move(file), known),
       writer(MakeRowWriter(commandLine.hold ? static_cast<TextSink&>(held) : this->file,
                            commandLine, solution)),
-      periodOf(commandLine.options.period.value_or(""))
+      periodOf(commandLine.options.period)
 {
   if (commandLine.events) {
     events.emplace(OpenEvents(commandLine), solution.Columns());
@@ -28,18 +28,10 @@ RowOutput::RowOutput(OutputFile file, const CommandLine& commandLine, const Solu
 
 void RowOutput::Print(const Row& row)
 {
-  values.clear();
-  for (const Value& value : row.values) values.emplace_back(value.Text());
   try {
     if (!hasBegun) writer->Begin();
     hasBegun = true;
-    if (!row.period.empty()) {
-      writer->WritePeriod(periodOf, row.period);
-    } else if (row.event.empty()) {
-      writer->Write(row.time.Text(), values);
-    } else {
-      writer->WriteEvent(row.event, row.time.Text(), values);
-    }
+    WriteRow(*writer, row, periodOf);
     if (events) events->Print(row);
   } catch (const OutputError& error) {
     throw OutputError(error.what() + std::string("; lost from the row t = ") + row.time.Text() +

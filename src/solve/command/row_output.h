@@ -5,7 +5,6 @@
 #include <string>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 #include "solve/command/command_line.h"
 #include "solve/command/event_output.h"
@@ -64,10 +63,9 @@ class RowOutput {
   Continuation file;
   HeldText held;
   std::unique_ptr<RowWriter> writer;
-  std::string periodOf;  // a variable
+  std::optional<std::string> periodOf;  // a variable
   std::optional<EventOutput> events;
   bool hasBegun = false;
-  std::vector<std::string_view> values;
 };
 
 }  // namespace varno::solve

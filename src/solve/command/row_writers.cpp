@@ -1,6 +1,8 @@
 #include "solve/command/row_writers.h"
 
+#include <string_view>
 #include <utility>
+#include <vector>
 
 #include "solve/rows/csv_writer.h"
 #include "solve/rows/json_writer.h"
@@ -21,6 +23,19 @@ std::unique_ptr<RowWriter> MakeRowWriter(TextSink& sink, const CommandLine& comm
   }
   return std::make_unique<TableWriter>(sink, solution.Columns(), solution.TimeWidth(),
                                        commandLine.options.digits);
+}
+
+void WriteRow(RowWriter& writer, const Row& row, const std::optional<std::string>& periodOf)
+{
+  if (!row.period.empty()) return writer.WritePeriod(periodOf.value(), row.period);
+  std::vector<std::string_view> values;
+  values.reserve(row.values.size());
+  for (const Value& value : row.values) values.emplace_back(value.Text());
+  if (row.event.empty()) {
+    writer.Write(row.time.Text(), values);
+  } else {
+    writer.WriteEvent(row.event, row.time.Text(), values);
+  }
 }
 
 }  // namespace varno::solve

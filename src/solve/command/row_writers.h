@@ -1,6 +1,8 @@
 #pragma once
 
 #include <memory>
+#include <optional>
+#include <string>
 
 #include "solve/command/command_line.h"
 #include "solve/library/solve.h"
@@ -13,5 +15,8 @@ namespace varno::solve {
 /// leading fields.
 std::unique_ptr<RowWriter> MakeRowWriter(TextSink& sink, const CommandLine& commandLine,
                                          const Solution& solution, LeadingFields leading = {});
+
+/// Writes a row, an event or a period, whichever it is. `periodOf`: the variable of --period.
+void WriteRow(RowWriter& writer, const Row& row, const std::optional<std::string>& periodOf);
 
 }  // namespace varno::solve

@@ -46,15 +46,7 @@ class RunPrinter {
       writer->Begin();
     }
     hasBegun = true;
-    values.clear();
-    for (const Value& value : row.values) values.emplace_back(value.Text());
-    if (!row.period.empty()) {
-      writer->WritePeriod(*commandLine.options.period, row.period);
-    } else if (row.event.empty()) {
-      writer->Write(row.time.Text(), values);
-    } else {
-      writer->WriteEvent(row.event, row.time.Text(), values);
-    }
+    WriteRow(*writer, row, commandLine.options.period);
     if (plotting != nullptr) plotting->Add(row, label);
   }
 
@@ -66,7 +58,6 @@ class RunPrinter {
   RunLabel label;
   Plotting* plotting;
   bool hasBegun = false;
-  std::vector<std::string_view> values;
 };
 
 /// The options of each run, which has no progress of its own, and one thread: it is the runs that

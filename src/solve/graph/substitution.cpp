@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "solve/graph/copy.h"
+
 namespace varno::solve {
 
 namespace {
@@ -34,35 +36,6 @@ bool TakesAnyConstant(const Graph& graph, const Node& node)
       return IsWholeNumber(graph, node.operands[1]);
     default:
       return false;
-  }
-}
-
-/// The copy of a node over operands that are copied already.
-NodeId Copy(const Graph& from, NodeId id, const std::vector<NodeId>& copies,
-            std::span<const Rational> values, Graph& to)
-{
-  const Node& node = from[id];
-  const auto operand = [&](int i) { return copies[node.operands[i]]; };
-  switch (node.operation) {
-    case Operation::kNumber:
-      return to.Number(from.Value(id), node.place);
-    case Operation::kPi:
-    case Operation::kTime:
-      return to.Leaf(node.operation, node.place);
-    case Operation::kState:
-      return to.State(node.index, node.place);
-    case Operation::kParameter:
-      return to.Number(values[node.index], node.place);
-    default:
-      break;
-  }
-  switch (node.operandCount) {
-    case 1:
-      return to.Make(node.operation, operand(0), node.place);
-    case 2:
-      return to.Make(node.operation, operand(0), operand(1), node.place);
-    default:
-      return to.Make(node.operation, operand(0), operand(1), operand(2), node.place);
   }
 }
 
@@ -106,11 +79,13 @@ std::optional<SubstitutedGraph> Substitution::Apply(const Graph& graph,
   result.copies.reserve(graph.Size());
   auto next = varying.begin();
   for (NodeId id = 0; id < graph.Size(); ++id) {
-    const NodeId copy = Copy(graph, id, result.copies, values, result.graph);
+    const Node& node = graph[id];
+    const NodeId copy = node.operation == Operation::kParameter
+                            ? result.graph.Number(values[node.index], node.place)
+                            : CopyNode(graph, id, result.copies, result.graph);
     result.copies.push_back(copy);
     if (next == varying.end() || *next != id) continue;
     ++next;
-    const Node& node = graph[id];
     const bool mayBeZero = node.operation == Operation::kParameter && node.index >= firstFree;
     if (!mayBeZero && result.graph.IsNumber(copy) && sgn(result.graph.Value(copy)) == 0)
       return std::nullopt;

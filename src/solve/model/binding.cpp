@@ -5,6 +5,7 @@
 
 #include "solve/evaluation/domain_error.h"
 #include "solve/evaluation/evaluator.h"
+#include "solve/graph/copy.h"
 
 namespace varno::solve {
 
@@ -14,36 +15,15 @@ constexpr mpfr_prec_t kDecisionBits = 64;
 /// No longer integer is made of a constant that is not rational.
 constexpr mpfr_exp_t kMostIntegerBits = 1L << 20;
 
-/// The copy of a node over operands that are copied already.
+/// The copy of a node over operands that are copied already, with the value of a parameter in its
+/// place.
 NodeId Copy(const Model& from, NodeId id, const std::vector<NodeId>& copies,
             const std::vector<std::uint32_t>& open, Graph& to)
 {
-  const Graph& graph = from.graph;
-  const Node& node = graph[id];
-  const auto operand = [&](int i) { return copies[node.operands[i]]; };
-  switch (node.operation) {
-    case Operation::kNumber:
-      return to.Number(graph.Value(id), node.place);
-    case Operation::kPi:
-    case Operation::kTime:
-      return to.Leaf(node.operation, node.place);
-    case Operation::kState:
-      return to.State(node.index, node.place);
-    case Operation::kParameter:
-      if (std::ranges::find(open, node.index) != open.end())
-        return to.Parameter(node.index, node.place);
-      return copies[from.parameters[node.index].value];
-    default:
-      break;
-  }
-  switch (node.operandCount) {
-    case 1:
-      return to.Make(node.operation, operand(0), node.place);
-    case 2:
-      return to.Make(node.operation, operand(0), operand(1), node.place);
-    default:
-      return to.Make(node.operation, operand(0), operand(1), operand(2), node.place);
-  }
+  const Node& node = from.graph[id];
+  const bool isBound =
+      node.operation == Operation::kParameter && std::ranges::find(open, node.index) == open.end();
+  return isBound ? copies[from.parameters[node.index].value] : CopyNode(from.graph, id, copies, to);
 }
 
 /// The value of floor, sign, a comparison and the like, a whole number; the operation itself where

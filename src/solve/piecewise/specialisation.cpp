@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "solve/evaluation/constant.h"
+#include "solve/graph/copy.h"
 
 namespace varno::solve {
 
@@ -90,19 +91,7 @@ bool Specialisation::FinishOperation(NodeId id)
   for (int i = 0; i < node.operandCount; ++i) {
     if (!Has(node.operands[i])) return false;
   }
-  const auto operand = [&](int i) { return copies[node.operands[i]]; };
-  Graph& to = piece.model.graph;
-  if (node.operandCount == 1) {
-    copies[id] = to.Make(node.operation, operand(0), node.place);
-  } else if (node.operandCount == 2) {
-    copies[id] = to.Make(node.operation, operand(0), operand(1), node.place);
-  } else if (node.operation == Operation::kNumber) {
-    copies[id] = to.Number(graph.Value(id), node.place);
-  } else if (node.operation == Operation::kState) {
-    copies[id] = to.State(node.index, node.place);
-  } else {
-    copies[id] = to.Leaf(node.operation, node.place);
-  }
+  copies[id] = CopyNode(graph, id, copies, piece.model.graph);
   return true;
 }
 
