@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "solve/evaluation/disturbance.h"
+#include "solve/evaluation/domain_error.h"
 #include "solve/evaluation/size.h"
 #include "solve/integration/root_place.h"
 
@@ -163,6 +164,7 @@ Run::Stride Run::ChooseStride(StepBound& bound)
     }
     series.SetZeroLines({});
     if (auto toWatched = StrideToWatched(stride, root ? &*root : nullptr)) {
+      if (root && root->mayGoOn && IsAt(*root, toWatched->offset)) series.SetZeroLines(root->lines);
       return *std::move(toWatched);
     }
     if (!root) return stride;
@@ -294,6 +296,18 @@ std::vector<double> Run::StateSizes(double lengthLog2) const
     sizes.push_back(size);
   }
   return sizes;
+}
+
+bool Run::GoesOn()
+{
+  try {
+    series.Begin();
+    return true;
+  } catch (const DomainError&) {
+    return false;
+  } catch (const Singularity&) {
+    return false;
+  }
 }
 
 void Run::Step()

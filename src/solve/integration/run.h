@@ -47,6 +47,9 @@ class Run final : public Stepper {
   void WatchUntil(std::optional<Moment> time) { watchedTime = std::move(time); }
   /// The roots at which the latest step ended; the lines begin with them in the next one.
   const std::vector<WatchedRoot>& RootsAtEnd() const { return rootsAtEnd; }
+  /// Whether there is a solution behind the latest step, for all that the series there tells.
+  /// Throws ZeroInDoubt or PrecisionExhausted.
+  bool GoesOn();
 
   const Moment& Begin() const { return latest.begin; }
   const Moment& End() const { return latest.end; }

@@ -34,6 +34,14 @@ std::vector<Integer> Signature(const Mode& mode)
   return signature;
 }
 
+/// Makes a state exactly 0, if the expression is one.
+void SetZero(const Node& expression, SwitchPoint& point)
+{
+  if (expression.operation != Operation::kState) return;
+  mpfr_set_zero(point.states[expression.index], 1);
+  point.sizes[expression.index] = -std::numeric_limits<double>::infinity();
+}
+
 bool HasAssignments(const std::vector<const Event*>& events)
 {
   return std::ranges::any_of(events,
@@ -199,10 +207,8 @@ SwitchPoint PiecewiseRun::PointAtEnd(const std::vector<RootAt>& crossings) const
 {
   SwitchPoint point{latest.end, latest.states, latest.stateSizes, latest.backwards};
   for (const RootAt& crossing : crossings) {
-    const Node& node = piece->model.graph[WatchedOf(*piece, crossing).expression];
-    if (node.operation != Operation::kState || !crossing.ChangesSign()) continue;
-    mpfr_set_zero(point.states[node.index], 1);
-    point.sizes[node.index] = -std::numeric_limits<double>::infinity();
+    if (!crossing.ChangesSign()) continue;
+    SetZero(piece->model.graph[WatchedOf(*piece, crossing).expression], point);
   }
   return point;
 }
@@ -262,6 +268,25 @@ Mode PiecewiseRun::KnownAfter(const Piece& before, const std::vector<const Event
   return known;
 }
 
+/// Where the present piece ends because conditions touch 0, as h in h' = if(h > 0, -sqrt(h), 0)
+/// does when the tank is empty, the piece on which they stay there; the states among them are 0 at
+/// the point then.
+std::optional<SettledPiece> PiecewiseRun::OntoTouched(const std::vector<RootAt>& crossings,
+                                                      SwitchPoint& point)
+{
+  std::vector<const Watch*> touched;
+  SwitchPoint onBoundary = point;
+  for (const RootAt& crossing : crossings) {
+    if (crossing.isEvent || crossing.ChangesSign()) continue;
+    touched.push_back(&piece->watches[crossing.index]);
+    SetZero(piece->model.graph[touched.back()->expression], onBoundary);
+  }
+  if (touched.empty() || run->GoesOn()) return std::nullopt;
+  std::optional<SettledPiece> found = settling.Onto(onBoundary, *piece, touched);
+  if (found) point = std::move(onBoundary);
+  return found;
+}
+
 /// Goes over to what lies behind the roots at which the latest step ended.
 void PiecewiseRun::Pass(const std::vector<RootAt>& crossings)
 {
@@ -275,7 +300,11 @@ void PiecewiseRun::Pass(const std::vector<RootAt>& crossings)
   SettledPiece behind{piece, {}};
   std::exception_ptr stuck;
   try {
-    if (!crossed.empty()) behind = settling.Beyond(point, *piece, crossed);
+    if (!crossed.empty()) {
+      behind = settling.Beyond(point, *piece, crossed);
+    } else if (auto onto = OntoTouched(crossings, point)) {
+      behind = *std::move(onto);
+    }
   } catch (const Singularity&) {
     // Unless an event ends the way, or leads away.
     stuck = std::current_exception();
@@ -290,7 +319,8 @@ void PiecewiseRun::Pass(const std::vector<RootAt>& crossings)
     fired.push_back(&event);
     point = Assigned(model, event, point, rule.settings.disturbed);
   }
-  if (crossed.empty() && fired.empty()) {
+  const bool changes = behind.piece != piece || !crossed.empty();
+  if (!changes && fired.empty()) {
     run->WatchUntil(watchList->TimeAhead(latest.end, latest.backwards));
     return;
   }
@@ -304,7 +334,7 @@ void PiecewiseRun::Pass(const std::vector<RootAt>& crossings)
   what.signature = Signature(behind.piece->mode);
   Record(std::move(what), crossings.front());
   if (latest.switched->stops) return;
-  if (crossed.empty() && !latest.switched->jumps) {
+  if (!changes && !latest.switched->jumps) {
     run->WatchUntil(watchList->TimeAhead(latest.end, latest.backwards));
     return;
   }

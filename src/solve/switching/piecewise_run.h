@@ -38,6 +38,7 @@ class PiecewiseRun final : public Stepper {
   void Begin(SettledPiece settled, const SwitchPoint& point, const std::vector<RootAt>& ahead);
   std::vector<RootAt> CrossingsAtEnd() const;
   std::vector<RootAt> EventsAtStart(const SwitchPoint& point) const;
+  std::optional<SettledPiece> OntoTouched(const std::vector<RootAt>& crossings, SwitchPoint& point);
   void Pass(const std::vector<RootAt>& crossings);
   Singularity Undecided(const RootAt& root) const;
   void RequireCertain(const std::vector<RootAt>& crossings) const;

@@ -112,6 +112,33 @@ bool Settling::GoesOn(SettledPiece& settled, const SwitchPoint& point,
   return true;
 }
 
+std::optional<SettledPiece> Settling::Onto(const SwitchPoint& point, const Piece& before,
+                                           const std::vector<const Watch*>& touched)
+{
+  std::vector<Boundary> boundaries;
+  Mode stays, beyond;
+  for (const Watch* watch : touched) {
+    boundaries.push_back({watch->condition, watch->boundary});
+    stays[watch->condition] = watch->boundary;
+    beyond[watch->condition] = watch->Beyond();
+  }
+  for (const Mode& known : {stays, beyond}) {
+    try {
+      FoundPiece found = PieceAt(point, known);
+      for (const auto& [condition, decision] : known) {
+        // Whether it stays there is for the field to say.
+        if (IsOnBoundary(decision) && found.piece->mode.contains(condition))
+          found.onBoundary.push_back(condition);
+      }
+      SettledPiece settled = Settle(std::move(found), point);
+      if (settled.piece->mode != before.mode && GoesOn(settled, point, boundaries)) return settled;
+    } catch (const DomainError&) {
+      // As sqrt(h) where h stays 0.
+    }
+  }
+  return std::nullopt;
+}
+
 SettledPiece Settling::Beyond(const SwitchPoint& point, const Piece& before,
                               const std::vector<const Watch*>& crossed)
 {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "solve/integration/singularity.h"
@@ -32,6 +33,10 @@ class Settling {
   /// Behind the roots of some watches of a piece, which it ends at.
   SettledPiece Beyond(const SwitchPoint& point, const Piece& before,
                       const std::vector<const Watch*>& crossed);
+  /// Where some watches touch 0 and the piece ends: the one on which they stay 0 or, where that has
+  /// no solution either, on which they count as beyond; none if there is none.
+  std::optional<SettledPiece> Onto(const SwitchPoint& point, const Piece& before,
+                                   const std::vector<const Watch*>& touched);
 
   // All of them throw ZeroInDoubt; Singularity where no piece goes on, since the field points to
   // the same boundary from both sides; and DomainError.

@@ -102,6 +102,21 @@ TEST_F(PiecewiseRunTest, AssignsAtAnEventAndFiresItOnce)
   EXPECT_EQ(NextSwitch().time, Moment(Rational(3)));
 }
 
+// h' = -sqrt(max(h, 0)) from 1: h = (1 - t/2)^2 touches 0 at 2, where it has no series, and stays
+// there.
+TEST_F(PiecewiseRunTest, StaysAtALimitThatIsTouchedWhereItsBranchEnds)
+{
+  Equations m;
+  const Expression h = m.Variable("h", 1);
+  const Expression level = Function(Operation::kMax, h, m.Number(0));
+  m.SetDerivative(h, -Function(Operation::kSqrt, level));
+  Begin(m.Finished());
+  EXPECT_NEAR(NextSwitch().time.ToDouble(), 2, 1e-15);
+  EXPECT_TRUE(run->Latest().states[0].IsZero());
+  while (run->Latest().IsBehind(Moment(Rational(10)))) run->Step();
+  EXPECT_TRUE(run->Latest().states[0].IsZero());
+}
+
 // sign(x + 1) with x = cos t: x touches -1 at pi and does not cross it.
 TEST_F(PiecewiseRunTest, DoesNotSwitchWhereAConditionTouchesItsLimit)
 {
