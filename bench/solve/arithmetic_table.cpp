@@ -10,13 +10,13 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include <gmpxx.h>
 
+#include "bench/cpu_clock.h"
 #include "solve/evaluation/evaluator.h"
 #include "solve/evaluation/size.h"
 #include "solve/integration/run.h"
@@ -68,13 +68,6 @@ std::vector<Problem> Problems()
       {"brusselator", BrusselatorLine(), "1"},
       {"pendulum", "a'' = -sin(a); a(0) = 2;", "20"},
   };
-}
-
-double CpuSeconds()
-{
-  timespec now{};
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-  return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
 }
 
 /// The products of terms 0..p in the recurrence of a line.

@@ -9,8 +9,9 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <vector>
+
+#include "bench/cpu_clock.h"
 
 namespace {
 
@@ -28,11 +29,6 @@ struct Lorenz {
   }
 };
 
-double CpuSeconds()
-{
-  return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
-}
-
 }  // namespace
 
 int main(int argc, char** argv)
@@ -47,13 +43,13 @@ int main(int argc, char** argv)
   const auto rho = [&](std::size_t run) {
     return 28 + static_cast<double>(run) / static_cast<double>(count);
   };
-  const double start = CpuSeconds();
+  const double start = varno::CpuSeconds();
   for (std::size_t run = 0; run < count; ++run) {
     odeint::integrate_adaptive(
         odeint::make_controlled<odeint::runge_kutta_fehlberg78<State>>(tolerance, tolerance),
         Lorenz{rho(run)}, states[run], 0.0, 1.0, 0.01);
   }
-  std::printf("%.6g\n", CpuSeconds() - start);
+  std::printf("%.6g\n", varno::CpuSeconds() - start);
   for (std::size_t run = 0; run < count; ++run) {
     const auto& [x, y, z] = states[run];
     std::printf("%.17g %.17g %.17g %.17g\n", rho(run), x, y, z);

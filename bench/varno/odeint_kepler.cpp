@@ -4,26 +4,13 @@
 // DIGITS 0 computes in double precision.
 
 #include <array>
-#include <boost/multiprecision/gmp.hpp>
 #include <boost/numeric/odeint.hpp>
 #include <cstdlib>
 #include <iomanip>
 #include <iostream>
 
-#include "bench/varno/cpu_clock.h"
-
-using Multiprecision = boost::multiprecision::number<boost::multiprecision::gmp_float<0>,
-                                                     boost::multiprecision::et_off>;
-
-namespace boost::numeric::odeint::detail {
-
-// Odeint looks for the numbers inside of whatever has a value_type, as this number has.
-template <>
-struct extract_value_type<Multiprecision, void> {
-  using type = Multiprecision;
-};
-
-}  // namespace boost::numeric::odeint::detail
+#include "bench/cpu_clock.h"
+#include "bench/odeint_number.h"
 
 namespace {
 
@@ -70,8 +57,8 @@ int main(int argc, char** argv)
   if (digits == 0) {
     Solve<double>(argv[2], argv[3], 17);
   } else {
-    Multiprecision::default_precision(static_cast<unsigned>(digits));
-    Solve<Multiprecision>(argv[2], argv[3], digits);
+    varno::Multiprecision::default_precision(static_cast<unsigned>(digits));
+    Solve<varno::Multiprecision>(argv[2], argv[3], digits);
   }
   return 0;
 }

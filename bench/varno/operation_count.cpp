@@ -7,7 +7,7 @@
 #include <gmp.h>
 
 #include "arith/mpf.h"
-#include "bench/varno/cpu_clock.h"
+#include "bench/cpu_clock.h"
 #include "varno/core/global_data.h"
 #include "varno/expr/bin_op.h"
 #include "varno/expr/differential.h"

@@ -10,7 +10,7 @@
 #include <benchmark/benchmark.h>
 
 #include "arith/mpf.h"
-#include "bench/varno/cpu_clock.h"
+#include "bench/cpu_clock.h"
 #include "bench/varno/operation_count.h"
 #include "bench/varno/problem.h"
 #include "varno/core/global_data.h"
