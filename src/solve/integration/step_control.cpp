@@ -21,8 +21,6 @@ constexpr int kMostOrderFactor = 6;
 /// How far it may grow to hold all terms of a line that is a polynomial by its structure, or to
 /// reach a first term that is known not to be 0.
 constexpr int kMostKnownOrder = 5000;
-/// More than what a product of doubles is rounded by, beside it.
-constexpr double kRounding = 1e-15;
 /// A line that begins with more vanishing terms than this is flat: the order counts from its first
 /// term that is not 0.
 constexpr int kMostVanishingTerms = 5;
@@ -32,6 +30,34 @@ int VanishingTerms(std::span<const double> terms)
 {
   const auto first = std::ranges::find_if(terms, [](double term) { return term > -kInfinity; });
   return static_cast<int>(first - terms.begin());
+}
+
+/// Whether a line shows enough terms to tell how far its series reaches.
+bool AreShown(std::span<const double> terms)
+{
+  int found = 0;
+  for (std::size_t k = terms.size() - 1; k > 0 && found < kTermsForRadius; --k) {
+    if (terms[k] > -kInfinity) ++found;
+  }
+  return found >= kTermsForRadius;
+}
+
+/// log2 of the max over j < k of (tol |c_j| / |c_k|)^(1/(k-j)) for the last term c_k, with `first`
+/// as term 0; above `enough` any of them will do.
+double LongestFall(std::span<const double> terms, double first, double tolerance, double enough)
+{
+  const auto k = static_cast<double>(terms.size() - 1);
+  const double tolerated = terms.back() - tolerance;
+  double longest = first == -kInfinity ? -kInfinity : (first - tolerated) / k;
+  double distance = k;
+  for (const double term : terms.subspan(1, terms.size() - 2)) {
+    distance -= 1;
+    // A division takes longer than to see that most of them change nothing.
+    if (!(term > tolerated + longest * distance)) continue;
+    longest = std::max(longest, (term - tolerated) / distance);
+    if (longest > enough) break;
+  }
+  return longest;
 }
 
 /// Whether the terms of a line end by its structure before the usual order.
@@ -49,23 +75,12 @@ StepControl::StepControl(const Tape& tape, const RunSettings& settings)
       settledLines(tape.lines.size(), false)
 {}
 
-/// Whether a line shows enough terms to tell how far its series reaches.
-bool StepControl::IsShown(const Series& series, LineId id) const
-{
-  const std::span<const double> terms = series.Logs(id);
-  int found = 0;
-  for (std::size_t k = terms.size() - 1; k > 0 && found < kTermsForRadius; --k) {
-    if (terms[k] > -kInfinity) ++found;
-  }
-  return found >= kTermsForRadius;
-}
-
 /// Whether a line shows too few terms, or, of one that begins with vanishing terms, less than the
 /// usual order behind these.
 bool StepControl::NeedsMoreTerms(const Series& series, LineId id) const
 {
   if (IsShortPolynomial(tape.lines[id], series.Order() + 1)) return false;
-  if (!IsShown(series, id)) return !settledLines[id];
+  if (!AreShown(series.Logs(id))) return !settledLines[id];
   const int first = VanishingTerms(series.Logs(id));
   return first > kMostVanishingTerms && series.Order() < first + settings.order;
 }
@@ -95,7 +110,7 @@ void StepControl::ExtendFlatLines(Series& series, const std::vector<bool>& leftO
       series.ExtendTo(std::min(most, series.Order() + std::max(4, settings.order / 4)));
   }
   for (LineId id = 0; id < tape.lines.size(); ++id)
-    flatLines[id] = still[id] ? settledLines[id] : !IsShown(series, id);
+    flatLines[id] = still[id] ? settledLines[id] : !AreShown(series.Logs(id));
 }
 
 /// log2 of the longest step for which the terms of a line fall as they should: the least over its
@@ -115,27 +130,18 @@ double StepControl::AccuracyBound(std::span<const double> terms, double size) co
   // Terms that are few and early say nothing, as in sqrt((1 - t)^2) = 1 - t: like a polynomial that
   // is one by its structure, it reaches anywhere.
   const int last = static_cast<int>(terms.size()) - 1;
-  const auto shown =
-      std::count_if(terms.begin() + 1, terms.end(), [](double term) { return term > -kInfinity; });
-  const int least = shown < kTermsForRadius ? last / 2 : 0;
+  const int least = AreShown(terms) ? 0 : last / 2;
 
   double bound = kInfinity;
   int found = 0;
   for (int k = last; k > least && found < kTermsForRadius; --k) {
     if (terms[k] == -kInfinity) continue;
     ++found;
-    double longest = first == -kInfinity ? -kInfinity : (tolerance + first - terms[k]) / k;
-    // A division takes longer than to see that most of them change nothing.
-    double slack = std::abs(longest) * k * kRounding;
-    for (int j = 1; j < k; ++j) {
-      const double fall = tolerance + terms[j] - terms[k];
-      if (!(fall > longest * (k - j) - slack)) continue;
-      longest = std::max(longest, fall / (k - j));
-      slack = std::abs(longest) * k * kRounding;
-    }
+    const double atOrder = tolerance * (usual - 1.0 / (k - begin));
+    const double longest = LongestFall(terms.first(k + 1), first, tolerance, bound - atOrder);
     // The first of all terms that are not zero says nothing by itself.
     if (longest == -kInfinity) continue;
-    bound = std::min(bound, longest + tolerance * (usual - 1.0 / (k - begin)));
+    bound = std::min(bound, longest + atOrder);
   }
   return bound;
 }

@@ -40,7 +40,6 @@ class StepControl {
   void ExtendFlatLines(Series& series, const std::vector<bool>& leftOut);
   int MostOrder(const Series& series, LineId id) const;
   bool NeedsMoreTerms(const Series& series, LineId id) const;
-  bool IsShown(const Series& series, LineId id) const;
   double AccuracyBound(std::span<const double> terms, double size) const;
 
   const Tape& tape;
