@@ -22,12 +22,15 @@ bool AllExactZeros(const NarrowTerms& a, const NarrowTerms& b, int first, int la
 }
 
 /// What is known of a sum of products beside its mantissa.
-void SetExactness(NarrowValue& value, const NarrowTerms& a, const NarrowTerms& b, int first,
-                  int last, int k)
+inline void SetExactness(NarrowValue& value, const NarrowTerms& a, const NarrowTerms& b, int first,
+                         int last, int k)
 {
-  value.lost |= a.hasLow && b.hasLow;
   value.inexact = a.inexact || b.inexact;
-  if (value.mantissa == 0) value.lost = !AllExactZeros(a, b, first, last, k);
+  if (value.mantissa != 0) {
+    value.lost |= a.hasLow && b.hasLow;
+  } else {
+    value.lost = !AllExactZeros(a, b, first, last, k);
+  }
 }
 
 }  // namespace
@@ -44,6 +47,30 @@ void NarrowArithmetic::Reset(Terms& terms, long leastExponent)
 {
   terms.leastExponent = leastExponent;
   terms.started = terms.inexact = terms.hasLow = false;
+}
+
+/// What Store leaves: the first term that is not 0, terms that do not fit, and very small ones.
+void NarrowArithmetic::StoreApart(Terms& terms, int k, const Value& value)
+{
+  if (!terms.started) {
+    StoreFirst(terms, k, value);
+    return;
+  }
+  terms.inexact |= value.lost || value.inexact;
+  terms.exactZero[k] = value.IsExactZero() ? 1 : 0;
+  const long length = BitLength(value.mantissa);
+  if (length == 0) {
+    terms.high[k] = terms.low[k] = 0;
+    return;
+  }
+  if (length + value.exponent - terms.exponent > kTermBits)
+    Raise(terms, value.exponent - kFractionBits + length + 2, k);
+  const long shift = value.exponent - terms.exponent;
+  const Int128 mantissa =
+      shift < 0 ? ShiftRight(value.mantissa, -shift, terms.inexact) : value.mantissa << shift;
+  terms.low[k] = LowDigit(mantissa);
+  terms.high[k] = HighDigit(mantissa, terms.low[k]);
+  terms.hasLow |= terms.low[k] != 0;
 }
 
 /// A term before which all are 0 chooses the exponent.
@@ -144,12 +171,8 @@ void NarrowArithmetic::ToNumber(const Value& value, mpfr_ptr result)
   mpfr_set(result, number, MPFR_RNDN);
 }
 
-void NarrowArithmetic::MultiplyByWhole(Value& value, std::int32_t factor)
+void NarrowArithmetic::MultiplyByLarge(Value& value, std::int32_t factor)
 {
-  if (factor < (1 << 15) && factor > -(1 << 15)) {
-    MultiplyBy(value, factor);
-    return;
-  }
   Value whole;
   whole.mantissa = factor;
   whole.exponent = kFractionBits;
@@ -160,10 +183,12 @@ NarrowValue NarrowArithmetic::Convolve(const Terms& a, const Terms& b, int first
 {
   if (!a.started || !b.started) return {};
   Int128 highs = 0, crosses = 0;
-  for (int j = first; j <= last; ++j) {
-    const std::int64_t aHigh = a.high[j], bHigh = b.high[k - j];
-    highs += static_cast<Int128>(aHigh) * bHigh;
-    crosses += static_cast<Int128>(aHigh) * b.low[k - j] + static_cast<Int128>(a.low[j]) * bHigh;
+  const std::int64_t *aHigh = a.high.data(), *aLow = a.low.data();
+  const std::int64_t *bHigh = b.high.data() + k, *bLow = b.low.data() + k;
+  for (std::ptrdiff_t j = first; j <= last; ++j) {
+    highs += static_cast<Int128>(aHigh[j]) * bHigh[-j];
+    crosses += static_cast<Int128>(aHigh[j]) * bLow[-j];
+    crosses += static_cast<Int128>(aLow[j]) * bHigh[-j];
   }
   NarrowValue value = ValueOf(highs, crosses, a.exponent + b.exponent);
   SetExactness(value, a, b, first, last, k);

@@ -65,8 +65,13 @@ class NarrowArithmetic {
   static Value ConvolveSelf(const Terms& a, int first, int k);
 
  private:
+  /// Values whose exponent is larger by more than this are stored apart: few are.
+  static constexpr long kMostUp = 50;
+
+  static void StoreApart(Terms& terms, int k, const Value& value);
   static void StoreFirst(Terms& terms, int k, const Value& value);
   static void Raise(Terms& terms, long exponent, int count);
+  static void MultiplyByLarge(Value& value, std::int32_t factor);
   void AddReciprocals(int k);
 
   std::vector<Factor> reciprocals;  // of 2, 3, ... in their places, as far as needed

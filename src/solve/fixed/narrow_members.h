@@ -5,24 +5,27 @@
 
 namespace varno::solve {
 
-inline void NarrowArithmetic::Store(Terms& terms, int k, const Value& value)
+[[gnu::always_inline]] inline void NarrowArithmetic::Store(Terms& terms, int k, const Value& value)
 {
-  if (!terms.started) {
-    StoreFirst(terms, k, value);
-    return;
+  const long up = value.exponent - terms.exponent;
+  bool lost = value.lost || value.inexact;
+  Int128 mantissa = value.mantissa;
+  if (up < 0 && up > -64) {
+    mantissa = narrow::ShiftRightBelowWord(mantissa, -up, lost);
+    if (!terms.started || !narrow::FitsBits(mantissa, narrow::kTermBits)) {
+      StoreApart(terms, k, value);
+      return;
+    }
+  } else {
+    if (!terms.started || up < 0 || up > kMostUp ||
+        !narrow::FitsBits(mantissa, narrow::kTermBits - static_cast<int>(up))) {
+      StoreApart(terms, k, value);
+      return;
+    }
+    mantissa <<= up;
   }
-  terms.inexact |= value.lost || value.inexact;
+  terms.inexact |= lost;
   terms.exactZero[k] = value.IsExactZero() ? 1 : 0;
-  if (value.mantissa == 0) {
-    terms.high[k] = terms.low[k] = 0;
-    return;
-  }
-  const long length = BitLength(value.mantissa);
-  if (length + value.exponent - terms.exponent > narrow::kTermBits)
-    Raise(terms, value.exponent - kFractionBits + length + 2, k);
-  const long shift = value.exponent - terms.exponent;
-  const Int128 mantissa = shift < 0 ? narrow::ShiftRight(value.mantissa, -shift, terms.inexact)
-                                    : value.mantissa << shift;
   const std::int64_t low = narrow::LowDigit(mantissa);
   terms.low[k] = low;
   terms.high[k] = narrow::HighDigit(mantissa, low);
@@ -48,7 +51,7 @@ inline double NarrowArithmetic::Log2(const Terms& terms, int k)
   return FastLog2(std::max(size, 1.0)) + UnitLog2(terms.exponent);
 }
 
-inline void NarrowArithmetic::Add(Value& sum, const Value& value)
+[[gnu::always_inline]] inline void NarrowArithmetic::Add(Value& sum, const Value& value)
 {
   if (value.IsExactZero()) return;
   if (sum.IsExactZero()) {
@@ -77,14 +80,14 @@ inline void NarrowArithmetic::Multiply(Value& value, const Factor& factor)
   const Int128 crosses =
       static_cast<Int128>(high) * factor.low + static_cast<Int128>(low) * factor.high;
   NarrowValue product = narrow::ValueOf(highs, crosses, value.exponent + factor.exponent);
-  product.lost |= value.lost || (low != 0 && factor.low != 0);
-  product.inexact = value.inexact || factor.inexact;
+  product.lost |= value.lost | ((low != 0) & (factor.low != 0));
+  product.inexact = value.inexact | factor.inexact;
   value = product;
 }
 
 inline void NarrowArithmetic::MultiplyBy(Value& value, int factor)
 {
-  if (BitLength(value.mantissa) <= 107) {
+  if (narrow::FitsBits(value.mantissa, narrow::kValueBits - BitLength(factor))) {
     value.mantissa *= factor;
     return;
   }
@@ -110,6 +113,15 @@ inline void NarrowArithmetic::DivideBy(Value& value, int k)
   if (static_cast<int>(reciprocals.size()) <= k) AddReciprocals(k);
   Multiply(value, reciprocals[k]);
   value.lost = true;
+}
+
+inline void NarrowArithmetic::MultiplyByWhole(Value& value, std::int32_t factor)
+{
+  if (factor < (1 << 15) && factor > -(1 << 15)) {
+    MultiplyBy(value, factor);
+  } else {
+    MultiplyByLarge(value, factor);
+  }
 }
 
 }  // namespace varno::solve

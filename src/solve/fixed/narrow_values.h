@@ -9,7 +9,7 @@ namespace varno::solve {
 
 /// A number on its way from one series to another: mantissa * 2^(exponent - 120).
 ///
-/// |mantissa| stays below 2^123.
+/// |mantissa| is at most 2^122.
 struct NarrowValue {
   Int128 mantissa = 0;
   long exponent = 0;
@@ -30,7 +30,7 @@ struct NarrowFactor {
 
 /// The terms of one series: 120-bit fixed-point numbers with one exponent for all.
 ///
-/// Term k is (high[k] 2^60 + low[k]) 2^(exponent - 120), |term| < 2^(exponent - 1), so that
+/// Term k is (high[k] 2^60 + low[k]) 2^(exponent - 120), |term| <= 2^(exponent - 1), so that
 /// |high| <= 2^59 and |low| <= 2^59. The exponent is chosen at the first term that is not zero and
 /// grows, while the terms there are shifted, when a term does not fit.
 struct NarrowTerms {
@@ -51,8 +51,9 @@ inline constexpr int kDigitBits = 60;
 inline constexpr Int128 kDigit = static_cast<Int128>(1) << kDigitBits;
 /// Terms are below 2^119, so that high digits are at most 2^59.
 inline constexpr int kTermBits = 119;
-/// Values on the way are below 2^123; a sum of two then fits easily.
-inline constexpr Int128 kValueLimit = static_cast<Int128>(1) << 123;
+/// Values on the way are at most 2^122, so that the high digit fits a word when a low one of -1 is
+/// taken off; a sum of two fits easily.
+inline constexpr int kValueBits = 122;
 
 /// The low digit, between -2^59 and 2^59 - 1.
 inline std::int64_t LowDigit(Int128 mantissa)
@@ -71,19 +72,31 @@ inline Int128 Joined(std::int64_t high, std::int64_t low)
   return static_cast<Int128>(high) * kDigit + low;
 }
 
-/// mantissa / 2^shift to nearest, shift > 0; tells whether bits were lost.
+/// Whether -2^bits <= mantissa < 2^bits, for 64 <= bits < 127.
+inline bool FitsBits(Int128 mantissa, int bits)
+{
+  const auto top = static_cast<std::uint64_t>(mantissa >> 64);
+  const std::uint64_t limit = std::uint64_t{1} << (bits - 64);
+  return top + limit < 2 * limit;
+}
+
+/// mantissa / 2^shift to nearest, 0 < shift < 64; tells whether bits were lost.
+inline Int128 ShiftRightBelowWord(Int128 mantissa, long shift, bool& lost)
+{
+  const std::uint64_t unit = std::uint64_t{1} << shift;
+  lost |= (static_cast<std::uint64_t>(mantissa) & (unit - 1)) != 0;
+  const Int128 sum = mantissa + static_cast<Int128>(unit >> 1);
+  const auto high = static_cast<std::int64_t>(sum >> 64);
+  const std::uint64_t low = (static_cast<std::uint64_t>(sum) >> shift) |
+                            (static_cast<std::uint64_t>(high) << (64 - shift));
+  return (static_cast<Int128>(high >> shift) << 64) | static_cast<Int128>(low);
+}
+
+/// The same for any shift > 0.
 inline Int128 ShiftRight(Int128 mantissa, long shift, bool& lost)
 {
   // Nearly all shifts are below one word, which takes a third of the instructions.
-  if (shift < 64) {
-    const std::uint64_t unit = std::uint64_t{1} << shift;
-    lost |= (static_cast<std::uint64_t>(mantissa) & (unit - 1)) != 0;
-    const Int128 sum = mantissa + static_cast<Int128>(unit >> 1);
-    const auto high = static_cast<std::int64_t>(sum >> 64);
-    const std::uint64_t low = (static_cast<std::uint64_t>(sum) >> shift) |
-                              (static_cast<std::uint64_t>(high) << (64 - shift));
-    return (static_cast<Int128>(high >> shift) << 64) | static_cast<Int128>(low);
-  }
+  if (shift < 64) return ShiftRightBelowWord(mantissa, shift, lost);
   if (shift > 126) {
     lost |= mantissa != 0;
     return 0;
@@ -95,7 +108,7 @@ inline Int128 ShiftRight(Int128 mantissa, long shift, bool& lost)
 
 inline void KeepBelowLimit(NarrowValue& value)
 {
-  if (value.mantissa < kValueLimit && value.mantissa > -kValueLimit) return;
+  if (FitsBits(value.mantissa, kValueBits)) return;
   value.mantissa = ShiftRight(value.mantissa, 4, value.lost);
   value.exponent += 4;
 }
