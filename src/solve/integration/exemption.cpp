@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <span>
 #include <utility>
 
 #include "solve/evaluation/size.h"
@@ -75,6 +76,8 @@ struct ExemptionRule::Trial {
     std::vector<bool> plausible(rule.tape.lines.size(), false);
     for (LineId id = static_cast<LineId>(point.states.size()); id < plausible.size(); ++id)
       plausible[id] = effects[id] + control.Sizes()[id] < AllowedLog2();
+    // These stay in any cut.
+    for (const LineId id : rule.tape.watched) plausible[id] = false;
     return plausible;
   }
 
@@ -178,6 +181,9 @@ bool ExemptionRule::IsWorthTrying(const Series& series, const StepControl& contr
   }
   const Trial trial{*this, series, control, point};
   if (held + trial.Scale() + kLeastGain > point.longestLog2) return false;
+  // States stay in any cut, too.
+  const std::span states(control.LineBounds().data(), point.states.size());
+  if (std::ranges::min(states) <= held + kLeastHope) return false;
   const std::vector<bool> plausible = trial.Plausible(held + trial.Scale());
   if (std::ranges::find(plausible, true) == plausible.end()) return false;
   return trial.Bound(CutAt(tape, plausible)) > held + kLeastHope;
