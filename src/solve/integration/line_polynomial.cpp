@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <span>
 
 #include "solve/evaluation/size.h"
 
@@ -13,6 +14,8 @@ namespace {
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 /// The terms of a divisor or radicand behind the first may make up this part of it: no root then.
 constexpr double kMostOfFirstTerm = 0.9;
+/// A term below this part of the first one counts as much (log2, and itself).
+constexpr double kSmallLog2 = -20, kSmall = 0x1p-20;
 /// What rounding may have done to a term, and the end of the series to a sum, is this much (log2)
 /// larger than the unit of the precision, or the tolerance.
 constexpr double kRoundingMarginBits = 5;
@@ -50,10 +53,13 @@ void CutTail(UncertainPolynomial& polynomial, double log2)
 
 bool FirstTermOutweighs(const Series& series, LineId line, int first, double lengthLog2)
 {
-  const double begin = series.Log2(line, first);
+  const std::span<const double> terms = series.Logs(line).subspan(first);
   double others = 0;
-  for (int k = first + 1; k <= series.Order(); ++k)
-    others += std::exp2(series.Log2(line, k) + (k - first) * lengthLog2 - begin);
+  for (std::size_t k = 1; k < terms.size(); ++k) {
+    const double log2 = terms[k] + static_cast<double>(k) * lengthLog2 - terms[0];
+    // Of most terms no more needs to be known.
+    others += log2 < kSmallLog2 ? kSmall : std::exp2(log2);
+  }
   return others < kMostOfFirstTerm;
 }
 
