@@ -375,9 +375,9 @@ void VerifiedRows::AddLoss(const Moment& time, double commonDecimals)
 /// lost, and to go on would be a waste.
 bool VerifiedRows::IsDoomed(double distance, double commonDecimals) const
 {
+  if (loss.SoFar() < spareDecimals / 2 || !loss.IsSteady()) return false;
   const double whole = WholeDistance();
-  if (kTimesAhead * distance < whole || !loss.IsSteady()) return false;
-  if (loss.SoFar() < spareDecimals / 2) return false;
+  if (kTimesAhead * distance < whole) return false;
   return commonDecimals - loss.Ahead(whole) < wanted.digits - kDoomedDecimals;
 }
 
