@@ -127,12 +127,11 @@ std::optional<Run::Stride> Run::StrideToWatched(const Stride& longest, const Roo
   rootsAtEnd.clear();
   if (watched.empty()) return std::nullopt;
   const SeriesStep step{series.Current(), series.Sizes(), longest.offset, settings};
-  const Nearness nearness = NearnessOfRoots(longest);
-  std::optional<WatchedRootsAhead> ahead = FirstWatchedRoots(tape, step, watched, nearness);
-  if (ahead && !series.Current().IsRefined()) {
-    series.Current().Refine();
-    ahead = FirstWatchedRoots(tape, step, watched, nearness);
-  }
+  // Most steps have none, however near to one another they may be.
+  if (!FirstWatchedRoots(tape, step, watched, {-kInfinity, -kInfinity})) return std::nullopt;
+  series.Current().Refine();
+  std::optional<WatchedRootsAhead> ahead =
+      FirstWatchedRoots(tape, step, watched, NearnessOfRoots(longest));
   if (!ahead) return std::nullopt;
   if (ahead->isInDoubt) throw ZeroInDoubt{latest.end};
   const RootAhead root{{}, std::move(ahead->place), std::move(ahead->error), true};
