@@ -43,6 +43,7 @@ class BlockSeries final : public Series {
       weightedRows[id] = static_cast<std::uint32_t>(weightedTerms.size());
       weightedTerms.emplace_back();
     }
+    latest.sum = Real(bits + 64);
     Reserve(usualOrder + 2);
     ConvertConstants();
   }
@@ -164,6 +165,7 @@ class BlockSeries final : public Series {
   void AdvanceStates(int k);
   Value TermOf(const Line& line, LineId id, int k);
   Value Combination(const Line& line, int k);
+  Value Scaled(const varno::solve::Factor& factor, int k);
   Value IntegralOfQuotient(const Line& line, LineId id, int k);
   Value Angle(const Line& line, LineId id, int k);
   Value Power(const Line& line, LineId id, int k);
@@ -183,6 +185,7 @@ class BlockSeries final : public Series {
     Terms powers;  // term order - j is offset^j
     bool hasSlopes = false;
     Terms slopes;  // term order - j is j offset^(j - 1)
+    Real sum;      // scratch
   };
 
   Value SumByHorner(LineId line, mpfr_srcptr offset) const;

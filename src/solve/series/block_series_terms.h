@@ -174,21 +174,27 @@ auto BlockSeries<Arithmetic>::TermOf(const Line& line, LineId id, int k) -> Valu
 template <class Arithmetic>
 auto BlockSeries<Arithmetic>::Combination(const Line& line, int k) -> Value
 {
-  Value sum;
-  for (std::uint32_t i = 0; i < line.factorCount; ++i) {
-    const varno::solve::Factor& factor = tape.factors[line.firstFactor + i];
-    Value a = arithmetic.Load(terms[factor.line], k);
-    if (a.IsExactZero()) continue;
-    if (factor.whole == -1) {
-      arithmetic.Negate(a);
-    } else if (factor.whole == 0) {
-      arithmetic.Multiply(a, constants[factor.constant]);
-    } else if (factor.whole != 1) {
-      arithmetic.MultiplyByWhole(a, factor.whole);
-    }
-    arithmetic.Add(sum, a);
-  }
+  if (line.factorCount == 0) return {};
+  const auto* factor = &tape.factors[line.firstFactor];
+  Value sum = Scaled(*factor, k);
+  for (std::uint32_t i = 1; i < line.factorCount; ++i) arithmetic.Add(sum, Scaled(*++factor, k));
   return sum;
+}
+
+/// factor * a[k]
+template <class Arithmetic>
+inline auto BlockSeries<Arithmetic>::Scaled(const varno::solve::Factor& factor, int k) -> Value
+{
+  Value a = arithmetic.Load(terms[factor.line], k);
+  if (factor.whole == 1 || a.IsExactZero()) return a;
+  if (factor.whole == -1) {
+    arithmetic.Negate(a);
+  } else if (factor.whole != 0) {
+    arithmetic.MultiplyByWhole(a, factor.whole);
+  } else {
+    arithmetic.Multiply(a, constants[factor.constant]);
+  }
+  return a;
 }
 
 /// (8) a s' = e s a': k a[0] s[k] = sum over j = 1..k of ((e + 1) j - k) a[j] s[k-j]
@@ -321,9 +327,8 @@ void BlockSeries<Arithmetic>::PrepareSlopes() const
 template <class Arithmetic>
 void BlockSeries<Arithmetic>::AddFirstTerm(LineId line, const Value& others, mpfr_ptr result) const
 {
-  Real sum(bits + 64);
-  arithmetic.ToNumber(others, sum);
-  mpfr_add(result, precise.Number(line, 0), sum, MPFR_RNDN);
+  arithmetic.ToNumber(others, latest.sum);
+  mpfr_add(result, precise.Number(line, 0), latest.sum, MPFR_RNDN);
   if (others.lost || others.inexact) mpfr_set_inexflag();
 }
 
