@@ -29,6 +29,9 @@ constexpr double kAlikeLog2 = 0.6;
 /// A step that fails its test as often as this, halved each time, is as good as gone.
 constexpr int kMostHalvings = 200;
 
+/// A branch point is not followed nearer than so many times the bits of the tolerance.
+constexpr double kMostLandingFactor = 12;
+
 /// Times at which states take a value are known to about so many bits less than the tolerance has.
 constexpr double kNoiseBits = 14;
 
@@ -71,6 +74,7 @@ Run::Run(const Tape& tape, const RunSettings& settings, const Moment& start,
       domains(tape)
 {
   for (const Real& state : latest.states) latest.stateSizes.push_back(Log2Size(state));
+  largest = latest.stateSizes;
   latest.bits = series.Bits();
 }
 
@@ -243,12 +247,65 @@ Singularity Run::EndBefore(const StepBound& bound)
   return Classify(tape, series.Current(), latest.end, signedUnit, node, series.Bits());
 }
 
-/// Ends the run where the steps shrink to nothing beside the way behind it.
+/// Whether the steps have shrunk to nothing beside the way behind them.
+bool Run::IsNearEnd(const StepBound& bound) const
+{
+  if (!trend.IsShrinking(bound.log2)) return false;
+  return bound.log2 <= Log2Size(latest.end - start) - settings.placeBits;
+}
+
+/// Where a way on which steps become too short may be followed onto its end.
+std::optional<Landing> Run::LandingBefore(const Singularity& end) const
+{
+  const LandingStep step{series.Current(), latest.end, latest.backwards, series.ScaleExponent(),
+                         series.Bits()};
+  return FindLanding(step, end, latest.states.size(), watchedTime, watched);
+}
+
+/// Whether what is not known of the states at the end is nothing beside what they were on the way.
+bool Run::IsExact(const Landing& landing) const
+{
+  const double bits = landing.roots.empty() ? settings.toleranceBits : settings.landingBits;
+  for (std::size_t i = 0; i < largest.size(); ++i) {
+    if (landing.tails[i] > largest[i] - bits) return false;
+  }
+  return true;
+}
+
+/// Makes the step onto the end of a way.
+void Run::Land(Landing landing, const Singularity& end)
+{
+  rootsAtEnd = std::move(landing.roots);
+  const double length = Log2Size(landing.advance);
+  GoOn({std::move(landing.offset), landing.advance, length});
+  Real bound(kErrorBits);
+  for (std::size_t i = 0; i < largest.size(); ++i) {
+    // Right-hand sides may be infinite there, and 1 - t is known to all digits.
+    latest.stateSizes[i] = largest[i];
+    if (landing.tails[i] == -kInfinity) continue;
+    mpfr_set_d(bound, landing.tails[i], MPFR_RNDU);
+    mpfr_exp2(bound, bound, MPFR_RNDU);
+    Shift(i, bound);
+  }
+  landed = end;
+}
+
+/// Ends the run where the steps shrink to nothing. Nearer to a branch point at a known time they go
+/// on; where it depends on the states, they agree no nearer, and it takes more digits.
 void Run::RequireProgress(const StepBound& bound)
 {
-  if (!trend.IsShrinking(bound.log2)) return;
+  const bool isGone = bound.log2 == -kInfinity;
+  if (!isGone && !IsNearEnd(bound)) return;
+  const Singularity end = EndBefore(bound);
+  const std::optional<Landing> landing = isGone ? std::nullopt : LandingBefore(end);
+  if (!landing) throw end;
+  if (!landing->roots.empty()) {
+    if (settings.toleranceBits < kMostLandingFactor * settings.landingBits)
+      throw ZeroInDoubt{latest.end};
+    throw end;
+  }
   const double way = Log2Size(latest.end - start);
-  if (bound.log2 <= way - settings.placeBits) throw EndBefore(bound);
+  if (bound.log2 <= way - kMostLandingFactor * settings.toleranceBits) throw end;
 }
 
 /// The states at the end of a step; those that were rounded are moved where that is asked for.
@@ -272,13 +329,18 @@ void Run::ShiftByExemption()
   if (!series.LeftOut()) return;
   for (std::size_t i = 0; i < latest.states.size(); ++i) {
     const Real& bound = series.LeftOut()->deviation.states[i];
-    if (bound.IsZero()) continue;
-    Real& state = latest.states[i];
-    if (settings.disturbed) {
-      mpfr_add(state, state, bound, MPFR_RNDU);
-    } else {
-      mpfr_sub(state, state, bound, MPFR_RNDD);
-    }
+    if (!bound.IsZero()) Shift(i, bound);
+  }
+}
+
+/// Moves a state by what it may be wrong by, in the disturbed run upwards.
+void Run::Shift(std::size_t state, const Real& bound)
+{
+  Real& value = latest.states[state];
+  if (settings.disturbed) {
+    mpfr_add(value, value, bound, MPFR_RNDU);
+  } else {
+    mpfr_sub(value, value, bound, MPFR_RNDD);
   }
 }
 
@@ -299,6 +361,7 @@ std::vector<double> Run::StateSizes(double lengthLog2) const
 
 bool Run::GoesOn()
 {
+  if (landed) return false;
   try {
     series.Begin();
     return true;
@@ -311,9 +374,20 @@ bool Run::GoesOn()
 
 void Run::Step()
 {
+  if (landed) throw *landed;
   // Where nobody else holds it, the series of the latest step is the next one's.
   latest.series = nullptr;
   StepBound bound = series.Begin();
+  if (IsNearEnd(bound)) {
+    const Singularity end = EndBefore(bound);
+    std::optional<Landing> landing = LandingBefore(end);
+    if (landing && !landing->roots.empty() && !settings.mayDeclareZero)
+      throw ZeroInDoubt{latest.end};
+    if (landing && IsExact(*landing)) {
+      Land(*std::move(landing), end);
+      return;
+    }
+  }
   const Stride stride = ShortenToPass(bound);
   RequireProgress(bound);
   trend.Add(bound.log2);
@@ -328,6 +402,8 @@ void Run::GoOn(const Stride& stride)
   latest.begin = latest.end;
   latest.end = latest.backwards ? latest.begin - stride.advance : latest.begin + stride.advance;
   latest.stateSizes = StateSizes(stride.log2);
+  for (std::size_t i = 0; i < largest.size(); ++i)
+    largest[i] = std::max(largest[i], Log2Size(latest.states[i]));
   latest.scaleExponent = series.ScaleExponent();
   series.StepMade(stride.log2, !rootsAtEnd.empty());
   latest.series = series.Release();

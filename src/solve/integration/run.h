@@ -8,6 +8,7 @@
 #include "solve/integration/defect_check.h"
 #include "solve/integration/dense_step.h"
 #include "solve/integration/domains.h"
+#include "solve/integration/landing.h"
 #include "solve/integration/run_settings.h"
 #include "solve/integration/singularity.h"
 #include "solve/integration/step_control.h"
@@ -76,12 +77,17 @@ class Run final : public Stepper {
   Stride StrideOf(const Moment& advance) const;
   Stride ShortenToPass(StepBound& bound);
   bool PassesDefectCheck(const Stride& stride);
+  bool IsNearEnd(const StepBound& bound) const;
+  std::optional<Landing> LandingBefore(const Singularity& end) const;
+  bool IsExact(const Landing& landing) const;
+  void Land(Landing landing, const Singularity& end);
   void RequireProgress(const StepBound& bound);
   Singularity EndBefore(const StepBound& bound);
   void GoOn(const Stride& stride);
   std::vector<Real> SumToEnd(mpfr_srcptr offset) const;
   std::vector<double> StateSizes(double lengthLog2) const;
   void ShiftByExemption();
+  void Shift(std::size_t state, const Real& bound);
 
   const Tape& tape;
   RunSettings settings;
@@ -95,7 +101,9 @@ class Run final : public Stepper {
   Moment wayBegin;
   std::optional<Moment> watchedTime;
   std::vector<WatchedRoot> rootsAtEnd;
-  double stepLog2 = 0;  // of the length of the latest step
+  double stepLog2 = 0;                // of the length of the latest step
+  std::vector<double> largest;        // log2 of the largest sizes of the states on the way
+  std::optional<Singularity> landed;  // where the latest step ended, if on one
 };
 
 /// Makes runs of a tape, which must outlive them.

@@ -17,6 +17,9 @@ struct RunSettings {
   double placeBits;  ///< a step shorter than 2^-placeBits of the way is the end of the way
   /// A switch nearer to a time than 2^-onTimeBits of the way counts as at that time.
   double onTimeBits = std::numeric_limits<double>::infinity();
+  /// Where a way ends at a place that depends on the states, what they are there is known when it
+  /// is no farther than 2^-landingBits of their sizes.
+  double landingBits = std::numeric_limits<double>::infinity();
   long mostBits = 1L << 20;  ///< what the arithmetic may take where a step needs more
 };
 

@@ -27,6 +27,17 @@ const Watch* Find(const Piece& piece, ConditionId condition, const Decision& bou
   return watch == piece.watches.end() ? nullptr : &*watch;
 }
 
+/// The decisions of a piece on which expressions stay 0: they are so to its end, whatever rounding
+/// makes of them.
+Mode OnBoundaries(const Piece& piece)
+{
+  Mode mode;
+  for (const auto& [condition, decision] : piece.mode) {
+    if (IsOnBoundary(decision)) mode[condition] = decision;
+  }
+  return mode;
+}
+
 }  // namespace
 
 Singularity Settling::Sliding(const Piece& piece, const Watch& watch,
@@ -38,15 +49,22 @@ Singularity Settling::Sliding(const Piece& piece, const Watch& watch,
           .bits = rule.settings.bits};
 }
 
+/// Whether an expression stays on a boundary that is known is for the field to say.
 FoundPiece Settling::PieceAt(const SwitchPoint& point, const Mode& known)
 {
   try {
-    return pieces.At({.time = point.time,
-                      .states = point.states,
-                      .sizes = point.sizes,
-                      .backwards = point.backwards,
-                      .rule = rule.zero},
-                     known);
+    FoundPiece found = pieces.At({.time = point.time,
+                                  .states = point.states,
+                                  .sizes = point.sizes,
+                                  .backwards = point.backwards,
+                                  .rule = rule.zero},
+                                 known);
+    for (const auto& [condition, decision] : known) {
+      const auto made = found.piece->mode.find(condition);
+      if (made != found.piece->mode.end() && made->second == decision && IsOnBoundary(decision))
+        found.onBoundary.push_back(condition);
+    }
+    return found;
   } catch (const EdgeInDoubt&) {
     throw ZeroInDoubt{point.time};
   }
@@ -116,7 +134,7 @@ std::optional<SettledPiece> Settling::Onto(const SwitchPoint& point, const Piece
                                            const std::vector<const Watch*>& touched)
 {
   std::vector<Boundary> boundaries;
-  Mode stays, beyond;
+  Mode stays = OnBoundaries(before), beyond = stays;
   for (const Watch* watch : touched) {
     boundaries.push_back({watch->condition, watch->boundary});
     stays[watch->condition] = watch->boundary;
@@ -124,14 +142,11 @@ std::optional<SettledPiece> Settling::Onto(const SwitchPoint& point, const Piece
   }
   for (const Mode& known : {stays, beyond}) {
     try {
-      FoundPiece found = PieceAt(point, known);
-      for (const auto& [condition, decision] : known) {
-        // Whether it stays there is for the field to say.
-        if (IsOnBoundary(decision) && found.piece->mode.contains(condition))
-          found.onBoundary.push_back(condition);
-      }
-      SettledPiece settled = Settle(std::move(found), point);
-      if (settled.piece->mode != before.mode && GoesOn(settled, point, boundaries)) return settled;
+      SettledPiece settled = Settle(PieceAt(point, known), point);
+      if (settled.piece->mode == before.mode) continue;
+      // Throws where there is no series on it either.
+      [[maybe_unused]] const FirstTerms terms(*settled.piece, rule, point);
+      if (GoesOn(settled, point, boundaries)) return settled;
     } catch (const DomainError&) {
       // As sqrt(h) where h stays 0.
     }
@@ -149,7 +164,7 @@ SettledPiece Settling::Beyond(const SwitchPoint& point, const Piece& before,
   // To leave none of them where all were crossed would be to stay.
   const std::size_t combinations = crossed.size() == 1 ? 1 : (std::size_t{1} << count) - 1;
   for (std::size_t combination = 0; combination < combinations; ++combination) {
-    Mode known;
+    Mode known = OnBoundaries(before);
     for (std::size_t i = 0; i < crossed.size(); ++i) {
       const bool stays = i < count && ((combination >> i) & 1U) != 0;
       const Decision& decision = before.mode.at(crossed[i]->condition);

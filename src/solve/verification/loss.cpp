@@ -19,6 +19,8 @@ constexpr int kPieces = 8;
 constexpr double kPartOfEvenLoss = 0.3;
 /// A loss of so many decimals is no accident.
 constexpr double kSteadyDecimals = 6;
+/// Steps that are so much shorter than those that follow have led onto a singularity.
+constexpr double kSingular = 1e-6;
 
 }  // namespace
 
@@ -26,6 +28,11 @@ void Loss::Add(double distance, double decimals)
 {
   if (!samples.empty()) decimals = std::max(decimals, latest.decimals);
   if (!std::isfinite(decimals)) return;
+  // Behind a singularity that the way leads onto, the first long step tells what was lost there.
+  const double length = distance - latest.distance;
+  if (samples.size() > 1 && skipped == 0 && latestLength < kSingular * length)
+    samples.back().decimals = decimals;
+  latestLength = length;
   latest = {distance, decimals};
   if (samples.empty() || ++skipped == stride) Keep();
 }

@@ -35,6 +35,7 @@ class Loss {
 
   std::vector<Sample> samples;  // the first, and one out of each `stride`
   Sample latest = {0, 0};
+  double latestLength = 0;  // between the latest samples
   int stride = 1;
   int skipped = 0;
 };

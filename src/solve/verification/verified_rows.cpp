@@ -69,6 +69,7 @@ std::vector<RunSettings> VerifiedRows::Settings() const
   for (RunSettings& run : settings) {
     run.mayDeclareZero = MayDeclareZero();
     if (MayDeclareZero()) run.onTimeBits = (wanted.digits + kZeroGuardDigits) * kLog2Of10;
+    run.landingBits = (wanted.digits + kNoiseDecimals) * kLog2Of10;
     run.mostBits = wanted.maxBits;
   }
   return settings;

@@ -117,6 +117,19 @@ TEST_F(PiecewiseRunTest, StaysAtALimitThatIsTouchedWhereItsBranchEnds)
   EXPECT_TRUE(run->Latest().states[0].IsZero());
 }
 
+// y' = sqrt(max(1 - t, 0)) from 0 goes on from the branch point at 1 with 2/3.
+TEST_F(PiecewiseRunTest, LandsOnABranchPointThatSwitchesItsBranchOff)
+{
+  Equations m;
+  const Expression y = m.Variable("y", 0);
+  const Expression rest = Function(Operation::kMax, m.Number(1) - m.Time(), m.Number(0));
+  m.SetDerivative(y, Function(Operation::kSqrt, rest));
+  Begin(m.Finished());
+  EXPECT_EQ(NextSwitch().time, Moment(Rational(1)));
+  EXPECT_NEAR(run->Latest().states[0].ToDouble(), 2.0 / 3, 1e-15);
+  while (run->Latest().IsBehind(Moment(Rational(10)))) run->Step();
+}
+
 // sign(x + 1) with x = cos t: x touches -1 at pi and does not cross it.
 TEST_F(PiecewiseRunTest, DoesNotSwitchWhereAConditionTouchesItsLimit)
 {

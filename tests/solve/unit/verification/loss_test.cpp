@@ -44,6 +44,15 @@ TEST(Loss, AnEncounterDoesNotComeAgain)
   }
 }
 
+// 20 decimals on the way onto a singularity at 1, 10 more at it; from there on steps are long.
+TEST(Loss, CountsWhatALongStepLosesAtItsBegin)
+{
+  Loss loss;
+  for (int i = 1; i <= 100; ++i) loss.Add(1 - std::pow(0.8, i), -50 + 0.2 * i);
+  loss.Add(1.4, -20);
+  EXPECT_FALSE(loss.IsSteady());
+}
+
 TEST(Loss, CountsFromTheLatterHalf)
 {
   // Quiet at first, then as above.
