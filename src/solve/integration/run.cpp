@@ -198,7 +198,8 @@ void Run::BeginAgainAt(const RootAhead& root)
 /// where the expressions may have no value.
 bool Run::PassesDefectCheck(const Stride& stride)
 {
-  if (settings.disturbed) return true;
+  // One of no length lands on a root at its start.
+  if (settings.disturbed || stride.log2 == -kInfinity) return true;
   if (!defectCheck || defectCheck->Bits() != series.Bits()) {
     defectCheck.emplace(tape, settings, series.Bits());
   }

@@ -15,6 +15,7 @@ enum class SingularityKind {
   kDomainEdge,    ///< all states stay bounded, and an expression leaves its domain
   kSliding,       ///< the field points to the same boundary from both sides
   kAccumulation,  ///< switches come closer and closer to one another
+  kStandstill,    ///< events fire one another for ever, and no time passes
   kUndecided,     ///< whether an expression crosses 0 or touches it cannot be told
   kUnknown,
 };

@@ -97,6 +97,11 @@ std::string Ends::What(const Singularity& singularity) const
     case SingularityKind::kAccumulation:
       return fmt::format("events or switches accumulate there, without end, as of '{}'",
                          expression);
+    case SingularityKind::kStandstill:
+      return fmt::format(
+          "events or switches lead to one another without end, and no time passes, as "
+          "of '{}'",
+          expression);
     case SingularityKind::kUndecided:
       return fmt::format("{} bits do not tell whether '{}' crosses its limit there or touches it",
                          singularity.bits, expression);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <limits>
 
 #include "solve/evaluation/size.h"
 
@@ -34,6 +35,8 @@ std::optional<Moment> Accumulation::Add(const Moment& time)
   if (times.size() <= 2 * kGroup) return std::nullopt;
   if (times.size() > 2 * kGroup + 1) times.pop_front();
   const double now = LargestDistance(times, kGroup), before = LargestDistance(times, 0);
+  // No time at all is not less and less of it.
+  if (now == -std::numeric_limits<double>::infinity()) return std::nullopt;
   const double way = Log2Size(time - start);
   if (now > way - placeBits || now > before + kLog2Falling) return std::nullopt;
   return Limit();

@@ -161,7 +161,8 @@ void PiecewiseRun::Step()
   standstills = latest.begin == latest.end ? standstills + 1 : 0;
   if (crossings.empty()) return;
   try {
-    if (standstills > kMostStandstills) throw Undecided(crossings.front());
+    if (standstills > kMostStandstills)
+      throw EndAt(crossings.front(), SingularityKind::kStandstill);
     Pass(crossings);
   } catch (DomainError& error) {
     error.node = SameNode(model.graph, piece->tape.graph[error.node]);
@@ -188,17 +189,17 @@ void PiecewiseRun::RequireCertain(const std::vector<RootAt>& crossings) const
     if (isKnown && crossing.mostRoots == 1) continue;
     if (rule.settings.toleranceBits < rule.touchBits) throw ZeroInDoubt{latest.end};
     if (isKnown) continue;
-    throw Undecided(crossing);
+    throw EndAt(crossing, SingularityKind::kUndecided);
   }
 }
 
-/// The end of a way where it cannot be told what the expression of a root does.
-Singularity PiecewiseRun::Undecided(const RootAt& root) const
+/// The end of a way at a root.
+Singularity PiecewiseRun::EndAt(const RootAt& root, SingularityKind kind) const
 {
   const NodeId expression = WatchedOf(*piece, root).expression;
   return {.time = latest.end,
           .node = SameNode(model.graph, piece->model.graph[expression]),
-          .kind = SingularityKind::kUndecided,
+          .kind = kind,
           .bits = run->Bits()};
 }
 

@@ -40,7 +40,7 @@ class PiecewiseRun final : public Stepper {
   std::vector<RootAt> EventsAtStart(const SwitchPoint& point) const;
   std::optional<SettledPiece> OntoTouched(const std::vector<RootAt>& crossings, SwitchPoint& point);
   void Pass(const std::vector<RootAt>& crossings);
-  Singularity Undecided(const RootAt& root) const;
+  Singularity EndAt(const RootAt& root, SingularityKind kind) const;
   void RequireCertain(const std::vector<RootAt>& crossings) const;
   SwitchPoint PointAtEnd(const std::vector<RootAt>& crossings) const;
   std::vector<std::uint32_t> Firing(const std::vector<RootAt>& crossings,
