@@ -165,9 +165,13 @@ NodeId Specialisation::Replacement(NodeId id, const std::vector<Question>& asked
     case Operation::kTrunc:
       return Number(sign < 0 ? Ceil(decision) : Floor(decision), node.place);
     case Operation::kMin:
-      return sign <= 0 ? a : copies[node.operands[1]];
-    case Operation::kMax:
-      return sign >= 0 ? a : copies[node.operands[1]];
+    case Operation::kMax: {
+      const NodeId b = copies[node.operands[1]];
+      // Where both are the same, the one that varies less: max(h, 0) is 0, which has a root.
+      if (sign == 0)
+        return piece.model.graph[b].dependence < piece.model.graph[a].dependence ? b : a;
+      return (sign < 0) == (node.operation == Operation::kMin) ? a : b;
+    }
     case Operation::kLess:
       return Number(sign < 0, node.place);
     case Operation::kLessOrEqual:

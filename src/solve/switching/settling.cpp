@@ -101,14 +101,16 @@ SettledPiece Settling::Settle(FoundPiece found, const SwitchPoint& point)
     found = PieceAt(point, mode);
   }
   SettledPiece settled{found.piece, {}};
-  if (GoesOn(settled, point, left)) return settled;
+  Mode staying;
+  if (GoesOn(settled, point, left, staying)) return settled;
   throw Sliding(*settled.piece,
                 *Find(*settled.piece, left.front().condition, left.front().decision), point);
 }
 
-/// Whether the expressions of the boundaries go to the sides that the piece is for.
+/// Whether the expressions of the boundaries go to the sides that the piece is for. Adds those that
+/// stay where they are instead.
 bool Settling::GoesOn(SettledPiece& settled, const SwitchPoint& point,
-                      const std::vector<Boundary>& boundaries) const
+                      const std::vector<Boundary>& boundaries, Mode& staying) const
 {
   std::optional<FirstTerms> terms;
   for (const Boundary& boundary : boundaries) {
@@ -125,31 +127,30 @@ bool Settling::GoesOn(SettledPiece& settled, const SwitchPoint& point,
     }
     const FirstTerm first = terms->Of(watch->line, 1);
     if (first.sign == -watch->sign) return false;
+    if (first.sign == 0) staying[boundary.condition] = boundary.decision;
     settled.zeroTerms[watch->line] = first.order;
   }
-  return true;
+  return staying.empty();
 }
 
 std::optional<SettledPiece> Settling::Onto(const SwitchPoint& point, const Piece& before,
                                            const std::vector<const Watch*>& touched)
 {
   std::vector<Boundary> boundaries;
-  Mode stays = OnBoundaries(before), beyond = stays;
+  Mode known = OnBoundaries(before);
   for (const Watch* watch : touched) {
     boundaries.push_back({watch->condition, watch->boundary});
-    stays[watch->condition] = watch->boundary;
-    beyond[watch->condition] = watch->Beyond();
+    known[watch->condition] = watch->boundary;
   }
-  for (const Mode& known : {stays, beyond}) {
-    try {
-      SettledPiece settled = Settle(PieceAt(point, known), point);
-      if (settled.piece->mode == before.mode) continue;
-      // Throws where there is no series on it either.
-      [[maybe_unused]] const FirstTerms terms(*settled.piece, rule, point);
-      if (GoesOn(settled, point, boundaries)) return settled;
-    } catch (const DomainError&) {
-      // As sqrt(h) where h stays 0.
-    }
+  try {
+    SettledPiece settled = Settle(PieceAt(point, known), point);
+    if (settled.piece->mode == before.mode) return std::nullopt;
+    // Throws where there is no series on it either.
+    [[maybe_unused]] const FirstTerms terms(*settled.piece, rule, point);
+    Mode staying;
+    if (GoesOn(settled, point, boundaries, staying)) return settled;
+  } catch (const DomainError&) {
+    // As with sqrt(h) where h stays 0.
   }
   return std::nullopt;
 }
@@ -171,7 +172,15 @@ SettledPiece Settling::Beyond(const SwitchPoint& point, const Piece& before,
       known[crossed[i]->condition] = stays ? decision : crossed[i]->Beyond();
     }
     SettledPiece settled = Settle(PieceAt(point, known), point);
-    if (GoesOn(settled, point, boundaries)) return settled;
+    Mode staying;
+    if (GoesOn(settled, point, boundaries, staying)) return settled;
+    if (staying.empty()) continue;
+    // What reaches 0 and stays there has no sign.
+    for (const auto& [condition, decision] : staying) known[condition] = decision;
+    settled = Settle(PieceAt(point, known), point);
+    staying.clear();
+    if (settled.piece->mode != before.mode && GoesOn(settled, point, boundaries, staying))
+      return settled;
   }
   throw Sliding(before, *crossed.front(), point);
 }

@@ -33,8 +33,8 @@ class Settling {
   /// Behind the roots of some watches of a piece, which it ends at.
   SettledPiece Beyond(const SwitchPoint& point, const Piece& before,
                       const std::vector<const Watch*>& crossed);
-  /// Where some watches touch 0 and the piece ends: the one on which they stay 0 or, where that has
-  /// no solution either, on which they count as beyond; none if there is none.
+  /// Where some watches touch 0 and the piece ends: the one on which they stay 0, or where the
+  /// field there leads; none if there is none.
   std::optional<SettledPiece> Onto(const SwitchPoint& point, const Piece& before,
                                    const std::vector<const Watch*>& touched);
 
@@ -51,7 +51,7 @@ class Settling {
   FoundPiece PieceAt(const SwitchPoint& point, const Mode& known);
   SettledPiece Settle(FoundPiece found, const SwitchPoint& point);
   bool GoesOn(SettledPiece& settled, const SwitchPoint& point,
-              const std::vector<Boundary>& boundaries) const;
+              const std::vector<Boundary>& boundaries, Mode& staying) const;
 
   Singularity Sliding(const Piece& piece, const Watch& watch, const SwitchPoint& point) const;
 
