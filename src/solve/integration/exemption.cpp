@@ -44,6 +44,14 @@ std::vector<bool> Dependents(const Tape& tape, std::vector<bool> lines)
   return lines;
 }
 
+/// log2 of the step that lines with these bounds allow: infinite where there are none.
+double Least(std::span<const double> bounds)
+{
+  double least = kInfinity;
+  for (const double bound : bounds) least = std::min(least, bound);
+  return least;
+}
+
 }  // namespace
 
 /// What one attempt to find exempt lines knows.
@@ -173,7 +181,7 @@ bool ExemptionRule::IsWorthTrying(const Series& series, const StepControl& contr
                                   const Point& point)
 {
   if (isTooLarge) return false;
-  const double held = std::ranges::min(control.LineBounds());
+  const double held = Least(control.LineBounds());
   if (!std::isfinite(held)) return false;
   if (stepsToSkip > 0) {
     --stepsToSkip;
@@ -183,7 +191,7 @@ bool ExemptionRule::IsWorthTrying(const Series& series, const StepControl& contr
   if (held + trial.Scale() + kLeastGain > point.longestLog2) return false;
   // States stay in any cut, too.
   const std::span states(control.LineBounds().data(), point.states.size());
-  if (std::ranges::min(states) <= held + kLeastHope) return false;
+  if (Least(states) <= held + kLeastHope) return false;
   const std::vector<bool> plausible = trial.Plausible(held + trial.Scale());
   if (std::ranges::find(plausible, true) == plausible.end()) return false;
   return trial.Bound(CutAt(tape, plausible)) > held + kLeastHope;
@@ -192,7 +200,7 @@ bool ExemptionRule::IsWorthTrying(const Series& series, const StepControl& contr
 std::optional<Exemption> ExemptionRule::Find(const Series& series, const StepControl& control,
                                              const Point& point)
 {
-  const double held = std::ranges::min(control.LineBounds());
+  const double held = Least(control.LineBounds());
   const Trial trial{*this, series, control, point};
   const double shortest = held + trial.Scale() + kLeastGain;
   if (!std::isfinite(held) || shortest > point.longestLog2) return std::nullopt;

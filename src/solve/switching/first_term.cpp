@@ -34,8 +34,7 @@ void Move(Real& state, double sizeLog2, double noiseBits, std::size_t key)
 FirstTerms::FirstTerms(const Piece& piece, const SwitchRule& rule, const SwitchPoint& point)
     : rule(rule), time(point.time)
 {
-  const mpfr_prec_t bits = std::max(
-      rule.settings.bits, point.states.empty() ? mpfr_prec_t{64} : point.states.front().Bits());
+  const mpfr_prec_t bits = point.BitsFrom(rule.settings.bits);
   Real start(bits + 64);
   time.Evaluate(start);
   const auto begin = [&](const std::vector<Real>& states) {

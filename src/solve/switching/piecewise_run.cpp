@@ -48,10 +48,10 @@ bool HasAssignments(const std::vector<const Event*>& events)
                              [](const Event* event) { return !event->assignments.empty(); });
 }
 
-/// The sign of an expression at a point.
-int SignAt(const Graph& graph, NodeId expression, const SwitchPoint& point)
+/// The sign of an expression at a point, by at least so many bits.
+int SignAt(const Graph& graph, NodeId expression, const SwitchPoint& point, mpfr_prec_t leastBits)
 {
-  const mpfr_prec_t bits = point.states.front().Bits() + kGuardBits;
+  const mpfr_prec_t bits = point.BitsFrom(leastBits) + kGuardBits;
   Real time(bits);
   point.time.Evaluate(time);
   Evaluator evaluator(graph, {expression}, bits);
@@ -127,7 +127,8 @@ std::vector<RootAt> PiecewiseRun::EventsAtStart(const SwitchPoint& point) const
   }
   for (std::size_t i = 0; i < piece->events.size(); ++i) {
     const Watched& event = piece->events[i];
-    if (event.time || SignAt(piece->model.graph, event.expression, point) != 0) continue;
+    if (event.time || SignAt(piece->model.graph, event.expression, point, rule.settings.bits) != 0)
+      continue;
     const FirstTerm first = FirstTerms(*piece, rule, point).Of(event.line, 1);
     const int before = first.order % 2 == 1 ? -first.sign : first.sign;
     crossings.push_back({true, i, before, first.sign, first.order});
@@ -243,8 +244,8 @@ std::vector<std::uint32_t> PiecewiseRun::Firing(const std::vector<RootAt>& cross
       }
     } else if (behind.piece != piece) {
       // Its expression may jump over 0.
-      before = SignAt(piece->model.graph, piece->events[i].expression, point);
-      after = SignAt(behind.piece->model.graph, event.expression, point);
+      before = SignAt(piece->model.graph, piece->events[i].expression, point, rule.settings.bits);
+      after = SignAt(behind.piece->model.graph, event.expression, point, rule.settings.bits);
     }
     if (before * after < 0 && Counts(model.events[i], before)) firing.push_back(i);
   }
@@ -345,7 +346,8 @@ void PiecewiseRun::Pass(const std::vector<RootAt>& crossings)
     const NodeId expression = behind.piece->events[crossing.index].expression;
     const Graph& graph = behind.piece->model.graph;
     // Assignments that leave it at 0 do not fire it again.
-    if (!DependsOnAssigned(graph, expression, fired) || SignAt(graph, expression, point) == 0)
+    if (!DependsOnAssigned(graph, expression, fired) ||
+        SignAt(graph, expression, point, rule.settings.bits) == 0)
       zeroEvents.push_back(crossing);
   }
   Begin(std::move(behind), point, zeroEvents);

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <algorithm>
 #include <vector>
+
+#include <mpfr.h>
 
 #include "solve/evaluation/edges.h"
 #include "solve/integration/run_settings.h"
@@ -15,6 +18,12 @@ struct SwitchPoint {
   std::vector<Real> states;
   std::vector<double> sizes;  ///< log2 of the sizes of the states
   bool backwards;
+
+  /// The precision of the states, but at least this one.
+  mpfr_prec_t BitsFrom(mpfr_prec_t least) const
+  {
+    return states.empty() ? least : std::max(least, states.front().Bits());
+  }
 };
 
 /// How exactly the runs of a problem decide what is 0.
