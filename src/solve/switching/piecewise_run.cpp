@@ -75,7 +75,8 @@ PiecewiseRun::PiecewiseRun(Pieces& pieces, const Model& model, const SwitchRule&
              .end = start,
              .backwards = reach < start,
              .states = std::move(states),
-             .stateSizes = {}}
+             .stateSizes = {},
+             .bits = rule.settings.bits}
 {
   for (const Real& state : latest.states) latest.stateSizes.push_back(Log2Size(state));
   BeginAtStart();

@@ -31,7 +31,8 @@ class PiecewiseRun final : public Stepper {
   /// Throws what Run throws, and StoppedByEvent.
   void Step() override;
   const DenseStep& Latest() const override { return latest; }
-  std::size_t LineCount() const override { return piece->tape.lines.size(); }
+  /// 0 where the way ends at its start.
+  std::size_t LineCount() const override { return piece ? piece->tape.lines.size() : 0; }
 
  private:
   void BeginAtStart();
