@@ -60,6 +60,7 @@ struct ExemptionRule::Trial {
   const Series& series;
   const StepControl& control;
   const Point& point;
+  std::vector<double> lineBounds;  // of all lines, where they are needed
 
   double Scale() const { return static_cast<double>(point.scaleExponent); }
 
@@ -94,7 +95,7 @@ struct ExemptionRule::Trial {
   {
     double bound = kInfinity;
     for (LineId id = 0; id < cut.leftOut.size(); ++id) {
-      if (!cut.leftOut[id]) bound = std::min(bound, control.LineBounds()[id]);
+      if (!cut.leftOut[id]) bound = std::min(bound, lineBounds[id]);
     }
     return bound;
   }
@@ -107,7 +108,7 @@ struct ExemptionRule::Trial {
     const double bound = Bound(CutAt(rule.tape, candidates));
     if (bound < held + kLeastGain) return std::nullopt;
     std::vector<bool> holding(candidates.size());
-    for (LineId id = 0; id < holding.size(); ++id) holding[id] = control.LineBounds()[id] < bound;
+    for (LineId id = 0; id < holding.size(); ++id) holding[id] = lineBounds[id] < bound;
     holding = Dependents(rule.tape, std::move(holding));
     for (LineId id = 0; id < holding.size(); ++id) candidates[id] = candidates[id] && holding[id];
     TapeCut cut = CutAt(rule.tape, std::move(candidates));
@@ -181,27 +182,28 @@ bool ExemptionRule::IsWorthTrying(const Series& series, const StepControl& contr
                                   const Point& point)
 {
   if (isTooLarge) return false;
-  const double held = Least(control.LineBounds());
+  const double held = control.Bound().log2;
   if (!std::isfinite(held)) return false;
   if (stepsToSkip > 0) {
     --stepsToSkip;
     return false;
   }
-  const Trial trial{*this, series, control, point};
+  Trial trial{*this, series, control, point, {}};
   if (held + trial.Scale() + kLeastGain > point.longestLog2) return false;
-  // States stay in any cut, too.
-  const std::span states(control.LineBounds().data(), point.states.size());
-  if (Least(states) <= held + kLeastHope) return false;
   const std::vector<bool> plausible = trial.Plausible(held + trial.Scale());
   if (std::ranges::find(plausible, true) == plausible.end()) return false;
+  trial.lineBounds = control.LineBounds(series);
+  // States stay in any cut, too.
+  const std::span states(trial.lineBounds.data(), point.states.size());
+  if (Least(states) <= held + kLeastHope) return false;
   return trial.Bound(CutAt(tape, plausible)) > held + kLeastHope;
 }
 
 std::optional<Exemption> ExemptionRule::Find(const Series& series, const StepControl& control,
                                              const Point& point)
 {
-  const double held = Least(control.LineBounds());
-  const Trial trial{*this, series, control, point};
+  const double held = control.Bound().log2;
+  const Trial trial{*this, series, control, point, control.LineBounds(series)};
   const double shortest = held + trial.Scale() + kLeastGain;
   if (!std::isfinite(held) || shortest > point.longestLog2) return std::nullopt;
   const auto cut = trial.WorthwhileCut(held);

@@ -49,6 +49,7 @@ double LongestFall(std::span<const double> terms, double first, double tolerance
   const auto k = static_cast<double>(terms.size() - 1);
   const double tolerated = terms.back() - tolerance;
   double longest = first == -kInfinity ? -kInfinity : (first - tolerated) / k;
+  if (longest > enough) return longest;
   double distance = k;
   for (const double term : terms.subspan(1, terms.size() - 2)) {
     distance -= 1;
@@ -115,8 +116,8 @@ void StepControl::ExtendFlatLines(Series& series, const std::vector<bool>& leftO
 
 /// log2 of the longest step for which the terms of a line fall as they should: the least over its
 /// last orders k of  max over j < k of (tol |c_j| / |c_k|)^(1/(k-j)) * tol^(1/p - 1/k), where k
-/// counts from the first term that is not 0 in a flat line.
-double StepControl::AccuracyBound(std::span<const double> terms, double size) const
+/// counts from the first term that is not 0 in a flat line. A bound that is known is lowered so.
+double StepControl::AccuracyBound(std::span<const double> terms, double size, double known) const
 {
   const double tolerance = -settings.toleranceBits;
   const double usual = 1.0 / settings.order;
@@ -132,39 +133,49 @@ double StepControl::AccuracyBound(std::span<const double> terms, double size) co
   const int last = static_cast<int>(terms.size()) - 1;
   const int least = AreShown(terms) ? 0 : last / 2;
 
-  double bound = kInfinity;
+  double lowest = known;
   int found = 0;
   for (int k = last; k > least && found < kTermsForRadius; --k) {
     if (terms[k] == -kInfinity) continue;
     ++found;
     const double atOrder = tolerance * (usual - 1.0 / (k - begin));
-    const double longest = LongestFall(terms.first(k + 1), first, tolerance, bound - atOrder);
+    const double longest = LongestFall(terms.first(k + 1), first, tolerance, lowest - atOrder);
     // The first of all terms that are not zero says nothing by itself.
     if (longest == -kInfinity) continue;
-    bound = std::min(bound, longest + atOrder);
+    lowest = std::min(lowest, longest + atOrder);
   }
-  return bound;
+  return lowest;
 }
 
-StepBound StepControl::Choose(Series& series, const std::vector<bool>& leftOut)
+/// Whether a line has a say in the step chosen last.
+bool StepControl::Counts(const Series& series, LineId id) const
 {
+  return !leftOut[id] && !IsShortPolynomial(tape.lines[id], series.Order() + 1);
+}
+
+StepBound StepControl::Choose(Series& series, const std::vector<bool>& linesLeftOut)
+{
+  leftOut = linesLeftOut;
   series.ExtendTo(settings.order);
   ExtendFlatLines(series, leftOut);
   sizes = LineSizes(tape, series);
 
-  StepBound bound{kInfinity, kNone};
-  lineBounds.assign(tape.lines.size(), kInfinity);
-  const auto lower = [&](double log2, LineId id) {
-    // NaN, from terms that are no numbers, counts as no step at all.
-    if (std::isnan(log2)) log2 = -kInfinity;
-    lineBounds[id] = std::min(lineBounds[id], log2);
-    if (log2 < bound.log2) bound = {log2, id};
-  };
+  bound = {kInfinity, kNone};
   for (LineId id = 0; id < tape.lines.size(); ++id) {
-    if (leftOut[id] || IsShortPolynomial(tape.lines[id], series.Order() + 1)) continue;
-    lower(AccuracyBound(series.Logs(id), sizes[id]), id);
+    if (!Counts(series, id)) continue;
+    const double log2 = AccuracyBound(series.Logs(id), sizes[id], bound.log2);
+    if (log2 < bound.log2) bound = {log2, id};
   }
   return bound;
+}
+
+std::vector<double> StepControl::LineBounds(const Series& series) const
+{
+  std::vector<double> bounds(tape.lines.size(), kInfinity);
+  for (LineId id = 0; id < bounds.size(); ++id) {
+    if (Counts(series, id)) bounds[id] = AccuracyBound(series.Logs(id), sizes[id], kInfinity);
+  }
+  return bounds;
 }
 
 }  // namespace varno::solve

@@ -31,8 +31,11 @@ class StepControl {
   /// The step chosen last is made: lines that showed too few terms for it are left in peace in
   /// those that follow.
   void StepMade() { settledLines = flatLines; }
-  /// What each line allows of the step chosen last, log2 in units of the series' scale.
-  const std::vector<double>& LineBounds() const { return lineBounds; }
+  /// The bound of the step chosen last.
+  const StepBound& Bound() const { return bound; }
+  /// What each line allows of the step chosen last with this series, log2 in units of its scale;
+  /// +infinity for those that do not count.
+  std::vector<double> LineBounds(const Series& series) const;
   /// log2 of the sizes of all lines at the start of the step chosen last.
   const std::vector<double>& Sizes() const { return sizes; }
 
@@ -40,14 +43,17 @@ class StepControl {
   void ExtendFlatLines(Series& series, const std::vector<bool>& leftOut);
   int MostOrder(const Series& series, LineId id) const;
   bool NeedsMoreTerms(const Series& series, LineId id) const;
-  double AccuracyBound(std::span<const double> terms, double size) const;
+  bool Counts(const Series& series, LineId id) const;
+  double AccuracyBound(std::span<const double> terms, double size, double known) const;
 
   const Tape& tape;
   RunSettings settings;
   std::vector<bool> flatLines;     // too few terms even at the highest order
   std::vector<bool> settledLines;  // those of the steps before
+  // Of the step chosen last
+  StepBound bound{};
+  std::vector<bool> leftOut;
   std::vector<double> sizes;
-  std::vector<double> lineBounds;
 };
 
 }  // namespace varno::solve
