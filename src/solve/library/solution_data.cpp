@@ -171,13 +171,15 @@ RunEnded Solution::Implementation::AtLimit(const std::string& limit, const Momen
   return ends.AtLimit(limit, time, RowsBeyond(time));
 }
 
-/// Within steps: interruption, and the limit of time.
-void Solution::Implementation::EndWhereAsked() const
+/// Within steps, and at each row with its time: interruption, and the limit of time.
+void Solution::Implementation::EndWhereAsked(const Moment* rowTime) const
 {
-  if (options.interrupted && options.interrupted())
-    throw ends.Interrupted(Reached(), RowsBeyond(Reached()));
-  if (options.maxSeconds && SecondsSinceBegin() >= *options.maxSeconds)
-    throw AtLimit(fmt::format("--max-seconds {}", *options.maxSeconds), Reached());
+  const bool isInterrupted = options.interrupted && options.interrupted();
+  const bool isLate = options.maxSeconds && SecondsSinceBegin() >= *options.maxSeconds;
+  if (!isInterrupted && !isLate) return;
+  const Moment time = rowTime != nullptr ? *rowTime : Reached();
+  if (isInterrupted) throw ends.Interrupted(time, RowsBeyond(time));
+  throw AtLimit(fmt::format("--max-seconds {}", *options.maxSeconds), time);
 }
 
 /// After each step: limits, interruption, stiffness, progress.
@@ -208,6 +210,8 @@ std::optional<Row> Solution::Implementation::Next()
   if (begin == std::chrono::steady_clock::time_point()) begin = std::chrono::steady_clock::now();
   try {
     while (const std::optional<VerifiedRow> row = rows->Next()) {
+      // A step may have any number of rows.
+      EndWhereAsked(&row->time);
       for (const RowNumber& number : row->numbers) numbersAtJumps += number.isAtJump ? 1 : 0;
       if (!row->event || row->event != PeriodEvent()) return MakeRow(*row);
       if (std::optional<Row> found = AddReturn(*row)) return found;

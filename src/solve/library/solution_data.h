@@ -43,7 +43,7 @@ struct Solution::Implementation {
   void RecordStep(std::size_t run, const DenseStep& step);
   Step MakeStep(int run, std::shared_ptr<const StepPolynomial> polynomial) const;
   Value MakeTime(const Moment& time, mpfr_prec_t bits) const;
-  void EndWhereAsked() const;
+  void EndWhereAsked(const Moment* rowTime = nullptr) const;
   Moment Reached() const;
   std::optional<Moment> RowsBeyond(const Moment& time) const;
   RunEnded AtLimit(const std::string& limit, const Moment& time) const;
