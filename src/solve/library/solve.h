@@ -267,7 +267,7 @@ class Solution {
   /// where it is not known beforehand.
   int TimeWidth() const;
   /// The next row, event (Row::event) or period (Row::period), none after the last. Throws RunEnded
-  /// where the run ends early, InputError where an expression has no value at the start.
+  /// where the run ends early, at its start, too, where an expression has no value there.
   std::optional<Row> Next();
   /// With Options::keepSteps: the solution at any time, a constant expression, that lies between
   /// the start and the latest row, in any order. Throws InputError where it does not, RunEnded
