@@ -10,6 +10,8 @@ namespace {
 
 /// To reduce larger angles would take as many digits of pi.
 constexpr mpfr_exp_t kLargestAngleExponent = 1'000'000;
+/// Of an end nearer to 0 than 2^this, MPFI would take as many.
+constexpr mpfr_exp_t kSmallestAngleExponent = -10'000;
 /// Constants are computed to so many bits more than are kept.
 constexpr mpfr_prec_t kConstantGuardBits = 16;
 
@@ -36,6 +38,26 @@ bool IsSmallAngle(const Range& a)
 {
   const Real size = a.Magnitude();
   return size.IsZero() || mpfr_get_exp(static_cast<mpfr_srcptr>(size)) <= kLargestAngleExponent;
+}
+
+/// Moves the end of an angle away, by the sign of `outwards`, from 0 or to it where it is very
+/// near.
+Real Settled(mpfr_srcptr end, int outwards)
+{
+  Real result(mpfr_get_prec(end));
+  mpfr_set(result, end, MPFR_RNDN);
+  if (mpfr_regular_p(end) == 0 || mpfr_get_exp(end) >= kSmallestAngleExponent) return result;
+  const bool isAway = (mpfr_sgn(end) > 0) == (outwards > 0);
+  mpfr_set_si_2exp(result, isAway ? outwards : 0, kSmallestAngleExponent, MPFR_RNDN);
+  return result;
+}
+
+/// A range that holds an angle and has no end very near to 0.
+Range Angle(const Range& a)
+{
+  Range result(a.Bits());
+  mpfi_interv_fr(result, Settled(a.Left(), -1), Settled(a.Right(), 1));
+  return result;
 }
 
 /// Whether a lies in [-limit, limit], or outside of [-limit, limit].
@@ -69,13 +91,13 @@ bool Function(Operation function, const Range& a, Range& result)
       mpfi_log(result, a);
       return a.IsPositive();
     case Operation::kSin:
-      return IsSmallAngle(a) && mpfi_sin(result, a) >= 0;
+      return IsSmallAngle(a) && mpfi_sin(result, Angle(a)) >= 0;
     case Operation::kCos:
-      return IsSmallAngle(a) && mpfi_cos(result, a) >= 0;
+      return IsSmallAngle(a) && mpfi_cos(result, Angle(a)) >= 0;
     case Operation::kTan:
-      return IsSmallAngle(a) && mpfi_tan(result, a) >= 0;
+      return IsSmallAngle(a) && mpfi_tan(result, Angle(a)) >= 0;
     case Operation::kCot:
-      return IsSmallAngle(a) && mpfi_cot(result, a) >= 0;
+      return IsSmallAngle(a) && mpfi_cot(result, Angle(a)) >= 0;
     case Operation::kAsin:
       return IsWithin(a, 1) && mpfi_asin(result, a) >= 0;
     case Operation::kAcos:

@@ -12,6 +12,7 @@
 
 #include "solve/enclosure/derivative_ranges.h"
 #include "solve/evaluation/evaluator.h"
+#include "solve/number/exponent_range.h"
 #include "solve/tape/compile.h"
 #include "tests/solve/support/equations.h"
 
@@ -199,6 +200,41 @@ TEST(LineRanges, KeepTheirExponents)
   EXPECT_TRUE(Holds(range, exact));
   EXPECT_TRUE(range.IsPositive());
   EXPECT_NE(0, mpfr_less_p(range.Left(), range.Right()));
+}
+
+// An angle that ends very near to 0 takes no more digits of pi than others.
+TEST(LineRanges, OfAnglesNearZero)
+{
+  const ScopedExponentRange exponents;
+  Real above(kBits), below(kBits), half(kBits);
+  mpfr_nextabove(above);
+  mpfr_nextbelow(below);
+  mpfr_set_d(half, 0.5, MPFR_RNDN);
+  for (const Operation function : {Operation::kSin, Operation::kCos, Operation::kTan}) {
+    const Model model = With(function);
+    const Tape tape = Compile(model);
+    const LineRanges lines(tape, kBits);
+    Evaluator evaluator(model.graph, {model.states[0].rightHandSide}, kReferenceBits);
+    const auto expectHeld = [&](const Real& left, const Real& right) {
+      Range angle(kBits);
+      mpfi_interv_fr(angle, left, right);
+      const auto ranges =
+          lines.Over({Between(0, 1), {angle}}, std::vector<bool>(tape.lines.size()));
+      ASSERT_TRUE(ranges);
+      for (const Real& x : {left, right}) {
+        evaluator.Evaluate(Number(0), std::vector<Real>{x});
+        EXPECT_TRUE(Holds((*ranges)[tape.rightHandSides[0]], evaluator[0]))
+            << FunctionName(function);
+      }
+      const Range& range = (*ranges)[tape.rightHandSides[0]];
+      Real width(kBits);
+      mpfr_sub(width, range.Right(), range.Left(), MPFR_RNDU);
+      EXPECT_LT(width.ToDouble(), 0.55) << FunctionName(function);
+    };
+    expectHeld(below, half);
+    expectHeld(above, half);
+    expectHeld(below, above);
+  }
 }
 
 // What uses a zeroed line sees 0 and its values.
