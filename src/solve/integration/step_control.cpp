@@ -100,7 +100,7 @@ int StepControl::MostOrder(const Series& series, LineId id) const
 
 /// Raises the order until every line shows enough terms, or to the highest. A line that shows none
 /// even there is taken for what it seems in the steps that follow, until it moves.
-void StepControl::ExtendFlatLines(Series& series, const std::vector<bool>& leftOut)
+void StepControl::ExtendFlatLines(Series& series)
 {
   const bool isWhole = std::ranges::find(leftOut, true) == leftOut.end();
   const std::vector<bool> still = isWhole ? leftOut : StillLines(tape, leftOut);
@@ -157,7 +157,7 @@ StepBound StepControl::Choose(Series& series, const std::vector<bool>& linesLeft
 {
   leftOut = linesLeftOut;
   series.ExtendTo(settings.order);
-  ExtendFlatLines(series, leftOut);
+  ExtendFlatLines(series);
   sizes = LineSizes(tape, series);
 
   bound = {kInfinity, kNone};

@@ -40,7 +40,7 @@ class StepControl {
   const std::vector<double>& Sizes() const { return sizes; }
 
  private:
-  void ExtendFlatLines(Series& series, const std::vector<bool>& leftOut);
+  void ExtendFlatLines(Series& series);
   int MostOrder(const Series& series, LineId id) const;
   bool NeedsMoreTerms(const Series& series, LineId id) const;
   bool Counts(const Series& series, LineId id) const;
