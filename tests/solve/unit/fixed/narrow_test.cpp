@@ -90,7 +90,9 @@ TEST(Narrow, StoresToNearest)
       // The row before keeps its value when the exponent grows for a larger term.
       EXPECT_LE(abs(Exact(NarrowArithmetic::Load(terms, 0)) - 1), unit / 2);
       const mpq_class beyond = abs(Exact(value)) - 4;
-      if (abs(beyond) > unit) EXPECT_EQ(terms.exponent > 3, beyond > 0);
+      if (abs(beyond) > unit) {
+        EXPECT_EQ(terms.exponent > 3, beyond > 0);
+      }
     }
   }
 }
@@ -107,7 +109,9 @@ TEST(Narrow, MultipliesByWholeNumbers)
       // An exact product where it fits, else at least 100 bits of it; large factors move the unit.
       const mpq_class error = abs(Exact(value) - expected);
       EXPECT_LE(error, 2 * UnitOf(value.exponent));
-      if (factor > -32768 && factor < 32768) EXPECT_LE(error, abs(expected) * Power(-100));
+      if (factor > -32768 && factor < 32768) {
+        EXPECT_LE(error, abs(expected) * Power(-100));
+      }
       EXPECT_TRUE(narrow::FitsBits(value.mantissa, narrow::kValueBits));
     }
   }
@@ -125,7 +129,9 @@ TEST(Narrow, AddsWithinAUnit)
       NarrowArithmetic::Add(sum, other);
       EXPECT_LE(abs(Exact(sum) - expected), UnitOf(sum.exponent));
       EXPECT_TRUE(narrow::FitsBits(sum.mantissa, narrow::kValueBits));
-      if (!sum.lost) EXPECT_EQ(Exact(sum), expected);
+      if (!sum.lost) {
+        EXPECT_EQ(Exact(sum), expected);
+      }
     }
   }
 }
