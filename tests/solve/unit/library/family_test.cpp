@@ -6,6 +6,7 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <mpfr.h>
 
 #include "solve/library/solve.h"
 
@@ -138,6 +139,7 @@ TEST(Family, ThreadsShareIt)
         const std::vector<SweptValue> member{values.at(i), values.at(j)};
         EXPECT_EQ(BySettings(problem, {"a", "n"}, member, kOptions), ByFamily(family, member));
       }
+      mpfr_free_cache();  // which belongs to the thread
     });
   }
 }
