@@ -208,10 +208,11 @@ std::optional<Row> Solution::Implementation::Next()
 {
   const ScopedExponentRange range;
   if (begin == std::chrono::steady_clock::time_point()) begin = std::chrono::steady_clock::now();
+  const bool hasGiven = rows->LastGiven().has_value();
   try {
     while (const std::optional<VerifiedRow> row = rows->Next()) {
       // A step may have any number of rows. The first takes no step.
-      if (rows->RowsGiven() > 1) EndWhereAsked(&row->time);
+      if (hasGiven) EndWhereAsked(&row->time);
       for (const RowNumber& number : row->numbers) numbersAtJumps += number.isAtJump ? 1 : 0;
       if (!row->event || row->event != PeriodEvent()) return MakeRow(*row);
       if (std::optional<Row> found = AddReturn(*row)) return found;
