@@ -10,7 +10,6 @@
 #include <cstdlib>
 #include <iomanip>
 #include <iostream>
-#include <limits>
 #include <string>
 
 #include "bench/cpu_clock.h"
