@@ -13,6 +13,7 @@
 #include <string>
 
 #include "bench/cpu_clock.h"
+#include "bench/odeint_kepler.h"
 #include "bench/odeint_number.h"
 
 namespace {
@@ -34,23 +35,8 @@ struct Lorenz {
 };
 
 template <class Real>
-struct Kepler {
-  using State = std::array<Real, 4>;
+struct Kepler : varno::Kepler<Real> {
   static constexpr int kEnd = 10;
-
-  static State Start()
-  {
-    using std::sqrt;
-    return {Real(0.5), Real(0), Real(0), sqrt(Real(3))};
-  }
-  void operator()(const State& state, State& derivative, const Real&) const
-  {
-    using std::sqrt;
-    const auto& [x, y, u, v] = state;
-    const Real square = x * x + y * y;
-    const Real inverseCube = 1 / (square * sqrt(square));
-    derivative = {u, v, -x * inverseCube, -y * inverseCube};
-  }
 };
 
 template <class Real>

@@ -3,7 +3,8 @@
 // Usage: odeint_kepler DIGITS TOLERANCE TIME prints seconds of processor time, x and y at TIME.
 // DIGITS 0 computes in double precision.
 
-#include <array>
+#include "bench/odeint_kepler.h"
+
 #include <boost/numeric/odeint.hpp>
 #include <cstdlib>
 #include <iomanip>
@@ -16,31 +17,17 @@ namespace {
 
 namespace odeint = boost::numeric::odeint;
 
-/// x, y and the velocities u, v.
-template <class Real>
-using State = std::array<Real, 4>;
-
-template <class Real>
-void Kepler(const State<Real>& state, State<Real>& derivative, const Real&)
-{
-  using std::sqrt;
-  const auto& [x, y, u, v] = state;
-  const Real square = x * x + y * y;
-  const Real inverseCube = 1 / (square * sqrt(square));
-  derivative = {u, v, -x * inverseCube, -y * inverseCube};
-}
-
 template <class Real>
 void Solve(const char* toleranceText, const char* timeText, int digits)
 {
-  using std::sqrt;
-  using Stepper = odeint::runge_kutta_fehlberg78<State<Real>, Real, State<Real>, Real>;
+  using State = typename varno::Kepler<Real>::State;
+  using Stepper = odeint::runge_kutta_fehlberg78<State, Real, State, Real>;
   const Real tolerance(std::atof(toleranceText));
   const Real finalTime(std::atof(timeText));
-  State<Real> state = {Real(0.5), Real(0), Real(0), sqrt(Real(3))};
+  State state = varno::Kepler<Real>::Start();
   const double start = varno::CpuSeconds();
-  odeint::integrate_adaptive(odeint::make_controlled<Stepper>(tolerance, tolerance), Kepler<Real>,
-                             state, Real(0), finalTime, Real(0.01));
+  odeint::integrate_adaptive(odeint::make_controlled<Stepper>(tolerance, tolerance),
+                             varno::Kepler<Real>(), state, Real(0), finalTime, Real(0.01));
   const double seconds = varno::CpuSeconds() - start;
   std::cout << seconds << ' ' << std::setprecision(digits) << state[0] << ' ' << state[1] << '\n';
 }
