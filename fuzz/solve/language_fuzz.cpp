@@ -81,20 +81,21 @@ void ReadConstant(Model& model, const std::string& text, Sources& sources)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
   if (size > kMaxBytes) return 0;
-  std::vector<std::string> parts = Split({reinterpret_cast<const char*>(data), size});
+  const std::vector<std::string> parts = Split({reinterpret_cast<const char*>(data), size});
 
   Sources sources;
   Diagnostics diagnostics;
   const std::uint32_t source = sources.Add("fuzz.varno", parts.front());
-  parts.erase(parts.begin());
+  std::vector<Setting> settings;
+  for (std::size_t i = 1; i < parts.size(); ++i) settings.push_back({parts[i], "--set"});
   const Syntax syntax = ParseProblem(sources, source, diagnostics);
-  Model model = BuildModel(syntax, parts, sources, diagnostics);
+  Model model = BuildModel(syntax, settings, sources, diagnostics);
   Render(diagnostics, sources);
   if (diagnostics.HasErrors()) return 0;
 
   CheckInvariants(model);
   PrintModel(model);
   for (const Column& column : model.columns) PrintExpression(model, column.value);
-  if (!parts.empty()) ReadConstant(model, parts.back(), sources);
+  if (parts.size() > 1) ReadConstant(model, parts.back(), sources);
   return 0;
 }

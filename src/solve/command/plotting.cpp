@@ -16,14 +16,14 @@ namespace varno::solve {
 
 namespace {
 
-/// Throws PlotError where the picture's file could not be written, without touching it.
+/// Throws OutputError where the picture's file could not be written, without touching it.
 void RequireWritable(const std::string& file)
 {
   const std::filesystem::path folder = std::filesystem::path(file).parent_path();
   const std::string place = folder.empty() ? "." : folder.string();
   const bool exists = access(file.c_str(), F_OK) == 0;
   if (access(exists ? file.c_str() : place.c_str(), W_OK) == 0) return;
-  throw PlotError("--plot: cannot write '" + file + "': " + std::strerror(errno));
+  throw OutputError("--plot: cannot write '" + file + "': " + std::strerror(errno));
 }
 
 /// Makes a picture in the terminal as large as the terminal is, where that is known.

@@ -13,10 +13,12 @@ namespace varno::solve {
 
 namespace {
 
-/// Reads the axes of a sweep, and watches that no name is swept twice.
+/// Reads the axes of a sweep, and watches that no name is swept twice, or set as well.
 class SweepReader {
  public:
-  SweepReader(const Problem& problem, int digits) : problem(problem), digits(digits) {}
+  SweepReader(const Problem& problem, const CommandLine& commandLine)
+      : problem(problem), settings(commandLine.settings), digits(commandLine.options.digits)
+  {}
 
   void AddOption(const std::string& text);
   void AddFile(const InputFile& file);
@@ -26,19 +28,32 @@ class SweepReader {
   void RequireNew(const std::string& name);
 
   const Problem& problem;
+  const std::vector<std::string>& settings;
   int digits;
   std::vector<std::string> names;
   std::vector<SweepAxis> axes;
 };
+
+/// What stands before the '=' of a setting, without blanks.
+std::string NameOf(const std::string& setting)
+{
+  std::string name = setting.substr(0, setting.find('='));
+  std::erase_if(name, [](char c) { return c == ' ' || c == '\t'; });
+  return name;
+}
 
 void SweepReader::RequireNew(const std::string& name)
 {
   for (const std::string& other : names) {
     if (other == name) throw UsageError("'" + name + "' is swept twice");
   }
+  for (const std::string& setting : settings) {
+    if (NameOf(setting) == NameOf(name))
+      throw UsageError("'" + name + "' is swept and set: --sweep and --set both give it values");
+  }
   names.push_back(name);
   // The error of a setting says what is wrong with the name.
-  if (!problem.HasParameter(name)) problem.With({name + "=1"});
+  if (!problem.HasParameter(name)) problem.With({name + "=1"}, "--sweep");
 }
 
 /// "mu=1,2,5" or "mu=0:10:1/2"
@@ -90,7 +105,7 @@ void SweepReader::AddFile(const InputFile& file)
 Sweep ReadSweep(const CommandLine& commandLine, const std::vector<InputFile>& files,
                 const Problem& problem)
 {
-  SweepReader reader(problem, commandLine.options.digits);
+  SweepReader reader(problem, commandLine);
   for (const std::string& text : commandLine.sweeps) reader.AddOption(text);
   for (const InputFile& file : files) reader.AddFile(file);
   return Sweep(std::move(reader).Axes());

@@ -168,6 +168,9 @@ constexpr Habit kDeclarations[] = {
     {"aux", "a definition is written y = expression;"},
 };
 
+/// Functions that are written without parentheses elsewhere.
+constexpr std::string_view kOftenBare[] = {"sin", "cos", "tan", "exp", "ln", "log", "sqrt", "abs"};
+
 template <std::size_t n>
 std::string HintFor(const Habit (&habits)[n], std::string_view text)
 {
@@ -198,6 +201,15 @@ std::string LeibnizHint(const TokenStream& tokens)
   return "the derivative of " + name + " is written " + name + "' = ...";
 }
 
+/// "sin x": a function whose argument stands without parentheses.
+std::string ArgumentHint(const TokenStream& tokens)
+{
+  const std::string_view name = tokens.Text(tokens.At(-1));
+  if (std::ranges::find(kOftenBare, name) == std::end(kOftenBare)) return {};
+  return "an argument stands in parentheses: " + std::string(name) + "(" +
+         std::string(tokens.Text(tokens.At(0)).substr(0, kMaxQuoted)) + ")";
+}
+
 /// A missing operator between two operands.
 std::string JuxtapositionHint(const TokenStream& tokens)
 {
@@ -215,6 +227,8 @@ std::string JuxtapositionHint(const TokenStream& tokens)
       if (right.kind != Kind::TOKEN_LEFT_PARENTHESIS) return std::string(kProductHint);
       return "a start value cannot be read back; give it a name: v0 = 1; y'(0) = v0;";
     case Kind::TOKEN_NAME:
+      if (std::string hint = ArgumentHint(tokens); !hint.empty()) return hint;
+      return std::string(kProductHint);
     case Kind::TOKEN_PI:
     case Kind::TOKEN_TIME:
       return std::string(kProductHint);
@@ -227,13 +241,16 @@ std::string JuxtapositionHint(const TokenStream& tokens)
   }
 }
 
-/// `afterOperand` tells that an operator was expected.
-std::string HintOn(const TokenStream& tokens, bool afterOperand)
+std::string HintOn(const TokenStream& tokens, std::span<const Grammar::symbol_kind_type> expected)
 {
+  const bool afterOperand =
+      IsExpected(expected, Symbol::S_PLUS) && !IsExpected(expected, Symbol::S_NUMBER);
   const Token& found = tokens.At(0);
   const Token& before = tokens.At(-1);
   switch (found.kind) {
     case Kind::TOKEN_FOREIGN:
+      if (tokens.Text(found) == "==" && IsExpected(expected, Symbol::S_EQUALS))
+        return "an equation is written with one '='";
       return HintFor(kForeign, tokens.Text(found));
     case Kind::TOKEN_SLASH:
       return LeibnizHint(tokens);
@@ -284,12 +301,13 @@ SyntaxError DescribeSyntaxError(const TokenStream& tokens,
                                 std::span<const Grammar::symbol_kind_type> expected,
                                 const Sources& sources)
 {
-  const bool afterOperand =
-      IsExpected(expected, Symbol::S_PLUS) && !IsExpected(expected, Symbol::S_NUMBER);
-  SyntaxError error{tokens.At(0).place, NameOfFound(tokens), HintOn(tokens, afterOperand)};
+  SyntaxError error{tokens.At(0).place, NameOfFound(tokens), HintOn(tokens, expected)};
   if (const std::string list = ListOfExpected(expected); !list.empty())
     error.message += ", expected " + list;
   if (error.hint.empty()) error.hint = HintOnUnclosed(tokens, sources);
+  if (error.hint.empty() && tokens.At(0).kind == Kind::TOKEN_END &&
+      IsExpected(expected, Symbol::S_SEMICOLON))
+    error.hint = "a statement ends with ';', the last one too";
   return error;
 }
 

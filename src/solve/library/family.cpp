@@ -19,6 +19,8 @@ namespace {
 
 /// What is compiled for different values of structural names is kept for so many of them.
 constexpr std::size_t kMostTemplates = 64;
+/// What stands for a value in messages.
+constexpr const char* kOrigin = "--sweep";
 
 /// The name of the state that a start value such as "x'3(0)" is about.
 std::string StateName(const std::string& name)
@@ -170,7 +172,7 @@ Family::Implementation::Implementation(const Problem& given, Options givenOption
   for (std::size_t i = 0; i < names.size(); ++i) {
     if (!HasName(model.parameters, names[i])) others.push_back(names[i] + "=1");
   }
-  problem.With(others);  // tells of names that are none
+  problem.With(others, kOrigin);  // tells of names that are none
   try {
     const std::vector<SweptValue> ones(names.size(), SweptValue{"1", "1", "1"});
     const std::shared_ptr<const Template> all = Make(ones);
@@ -204,7 +206,7 @@ std::shared_ptr<const Template> Family::Implementation::Make(
       settings.push_back(names[i] + "=1");
     }
   }
-  const Problem with = problem.With(settings);
+  const Problem with = problem.With(settings, kOrigin);
   const Model& model = with.implementation->model;
 
   std::vector<std::uint32_t> open, leaves(names.size(), kNone);
@@ -264,7 +266,7 @@ Solution Family::Implementation::At(const std::vector<SweptValue>& values)
 {
   const ScopedExponentRange range;
   std::optional<CompiledProblem> compiled = TryTemplate(values);
-  if (!compiled) return Solution(problem.With(Settings(values)), options);
+  if (!compiled) return Solution(problem.With(Settings(values), kOrigin), options);
   return Solution(std::make_unique<Solution::Implementation>(*std::move(compiled), options));
 }
 

@@ -11,7 +11,7 @@
 namespace varno::solve {
 
 Problem::Implementation::Implementation(std::string text, std::string name,
-                                        std::vector<std::string> given)
+                                        std::vector<Setting> given)
     : settings(std::move(given))
 {
   Diagnostics diagnostics;
@@ -40,8 +40,8 @@ Problem::~Problem() = default;
 
 Problem Problem::Parse(std::string text, std::string name)
 {
-  return Problem(std::make_unique<Implementation>(std::move(text), std::move(name),
-                                                  std::vector<std::string>()));
+  return Problem(
+      std::make_unique<Implementation>(std::move(text), std::move(name), std::vector<Setting>()));
 }
 
 void Problem::Set(std::string setting)
@@ -49,10 +49,10 @@ void Problem::Set(std::string setting)
   *this = With({std::move(setting)});
 }
 
-Problem Problem::With(std::vector<std::string> settings) const
+Problem Problem::With(std::vector<std::string> settings, const std::string& origin) const
 {
-  std::vector<std::string> all = implementation->settings;
-  std::ranges::move(settings, std::back_inserter(all));
+  std::vector<Setting> all = implementation->settings;
+  for (std::string& setting : settings) all.push_back({std::move(setting), origin});
   const Sources& sources = implementation->sources;
   return Problem(
       std::make_unique<Implementation>(sources.Text(0), sources.Name(0), std::move(all)));

@@ -87,8 +87,8 @@ class Problem {
   /// constant expression and may use parameters. Throws InputError.
   void Set(std::string setting);
   /// The same problem with these settings, in order, besides its own: as Set for each of them, but
-  /// the text is read once.
-  Problem With(std::vector<std::string> settings) const;
+  /// the text is read once. In messages `origin` stands for each of them.
+  Problem With(std::vector<std::string> settings, const std::string& origin = "--set") const;
   /// Whether there is a parameter of this name.
   bool HasParameter(const std::string& name) const;
 

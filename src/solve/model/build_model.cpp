@@ -7,17 +7,16 @@
 
 namespace varno::solve {
 
-Model BuildModel(const Syntax& syntax, const std::vector<std::string>& settings, Sources& sources,
+Model BuildModel(const Syntax& syntax, const std::vector<Setting>& settings, Sources& sources,
                  Diagnostics& diagnostics)
 {
   Syntax settingSyntax;
-  for (const std::string& setting : settings) {
-    ParseSetting(sources, sources.Add("--set", setting), settingSyntax, diagnostics);
-  }
+  for (const Setting& setting : settings)
+    ParseSetting(sources, sources.Add(setting.origin, setting.text), settingSyntax, diagnostics);
   return ModelBuilder(syntax, settingSyntax, sources, diagnostics).Build();
 }
 
-Model ReadModel(std::uint32_t source, const std::vector<std::string>& settings, Sources& sources,
+Model ReadModel(std::uint32_t source, const std::vector<Setting>& settings, Sources& sources,
                 Diagnostics& diagnostics)
 {
   const Syntax syntax = ParseProblem(sources, source, diagnostics);

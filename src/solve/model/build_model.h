@@ -12,22 +12,27 @@
 
 namespace varno::solve {
 
+/// What changes a parameter or a start value, such as "mu=7", "x(0)=2", "y'(0)=1/3".
+struct Setting {
+  std::string text;
+  std::string origin;  ///< what stands for it in messages: "--set"
+};
+
 /// Resolves a problem: names whatever their order, equations of higher order as systems of the
 /// first, definitions and functions put in where they are used, start values, parameters.
 ///
-/// `settings` are texts such as "mu=7", "x(0)=2", "y'(0)=1/3": they change parameters and start
-/// values; the right side is a constant and may use parameters; the last one for a name wins. The
-/// point must be the one of the text's start statements; where the text has none, settings bring it
-/// in. Each becomes a source of its own, named "--set".
+/// The right side of a setting is a constant and may use parameters; the last one for a name wins.
+/// The point must be the one of the text's start statements; where the text has none, settings
+/// bring it in. Each becomes a source of its own.
 ///
 /// Reports all mistakes, those of settings too; after an error the model is incomplete. A `syntax`
 /// that was read with errors is looked through as far as it goes.
-Model BuildModel(const Syntax& syntax, const std::vector<std::string>& settings, Sources& sources,
+Model BuildModel(const Syntax& syntax, const std::vector<Setting>& settings, Sources& sources,
                  Diagnostics& diagnostics);
 
 /// Reads and resolves the text with the number `source`. Throws ProblemError with all mistakes;
 /// remarks that are no mistakes go to `diagnostics`.
-Model ReadModel(std::uint32_t source, const std::vector<std::string>& settings, Sources& sources,
+Model ReadModel(std::uint32_t source, const std::vector<Setting>& settings, Sources& sources,
                 Diagnostics& diagnostics);
 
 /// Adds a constant expression, such as "10*pi" or "2*period", that may use the model's parameters;

@@ -9,8 +9,10 @@
 
 namespace varno::solve {
 
-ReadProblem::ReadProblem(std::string_view text, const std::vector<std::string>& settings)
+ReadProblem::ReadProblem(std::string_view text, const std::vector<std::string>& texts)
 {
+  std::vector<Setting> settings;
+  for (const std::string& setting : texts) settings.push_back({setting, "--set"});
   const std::uint32_t source = sources.Add("test.varno", std::string(text));
   const Syntax syntax = ParseProblem(sources, source, diagnostics);
   model = BuildModel(syntax, settings, sources, diagnostics);

@@ -110,7 +110,7 @@ void Problem::Set(std::string setting)
   }
 }
 
-Problem Problem::With(std::vector<std::string> settings) const
+Problem Problem::With(std::vector<std::string> settings, const std::string& /*origin*/) const
 {
   Problem problem = *this;
   for (std::string& setting : settings) problem.Set(std::move(setting));

@@ -172,6 +172,10 @@ TEST(Parse, HabitsFromElsewhere)
             "unexpected name 'x'" + expectedInExpression + " (a product is written with '*': 2*x)");
   EXPECT_EQ(ErrorOf("x' = 2 (x + 1);"),
             "unexpected '('" + expectedInExpression + " (a product is written with '*': 2*(...))");
+  EXPECT_EQ(ErrorOf("x' = sin t;"), "unexpected 't'" + expectedInExpression +
+                                        " (an argument stands in parentheses: sin(t))");
+  EXPECT_EQ(ErrorOf("x' == x;"),
+            "unexpected '==', expected '=' or '(' (an equation is written with one '=')");
   EXPECT_EQ(ErrorOf("x' = (x)(y);"), "unexpected '('" + expectedInExpression +
                                          " (a product is written with '*', as in 2*x)");
   EXPECT_EQ(ErrorOf("x' = if(a < b && c < d, 1, 2);"),
@@ -235,7 +239,9 @@ TEST(Parse, OpenBracketsAreNamed)
 
 TEST(Parse, EndsOfTheText)
 {
-  EXPECT_EQ(ErrorOf("x' = y"), "unexpected end of the text, expected an operator or '&' or ';'");
+  EXPECT_EQ(ErrorOf("x' = y"),
+            "unexpected end of the text, expected an operator or '&' or ';' "
+            "(a statement ends with ';', the last one too)");
   EXPECT_EQ(ErrorOf("x' ="), "unexpected end of the text, expected an expression");
   EXPECT_EQ(ErrorOf("x"), "unexpected end of the text, expected '=' or '('");
   // The place is right after the last token, not after the blank lines.
