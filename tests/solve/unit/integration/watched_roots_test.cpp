@@ -31,7 +31,8 @@ class Functions {
     equations.SetDerivative(y, f);
   }
 
-  std::optional<WatchedRootsAhead> FirstRoots(double length, int zeroTerms = 0)
+  std::optional<WatchedRootsAhead> FirstRoots(double length, int zeroTerms = 0,
+                                              const Nearness& nearness = {})
   {
     const Tape tape = Compile(equations.Finished());
     const auto series = MakeSeries(tape, settings.bits, settings.order);
@@ -43,7 +44,7 @@ class Functions {
     const std::vector<double> sizes = LineSizes(tape, *series);
     std::vector<WatchedLine> watched;
     for (const LineId line : tape.rightHandSides) watched.push_back({line, zeroTerms});
-    return FirstWatchedRoots(tape, {*series, sizes, step, settings}, watched);
+    return FirstWatchedRoots(tape, {*series, sizes, step, settings}, watched, nearness);
   }
 
  private:
@@ -151,6 +152,41 @@ TEST(FirstWatchedRoots, TakesALineThatIsZeroThroughoutForNone)
   Functions f;
   f.Add((f.Time() * f.Time() - Power(f.Time(), 2)) * f.Time());
   EXPECT_FALSE(f.FirstRoots(1));
+}
+
+/// How many roots are first among those of t - 1/2 and t - 1/2 - 2^-30, in a step of 1.
+int RootsInOnePlace(const Nearness& nearness, bool& isInDoubt)
+{
+  Functions f;
+  f.Add(f.Time() - Rational(1, 2));
+  f.Add(f.Time() - Rational(1, 2) - Rational(1, 1 << 30));
+  const auto ahead = f.FirstRoots(1, 0, nearness);
+  if (!ahead) return 0;
+  isInDoubt = ahead->isInDoubt;
+  return static_cast<int>(ahead->roots.size());
+}
+
+TEST(FirstWatchedRoots, TellsRootsApartAsNearAsTheirErrors)
+{
+  bool isInDoubt = true;
+  EXPECT_EQ(RootsInOnePlace({}, isInDoubt), 1);
+  EXPECT_FALSE(isInDoubt);
+  EXPECT_EQ(RootsInOnePlace({.same = -31, .doubt = -31}, isInDoubt), 1);
+  EXPECT_FALSE(isInDoubt);
+}
+
+TEST(FirstWatchedRoots, TakesRootsNearerThanTheStatesAreKnownForOnePlace)
+{
+  bool isInDoubt = true;
+  EXPECT_EQ(RootsInOnePlace({.same = -29, .doubt = -29}, isInDoubt), 2);
+  EXPECT_FALSE(isInDoubt);
+}
+
+TEST(FirstWatchedRoots, DoubtsRootsThatMoreDigitsMayTellApart)
+{
+  bool isInDoubt = false;
+  EXPECT_EQ(RootsInOnePlace({.same = -31, .doubt = -29}, isInDoubt), 1);
+  EXPECT_TRUE(isInDoubt);
 }
 
 TEST(FirstWatchedRoots, TakesThreeRootsInOnePlaceForACrossing)
