@@ -16,6 +16,8 @@ bool IsWholeNumber(const Graph& graph, NodeId id)
 /// Whether an operation has a value, and is the same one, for all constants but 0.
 bool TakesAnyConstant(const Graph& graph, const Node& node)
 {
+  // What is decided on the way of a run is read from the graph with the values in it.
+  if (IsPiecewise(node.operation)) return node.dependence != Dependence::kNothing;
   switch (node.operation) {
     case Operation::kNegate:
     case Operation::kAdd:

@@ -9,7 +9,7 @@
 namespace varno::solve {
 
 CompiledProblem::CompiledProblem(std::shared_ptr<const Sources> sources, BoundProblem bound,
-                                 Tape tape)
+                                 std::optional<Tape> tape)
     : sources(std::move(sources)), bound(std::move(bound)), tape(std::move(tape))
 {}
 

@@ -18,7 +18,8 @@ struct CompiledProblem {
   /// `texts` are those of the model. Throws InputError. `open`: see BindParameters.
   CompiledProblem(Sources texts, const Model& model, const Options& options,
                   const std::vector<std::uint32_t>& open = {});
-  CompiledProblem(std::shared_ptr<const Sources> sources, BoundProblem bound, Tape tape);
+  CompiledProblem(std::shared_ptr<const Sources> sources, BoundProblem bound,
+                  std::optional<Tape> tape);
 
   std::shared_ptr<const Sources> sources;  ///< also those of the options
   BoundProblem bound;

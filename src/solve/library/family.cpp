@@ -6,9 +6,9 @@
 #include <optional>
 #include <utility>
 
-#include "solve/graph/substitution.h"
 #include "solve/library/compiled_problem.h"
 #include "solve/library/problem_data.h"
+#include "solve/library/problem_template.h"
 #include "solve/library/solution_data.h"
 #include "solve/library/solve.h"
 #include "solve/number/exponent_range.h"
@@ -46,97 +46,6 @@ bool HasName(const std::vector<Named>& things, const std::string& name)
   return std::ranges::find(things, name, &Named::name) != things.end();
 }
 
-/// A smooth problem compiled with some values still to come.
-class Template {
- public:
-  Template(CompiledProblem compiled, std::vector<std::uint32_t> parameterOf,
-           std::uint32_t firstStart)
-      : problem(std::move(compiled)),
-        inModel(problem.bound.model.graph, Times(problem.bound)),
-        inTape(problem.tape->graph),
-        parameterOf(std::move(parameterOf)),
-        firstStart(firstStart),
-        model(WithoutGraph(problem.bound.model)),
-        tape(WithoutGraph(*problem.tape))
-  {}
-
-  /// Whether the value of an open name decides more than numbers.
-  bool IsStructural(std::size_t name) const
-  {
-    const std::uint32_t parameter = parameterOf[name];
-    return inModel.IsStructural(parameter) || inTape.IsStructural(parameter);
-  }
-
-  /// The problem with the values of the open names, which are fractions; none where a value changes
-  /// more than numbers.
-  std::optional<CompiledProblem> With(const std::vector<SweptValue>& values) const
-  {
-    std::vector<Rational> numbers(firstStart + problem.bound.model.states.size());
-    for (std::size_t i = 0; i < values.size(); ++i) {
-      if (parameterOf[i] == kNone) continue;
-      if (values[i].fraction.empty()) return std::nullopt;
-      numbers[parameterOf[i]] = Rational(values[i].fraction);
-    }
-    std::optional<SubstitutedGraph> inModelGraph =
-        inModel.Apply(problem.bound.model.graph, numbers, firstStart);
-    std::optional<SubstitutedGraph> inTapeGraph =
-        inTape.Apply(problem.tape->graph, numbers, firstStart);
-    if (!inModelGraph || !inTapeGraph) return std::nullopt;
-
-    BoundProblem bound{model, problem.bound.constants};
-    MoveInto(*std::move(inModelGraph), bound);
-    Tape filled = tape;
-    for (Line& line : filled.lines) line.node = inTapeGraph->copies[line.node];
-    for (NodeId& constant : filled.constants) constant = inTapeGraph->copies[constant];
-    filled.graph = std::move(inTapeGraph->graph);
-    return CompiledProblem(problem.sources, std::move(bound), std::move(filled));
-  }
-
- private:
-  /// Changes all nodes of a problem to their copies.
-  static void MoveInto(SubstitutedGraph substituted, BoundProblem& bound)
-  {
-    const std::vector<NodeId>& copies = substituted.copies;
-    Model& filled = bound.model;
-    std::vector<NodeId*> nodes{&bound.constants.to};
-    for (State& state : filled.states)
-      nodes.insert(nodes.end(), {&state.rightHandSide, &state.start});
-    for (Column& column : filled.columns) nodes.push_back(&column.value);
-    for (NodeId& time : bound.constants.at) nodes.push_back(&time);
-    for (auto* const time : {&bound.constants.from, &bound.constants.every, &filled.startPoint}) {
-      if (*time) nodes.push_back(&**time);
-    }
-    for (NodeId* const node : nodes) *node = copies[*node];
-    filled.graph = std::move(substituted.graph);
-  }
-
-  template <class WithGraph>
-  static WithGraph WithoutGraph(WithGraph whole)
-  {
-    whole.graph = Graph();
-    return whole;
-  }
-
-  /// The times of the run are read before values come in.
-  static std::vector<NodeId> Times(const BoundProblem& bound)
-  {
-    const OptionConstants& constants = bound.constants;
-    std::vector<NodeId> times = constants.at;
-    times.push_back(constants.to);
-    for (const auto& time : {constants.from, constants.every, bound.model.startPoint}) {
-      if (time) times.push_back(*time);
-    }
-    return times;
-  }
-
-  CompiledProblem problem;
-  Substitution inModel, inTape;
-  std::vector<std::uint32_t> parameterOf;  // for each name the number of its leaf; kNone: not open
-  std::uint32_t firstStart;                // the numbers of start values begin here
-  Model model;                             // without its graph, to be copied, as the tape
-  Tape tape;
-};
-
 }  // namespace
 
 class Family::Implementation {
@@ -148,8 +57,8 @@ class Family::Implementation {
   using Texts = std::vector<std::string>;
 
   Texts Settings(const std::vector<SweptValue>& values) const;
-  std::shared_ptr<const Template> Make(const std::vector<SweptValue>& values) const;
-  std::shared_ptr<const Template> TemplateFor(const std::vector<SweptValue>& values);
+  std::shared_ptr<const ProblemTemplate> Make(const std::vector<SweptValue>& values) const;
+  std::shared_ptr<const ProblemTemplate> TemplateFor(const std::vector<SweptValue>& values);
   std::optional<CompiledProblem> TryTemplate(const std::vector<SweptValue>& values);
 
   Problem problem;
@@ -158,7 +67,8 @@ class Family::Implementation {
   std::vector<bool> isOpen;  // for each name, whether its value comes in last
 
   std::mutex mutex;
-  std::map<Texts, std::shared_ptr<const Template>> templates;  // by the values that are not open
+  /// By the values that are not open.
+  std::map<Texts, std::shared_ptr<const ProblemTemplate>> templates;
 };
 
 Family::Implementation::Implementation(const Problem& given, Options givenOptions, Texts givenNames)
@@ -175,9 +85,8 @@ Family::Implementation::Implementation(const Problem& given, Options givenOption
   problem.With(others, kOrigin);  // tells of names that are none
   try {
     const std::vector<SweptValue> ones(names.size(), SweptValue{"1", "1", "1"});
-    const std::shared_ptr<const Template> all = Make(ones);
-    for (std::size_t i = 0; i < names.size(); ++i)
-      isOpen[i] = isOpen[i] && all && !all->IsStructural(i);
+    const std::shared_ptr<const ProblemTemplate> all = Make(ones);
+    for (std::size_t i = 0; i < names.size(); ++i) isOpen[i] = isOpen[i] && !all->IsStructural(i);
   } catch (const InputError&) {
     // Without values it is not to be understood, and wrong options are told with them.
     isOpen.assign(names.size(), false);
@@ -193,8 +102,8 @@ Family::Implementation::Texts Family::Implementation::Settings(
   return settings;
 }
 
-/// The problem with the values of the names that are not open; null where it is piecewise smooth.
-std::shared_ptr<const Template> Family::Implementation::Make(
+/// The problem with the values of the names that are not open.
+std::shared_ptr<const ProblemTemplate> Family::Implementation::Make(
     const std::vector<SweptValue>& values) const
 {
   // Start values bring their point in, whatever they are.
@@ -223,17 +132,17 @@ std::shared_ptr<const Template> Family::Implementation::Make(
     }
   }
   CompiledProblem compiled(with.implementation->sources, model, options, open);
-  if (!compiled.tape) return nullptr;
   Model& bound = compiled.bound.model;
   for (const std::uint32_t leaf : leaves) {
     if (leaf == kNone || leaf < firstStart) continue;
     State& state = bound.states[leaf - firstStart];
     state.start = bound.graph.Parameter(leaf, state.place);
   }
-  return std::make_shared<const Template>(std::move(compiled), std::move(leaves), firstStart);
+  return std::make_shared<const ProblemTemplate>(std::move(compiled), std::move(leaves),
+                                                 firstStart);
 }
 
-std::shared_ptr<const Template> Family::Implementation::TemplateFor(
+std::shared_ptr<const ProblemTemplate> Family::Implementation::TemplateFor(
     const std::vector<SweptValue>& values)
 {
   Texts key;
@@ -255,8 +164,7 @@ std::optional<CompiledProblem> Family::Implementation::TryTemplate(
 {
   if (options.keepSteps || std::ranges::find(isOpen, true) == isOpen.end()) return std::nullopt;
   try {
-    const std::shared_ptr<const Template> found = TemplateFor(values);
-    return found ? found->With(values) : std::nullopt;
+    return TemplateFor(values)->With(values);
   } catch (const InputError&) {
     return std::nullopt;  // it is told with the settings as they are
   }

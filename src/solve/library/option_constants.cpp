@@ -33,6 +33,17 @@ void AddMaxima(Model& model, const std::string& variable)
 
 }  // namespace
 
+std::vector<NodeId*> OptionConstants::Nodes()
+{
+  std::vector<NodeId*> nodes{&to};
+  for (auto* const constant : {&from, &every, &steady}) {
+    if (*constant) nodes.push_back(&**constant);
+  }
+  for (NodeId& time : at) nodes.push_back(&time);
+  for (NodeId& variable : variables) nodes.push_back(&variable);
+  return nodes;
+}
+
 BoundProblem Bind(const Model& model, const Options& options, Sources& sources,
                   const std::vector<std::uint32_t>& open)
 {
@@ -60,13 +71,8 @@ BoundProblem Bind(const Model& model, const Options& options, Sources& sources,
       constants.variables.push_back(reading.graph.State(i, reading.states[i].place));
   }
 
-  std::vector<NodeId*> all{&constants.to};
-  if (constants.from) all.push_back(&*constants.from);
-  if (constants.every) all.push_back(&*constants.every);
-  if (constants.steady) all.push_back(&*constants.steady);
-  for (NodeId& time : constants.at) all.push_back(&time);
-  for (NodeId& variable : constants.variables) all.push_back(&variable);
-  return {BindParameters(reading, all, open), std::move(constants)};
+  Model bound = BindParameters(reading, constants.Nodes(), open);
+  return {std::move(bound), std::move(constants)};
 }
 
 Moment ConstantMoments::operator()(NodeId constant)

@@ -19,6 +19,9 @@ struct OptionConstants {
   NodeId to;
   std::vector<NodeId> at;
   std::vector<NodeId> variables;  ///< all of them, where a period is looked for
+
+  /// All of these nodes.
+  std::vector<NodeId*> Nodes();
 };
 
 /// A model with its parameters bound, and the options' constants in its graph.

@@ -114,19 +114,9 @@ Model BindParameters(const Model& model, const std::vector<NodeId*>& others,
   }
 
   bound.states = model.states;
-  for (State& state : bound.states) {
-    state.rightHandSide = copies[state.rightHandSide];
-    state.start = copies[state.start];
-  }
   bound.columns = model.columns;
-  for (Column& column : bound.columns) column.value = copies[column.value];
   bound.events = model.events;
-  for (Event& event : bound.events) {
-    event.expression = copies[event.expression];
-    for (EventAssignment& assignment : event.assignments)
-      assignment.value = copies[assignment.value];
-  }
-  if (bound.startPoint) bound.startPoint = copies[*bound.startPoint];
+  for (NodeId* const node : bound.Nodes()) *node = copies[*node];
   for (NodeId* const node : others) *node = copies[*node];
   return bound;
 }

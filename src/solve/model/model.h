@@ -62,6 +62,9 @@ struct Model {
   std::vector<Event> events;    ///< in the order of the file
   /// The point of the start statements; none when the file has none ("& c" then holds at --from).
   std::optional<NodeId> startPoint;
+
+  /// All nodes that it names, but for those of parameters.
+  std::vector<NodeId*> Nodes();
 };
 
 }  // namespace varno::solve

@@ -79,6 +79,15 @@ TEST_F(SubstitutionTest, RootsOfWhatVariesWithStatesAreNot)
   EXPECT_EQ(none, Structural());
 }
 
+TEST_F(SubstitutionTest, ConditionsAreStructuralWhereConstantsDecideThem)
+{
+  Make(Operation::kLess, x, Make(Operation::kMultiply, p, Number(2)));
+  Make(Operation::kFloor, Make(Operation::kAdd, x, p));
+  EXPECT_EQ(none, Structural());
+  Make(Operation::kMin, q, Number(3));
+  EXPECT_EQ(second, Structural());
+}
+
 TEST_F(SubstitutionTest, OthersCanMakeThemStructural)
 {
   const Substitution substitution(graph, {Make(Operation::kMultiply, Number(2), q)});

@@ -120,6 +120,39 @@ TEST(Family, DefinitionsOfOtherNamesAreMovedAlong)
   ExpectTheSame("a = 2*b; b = 3; y' = a*y + b & 1;", {"a", "b"}, {"2", "5", "1/3"});
 }
 
+TEST(Family, RestsAtThatDependOnValues)
+{
+  Options options = kOptions;
+  options.to = "100";
+  options.steady = "1/1000000";
+  ExpectTheSame("a = 1; x' = a*(2 - x)*3/7 & 0;", {"a"}, {"1", "2", "3", "1/1000000"}, options);
+  options.steady = "a/1000000";
+  ExpectTheSame("a = 1; x' = 2 - x & 0;", {"a"}, {"1", "2", "10"}, options);
+}
+
+TEST(Family, PeriodsDependOnValues)
+{
+  Options options = kOptions;
+  options.to = "7";
+  options.period = "x";
+  ExpectTheSame("w = 1; x' = y & 1; y' = -w^2*x & 0;", {"w"}, {"1", "2", "1.5"}, options);
+}
+
+TEST(Family, ConditionsDependOnValues)
+{
+  ExpectTheSame("a = 1; x' = if(x < a, 1, -a/2) + min(a, t) & 0;", {"a"}, {"1/3", "2", "0", "-1"});
+  ExpectTheSame("a = 1; x' = if(a < 1, floor(t/a), abs(x - a)) & 0;", {"a"}, {"1/3", "2", "1"});
+  ExpectTheSame("a = 1; x' = max(a, 2)*x + sign(a) & 1;", {"a"}, {"1/3", "2", "-5"});
+  ExpectTheSame("a = 1; x' = 1 & a; y = floor(x + a);", {"a", "x(0)"}, {"1/3", "2", "1/7"});
+}
+
+TEST(Family, EventsDependOnValues)
+{
+  ExpectTheSame("a = 1/2; x' = a & 0; y' = 0 & a; event e: x - a/3 { y = x + a; x = x/2; };",
+                {"a", "y(0)"}, {"1/3", "2", "1.25"});
+  ExpectTheSame("a = 1/2; x' = 1 & 0; event e: x - a stop;", {"a"}, {"1/3", "1/5", "3"});
+}
+
 TEST(Family, UnknownNamesAreTold)
 {
   const Problem problem = Problem::Parse("a = 1; y' = a & 1;", "text");
