@@ -133,7 +133,9 @@ SizedStates Lockstep::StatesAt(std::size_t run, const Moment& time) const
   const DenseStep& step = Latest(run);
   if (step.switched && IsReached(runs[run], *step.switched, time))
     return {step.switched->states, step.switched->sizes};
-  return {step.StatesAt(time), step.StateSizes()};
+  // Of a run that has ended nothing but its end is left, which cannot be told from the time.
+  const bool hasEnded = runs[run].end != nullptr;
+  return {step.StatesAt(hasEnded ? step.End() : time), step.StateSizes()};
 }
 
 /// Whether the latest step of the run behind ends within a smooth stretch, and that of the other
