@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "solve/fixed/log2.h"
+#include "solve/fixed/narrow_settled.h"
 
 namespace varno::solve {
 
@@ -171,26 +172,25 @@ void NarrowArithmetic::ToNumber(const Value& value, mpfr_ptr result)
   mpfr_set(result, number, MPFR_RNDN);
 }
 
+NarrowFactor NarrowArithmetic::ToFactor(std::int32_t whole)
+{
+  Value value;
+  value.mantissa = whole;
+  value.exponent = kFractionBits;
+  return ToFactor(value);
+}
+
 void NarrowArithmetic::MultiplyByLarge(Value& value, std::int32_t factor)
 {
-  Value whole;
-  whole.mantissa = factor;
-  whole.exponent = kFractionBits;
-  Multiply(value, ToFactor(whole));
+  Multiply(value, ToFactor(factor));
 }
 
 NarrowValue NarrowArithmetic::Convolve(const Terms& a, const Terms& b, int first, int last, int k)
 {
   if (!a.started || !b.started) return {};
-  Int128 highs = 0, crosses = 0;
-  const std::int64_t *aHigh = a.high.data(), *aLow = a.low.data();
-  const std::int64_t *bHigh = b.high.data() + k, *bLow = b.low.data() + k;
-  for (std::ptrdiff_t j = first; j <= last; ++j) {
-    highs += static_cast<Int128>(aHigh[j]) * bHigh[-j];
-    crosses += static_cast<Int128>(aHigh[j]) * bLow[-j];
-    crosses += static_cast<Int128>(aLow[j]) * bHigh[-j];
-  }
-  NarrowValue value = ValueOf(highs, crosses, a.exponent + b.exponent);
+  NarrowSums sums;
+  sums.AddProducts(a, b, first, last, k);
+  NarrowValue value = ValueOf(sums.highs, sums.crosses, a.exponent + b.exponent);
   SetExactness(value, a, b, first, last, k);
   return value;
 }
@@ -198,21 +198,9 @@ NarrowValue NarrowArithmetic::Convolve(const Terms& a, const Terms& b, int first
 NarrowValue NarrowArithmetic::ConvolveSelf(const Terms& a, int first, int k)
 {
   if (!a.started) return {};
-  Int128 highs = 0, crosses = 0;
-  const int half = (k - 1) / 2;
-  for (int j = first; j <= half && k > 0; ++j) {
-    const std::int64_t high = a.high[j], otherHigh = a.high[k - j];
-    highs += static_cast<Int128>(high) * otherHigh;
-    crosses += static_cast<Int128>(high) * a.low[k - j] + static_cast<Int128>(a.low[j]) * otherHigh;
-  }
-  highs *= 2;
-  crosses *= 2;
-  if (k % 2 == 0 && k / 2 >= first) {
-    const std::int64_t high = a.high[k / 2];
-    highs += static_cast<Int128>(high) * high;
-    crosses += 2 * (static_cast<Int128>(high) * a.low[k / 2]);
-  }
-  NarrowValue value = ValueOf(highs, crosses, 2 * a.exponent);
+  NarrowSums sums;
+  sums.AddProducts(a, first, k);
+  NarrowValue value = ValueOf(sums.highs, sums.crosses, 2 * a.exponent);
   SetExactness(value, a, a, first, k - first, k);
   return value;
 }

@@ -23,8 +23,7 @@ class NarrowArithmetic {
   static constexpr int kFractionBits = 120;
   /// Bits of the largest term of a series: the exponent leaves two of them empty.
   static constexpr mpfr_prec_t kMostBits = kFractionBits - 2;
-  /// Sums of products stay below 2^126 up to here.
-  static constexpr int kMostOrder = 199;
+  static constexpr int kMostOrder = narrow::kMostOrder;
   static constexpr long kMostExponent = 1L << 40;
 
   explicit NarrowArithmetic(mpfr_prec_t /*bits*/) {}
@@ -45,6 +44,7 @@ class NarrowArithmetic {
 
   static Value FromNumber(mpfr_srcptr x);
   static Factor ToFactor(const Value& value);
+  static Factor ToFactor(std::int32_t whole);
   static void ToNumber(const Value& value, mpfr_ptr result);
 
   static void Add(Value& sum, const Value& value);
@@ -65,9 +65,6 @@ class NarrowArithmetic {
   static Value ConvolveSelf(const Terms& a, int first, int k);
 
  private:
-  /// Values whose exponent is larger by more than this are stored apart: few are.
-  static constexpr long kMostUp = 50;
-
   static void StoreApart(Terms& terms, int k, const Value& value);
   static void StoreFirst(Terms& terms, int k, const Value& value);
   static void Raise(Terms& terms, long exponent, int count);

@@ -17,7 +17,7 @@ namespace varno::solve {
       return;
     }
   } else {
-    if (!terms.started || up < 0 || up > kMostUp ||
+    if (!terms.started || up < 0 || up > narrow::kMostUp ||
         !narrow::FitsBits(mantissa, narrow::kTermBits - static_cast<int>(up))) {
       StoreApart(terms, k, value);
       return;
@@ -48,7 +48,7 @@ inline double NarrowArithmetic::Log2(const Terms& terms, int k)
   if (terms.exactZero[k] != 0) return -std::numeric_limits<double>::infinity();
   const double size =
       std::abs(static_cast<double>(terms.high[k]) * 0x1p60 + static_cast<double>(terms.low[k]));
-  return FastLog2(std::max(size, 1.0)) + UnitLog2(terms.exponent);
+  return FastLog2(std::max(size, 1.0), terms.exponent - kFractionBits);
 }
 
 [[gnu::always_inline]] inline void NarrowArithmetic::Add(Value& sum, const Value& value)

@@ -43,10 +43,23 @@ struct NarrowTerms {
   bool started = false;
   bool inexact = false;
   bool hasLow = false;  ///< whether any low digit was ever not 0
+
+  /// Whether a term that follows is no more than its digits, as long as it is not 0 and fits: the
+  /// series has its exponent, and has lost bits.
+  bool IsSettled() const { return started && inexact; }
 };
 
 namespace narrow {
 
+/// Takes the place of a flag that nobody asks for.
+struct Unnoted {
+  constexpr Unnoted& operator|=(bool /*flag*/) { return *this; }
+};
+
+/// Sums of products stay below 2^126 up to here.
+inline constexpr int kMostOrder = 199;
+/// Shifts to the left by more than this are rare: they are stored apart.
+inline constexpr long kMostUp = 50;
 inline constexpr int kDigitBits = 60;
 inline constexpr Int128 kDigit = static_cast<Int128>(1) << kDigitBits;
 /// Terms are below 2^119, so that high digits are at most 2^59.
@@ -56,18 +69,18 @@ inline constexpr int kTermBits = 119;
 inline constexpr int kValueBits = 122;
 
 /// The low digit, between -2^59 and 2^59 - 1.
-inline std::int64_t LowDigit(Int128 mantissa)
+constexpr std::int64_t LowDigit(Int128 mantissa)
 {
   return static_cast<std::int64_t>(static_cast<std::uint64_t>(mantissa) << (64 - kDigitBits)) >>
          (64 - kDigitBits);
 }
 
-inline std::int64_t HighDigit(Int128 mantissa, std::int64_t low)
+constexpr std::int64_t HighDigit(Int128 mantissa, std::int64_t low)
 {
   return static_cast<std::int64_t>((mantissa - low) >> kDigitBits);
 }
 
-inline Int128 Joined(std::int64_t high, std::int64_t low)
+constexpr Int128 Joined(std::int64_t high, std::int64_t low)
 {
   return static_cast<Int128>(high) * kDigit + low;
 }
@@ -81,19 +94,18 @@ inline bool FitsBits(Int128 mantissa, int bits)
 }
 
 /// mantissa / 2^shift to nearest, 0 < shift < 64; tells whether bits were lost.
-inline Int128 ShiftRightBelowWord(Int128 mantissa, long shift, bool& lost)
+template <class Flag>
+[[gnu::always_inline]] inline Int128 ShiftRightBelowWord(Int128 mantissa, long shift, Flag& lost)
 {
-  const std::uint64_t unit = std::uint64_t{1} << shift;
-  lost |= (static_cast<std::uint64_t>(mantissa) & (unit - 1)) != 0;
-  const Int128 sum = mantissa + static_cast<Int128>(unit >> 1);
-  const auto high = static_cast<std::int64_t>(sum >> 64);
-  const std::uint64_t low = (static_cast<std::uint64_t>(sum) >> shift) |
-                            (static_cast<std::uint64_t>(high) << (64 - shift));
-  return (static_cast<Int128>(high >> shift) << 64) | static_cast<Int128>(low);
+  lost |= (static_cast<std::uint64_t>(mantissa) << (64 - shift)) != 0;
+  // The mask tells the compiler that the count is below a word.
+  const unsigned count = static_cast<unsigned>(shift - 1) & 63;
+  return ((mantissa >> count) + 1) >> 1;
 }
 
 /// The same for any shift > 0.
-inline Int128 ShiftRight(Int128 mantissa, long shift, bool& lost)
+template <class Flag>
+inline Int128 ShiftRight(Int128 mantissa, long shift, Flag& lost)
 {
   // Nearly all shifts are below one word, which takes a third of the instructions.
   if (shift < 64) return ShiftRightBelowWord(mantissa, shift, lost);

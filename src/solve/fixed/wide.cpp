@@ -385,7 +385,7 @@ double WideArithmetic<kMostDigits>::Log2(const Terms& terms, int k) const
   const std::int64_t* const digits = &terms.digits[static_cast<std::size_t>(k) * n];
   double size = static_cast<double>(digits[i]);
   if (i + 1 < n) size += static_cast<double>(digits[i + 1]) * 0x1p-51;
-  return FastLog2(std::abs(size)) + static_cast<double>(kBits * (terms.exponent - 1 - i));
+  return FastLog2(std::abs(size), kBits * (terms.exponent - 1 - i));
 }
 
 /// Whether every product of a sum has a factor that is exactly 0.

@@ -9,6 +9,7 @@
 
 #include "solve/evaluation/size.h"
 #include "solve/series/mpfr_series.h"
+#include "solve/series/settled_lines.h"
 #include "solve/series/weighted_lines.h"
 
 namespace varno::solve {
@@ -33,6 +34,7 @@ class BlockSeries final : public Series {
         logs(tape.lines.size()),
         largest(tape.lines.size(), kUnknown),
         divisors(tape.lines.size()),
+        settled({tape, terms, weightedTerms, weightedRows, constants, divisors}),
         resolutions(tape.lines.size()),
         sizes(tape.lines.size())
   {
@@ -86,7 +88,7 @@ class BlockSeries final : public Series {
 
   double Log2(LineId line, int k) const override
   {
-    return isRefined || k == 0 ? precise.Log2(line, k) : logs[line][k];
+    return isRefined || !isStarted ? precise.Log2(line, k) : logs[line][k];
   }
 
   std::span<const double> Logs(LineId line) const override
@@ -162,7 +164,10 @@ class BlockSeries final : public Series {
   void StartDivisor(const Line& line, LineId id);
   void ComputeTerms(int k);
   void CountProducts(int count);
-  void AdvanceStates(int k);
+  void ComputeTerm(LineId id, int k);
+  void StoreAndNote(Terms& row, int k, const Value& value);
+  void StoreWeighted(LineId id, int k);
+  Value StateTerm(const Line& line, int k);
   Value TermOf(const Line& line, LineId id, int k);
   Value Combination(const Line& line, int k);
   Value Scaled(const varno::solve::Factor& factor, int k);
@@ -212,6 +217,7 @@ class BlockSeries final : public Series {
   std::vector<Factor> exponentsPlusOne;     // by constant
   std::vector<long> largest;                // by line: log2 of the largest term of the step before
   std::vector<Factor> divisors;             // by line: the reciprocal of what its terms divide by
+  SettledLines<Arithmetic> settled;
   mutable std::vector<double> resolutions;
   mutable std::vector<double> sizes;  // by line: log2 of the largest term
   mutable int resolvedOrder = -1;

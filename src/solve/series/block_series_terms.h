@@ -29,6 +29,7 @@ template <class Arithmetic>
 void BlockSeries<Arithmetic>::StartLines()
 {
   isStarted = true;
+  settled.Begin(scaleExponent, isBackwards);
   Reserve(1);
   for (LineId id = 0; id < tape.lines.size(); ++id) StartLine(id);
 }
@@ -85,17 +86,36 @@ void BlockSeries<Arithmetic>::StartDivisor(const Line& line, LineId id)
 template <class Arithmetic>
 void BlockSeries<Arithmetic>::ComputeTerms(int k)
 {
-  AdvanceStates(k);
   for (LineId id = 0; id < tape.lines.size(); ++id) {
-    const Line& line = tape.lines[id];
     CountProducts(k + 1);
-    if (line.kind != LineKind::kState)
-      arithmetic.Store(terms[id], k, leftOut[id] ? Value() : TermOf(line, id, k));
-    if (weightedRows[id] == kNone) continue;
-    Value weighted = arithmetic.Load(terms[id], k);
-    arithmetic.MultiplyBy(weighted, k);
-    arithmetic.Store(Weighted(id), k, weighted);
+    if (!settled.StoreTerm(id, k)) ComputeTerm(id, k);
+    if (weightedRows[id] != kNone) StoreWeighted(id, k);
   }
+}
+
+template <class Arithmetic>
+void BlockSeries<Arithmetic>::ComputeTerm(LineId id, int k)
+{
+  StoreAndNote(terms[id], k, leftOut[id] ? Value() : TermOf(tape.lines[id], id, k));
+}
+
+/// Stores a term; what is prepared for lines that are settled depends on exponents.
+template <class Arithmetic>
+void BlockSeries<Arithmetic>::StoreAndNote(Terms& row, int k, const Value& value)
+{
+  const bool hadExponent = row.started;
+  const long exponent = row.exponent;
+  arithmetic.Store(row, k, value);
+  if (!hadExponent || row.exponent != exponent) settled.Rearrange();
+}
+
+template <class Arithmetic>
+void BlockSeries<Arithmetic>::StoreWeighted(LineId id, int k)
+{
+  if (StoreSettledMultiple(Weighted(id), k, k, terms[id], k)) return;
+  Value weighted = arithmetic.Load(terms[id], k);
+  arithmetic.MultiplyBy(weighted, k);
+  StoreAndNote(Weighted(id), k, weighted);
 }
 
 template <class Arithmetic>
@@ -107,26 +127,14 @@ void BlockSeries<Arithmetic>::CountProducts(int count)
   if (poll) poll();
 }
 
-/// (2) x' = f: term k of x is scale / k times term k-1 of f.
-template <class Arithmetic>
-void BlockSeries<Arithmetic>::AdvanceStates(int k)
-{
-  for (std::size_t i = 0; i < tape.rightHandSides.size(); ++i) {
-    Value x = arithmetic.Load(terms[tape.rightHandSides[i]], k - 1);
-    arithmetic.Shift(x, scaleExponent);
-    if (isBackwards) arithmetic.Negate(x);
-    arithmetic.DivideBy(x, k);
-    arithmetic.Store(terms[i], k, x);
-  }
-}
-
 template <class Arithmetic>
 auto BlockSeries<Arithmetic>::TermOf(const Line& line, LineId id, int k) -> Value
 {
   switch (line.kind) {
     case LineKind::kConstant:
-    case LineKind::kState:
       return {};
+    case LineKind::kState:
+      return StateTerm(line, k);
     case LineKind::kTime: {
       if (k > 1) return {};
       Real scale(2);
@@ -168,6 +176,17 @@ auto BlockSeries<Arithmetic>::TermOf(const Line& line, LineId id, int k) -> Valu
       return Angle(line, id, k);
   }
   return {};
+}
+
+/// (2) x' = f: term k of x is scale / k times term k-1 of f.
+template <class Arithmetic>
+auto BlockSeries<Arithmetic>::StateTerm(const Line& line, int k) -> Value
+{
+  Value x = arithmetic.Load(terms[tape.rightHandSides[line.index]], k - 1);
+  arithmetic.Shift(x, scaleExponent);
+  if (isBackwards) arithmetic.Negate(x);
+  arithmetic.DivideBy(x, k);
+  return x;
 }
 
 /// (3) s[k] = sum of factor * a[k]
@@ -295,12 +314,15 @@ void BlockSeries<Arithmetic>::PreparePowers(mpfr_srcptr offset) const
   const Value first = arithmetic.FromNumber(offset);
   const Factor r = arithmetic.ToFactor(first);
   arithmetic.Store(latest.powers, order - 1, first);
-  for (int j = 2; j <= order; ++j) {
+  // That they may be exact changes nothing for sums with lines that are not.
+  latest.powers.inexact = true;
+  const int stored = StoreSettledPowers(latest.powers, order - 1, r);
+  for (int k = order - 2 - stored; k >= 0; --k) {
     // From the line, where the exponent is that of the largest: a product has one of its own, which
     // grows with each factor above 1, and leaves less behind the point.
-    Value power = arithmetic.Load(latest.powers, order - j + 1);
+    Value power = arithmetic.Load(latest.powers, k + 1);
     arithmetic.Multiply(power, r);
-    arithmetic.Store(latest.powers, order - j, power);
+    arithmetic.Store(latest.powers, k, power);
   }
 }
 
@@ -317,7 +339,9 @@ void BlockSeries<Arithmetic>::PrepareSlopes() const
   Real one(2);
   mpfr_set_ui(one, 1, MPFR_RNDN);
   arithmetic.Store(latest.slopes, order - 1, arithmetic.FromNumber(one));
+  latest.slopes.inexact = true;
   for (int j = 2; j <= order; ++j) {
+    if (StoreSettledMultiple(latest.slopes, order - j, j, latest.powers, order - j + 1)) continue;
     Value slope = arithmetic.Load(latest.powers, order - j + 1);
     arithmetic.MultiplyBy(slope, j);
     arithmetic.Store(latest.slopes, order - j, slope);

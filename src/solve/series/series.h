@@ -33,7 +33,7 @@ class Series {
   /// The highest order computed.
   virtual int Order() const = 0;
 
-  /// log2 |term k|, right to about 1e-9: -infinity for 0, +infinity for what is no number.
+  /// log2 |term k|, right to about 1e-8: -infinity for 0, +infinity for what is no number.
   virtual double Log2(LineId line, int k) const = 0;
   /// The same for all terms 0..Order(), valid until more are computed or others begun.
   virtual std::span<const double> Logs(LineId line) const = 0;

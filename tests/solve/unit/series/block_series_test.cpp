@@ -105,6 +105,61 @@ TEST_P(BlockSeriesOfFormat, HasTheTermsOfEveryLine)
   }
 }
 
+/// With a scale far beyond the radius of convergence every term is larger than those before, which
+/// move down for it and lose what it is larger by.
+TEST_P(BlockSeriesOfFormat, MakesRoomForTermsThatRise)
+{
+  const Format& format = GetParam();
+  Equations m;
+  const Expression x = m.Variable("x", Rational(1)), y = m.Variable("y", Rational(2)),
+                   z = m.Variable("z", Rational(3));
+  m.SetDerivative(x, 10 * (y - x));
+  m.SetDerivative(y, x * (28 - z) - y);
+  m.SetDerivative(z, x * y - Rational(8, 3) * z + Function(kSqrt, y * y + 1) / (x * x + 1));
+  const Tape tape = Compile(m.Finished());
+  const auto series = format.make(tape, format.bits);
+  MpfrSeries exact(tape, kReferenceBits, 20, false);
+  std::vector<Real> states(3, Real(format.bits));
+  for (Real& state : states) mpfr_const_pi(state, MPFR_RNDN);
+  constexpr int kOrder = 10;
+  series->Begin(Real(20), states, false, 0);
+  exact.Begin(Real(20), states, false, 0);
+  series->ExtendTo(kOrder);
+  exact.ExtendTo(kOrder);
+  const double rise = exact.Log2(0, kOrder) - exact.Log2(0, 0);
+  EXPECT_GT(rise, 20);
+  EXPECT_LT(LargestError(tape, *series, kOrder, exact),
+            rise + 10 - static_cast<double>(format.bits));
+}
+
+/// A pendulum at rest: of each line every other term is 0.
+TEST_P(BlockSeriesOfFormat, KnowsTermsThatVanish)
+{
+  const Format& format = GetParam();
+  Equations m;
+  const Expression a = m.Variable("a", Rational(2)), p = m.Variable("p", Rational(0));
+  m.SetDerivative(a, p);
+  m.SetDerivative(p, -1 * Function(kSin, a) + p * p * p + a * a * p);
+  const Tape tape = Compile(m.Finished());
+  const auto series = format.make(tape, format.bits);
+  MpfrSeries exact(tape, kReferenceBits, 20, false);
+  std::vector<Real> states(2, Real(format.bits));
+  mpfr_set_ui(states[0], 3, MPFR_RNDN);
+  mpfr_sqrt(states[0], states[0], MPFR_RNDN);
+  series->Begin(Real(20), states, false, -1);
+  exact.Begin(Real(20), states, false, -1);
+  constexpr int kOrder = 30;
+  series->ExtendTo(kOrder);
+  exact.ExtendTo(kOrder);
+  for (LineId line = 0; line < tape.lines.size(); ++line) {
+    for (int k = 0; k <= kOrder; ++k) {
+      EXPECT_EQ(series->Log2(line, k) == -INFINITY, exact.Log2(line, k) == -INFINITY)
+          << "line " << line << " term " << k;
+    }
+  }
+  EXPECT_LT(LargestError(tape, *series, kOrder, exact), 10 - static_cast<double>(format.bits));
+}
+
 const Format kFormats[] = {
     {"Narrow", 108, Make<NarrowArithmetic>},    {"Wide130", 130, Make<WideArithmetic<8>>},
     {"Wide265", 265, Make<WideArithmetic<8>>},  {"Wide357", 357, Make<WideArithmetic<8>>},

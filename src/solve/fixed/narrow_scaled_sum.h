@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "solve/fixed/narrow_settled.h"
+
+namespace varno::solve {
+
+/// Terms of a settled series that is a sum of others, each times a constant.
+///
+/// As long as no exponent changes each constant is a ratio, so that a term takes two or three
+/// products of words for each operand, and one rounding for all. Where the operands cancel, their
+/// sum is counted in larger units: what is dropped is then less than a unit of an operand, times
+/// its constant.
+class NarrowScaledSum {
+ public:
+  /// Sums of so many operands at most; longer ones would drop too much.
+  static constexpr std::size_t kMostOperands = 100;
+
+  void Clear() { operands.clear(); }
+  /// Adds factor * a, where a outlives this.
+  void Add(const NarrowTerms& a, const NarrowFactor& factor);
+  /// Fits the ratios to the exponents that the operands and the sum have now; false if it cannot be
+  /// used with these.
+  bool Prepare(const NarrowTerms& sum);
+  /// Stores term k; false, and nothing is stored, if it is 0 or does not fit.
+  [[gnu::always_inline]] bool StoreTerm(NarrowTerms& sum, int k) const;
+
+ private:
+  struct Operand {
+    const NarrowTerms* terms;
+    NarrowFactor factor;
+    NarrowRatio ratio;
+  };
+
+  std::vector<Operand> operands;  // when prepared, those with a low digit 0 first
+  std::size_t shortCount = 0;     // how many these are
+  int up = 0;                     // log2 of the units counted in
+};
+
+inline bool NarrowScaledSum::StoreTerm(NarrowTerms& sum, int k) const
+{
+  NarrowSums sums;
+  const Operand* a = operands.data();
+  const Operand *const longOnes = a + shortCount, *const end = a + operands.size();
+  for (; a != longOnes; ++a) sums.AddShort(a->terms->high[k], a->terms->low[k], a->ratio);
+  for (; a != end; ++a) sums.Add(a->terms->high[k], a->terms->low[k], a->ratio);
+  return narrow::StoreSettled(sum, k, sums.Total(), up);
+}
+
+}  // namespace varno::solve

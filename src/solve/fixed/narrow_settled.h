@@ -1,0 +1,128 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "solve/fixed/narrow_values.h"
+
+namespace varno::solve {
+
+/// A factor between two series whose exponents stay: units of the one are high + low 2^-60 units of
+/// the other, times a constant.
+///
+/// A product of a term with it is two or three products of words, with no exponent to look at. The
+/// product of both low digits, at most a quarter of a unit, is dropped.
+struct NarrowRatio {
+  std::int64_t high = 0, low = 0;
+
+  /// |high| stays below 2^(60 + kMostBits).
+  static constexpr long kMostBits = 2;
+};
+
+/// Sums of products of digits, of terms with terms or with ratios.
+struct NarrowSums {
+  Int128 highs = 0, crosses = 0;
+
+  void Add(std::int64_t high, std::int64_t low, const NarrowRatio& ratio)
+  {
+    AddShort(high, low, ratio);
+    crosses += static_cast<Int128>(high) * ratio.low;
+  }
+  /// The same for a ratio with a low digit of 0.
+  void AddShort(std::int64_t high, std::int64_t low, const NarrowRatio& ratio)
+  {
+    highs += static_cast<Int128>(high) * ratio.high;
+    crosses += static_cast<Int128>(low) * ratio.high;
+  }
+  /// a[j] b[k-j] for j = first..last
+  void AddProducts(const NarrowTerms& a, const NarrowTerms& b, int first, int last, int k);
+  /// a[j] a[k-j] for j = first..k-first
+  void AddProducts(const NarrowTerms& a, int first, int k);
+
+  /// In units of the operands' product.
+  Int128 Total() const
+  {
+    narrow::Unnoted lost;
+    return highs + narrow::ShiftRightBelowWord(crosses, narrow::kDigitBits, lost);
+  }
+};
+
+namespace narrow {
+
+/// Whether terms can be stored with such a shift; nearly all can.
+inline bool IsShift(long up)
+{
+  return up > -64 && up < 64;
+}
+
+/// log2 of a bound of the ratio that a factor makes between series with these exponents.
+inline long RatioBits(const NarrowFactor& factor, long from, long to)
+{
+  return factor.exponent + from - to;
+}
+
+/// That ratio to nearest, in units of 2^up, where RatioBits - up <= kMostBits.
+NarrowRatio RatioIn(const NarrowFactor& factor, long from, long to, long up);
+
+/// The ratio digits * 2^-120.
+constexpr NarrowRatio RatioOf(Int128 digits)
+{
+  NarrowRatio ratio;
+  ratio.low = LowDigit(digits);
+  ratio.high = HighDigit(digits, ratio.low);
+  return ratio;
+}
+
+/// 1/k in its place, k > 0, to nearest.
+constexpr std::array<NarrowRatio, kMostOrder + 1> Reciprocals()
+{
+  std::array<NarrowRatio, kMostOrder + 1> reciprocals;
+  for (int k = 1; k <= kMostOrder; ++k) {
+    reciprocals[static_cast<std::size_t>(k)] =
+        RatioOf(((static_cast<Int128>(1) << (2 * kDigitBits)) + k / 2) / k);
+  }
+  return reciprocals;
+}
+
+inline constexpr std::array<NarrowRatio, kMostOrder + 1> kReciprocals = Reciprocals();
+
+/// Stores mantissa 2^up units, |up| < 64, as a term of a settled series. False, and nothing is
+/// stored, if it is 0 or does not fit.
+[[gnu::always_inline]] inline bool StoreSettled(NarrowTerms& terms, int k, Int128 mantissa, int up)
+{
+  if (mantissa == 0) return false;
+  if (up < 0) {
+    Unnoted lost;
+    mantissa = ShiftRightBelowWord(mantissa, -up, lost);
+  } else if (up > 0) {
+    const Int128 larger = mantissa << (static_cast<unsigned>(up) & 63);
+    if (larger >> (static_cast<unsigned>(up) & 63) != mantissa) return false;
+    mantissa = larger;
+  }
+  if (!FitsBits(mantissa, kTermBits)) return false;
+  const std::int64_t low = LowDigit(mantissa);
+  terms.low[k] = low;
+  terms.high[k] = HighDigit(mantissa, low);
+  terms.exactZero[k] = 0;
+  return true;
+}
+
+}  // namespace narrow
+
+/// Stores a whole number, |whole| < 2^8, times term k of another series as a term of a settled one.
+/// False, and nothing is stored, if that one is not settled or the term 0 or too large.
+inline bool StoreSettledMultiple(NarrowTerms& terms, int m, int whole, const NarrowTerms& from,
+                                 int k)
+{
+  const long up = from.exponent - terms.exponent;
+  return terms.IsSettled() && narrow::IsShift(up) &&
+         narrow::StoreSettled(terms, m, narrow::Joined(from.high[k], from.low[k]) * whole,
+                              static_cast<int>(up));
+}
+
+/// Stores the terms before the first, which is there, each the product of the one behind it with a
+/// factor, as long as they are not 0 and fit; returns how many.
+int StoreSettledPowers(NarrowTerms& terms, int first, const NarrowFactor& factor);
+
+}  // namespace varno::solve

@@ -1,0 +1,176 @@
+#include "solve/series/settled_lines.h"
+
+#include <algorithm>
+
+#include "solve/fixed/narrow_settled.h"
+
+namespace varno::solve {
+
+using Lines = SettledLines<NarrowArithmetic>;
+using narrow::StoreSettled;
+
+Lines::SettledLines(const LineOperands<NarrowArithmetic>& operands)
+    : operands(operands), prepared(operands.tape.lines.size())
+{}
+
+void Lines::Begin(long newScaleExponent, bool backwards)
+{
+  scaleExponent = newScaleExponent;
+  isBackwards = backwards;
+  Rearrange();
+}
+
+// ---------------------------------------------------------------------------------------------
+// The recurrences: numbers in parentheses are those of docs/solve/recurrences.md.
+
+namespace {
+
+/// mantissa / k, for values that fit two digits
+Int128 Quotient(std::int64_t high, std::int64_t low, int k)
+{
+  NarrowSums quotient;
+  quotient.Add(high, low, narrow::kReciprocals[static_cast<std::size_t>(k)]);
+  return quotient.Total();
+}
+
+}  // namespace
+
+bool Lines::StoreTerm(LineId id, int k)
+{
+  Prepared& line = prepared[id];
+  if (line.arrangement != arrangement) Prepare(id);
+  if (!line.isUsable) return false;
+  NarrowSums products;
+  switch (line.kind) {
+    case LineKind::kState: {
+      // (2) x' = f: term k of x is scale / k times term k-1 of f.
+      const Int128 x = Quotient(line.a->high[k - 1], line.a->low[k - 1], k);
+      return StoreSettled(*line.s, k, line.isNegative ? -x : x, line.up);
+    }
+    case LineKind::kCombination:
+      return line.sum.StoreTerm(*line.s, k);
+    case LineKind::kProduct:
+      products.AddProducts(*line.a, *line.b, 0, k, k);
+      return StoreSettled(*line.s, k, products.Total(), line.up);
+    case LineKind::kSquare:
+      products.AddProducts(*line.a, 0, k);
+      return StoreSettled(*line.s, k, products.Total(), line.up);
+    case LineKind::kQuotient:
+      products.AddProducts(*line.b, *line.s, 1, k, k);
+      return StoreQuotient(line, k, products);
+    case LineKind::kSquareRoot:
+      products.AddProducts(*line.s, 1, k);
+      return StoreQuotient(line, k, products);
+    case LineKind::kIntegralOfProduct: {
+      // (9) s' = +-b a': k s[k] = +-(sum over j = 1..k of j a[j] b[k-j])
+      products.AddProducts(*line.a, *line.b, 1, k, k);
+      const Int128 sum = products.Total();
+      if (!narrow::FitsBits(sum, narrow::kValueBits)) return false;
+      const std::int64_t low = narrow::LowDigit(sum);
+      const Int128 s = Quotient(narrow::HighDigit(sum, low), low, k);
+      return StoreSettled(*line.s, k, line.isNegative ? -s : s, line.up);
+    }
+    default:
+      return false;
+  }
+}
+
+/// (6), (7) s[k] = (a[k] - products) / divisor
+bool Lines::StoreQuotient(const Prepared& line, int k, const NarrowSums& products)
+{
+  const Int128 total = -products.Total();
+  if (!narrow::FitsBits(total, narrow::kValueBits)) return false;
+  const std::int64_t low = narrow::LowDigit(total);
+  NarrowSums sums;
+  sums.Add(narrow::HighDigit(total, low), low, line.ofProducts);
+  sums.Add(line.a->high[k], line.a->low[k], line.ofOperand);
+  return StoreSettled(*line.s, k, sums.Total(), line.up);
+}
+
+// ---------------------------------------------------------------------------------------------
+// What is constant while the exponents stay
+
+void Lines::Prepare(LineId id)
+{
+  const Line& operation = operands.tape.lines[id];
+  const auto row = [this](LineId line) { return line == kNone ? nullptr : &operands.terms[line]; };
+  Prepared& line = prepared[id];
+  line.s = row(id);
+  if (!line.s->IsSettled()) {
+    // It may be, after the next term.
+    line.isUsable = false;
+    return;
+  }
+  line.arrangement = arrangement;
+  line.kind = operation.kind;
+  line.a = row(operation.a);
+  line.b = row(operation.b);
+  line.isNegative = operation.negative;
+  switch (operation.kind) {
+    case LineKind::kState:
+      line.a = row(operands.tape.rightHandSides[operation.index]);
+      line.isNegative = isBackwards;
+      line.isUsable = SetUp(line, line.a->exponent + scaleExponent);
+      break;
+    case LineKind::kCombination:
+      line.isUsable = PrepareSum(line, id);
+      break;
+    case LineKind::kProduct:
+      line.isUsable = SetUp(line, line.a->exponent + line.b->exponent);
+      break;
+    case LineKind::kSquare:
+      line.isUsable = SetUp(line, 2 * line.a->exponent);
+      break;
+    case LineKind::kQuotient:
+      line.isUsable = PrepareDivision(line, id, line.b->exponent + line.s->exponent);
+      break;
+    case LineKind::kSquareRoot:
+      line.isUsable = PrepareDivision(line, id, 2 * line.s->exponent);
+      break;
+    case LineKind::kIntegralOfProduct:
+      line.a = &Weighted(operation.a);
+      line.isUsable = SetUp(line, line.a->exponent + line.b->exponent);
+      break;
+    default:
+      line.isUsable = false;
+  }
+}
+
+/// For what is computed with this exponent.
+bool Lines::SetUp(Prepared& line, long exponent) const
+{
+  const long up = exponent - line.s->exponent;
+  line.up = static_cast<int>(up);
+  return narrow::IsShift(up);
+}
+
+bool Lines::PrepareSum(Prepared& line, LineId id) const
+{
+  const Line& operation = operands.tape.lines[id];
+  line.sum.Clear();
+  for (std::uint32_t i = 0; i < operation.factorCount; ++i) {
+    const Factor& factor = operands.tape.factors[operation.firstFactor + i];
+    line.sum.Add(operands.terms[factor.line], factor.whole != 0
+                                                  ? NarrowArithmetic::ToFactor(factor.whole)
+                                                  : operands.constants[factor.constant]);
+  }
+  return line.sum.Prepare(*line.s);
+}
+
+/// The reciprocal times an operand, and times products with this exponent.
+bool Lines::PrepareDivision(Prepared& line, LineId id, long products) const
+{
+  const NarrowFactor& divisor = operands.divisors[id];
+  const long exponent = line.s->exponent;
+  // An operand that has not started is 0.
+  const long operand = line.a->started ? line.a->exponent : products;
+  const long largest = narrow::RatioBits(divisor, std::max(products, operand), exponent);
+  const long up = std::max(0L, largest - NarrowRatio::kMostBits);
+  if (!narrow::IsShift(up)) return false;
+  line.up = static_cast<int>(up);
+  line.ofProducts = narrow::RatioIn(divisor, products, exponent, up);
+  line.ofOperand = narrow::RatioIn(divisor, operand, exponent, up);
+  return true;
+}
+
+}  // namespace varno::solve

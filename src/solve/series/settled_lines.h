@@ -1,0 +1,85 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "solve/fixed/narrow.h"
+#include "solve/fixed/narrow_scaled_sum.h"
+#include "solve/tape/tape.h"
+
+namespace varno::solve {
+
+/// What the terms of a tape's lines are made of. All outlives who is given it.
+template <class Arithmetic>
+struct LineOperands {
+  const Tape& tape;
+  std::vector<typename Arithmetic::Terms>& terms;             ///< by line
+  const std::vector<typename Arithmetic::Terms>& weighted;    ///< j times term j
+  const std::vector<std::uint32_t>& weightedRows;             ///< by line, in `weighted`
+  const std::vector<typename Arithmetic::Factor>& constants;  ///< by constant
+  const std::vector<typename Arithmetic::Factor>& divisors;   ///< by line: a reciprocal
+};
+
+/// The terms of lines that are settled: most of all terms, in a fraction of the time.
+///
+/// A line is settled when it has an exponent and has lost bits: of a term that follows nothing is
+/// to be known but its digits, unless it is 0 or does not fit. The exponents of the line and of its
+/// operands stay mostly as they are for the rest of the step, so what they make of constants is
+/// prepared once. What is left of each recurrence is arithmetic on words.
+///
+/// Where this does not do, a term is computed like those of other lines. An arithmetic without
+/// settled lines has none.
+template <class Arithmetic>
+class SettledLines {
+ public:
+  explicit SettledLines(const LineOperands<Arithmetic>& /*operands*/) {}
+  void Begin(long /*scaleExponent*/, bool /*isBackwards*/) {}
+  void Rearrange() {}
+  static bool StoreTerm(LineId /*id*/, int /*k*/) { return false; }
+};
+
+template <>
+class SettledLines<NarrowArithmetic> {
+ public:
+  explicit SettledLines(const LineOperands<NarrowArithmetic>& operands);
+
+  /// A step with this scale.
+  void Begin(long newScaleExponent, bool backwards);
+  /// The exponent of a line has changed, or a line has got one.
+  void Rearrange() { ++arrangement; }
+  /// Stores term k > 0 of a line; false, and nothing is stored, if it is to be computed in another
+  /// way.
+  bool StoreTerm(LineId id, int k);
+
+ private:
+  /// What is prepared of a line.
+  struct Prepared {
+    int arrangement = -1;
+    bool isUsable = false;
+    LineKind kind;
+    bool isNegative;  // of a state and an integral
+    int up;           // log2 of the units counted in
+    NarrowTerms* s;   // of the line
+    const NarrowTerms *a, *b;
+    NarrowRatio ofOperand, ofProducts;
+    NarrowScaledSum sum;
+  };
+
+  void Prepare(LineId id);
+  bool SetUp(Prepared& line, long exponent) const;
+  bool PrepareSum(Prepared& line, LineId id) const;
+  bool PrepareDivision(Prepared& line, LineId id, long products) const;
+  static bool StoreQuotient(const Prepared& line, int k, const NarrowSums& products);
+  const NarrowTerms& Weighted(LineId id) const
+  {
+    return operands.weighted[operands.weightedRows[id]];
+  }
+
+  LineOperands<NarrowArithmetic> operands;
+  std::vector<Prepared> prepared;  // by line
+  int arrangement = 0;
+  long scaleExponent = 0;
+  bool isBackwards = false;
+};
+
+}  // namespace varno::solve
