@@ -337,7 +337,7 @@ template <class Arithmetic>
 int BlockSeries<Arithmetic>::LastTerm(LineId line) const
 {
   for (int k = order; k > 0; --k) {
-    if (terms[line].exactZero[k] == 0) return k;
+    if (logs[line][k] > -kInfinity) return k;
   }
   return 0;
 }
