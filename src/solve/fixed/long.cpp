@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <vector>
 
 #include "solve/fixed/log2.h"
 
@@ -192,7 +193,7 @@ auto LongArithmetic::ValueOf(const LongSum& sum, const Terms& a, const Terms& b,
 {
   Value value;
   value.mantissa = sum.Value();
-  value.exponent = a.exponent + b.exponent + long{kLimbBits} * (n - 1);
+  value.exponent = a.exponent + b.exponent + LongSum::UnitBits(n);
   value.inexact = a.inexact || b.inexact;
   value.lost = value.mantissa == 0 ? !AllExactZeros(a, b, first, last, k)
                                    : a.trailingZeros + b.trailingZeros < n - 1;
@@ -203,19 +204,17 @@ auto LongArithmetic::Convolve(const Terms& a, const Terms& b, int first, int las
     -> Value
 {
   if (!a.started || !b.started || first > last) return {};
-  LongSum sum(n);
-  for (int j = first; j <= last; ++j) sum.AddProduct(a, j, b, k - j);
+  std::vector<mp_limb_t> limbs(LongSum::Size(n)), scratch(2 * static_cast<std::size_t>(n) + 3);
+  LongSum sum(n, limbs.data());
+  for (int j = first; j <= last; ++j) sum.AddProduct(a, j, b, k - j, false, scratch.data());
   return ValueOf(sum, a, b, first, last, k);
 }
 
-auto LongArithmetic::ConvolveSelf(const Terms& a, int first, int k) const -> Value
+auto LongArithmetic::Convolve(Product& product, const Terms& a, const Terms& b, int first, int last,
+                              int k, const Poll& poll) const -> Value
 {
-  if (!a.started || 2 * first > k) return {};
-  LongSum sum(n);
-  for (int j = first; 2 * j < k; ++j) sum.AddProduct(a, j, a, k - j);
-  sum.Double();
-  if (k % 2 == 0) sum.AddProduct(a, k / 2, a, k / 2);
-  return ValueOf(sum, a, a, first, k - first, k);
+  if (!a.started || !b.started || first > last) return {};
+  return ValueOf(product.Sum(n, a, b, {first, k - last}, k, poll), a, b, first, last, k);
 }
 
 }  // namespace varno::solve

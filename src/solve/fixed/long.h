@@ -1,11 +1,13 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 
 #include <gmpxx.h>
 #include <mpfr.h>
 
 #include "solve/fixed/long_terms.h"
+#include "solve/fixed/relaxed_product.h"
 
 namespace varno::solve {
 
@@ -28,8 +30,10 @@ class LongArithmetic {
   using Value = LongValue;
   using Factor = Value;
   using Terms = LongTerms;
+  using Product = RelaxedProduct;
+  using Poll = std::function<void()>;
 
-  static constexpr int kMostOrder = 1 << 17;
+  static constexpr int kMostOrder = (1 << 15) - 1;
   static constexpr long kMostExponent = 1L << 40;
   /// log2 of the units that a term may be wrong by.
   static constexpr double kErrorBits = 6;
@@ -62,8 +66,10 @@ class LongArithmetic {
 
   /// Sum over j = first..last of a[j] b[k-j]
   Value Convolve(const Terms& a, const Terms& b, int first, int last, int k) const;
-  /// Sum over j = first..k-first of a[j] a[k-j]
-  Value ConvolveSelf(const Terms& a, int first, int k) const;
+  /// The same for one k after the other, with first 0 or 1 and last k or k - 1, where terms are
+  /// known as far as they stand in the sum. A square where b is a.
+  Value Convolve(Product& product, const Terms& a, const Terms& b, int first, int last, int k,
+                 const Poll& poll) const;
 
  private:
   /// Bits of the largest term: its first limb keeps two of them empty.

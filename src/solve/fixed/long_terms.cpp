@@ -60,50 +60,48 @@ bool ShiftRight(mpz_class& x, long bits)
   return lost;
 }
 
-void LongSum::Clear()
-{
-  std::ranges::fill(limbs, 0);
-}
-
-void LongSum::Double()
-{
-  mpn_lshift(limbs.data(), limbs.data(), Size(n), 1);
-}
-
-void LongSum::AddProduct(const LongTerms& a, int j, const LongTerms& b, int i)
+void LongSum::AddProduct(const LongTerms& a, int j, const LongTerms& b, int i, bool twice,
+                         mp_limb_t* scratch)
 {
   const LongTerms::Row &x = a.rows[j], &y = b.rows[i];
-  const int unit = n - 1;
-  // A limb of x below this one, times the whole of y, stays below the unit.
-  const int xDrop = std::max(0, unit - y.size), yDrop = std::max(0, unit - x.size);
+  // A limb of x below this one, times the whole of y, stays below the limb behind the last one.
+  const int xDrop = std::max(0, n - 1 - y.size), yDrop = std::max(0, n - 1 - x.size);
   const int xSize = x.size - xDrop, ySize = y.size - yDrop;
   if (xSize <= 0 || ySize <= 0) return;
   const mp_limb_t *const xLimbs = a.Limbs(x) + xDrop, *const yLimbs = b.Limbs(y) + yDrop;
   if (xSize >= ySize) {
-    mpn_mul(product.data(), xLimbs, xSize, yLimbs, ySize);
+    mpn_mul(scratch, xLimbs, xSize, yLimbs, ySize);
   } else {
-    mpn_mul(product.data(), yLimbs, ySize, xLimbs, xSize);
+    mpn_mul(scratch, yLimbs, ySize, xLimbs, xSize);
   }
-  const int drop = unit - xDrop - yDrop, count = xSize + ySize - drop;
+  int size = xSize + ySize;
+  if (twice) {
+    scratch[size] = mpn_lshift(scratch, scratch, size, 1);
+    ++size;
+  }
+  const int place = xDrop + yDrop - (n - 1 - kSpareLimbs), drop = std::max(0, -place);
+  const int count = size - drop, begin = std::max(0, place);
   if (count <= 0) return;
+  mp_limb_t* const to = limbs + begin;
   if (x.isNegative == y.isNegative) {
-    mpn_add(limbs.data(), limbs.data(), Size(n), product.data() + drop, count);
+    mpn_add(to, to, Size(n) - begin, scratch + drop, count);
   } else {
-    mpn_sub(limbs.data(), limbs.data(), Size(n), product.data() + drop, count);
+    mpn_sub(to, to, Size(n) - begin, scratch + drop, count);
   }
 }
 
 mpz_class LongSum::Value() const
 {
   mpz_class value;
-  mp_limb_t* const to = mpz_limbs_write(value.get_mpz_t(), Size(n));
-  const bool isNegative = limbs.back() >> (kLimbBits - 1) != 0;
+  const int size = Size(n);
+  mp_limb_t* const to = mpz_limbs_write(value.get_mpz_t(), size);
+  const bool isNegative = limbs[size - 1] >> (kLimbBits - 1) != 0;
   if (isNegative) {
-    mpn_neg(to, limbs.data(), Size(n));
+    mpn_neg(to, limbs, size);
   } else {
-    mpn_copyi(to, limbs.data(), Size(n));
+    mpn_copyi(to, limbs, size);
   }
-  mpz_limbs_finish(value.get_mpz_t(), isNegative ? -Size(n) : Size(n));
+  mpz_limbs_finish(value.get_mpz_t(), isNegative ? -size : size);
   return value;
 }
 

@@ -41,25 +41,29 @@ struct LongTerms {
 /// Divides by 2^bits, to nearest; tells whether anything was lost.
 bool ShiftRight(mpz_class& x, long bits);
 
-/// Sums of products of terms with n limbs: two's complement, in units of 2^(64 (n - 1)) of the
-/// products. Limbs of the factors that do not reach a unit are not multiplied.
+/// A sum of products of terms with n limbs each, which stands in memory of the caller's: two's
+/// complement, in units of 2^UnitBits(n) of the products. Limbs of the factors that do not reach
+/// the limb behind the last one of a term are not multiplied.
 class LongSum {
  public:
-  explicit LongSum(int n) : n(n), limbs(Size(n)), product(2 * static_cast<std::size_t>(n) + 2) {}
+  /// Limbs behind that one: a sum of products that has no bits there is exact whatever its parts
+  /// (AddBlockProducts).
+  static constexpr int kSpareLimbs = 6;
 
-  /// Limbs of a sum: one behind those of a term, and two before them.
-  static int Size(int n) { return n + 3; }
+  LongSum(int n, mp_limb_t* limbs) : n(n), limbs(limbs) {}
 
-  void Clear();
-  void Double();
-  /// Adds a[j] b[i].
-  void AddProduct(const LongTerms& a, int j, const LongTerms& b, int i);
+  /// Limbs of a sum: two before those of a term.
+  static int Size(int n) { return n + 3 + kSpareLimbs; }
+  static long UnitBits(int n) { return long{kLimbBits} * (n - 1 - kSpareLimbs); }
+
+  /// Adds a[j] b[i], or twice that; `scratch` has 2 n + 3 limbs.
+  void AddProduct(const LongTerms& a, int j, const LongTerms& b, int i, bool twice,
+                  mp_limb_t* scratch);
   mpz_class Value() const;
 
  private:
   int n;
-  std::vector<mp_limb_t> limbs;
-  std::vector<mp_limb_t> product;  // scratch
+  mp_limb_t* limbs;
 };
 
 }  // namespace varno::solve
