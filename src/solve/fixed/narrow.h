@@ -19,6 +19,8 @@ class NarrowArithmetic {
   using Value = NarrowValue;
   using Factor = NarrowFactor;
   using Terms = NarrowTerms;
+  /// Each sum of products is computed by itself.
+  struct Product {};
 
   static constexpr int kFractionBits = 120;
   /// Bits of the largest term of a series: the exponent leaves two of them empty.

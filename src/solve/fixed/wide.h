@@ -35,6 +35,8 @@ class WideArithmetic {
   using Value = WideValue<kMostDigits>;
   using Factor = Value;
   using Terms = WideTerms;
+  /// Each sum of products is computed by itself.
+  struct Product {};
 
   static constexpr int kDigitBits = kWideDigitBits;
   /// One digit is for exponents in whole digits.

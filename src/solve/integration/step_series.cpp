@@ -16,6 +16,8 @@ namespace {
 
 /// When a step needs more precision, some more is taken at once, so that this is rare.
 constexpr double kSpareBits = 64;
+/// Digits enough to tell about how long a step becomes.
+constexpr double kCoarseDecimals = 40;
 
 bool HasTimeLine(const Tape& tape)
 {
@@ -221,6 +223,24 @@ StepBound StepSeries::BeginWithout(mpfr_srcptr time, const std::vector<bool>& le
   return ChooseBound(leftOut);
 }
 
+/// The scale that the first step needs. A series of low order tells: for a radius of convergence
+/// all orders allow about the same step, each at its own tolerance.
+long StepSeries::CoarseScale(mpfr_srcptr time)
+{
+  const RunSettings coarse = SettingsFor(kCoarseDecimals, kCoarseDecimals);
+  if (settings.order <= coarse.order || !zeroLines.empty()) return scaleExponent;
+  try {
+    const auto shortSeries = MakeSeriesAtRoot(tape, coarse.bits, coarse.order, false, {}, poll);
+    shortSeries->Begin(time, latest.states, latest.backwards, scaleExponent);
+    const StepBound bound =
+        StepControl(tape, coarse).Choose(*shortSeries, std::vector<bool>(tape.lines.size(), false));
+    const double log2 = bound.log2 + static_cast<double>(scaleExponent);
+    return std::isfinite(log2) ? ScaleFor(ChooseLength({log2, bound.line}).Log2()) : scaleExponent;
+  } catch (const DomainError&) {
+    return scaleExponent;  // whatever it is, the series itself meets it
+  }
+}
+
 /// The series at the present precision, and what it allows.
 StepBound StepSeries::BeginWithBits()
 {
@@ -228,6 +248,7 @@ StepBound StepSeries::BeginWithBits()
   latest.end.Evaluate(time);
   const std::vector<bool> none(tape.lines.size(), false);
   const bool mayUseBlocks = arithmeticChoice.IsWorthTrying();
+  if (latest.steps == 0) scaleExponent = CoarseScale(time);
   // What is left out is chosen by terms with all their digits.
   StepBound bound = BeginWithout(time, none, mayUseBlocks && !exemption);
   exemption.reset();

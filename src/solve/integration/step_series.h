@@ -79,6 +79,7 @@ class StepSeries {
 
  private:
   StepBound BeginWithBits();
+  long CoarseScale(mpfr_srcptr time);
   StepBound BeginWithout(mpfr_srcptr time, const std::vector<bool>& leftOut, bool mayUseBlocks);
   StepBound ChooseBound(const std::vector<bool>& leftOut);
   bool IsExactFor(const StepBound& bound);

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <span>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -38,6 +40,7 @@ class BlockSeries final : public Series {
         resolutions(tape.lines.size()),
         sizes(tape.lines.size())
   {
+    if constexpr (kIsRelaxed) convolutions.resize(tape.lines.size());
     const std::vector<bool> weighted = LinesNeedingWeights(tape);
     weightedRows.assign(weighted.size(), kNone);
     for (LineId id = 0; id < weighted.size(); ++id) {
@@ -145,6 +148,11 @@ class BlockSeries final : public Series {
   using Factor = typename Arithmetic::Factor;
   using Terms = typename Arithmetic::Terms;
 
+  /// Whether sums of products are made of blocks, of which each sum finds what earlier ones left.
+  static constexpr bool kIsRelaxed = !std::is_empty_v<typename Arithmetic::Product>;
+  /// A recurrence has so many of them at most.
+  static constexpr int kMostConvolutions = 3;
+
   static constexpr double kInfinity = std::numeric_limits<double>::infinity();
   static constexpr long kUnknown = std::numeric_limits<long>::min();
   /// Bits of the guard that a line may lose by the difference between the scale and the step.
@@ -179,6 +187,24 @@ class BlockSeries final : public Series {
     arithmetic.Negate(b);
     arithmetic.Add(a, b);
     return a;
+  }
+  /// The sum over j = first..last of a[j] b[k-j] that stands at place `which` of a recurrence
+  Value Convolve(LineId id, int which, const Terms& a, const Terms& b, int first, int last, int k)
+  {
+    if constexpr (kIsRelaxed) {
+      return arithmetic.Convolve(convolutions[id][which], a, b, first, last, k, poll);
+    } else {
+      return arithmetic.Convolve(a, b, first, last, k);
+    }
+  }
+  /// The sum over j = first..k-first of a[j] a[k-j] of a recurrence
+  Value ConvolveSelf(LineId id, const Terms& a, int first, int k)
+  {
+    if constexpr (kIsRelaxed) {
+      return Convolve(id, 0, a, a, first, k - first, k);
+    } else {
+      return arithmetic.ConvolveSelf(a, first, k);
+    }
   }
   Terms& Weighted(LineId line) { return weightedTerms[weightedRows[line]]; }
 
@@ -215,8 +241,9 @@ class BlockSeries final : public Series {
   std::vector<Terms> weightedTerms;         // j times term j
   std::vector<Factor> constants;            // by constant
   std::vector<Factor> exponentsPlusOne;     // by constant
-  std::vector<long> largest;                // by line: log2 of the largest term of the step before
-  std::vector<Factor> divisors;             // by line: the reciprocal of what its terms divide by
+  std::vector<std::array<typename Arithmetic::Product, kMostConvolutions>> convolutions;  // by line
+  std::vector<long> largest;     // by line: log2 of the largest term of the step before
+  std::vector<Factor> divisors;  // by line: the reciprocal of what its terms divide by
   SettledLines<Arithmetic> settled;
   mutable std::vector<double> resolutions;
   mutable std::vector<double> sizes;  // by line: log2 of the largest term

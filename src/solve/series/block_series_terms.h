@@ -47,6 +47,9 @@ void BlockSeries<Arithmetic>::StartLine(LineId id)
     arithmetic.Reset(Weighted(id), least);
     arithmetic.Store(Weighted(id), 0, Value());
   }
+  if constexpr (kIsRelaxed) {
+    for (auto& product : convolutions[id]) product.Reset();
+  }
   if (!leftOut[id]) StartDivisor(line, id);
   if (std::abs(first.exponent) > Arithmetic::kMostExponent) Refine();
 }
@@ -144,20 +147,19 @@ auto BlockSeries<Arithmetic>::TermOf(const Line& line, LineId id, int k) -> Valu
     case LineKind::kCombination:
       return Combination(line, k);
     case LineKind::kProduct:
-      return arithmetic.Convolve(terms[line.a], terms[line.b], 0, k, k);
+      return Convolve(id, 0, terms[line.a], terms[line.b], 0, k, k);
     case LineKind::kSquare:
-      return arithmetic.ConvolveSelf(terms[line.a], 0, k);
+      return ConvolveSelf(id, terms[line.a], 0, k);
     case LineKind::kQuotient: {
       // (6) s b = a: s[k] = (a[k] - sum over j = 1..k of b[j] s[k-j]) / b[0]
       Value s = Difference(arithmetic.Load(terms[line.a], k),
-                           arithmetic.Convolve(terms[line.b], terms[id], 1, k, k));
+                           Convolve(id, 0, terms[line.b], terms[id], 1, k, k));
       arithmetic.Multiply(s, divisors[id]);
       return s;
     }
     case LineKind::kSquareRoot: {
       // (7) s^2 = a: s[k] = (a[k] - sum over j = 1..k-1 of s[j] s[k-j]) / (2 s[0])
-      Value s =
-          Difference(arithmetic.Load(terms[line.a], k), arithmetic.ConvolveSelf(terms[id], 1, k));
+      Value s = Difference(arithmetic.Load(terms[line.a], k), ConvolveSelf(id, terms[id], 1, k));
       arithmetic.Multiply(s, divisors[id]);
       return s;
     }
@@ -165,7 +167,7 @@ auto BlockSeries<Arithmetic>::TermOf(const Line& line, LineId id, int k) -> Valu
       return Power(line, id, k);
     case LineKind::kIntegralOfProduct: {
       // (9) s' = +-b a': k s[k] = +-(sum over j = 1..k of j a[j] b[k-j])
-      Value s = arithmetic.Convolve(Weighted(line.a), terms[line.b], 1, k, k);
+      Value s = Convolve(id, 0, Weighted(line.a), terms[line.b], 1, k, k);
       arithmetic.DivideBy(s, k);
       if (line.negative) arithmetic.Negate(s);
       return s;
@@ -220,10 +222,10 @@ inline auto BlockSeries<Arithmetic>::Scaled(const varno::solve::Factor& factor, 
 template <class Arithmetic>
 auto BlockSeries<Arithmetic>::Power(const Line& line, LineId id, int k) -> Value
 {
-  Value s = arithmetic.Convolve(Weighted(line.a), terms[id], 1, k, k);
+  Value s = Convolve(id, 0, Weighted(line.a), terms[id], 1, k, k);
   if (line.constant != kNone) arithmetic.Multiply(s, exponentsPlusOne[line.constant]);
   arithmetic.DivideBy(s, k);
-  s = Difference(s, arithmetic.Convolve(terms[line.a], terms[id], 1, k, k));
+  s = Difference(s, Convolve(id, 1, terms[line.a], terms[id], 1, k, k));
   arithmetic.Multiply(s, divisors[id]);
   return s;
 }
@@ -235,7 +237,7 @@ auto BlockSeries<Arithmetic>::IntegralOfQuotient(const Line& line, LineId id, in
   Value s = arithmetic.Load(terms[line.a], k);
   arithmetic.MultiplyBy(s, k);
   if (line.negative) arithmetic.Negate(s);
-  s = Difference(s, arithmetic.Convolve(Weighted(id), terms[line.b], 1, k - 1, k));
+  s = Difference(s, Convolve(id, 0, Weighted(id), terms[line.b], 1, k - 1, k));
   arithmetic.Multiply(s, divisors[id]);
   arithmetic.DivideBy(s, k);
   return s;
@@ -246,9 +248,9 @@ auto BlockSeries<Arithmetic>::IntegralOfQuotient(const Line& line, LineId id, in
 template <class Arithmetic>
 auto BlockSeries<Arithmetic>::Angle(const Line& line, LineId id, int k) -> Value
 {
-  Value s = Difference(arithmetic.Convolve(Weighted(line.a), terms[line.b], 1, k, k),
-                       arithmetic.Convolve(Weighted(line.b), terms[line.a], 1, k, k));
-  s = Difference(s, arithmetic.Convolve(Weighted(id), terms[line.c], 1, k - 1, k));
+  Value s = Difference(Convolve(id, 0, Weighted(line.a), terms[line.b], 1, k, k),
+                       Convolve(id, 1, Weighted(line.b), terms[line.a], 1, k, k));
+  s = Difference(s, Convolve(id, 2, Weighted(id), terms[line.c], 1, k - 1, k));
   arithmetic.Multiply(s, divisors[id]);
   arithmetic.DivideBy(s, k);
   return s;
@@ -361,7 +363,7 @@ template <class Arithmetic>
 int BlockSeries<Arithmetic>::LastTerm(LineId line) const
 {
   for (int k = order; k > 0; --k) {
-    if (terms[line].exactZero[k] == 0) return k;
+    if (logs[line][k] > -kInfinity) return k;
   }
   return 0;
 }

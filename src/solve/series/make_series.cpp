@@ -1,5 +1,6 @@
 #include <utility>
 
+#include "solve/fixed/long.h"
 #include "solve/fixed/narrow.h"
 #include "solve/fixed/wide.h"
 #include "solve/series/block_series.h"
@@ -29,7 +30,7 @@ std::unique_ptr<Series> MakeSeries(const Tape& tape, mpfr_prec_t bits, int usual
     return MakeBlockSeries<WideArithmetic<24>>(tape, bits, usualOrder, disturbed, std::move(poll));
   if (bits <= WideArithmetic<64>::kMostBits)
     return MakeBlockSeries<WideArithmetic<64>>(tape, bits, usualOrder, disturbed, std::move(poll));
-  return std::make_unique<MpfrSeries>(tape, bits, usualOrder, disturbed, std::move(poll));
+  return MakeBlockSeries<LongArithmetic>(tape, bits, usualOrder, disturbed, std::move(poll));
 }
 
 std::unique_ptr<Series> MakeSeriesAtRoot(const Tape& tape, mpfr_prec_t bits, int usualOrder,

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "solve/evaluation/evaluator.h"
+#include "solve/fixed/long.h"
 #include "solve/fixed/narrow.h"
 #include "solve/fixed/wide.h"
 #include "solve/tape/compile.h"
@@ -164,6 +165,7 @@ const Format kFormats[] = {
     {"Narrow", 108, Make<NarrowArithmetic>},    {"Wide130", 130, Make<WideArithmetic<8>>},
     {"Wide265", 265, Make<WideArithmetic<8>>},  {"Wide357", 357, Make<WideArithmetic<8>>},
     {"Wide929", 929, Make<WideArithmetic<24>>}, {"Wide1700", 1700, Make<WideArithmetic<64>>},
+    {"Long128", 128, Make<LongArithmetic>},     {"Long1700", 1700, Make<LongArithmetic>},
 };
 
 INSTANTIATE_TEST_SUITE_P(All, BlockSeriesOfFormat, testing::ValuesIn(kFormats),
