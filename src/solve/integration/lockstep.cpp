@@ -61,7 +61,13 @@ void Lockstep::ReachNextStep(const Moment& time)
 {
   while (!AnyEnded() && (Best().End() == time || Best().IsBehind(time))) Advance(*RunBehind());
   // The more exact runs come nearer to a singularity: see whether they end there, too.
-  if (AnyEnded()) Reach(reach);
+  if (AnyEnded()) ReachEnd();
+}
+
+void Lockstep::ReachEnd()
+{
+  Reach(reach);
+  if (runs.back().end != nullptr) std::rethrow_exception(runs.back().end);
 }
 
 bool Lockstep::AnyEnded() const

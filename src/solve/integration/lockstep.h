@@ -63,6 +63,8 @@ class Lockstep {
   void Reach(const Moment& time);
   /// Integrates until the best run has ended a step beyond the time. Throws as Reach does.
   void ReachNextStep(const Moment& time);
+  /// Integrates to the end of the way, and throws what ends it just there, too.
+  void ReachEnd();
 
   /// What happened at the ends of steps of all runs, one for each, in the same place on their way.
   using Switches = std::vector<std::shared_ptr<const Switch>>;

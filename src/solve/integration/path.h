@@ -32,6 +32,9 @@ class Path {
   /// The end of the next step of the best run beyond a time, in order and not early.
   Moment NextStepEnd(const Moment& time);
 
+  /// Goes to the end, behind all early times. Throws what Lockstep::ReachEnd does.
+  void ReachEnd() { lockstep->ReachEnd(); }
+
   /// What happened on the way up to a time that was asked for, in order: Lockstep::TakeSwitch.
   std::optional<Lockstep::Switches> TakeSwitch(const Moment& time);
 

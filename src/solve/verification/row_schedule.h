@@ -24,6 +24,8 @@ class RowSchedule {
   /// other steps would make other rows.
   void Replay(std::size_t count, const std::function<Moment(std::size_t)>& timeOf);
 
+  /// Whether the times depend on the steps.
+  bool IsOfSteps() const { return !times; }
   /// The times that come before the start, in order.
   const std::vector<Moment>& Early() const { return early; }
   /// The next time; none after the last. Makes steps on the path where they decide it.

@@ -141,15 +141,13 @@ std::optional<VerifiedRow> VerifiedRows::Next()
       if (attempt == nullptr) Begin();
       return TryRow();
     } catch (const Failure& failure) {
-      Escalate(failure);
+      EndOrEscalate(failure);
     } catch (const Disagreement& disagreement) {
       Escalate({disagreement.time, 0, false});
     } catch (const ZeroInDoubt& doubt) {
       Escalate({doubt.time, wanted.digits + spareDecimals, true});
     } catch (const Singularity& singularity) {
-      const std::optional<EndSeen> before = endSeen;
-      if (!IsConfirmedEnd(singularity.time, singularity)) continue;
-      throw Agreed(singularity, before ? before->singularity : std::nullopt);
+      EndOrBeginAgain(singularity);
     } catch (const DomainError&) {
       if (attempt == nullptr || IsConfirmedEnd(attempt->Integration().Best().End(), std::nullopt))
         throw;
@@ -433,6 +431,33 @@ bool VerifiedRows::IsConfirmedEnd(const Moment& time, const std::optional<Singul
   BeginAgain(std::max({2 * spareDecimals, half + kFirstSpareDecimals, nearEnough + 3 - half}),
              time);
   return false;
+}
+
+void VerifiedRows::EndOrBeginAgain(const Singularity& singularity)
+{
+  const std::optional<EndSeen> before = endSeen;
+  if (IsConfirmedEnd(singularity.time, singularity))
+    throw Agreed(singularity, before ? before->singularity : std::nullopt);
+}
+
+/// The ends of steps come as near to a singularity as digits can tell: when rows there fail once
+/// more, what matters is whether there is one.
+void VerifiedRows::EndOrEscalate(const Failure& failure)
+{
+  if (schedule->IsOfSteps() && restarts > 0) {
+    try {
+      attempt->Integration().ReachEnd();
+    } catch (const Singularity& singularity) {
+      EndOrBeginAgain(singularity);
+      return;
+    } catch (const Disagreement&) {
+    } catch (const ZeroInDoubt&) {
+    } catch (const DomainError&) {
+    } catch (const StoppedByEvent&) {
+    } catch (const PrecisionExhausted&) {
+    }
+  }
+  Escalate(failure);
 }
 
 /// Begins again with more decimals: twice as many to spare, or what the loss so far will come to.

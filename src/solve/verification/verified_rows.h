@@ -138,6 +138,8 @@ class VerifiedRows {
   double WholeDistance() const;
   bool IsDoomed(double distance, double commonDecimals) const;
   void Escalate(const Failure& failure);
+  void EndOrEscalate(const Failure& failure);
+  void EndOrBeginAgain(const Singularity& singularity);
   bool IsConfirmedEnd(const Moment& time, const std::optional<Singularity>& singularity);
   double DecimalsOfConstants() const;
   double DecimalsOfLastRow(const Moment& end) const;
