@@ -26,6 +26,8 @@ constexpr double kLeastHope = 0.1;
 /// The longest step is found to this factor (log2), in so many trials.
 constexpr double kLengthAccuracy = 0.03;
 constexpr int kMostTrials = 12;
+/// Cuts tried, one behind the other.
+constexpr int kMostCuts = 4;
 /// After trials without gain up to 2^kMostBackoff steps are made before the next one.
 constexpr int kMostBackoff = 6;
 /// A trial costs about as many operations as states times lines: on larger tapes it is left.
@@ -44,14 +46,6 @@ std::vector<bool> Dependents(const Tape& tape, std::vector<bool> lines)
   return lines;
 }
 
-/// log2 of the step that lines with these bounds allow: infinite where there are none.
-double Least(std::span<const double> bounds)
-{
-  double least = kInfinity;
-  for (const double bound : bounds) least = std::min(least, bound);
-  return least;
-}
-
 }  // namespace
 
 /// What one attempt to find exempt lines knows.
@@ -65,12 +59,13 @@ struct ExemptionRule::Trial {
   double Scale() const { return static_cast<double>(point.scaleExponent); }
 
   /// log2 of what counts as the size of a state: itself, or where it begins at 0 what a step of
-  /// this length makes of it.
+  /// this length makes of it; no less than what counts as 0 in a row.
   double StateSize(std::size_t state, double lengthLog2) const
   {
     const double size = Log2Size(point.states[state]);
-    if (size > -kInfinity) return size;
-    return control.Sizes()[rule.tape.rightHandSides[state]] + lengthLog2;
+    return std::max(
+        rule.settings.tinyLog2,
+        size > -kInfinity ? size : control.Sizes()[rule.tape.rightHandSides[state]] + lengthLog2);
   }
 
   double AllowedLog2() const { return -rule.settings.toleranceBits - kBelowTolerance; }
@@ -90,20 +85,45 @@ struct ExemptionRule::Trial {
     return plausible;
   }
 
-  /// The step that the lines of a cut allow that are not left out.
+  /// Whether a line moves by nothing beside what counts as 0 in a row, in the step as it is.
+  bool IsStill(LineId id) const
+  {
+    const double held = control.Bound().log2;
+    const double nothing = rule.settings.tinyLog2 + AllowedLog2();
+    for (int k = 1; k <= series.Order(); ++k) {
+      if (!(series.Log2(id, k) + k * held < nothing)) return false;
+    }
+    return true;
+  }
+
+  /// Lowers the bound of a step to that of a line; not by one that moves by nothing, since that is
+  /// mostly because of what is left out.
+  void Lower(double& bound, LineId id) const
+  {
+    if (lineBounds[id] < bound && !IsStill(id)) bound = lineBounds[id];
+  }
+
+  /// The step that the states allow, as far as their terms tell.
+  double BoundOfStates() const
+  {
+    double bound = kInfinity;
+    for (LineId id = 0; id < point.states.size(); ++id) Lower(bound, id);
+    return bound;
+  }
+
+  /// The step that the lines of a cut allow that are not left out, as far as their terms tell.
   double Bound(const TapeCut& cut) const
   {
     double bound = kInfinity;
     for (LineId id = 0; id < cut.leftOut.size(); ++id) {
-      if (!cut.leftOut[id]) bound = std::min(bound, lineBounds[id]);
+      if (!cut.leftOut[id]) Lower(bound, id);
     }
     return bound;
   }
 
-  /// A cut for a step that is worth it, at no more places than it takes.
-  std::optional<TapeCut> WorthwhileCut(double held) const
+  /// A cut at some of the candidates for a step that is worth it, at no more places than it takes.
+  std::optional<TapeCut> WorthwhileCut(double held, std::vector<bool> candidates) const
   {
-    std::vector<bool> candidates = Plausible(held + Scale());
     if (std::ranges::find(candidates, true) == candidates.end()) return std::nullopt;
     const double bound = Bound(CutAt(rule.tape, candidates));
     if (bound < held + kLeastGain) return std::nullopt;
@@ -112,8 +132,17 @@ struct ExemptionRule::Trial {
     holding = Dependents(rule.tape, std::move(holding));
     for (LineId id = 0; id < holding.size(); ++id) candidates[id] = candidates[id] && holding[id];
     TapeCut cut = CutAt(rule.tape, std::move(candidates));
+    if (std::ranges::find(cut.zeroed, true) == cut.zeroed.end()) return std::nullopt;
     if (Bound(cut) < held + kLeastGain) return std::nullopt;
     return cut;
+  }
+
+  /// Whether there is a state, not 0, of which nobody sees the digits.
+  bool HasTinyState() const
+  {
+    return std::ranges::any_of(point.states, [&](const Real& state) {
+      return !state.IsZero() && Log2Size(state) < rule.settings.tinyLog2;
+    });
   }
 
   TubeStep StepOf(double lengthLog2) const
@@ -194,8 +223,7 @@ bool ExemptionRule::IsWorthTrying(const Series& series, const StepControl& contr
   if (std::ranges::find(plausible, true) == plausible.end()) return false;
   trial.lineBounds = control.LineBounds(series);
   // States stay in any cut, too.
-  const std::span states(trial.lineBounds.data(), point.states.size());
-  if (Least(states) <= held + kLeastHope) return false;
+  if (trial.BoundOfStates() <= held + kLeastHope) return false;
   return trial.Bound(CutAt(tape, plausible)) > held + kLeastHope;
 }
 
@@ -206,10 +234,25 @@ std::optional<Exemption> ExemptionRule::Find(const Series& series, const StepCon
   const Trial trial{*this, series, control, point, control.LineBounds(series)};
   const double shortest = held + trial.Scale() + kLeastGain;
   if (!std::isfinite(held) || shortest > point.longestLog2) return std::nullopt;
-  const auto cut = trial.WorthwhileCut(held);
-  if (!cut) return std::nullopt;
-  const double longest = std::min(trial.Bound(*cut) + trial.Scale(), point.longestLog2);
-  auto exemption = trial.Longest(*cut, shortest, longest);
+  std::vector<bool> candidates = trial.Plausible(held + trial.Scale());
+  // All that happens to a state that is tiny still may count as 0, for a while; what makes it so
+  // small may do so for longer: further cuts are behind the first.
+  const int cuts = trial.HasTinyState() ? kMostCuts : 1;
+  std::optional<Exemption> exemption;
+  bool isTried = false;
+  for (int i = 0; i < cuts; ++i) {
+    const auto cut = trial.WorthwhileCut(held, candidates);
+    if (!cut) break;
+    isTried = true;
+    const double longest = std::min(trial.Bound(*cut) + trial.Scale(), point.longestLog2);
+    auto found = trial.Longest(*cut, shortest, longest);
+    if (found && (!exemption || found->longestLog2 > exemption->longestLog2))
+      exemption = std::move(found);
+    if (exemption && exemption->longestLog2 == longest) break;
+    for (LineId id = 0; id < candidates.size(); ++id)
+      candidates[id] = candidates[id] && !cut->zeroed[id];
+  }
+  if (!isTried) return std::nullopt;
   failures = exemption ? 0 : std::min(failures + 1, kMostBackoff);
   stepsToSkip = exemption ? 0 : (1 << failures) - 1;
   return exemption;

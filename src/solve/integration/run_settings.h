@@ -20,6 +20,8 @@ struct RunSettings {
   /// Where a way ends at a place that depends on the states, what they are there is known when it
   /// is no farther than 2^-landingBits of their sizes.
   double landingBits = std::numeric_limits<double>::infinity();
+  /// log2 of what counts as 0 in a row: of smaller states nobody sees the digits.
+  double tinyLog2 = -std::numeric_limits<double>::infinity();
   long mostBits = 1L << 20;  ///< what the arithmetic may take where a step needs more
 };
 

@@ -64,8 +64,8 @@ Solution::Implementation::Implementation(CompiledProblem problem, Options given)
   unbound = std::move(problem.unbound);
   rows.emplace(
       model, dynamics, interval, schedule,
-      RowsWanted{columns, options.digits, options.check, options.maxBits, MayUseThreads(),
-                 PeriodEvent(), Log2Steady()},
+      RowsWanted{columns, options.digits, Log2Size(numberFormat.Tiny()), options.check,
+                 options.maxBits, MayUseThreads(), PeriodEvent(), Log2Steady()},
       [this](std::size_t run, const DenseStep& step) { Watch(run, step); },
       [this] { EndWhereAsked(); });
 }

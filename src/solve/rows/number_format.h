@@ -25,6 +25,7 @@ class NumberFormat {
   /// How long a text is, counting a place for a minus and an exponent of two digits.
   static int Width(int digits) { return 1 + digits + (digits > 1 ? 1 : 0) + 4; }
 
+  const Real& Tiny() const { return tiny; }
   std::string Text(mpfr_srcptr number) const;
   /// A number known to be 0 to this power of ten: "0e-30" for -30.
   static std::string ZeroText(long exponent);

@@ -15,6 +15,8 @@ const double kLog10Of2 = std::log10(2.0);
 const double kLog10Of4 = std::log10(4.0);
 /// A number this far below its size may be the rest of a cancellation.
 constexpr double kBlurredDecimals = 3;
+/// A number this far below the limit (log10) is below it, whatever the rounding of logarithms.
+constexpr double kBelowTiny = 0.1;
 
 double Log10(mpfr_srcptr x)
 {
@@ -47,6 +49,9 @@ Agreement Compare(const SizedNumber& a, const SizedNumber& b, const AgreementRul
   const double unit = std::floor(Log10(*b.value) - 1e-9) + 1 - rule.digits;
   const bool isEqual = apart < unit - kLog10Of4 || (apart == -kInfinity && size == kInfinity);
   if (isClear && isEqual) return {Verdict::kAgree, kInfinity};
+
+  if (std::max(size, number) < rule.tinyLog2 * kLog10Of2 - kBelowTiny)
+    return {Verdict::kTiny, kInfinity};
 
   // Not a zero by its size alone: it must not exceed the unit that is printed. And what lies under
   // a large size may count by itself, as in 1e60*(sqrt(1 + 1e-60) - 1): more decimals decide.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <limits>
 #include <optional>
 
 #include "solve/number/real.h"
@@ -19,6 +20,7 @@ struct SizedNumber {
 enum class Verdict {
   kAgree,  ///< to a quarter of the last digit's unit
   kZero,   ///< both are nothing beside their size: 0 to the unit of a verified zero
+  kTiny,   ///< they differ, but both and their sizes are below what counts as 0
   kDiffer,
   kBlurred,  ///< so small beside their size that they may be zero, or wrong alike
 };
@@ -38,6 +40,8 @@ struct AgreementRule {
   /// How many decimals below its size a number still has all its digits: what lies deeper may be
   /// what the roundings of both runs have in common, and agrees for that reason only.
   double clearDecimals;
+  /// log2 of what counts as 0: of smaller numbers no digits are asked for.
+  double tinyLog2 = -std::numeric_limits<double>::infinity();
 };
 
 /// A number below 10^-(digits + kZeroGuardDigits) of its size is not chased further.

@@ -45,6 +45,13 @@ Singularity Agreed(Singularity end, const std::optional<Singularity>& before)
   return end;
 }
 
+/// The least power of ten that is not below what counts as 0.
+long UnitOfTiny(double tinyLog2)
+{
+  constexpr double kRounding = 1e-6;
+  return static_cast<long>(std::ceil(tinyLog2 / kLog2Of10 - kRounding));
+}
+
 }  // namespace
 
 VerifiedRows::VerifiedRows(const Model& model, const Dynamics& dynamics, const Interval& interval,
@@ -71,6 +78,7 @@ std::vector<RunSettings> VerifiedRows::Settings() const
     if (MayDeclareZero()) run.onTimeBits = (wanted.digits + kZeroGuardDigits) * kLog2Of10;
     run.landingBits = (wanted.digits + kNoiseDecimals) * kLog2Of10;
     run.mostBits = wanted.maxBits;
+    run.tinyLog2 = wanted.tinyLog2;
   }
   return settings;
 }
@@ -290,7 +298,8 @@ VerifiedRow VerifiedRows::Judge(const Moment& time,
   const AgreementRule rule{.digits = wanted.digits,
                            .mayDeclareZero = MayDeclareZero(),
                            .clearDecimals = wanted.check ? spareDecimals - kNoiseDecimals
-                                                         : std::numeric_limits<double>::infinity()};
+                                                         : std::numeric_limits<double>::infinity(),
+                           .tinyLog2 = wanted.tinyLog2};
   const std::vector<SizedNumber>&first = runs.front(), &best = runs.back();
   VerifiedRow row{time, {}};
   std::optional<Failure> failure;
@@ -302,6 +311,10 @@ VerifiedRow VerifiedRows::Judge(const Moment& time,
     if (agreement.verdict == Verdict::kAgree) continue;
     if (agreement.verdict == Verdict::kZero) {
       number.zeroUnit = ZeroUnit(std::max(first[i].size, best[i].size), wanted.digits);
+      continue;
+    }
+    if (agreement.verdict == Verdict::kTiny) {
+      number.zeroUnit = UnitOfTiny(wanted.tinyLog2);
       continue;
     }
     const bool blurred = agreement.verdict == Verdict::kBlurred;
@@ -326,7 +339,7 @@ void VerifiedRows::CompareStates(const Moment& time, const DenseStep& a, const D
   for (std::size_t i = 0; i < first.size(); ++i) {
     mpfr_sub(difference, first[i], second[i], MPFR_RNDN);
     if (difference.IsZero()) continue;
-    const double size = std::max(sizes[i], Log2Size(second[i]));
+    const double size = std::max({sizes[i], Log2Size(second[i]), wanted.tinyLog2});
     common = std::min(common, (size - Log2Size(difference)) / kLog2Of10);
   }
   AddLoss(time, common);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <deque>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -24,6 +25,8 @@ namespace varno::solve {
 struct RowsWanted {
   std::vector<NodeId> columns;  ///< in the model's graph
   int digits;                   ///< significant digits of each number
+  /// log2 of what counts as 0
+  double tinyLog2 = -std::numeric_limits<double>::infinity();
   bool check;                   ///< by two runs; else one, and nothing is verified
   long maxBits;                 ///< the highest precision to try
   bool mayUseThreads;           ///< of two runs, one each

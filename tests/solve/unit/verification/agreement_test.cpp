@@ -50,6 +50,19 @@ TEST(Agreement, OnlyExactRunsDeclareAZero)
   EXPECT_EQ(Compared(Number("1e-30", -100), Number("-3e-31", -100), true), Verdict::kDiffer);
 }
 
+TEST(Agreement, NoDigitsAreAskedForOfWhatCountsAsZero)
+{
+  const AgreementRule rule{
+      .digits = 5, .mayDeclareZero = false, .clearDecimals = 3, .tinyLog2 = std::log2(1e-100)};
+  const double tiny = std::log2(1e-101);
+  EXPECT_EQ(Compare(Number("1e-102", tiny), Number("-3e-103", tiny), rule).verdict, Verdict::kTiny);
+  // Their digits are right all the same, or the limit is not far enough above them.
+  EXPECT_EQ(Compare(Number("1e-102", tiny), Number("1e-102", tiny), rule).verdict, Verdict::kAgree);
+  EXPECT_EQ(Compare(Number("1e-102"), Number("2e-100"), rule).verdict, Verdict::kDiffer);
+  // The rest of a cancellation of larger numbers says nothing.
+  EXPECT_NE(Compare(Number("1e-102", 0), Number("-3e-103", 0), rule).verdict, Verdict::kTiny);
+}
+
 TEST(Agreement, EqualNumbersFarBelowTheirSizeMayBeWrongAlike)
 {
   const double thousandths = std::log2(999.0), less = std::log2(1001.0);
