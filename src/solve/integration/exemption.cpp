@@ -111,12 +111,14 @@ struct ExemptionRule::Trial {
     return bound;
   }
 
-  /// The step that the lines of a cut allow that are not left out, as far as their terms tell.
+  /// The step that the lines of a cut allow that still move, as far as their terms tell: not sin(u)
+  /// where u is left out.
   double Bound(const TapeCut& cut) const
   {
+    const std::vector<bool> still = StillLines(rule.tape, cut.leftOut);
     double bound = kInfinity;
-    for (LineId id = 0; id < cut.leftOut.size(); ++id) {
-      if (!cut.leftOut[id]) Lower(bound, id);
+    for (LineId id = 0; id < still.size(); ++id) {
+      if (!still[id]) Lower(bound, id);
     }
     return bound;
   }

@@ -71,7 +71,9 @@ UncertainPolynomial OverStep(const Tape& tape, const SeriesStep& step, LineId li
   UncertainPolynomial polynomial;
   Real power(bits);
   mpfr_set_ui(power, 1, MPFR_RNDN);
+  // What rounding leaves open of the line follows its size, the end of its series its terms.
   double largest = step.sizes[line];
+  double largestTerm = largest - static_cast<double>(bits);
   const double resolution = series.Resolution(line);
   const double length = Log2Size(step.length);
   for (int k = first; k <= series.Order(); ++k) {
@@ -79,12 +81,13 @@ UncertainPolynomial OverStep(const Tape& tape, const SeriesStep& step, LineId li
     series.Term(line, k, coefficient);
     mpfr_mul(coefficient, coefficient, power, MPFR_RNDN);
     mpfr_mul(power, power, step.length, MPFR_RNDN);
-    largest = std::max(largest, Log2Size(coefficient));
+    largestTerm = std::max(largestTerm, Log2Size(coefficient));
+    largest = std::max(largest, largestTerm);
     polynomial.errors.push_back(ErrorBound(std::max(largest + unit, resolution + k * length)));
   }
   const std::int32_t degree = tape.lines[line].degree;
   if (degree < 0 || degree > series.Order())
-    CutTail(polynomial, largest - step.settings.toleranceBits + kToleranceMarginBits);
+    CutTail(polynomial, largestTerm - step.settings.toleranceBits + kToleranceMarginBits);
   return polynomial;
 }
 
