@@ -74,12 +74,14 @@ class Reference:
         printed = closed_form.Printed(text)
         exact = self.at(self.expression, time)
         with mpmath.workdps(self.high):
-            if text == "0":
+            if text == "0" and not time_unit:
                 return None if abs(exact) < mpmath.mpf(10)**-self.low else "not an exact zero"
             if time_unit:
                 change = max(abs(self.at(self.expression, time + sign*time_unit) - exact) for sign in (-1, 1))
-                return None if abs(closed_form.to_mpf(printed.value) - exact) <= \
-                    2*change + closed_form.to_mpf(printed.unit) else "wrong for any such time"
+                # A plain 0 is exact at the time itself.
+                unit = 0 if text == "0" else closed_form.to_mpf(printed.unit)
+                return None if abs(closed_form.to_mpf(printed.value) - exact) <= 2*change + unit \
+                    else "wrong for any such time"
             return closed_form.differs(printed, exact, 1)
 
 
