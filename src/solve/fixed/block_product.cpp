@@ -141,6 +141,7 @@ Cut BestCut(long xBits, long yBits, int sumBits)
   Cut best;
   for (int primes = 2; primes <= kModulusCount; ++primes) {
     const Cut cut = CutFor(primes, xBits, yBits, sumBits);
+    if (cut.length > kMostTransform) continue;
     if (best.primes == 0 || cut.primes * cut.length < best.primes * best.length) best = cut;
   }
   return best;
@@ -166,6 +167,44 @@ std::uint64_t BitsOf(const mp_limb_t* limbs, int size, long first, int count)
 // ---------------------------------------------------------------------------------------------
 // The product
 
+/// The terms of a block, cut into words, by which loops over kLanes of them run: word w of digit d
+/// of term u is words[((u / kLanes * cut.words + w) * digits + d) * kLanes + u % kLanes].
+struct Words {
+  int terms = 0;
+  int digits = 0;
+  std::vector<double> words;
+
+  std::size_t Size() const { return static_cast<std::size_t>(digits) * kLanes; }
+  const double* Of(int group, int w, const Cut& cut) const
+  {
+    return &words[(static_cast<std::size_t>(group) * cut.words + w) * Size()];
+  }
+};
+
+Words WordsOf(const TermBlock& block, long bits, long drop, long slope, const Cut& cut)
+{
+  Words result;
+  result.terms = block.count;
+  result.digits = static_cast<int>((bits + cut.digitBits - 1) / cut.digitBits);
+  const int groups = (block.count + kLanes - 1) / kLanes;
+  result.words.resize(result.Size() * groups * cut.words);
+  for (int u = 0; u < block.count; ++u) {
+    const LongTerms::Row& row = block.terms->rows[block.first + u];
+    const mp_limb_t* const limbs = block.terms->Limbs(row);
+    for (int w = 0; w < cut.words; ++w) {
+      double* const to =
+          &result.words[(static_cast<std::size_t>(u / kLanes) * cut.words + w) * result.Size() +
+                        u % kLanes];
+      long bit = drop - slope * u + long{cut.wordBits} * w;
+      for (std::size_t d = 0; d < result.Size(); d += kLanes, bit += cut.digitBits) {
+        const auto word = static_cast<double>(BitsOf(limbs, row.size, bit, cut.wordBits));
+        to[d] = row.isNegative ? -word : word;
+      }
+    }
+  }
+  return result;
+}
+
 /// Points stand in strips of kLanes: point p of term u at ((p / kLanes) rows + u) kLanes + p %
 /// kLanes.
 using Strips = std::vector<double>;
@@ -183,8 +222,7 @@ class Multiplication {
   {}
 
   /// Finds the residues of all digits of all sums modulo one prime.
-  void FindResidues(int prime, std::span<const BlockPair> pairs, std::span<const Drops> drops,
-                    bool twice);
+  void FindResidues(int prime, std::span<const std::array<Words, 2>> factors, bool twice);
   /// Adds to the sums what the residues tell; 2^firstPlace is the unit of the digit 0 of the first
   /// sum, in units of the sums.
   void AddToSums(int n, long firstPlace, long slope);
@@ -195,7 +233,7 @@ class Multiplication {
   {
     return &residues[(static_cast<std::size_t>(prime) * groups + group) * GroupSize()];
   }
-  Strips Evaluate(const Modulus& m, const TermBlock& block, long drop, long slope) const;
+  Strips Evaluate(const Modulus& m, const Words& words) const;
   void Convolve(const Modulus& m, int strip, std::span<const std::array<Strips, 2>> values,
                 Strips& products);
   void Interpolate(const Modulus& m, int prime, const Strips& products, double factor);
@@ -211,38 +249,24 @@ class Multiplication {
 };
 
 /// The values of the polynomials whose coefficients are the digits of terms.
-Strips Multiplication::Evaluate(const Modulus& m, const TermBlock& block, long drop,
-                                long slope) const
+Strips Multiplication::Evaluate(const Modulus& m, const Words& words) const
 {
-  Strips strips(static_cast<std::size_t>(cut.length) * block.count);
+  Strips strips(static_cast<std::size_t>(cut.length) * words.terms);
   std::vector<double> values(static_cast<std::size_t>(cut.length) * kLanes);
-  std::vector<double> word(values.size());
   const double radix = ResidueOf(m, std::int64_t{1} << cut.wordBits);
-  for (int begin = 0; begin < block.count; begin += kLanes) {
-    const int lanes = std::min(kLanes, block.count - begin);
-    std::ranges::fill(values, 0);
-    for (int w = cut.words - 1; w >= 0; --w) {
-      std::ranges::fill(word, 0);
-      for (int lane = 0; lane < lanes; ++lane) {
-        const LongTerms::Row& row = block.terms->rows[block.first + begin + lane];
-        const mp_limb_t* const limbs = block.terms->Limbs(row);
-        const long dropped = drop - slope * (begin + lane);
-        const long end = long{kLimbBits} * row.size - dropped;
-        for (int d = 0; long{cut.digitBits} * d < end; ++d) {
-          const auto bits = static_cast<double>(
-              BitsOf(limbs, row.size, dropped + long{cut.digitBits} * d + long{cut.wordBits} * w,
-                     cut.wordBits));
-          word[static_cast<std::size_t>(d) * kLanes + lane] = row.isNegative ? -bits : bits;
-        }
-      }
-      kernels.scaleAndAdd(m, values.data(), radix, word.data(), static_cast<long>(values.size()));
-    }
-    kernels.reduce(m, values.data(), static_cast<long>(values.size()));
+  const auto size = static_cast<long>(words.Size());
+  for (int begin = 0; begin < words.terms; begin += kLanes) {
+    const int group = begin / kLanes, lanes = std::min(kLanes, words.terms - begin);
+    std::copy_n(words.Of(group, cut.words - 1, cut), size, values.begin());
+    std::fill(values.begin() + size, values.end(), 0);
+    for (int w = cut.words - 2; w >= 0; --w)
+      kernels.scaleAndAdd(m, values.data(), radix, words.Of(group, w, cut), size);
+    kernels.reduce(m, values.data(), size);
     kernels.transform(m, values.data(), cut.length);
     kernels.reduce(m, values.data(), static_cast<long>(values.size()));
     for (int p = 0; p < cut.length; ++p) {
       double* const strip =
-          &strips[(static_cast<std::size_t>(p / kLanes) * block.count + begin) * kLanes +
+          &strips[(static_cast<std::size_t>(p / kLanes) * words.terms + begin) * kLanes +
                   p % kLanes];
       for (int lane = 0; lane < lanes; ++lane)
         strip[static_cast<std::size_t>(lane) * kLanes] =
@@ -298,15 +322,12 @@ void Multiplication::Interpolate(const Modulus& m, int prime, const Strips& prod
   }
 }
 
-void Multiplication::FindResidues(int prime, std::span<const BlockPair> pairs,
-                                  std::span<const Drops> drops, bool twice)
+void Multiplication::FindResidues(int prime, std::span<const std::array<Words, 2>> factors,
+                                  bool twice)
 {
   const Modulus& m = ModulusOf(prime);
   std::vector<std::array<Strips, 2>> values;
-  for (std::size_t i = 0; i < pairs.size(); ++i) {
-    values.push_back({Evaluate(m, pairs[i].x, drops[i].xDrop, drops[i].slope),
-                      Evaluate(m, pairs[i].y, drops[i].yDrop, drops[i].slope)});
-  }
+  for (const auto& [x, y] : factors) values.push_back({Evaluate(m, x), Evaluate(m, y)});
   Strips products(static_cast<std::size_t>(cut.length) * sums.count);
   for (int strip = 0; strip < cut.length / kLanes; ++strip) {
     if (poll) poll();
@@ -431,9 +452,15 @@ void AddBlockProducts(int n, std::span<const BlockPair> pairs, int half, bool tw
   const int products = half * static_cast<int>(kept.size());
   const int sumBits = BitWidth(twice ? 2 * products : products);
   const Cut cut = BestCut(xBits, yBits, sumBits);
+  std::vector<std::array<Words, 2>> factors;
+  for (std::size_t i = 0; i < kept.size(); ++i) {
+    const auto& [slope, xDrop, yDrop, xLength, yLength] = drops[i];
+    factors.push_back({WordsOf(kept[i].x, xLength, xDrop, slope, cut),
+                       WordsOf(kept[i].y, yLength, yDrop, slope, cut)});
+  }
   Multiplication multiplication(half, cut, sums, poll);
   for (int prime = 0; prime < cut.primes; ++prime)
-    multiplication.FindResidues(prime, kept, drops, twice);
+    multiplication.FindResidues(prime, factors, twice);
   const long slope = drops.front().slope;
   const long place = drops.front().xDrop + drops.front().yDrop - slope * (half + sums.first);
   multiplication.AddToSums(n, place - LongSum::UnitBits(n), slope);

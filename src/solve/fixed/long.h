@@ -8,6 +8,7 @@
 
 #include "solve/fixed/long_terms.h"
 #include "solve/fixed/relaxed_product.h"
+#include "solve/fixed/residues.h"
 
 namespace varno::solve {
 
@@ -33,7 +34,7 @@ class LongArithmetic {
   using Product = RelaxedProduct;
   using Poll = std::function<void()>;
 
-  static constexpr int kMostOrder = (1 << 15) - 1;
+  static constexpr int kMostOrder = kMostTransform - 1;
   static constexpr long kMostExponent = 1L << 40;
   /// log2 of the units that a term may be wrong by.
   static constexpr double kErrorBits = 6;

@@ -21,7 +21,7 @@ struct TermRange {
 class RelaxedProduct {
  public:
   /// Blocks of fewer terms are multiplied term by term.
-  static constexpr int kLeastBlock = 32;
+  static constexpr int kLeastBlock = 8;
 
   /// Begins anew.
   void Reset() { settled = known = 0; }

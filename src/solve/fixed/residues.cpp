@@ -99,6 +99,18 @@ double InverseOf(const Modulus& m, double a)
   return Reduced(Power(static_cast<std::int64_t>(a), p - 2, p), p);
 }
 
+double InverseOfModulus(int i, int j)
+{
+  static const std::vector<double> inverses = [] {
+    std::vector<double> found;
+    for (const Prime& p : kPrimes) {
+      for (const Prime& q : kPrimes) found.push_back(Reduced(Power(q.p, p.p - 2, p.p), p.p));
+    }
+    return found;
+  }();
+  return inverses[static_cast<std::size_t>(i) * kModulusCount + j];
+}
+
 const ResidueKernels* BestResidueKernels()
 {
 #if defined(__x86_64__)

@@ -17,7 +17,7 @@ struct Modulus {
 
 inline constexpr int kModulusBits = 48;
 inline constexpr int kModulusCount = 8;
-inline constexpr int kMostTransform = 1 << 16;
+inline constexpr int kMostTransform = 1 << 15;
 
 /// The i-th prime, i < kModulusCount.
 const Modulus& ModulusOf(int i);
@@ -27,6 +27,8 @@ double ResidueOf(const Modulus& m, std::int64_t x);
 /// a b modulo p, reduced.
 double ProductOf(const Modulus& m, double a, double b);
 double InverseOf(const Modulus& m, double a);
+/// 1/q modulo p, of the j-th prime q and the i-th p.
+double InverseOfModulus(int i, int j);
 
 /// Transforms work on so many sequences at a time: element i of sequence s is data[i kLanes + s].
 inline constexpr int kLanes = 8;
