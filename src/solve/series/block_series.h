@@ -220,6 +220,7 @@ class BlockSeries final : public Series {
   };
 
   Value SumByHorner(LineId line, mpfr_srcptr offset) const;
+  Value SlopeByHorner(LineId line, mpfr_srcptr offset) const;
   void PreparePowers(mpfr_srcptr offset) const;
   void PrepareSlopes() const;
   void AddFirstTerm(LineId line, const Value& others, mpfr_ptr result) const;

@@ -264,7 +264,7 @@ void BlockSeries<Arithmetic>::Sum(LineId line, mpfr_srcptr offset, mpfr_ptr resu
 {
   if (isRefined) {
     precise.Sum(line, offset, result);
-  } else if (!terms[line].inexact) {
+  } else if (kIsRelaxed || !terms[line].inexact) {
     AddFirstTerm(line, SumByHorner(line, offset), result);
   } else {
     PreparePowers(offset);
@@ -281,13 +281,18 @@ void BlockSeries<Arithmetic>::SumWithDerivative(LineId line, mpfr_srcptr offset,
     return;
   }
   Sum(line, offset, value);
+  if (kIsRelaxed) {
+    arithmetic.ToNumber(SlopeByHorner(line, offset), derivative);
+    return;
+  }
   PreparePowers(offset);
   PrepareSlopes();
   arithmetic.ToNumber(arithmetic.Convolve(terms[line], latest.slopes, 1, order, order), derivative);
 }
 
 /// Horner's scheme on the terms behind the first. Where these are exact the sum may be, too: those
-/// few that are not 0 with an offset of few bits. Of powers the highest, not needed, are not.
+/// few that are not 0 with an offset of few bits. Of powers the highest, not needed, are not. Where
+/// numbers are long, an offset of few bits makes short products.
 template <class Arithmetic>
 auto BlockSeries<Arithmetic>::SumByHorner(LineId line, mpfr_srcptr offset) const -> Value
 {
@@ -296,6 +301,21 @@ auto BlockSeries<Arithmetic>::SumByHorner(LineId line, mpfr_srcptr offset) const
   for (int k = LastTerm(line); k > 0; --k) {
     arithmetic.Add(sum, arithmetic.Load(terms[line], k));
     arithmetic.Multiply(sum, r);
+  }
+  return sum;
+}
+
+/// The same for the derivative.
+template <class Arithmetic>
+auto BlockSeries<Arithmetic>::SlopeByHorner(LineId line, mpfr_srcptr offset) const -> Value
+{
+  const Factor r = arithmetic.ToFactor(arithmetic.FromNumber(offset));
+  Value sum;
+  for (int k = LastTerm(line); k > 0; --k) {
+    arithmetic.Multiply(sum, r);
+    Value slope = arithmetic.Load(terms[line], k);
+    arithmetic.MultiplyBy(slope, k);
+    arithmetic.Add(sum, slope);
   }
   return sum;
 }
