@@ -442,6 +442,6 @@ auto WideArithmetic<kMostDigits>::ConvolveSelf(const Terms& a, int first, int k)
 
 template class WideArithmetic<8>;
 template class WideArithmetic<24>;
-template class WideArithmetic<64>;
+template class WideArithmetic<42>;
 
 }  // namespace varno::solve

@@ -106,6 +106,6 @@ int StoreSettledPowers(WideTerms&, int, const WideValue<kMostDigits>&)
 
 extern template class WideArithmetic<8>;
 extern template class WideArithmetic<24>;
-extern template class WideArithmetic<64>;
+extern template class WideArithmetic<42>;
 
 }  // namespace varno::solve

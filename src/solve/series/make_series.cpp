@@ -28,8 +28,8 @@ std::unique_ptr<Series> MakeSeries(const Tape& tape, mpfr_prec_t bits, int usual
     return MakeBlockSeries<WideArithmetic<8>>(tape, bits, usualOrder, disturbed, std::move(poll));
   if (bits <= WideArithmetic<24>::kMostBits)
     return MakeBlockSeries<WideArithmetic<24>>(tape, bits, usualOrder, disturbed, std::move(poll));
-  if (bits <= WideArithmetic<64>::kMostBits)
-    return MakeBlockSeries<WideArithmetic<64>>(tape, bits, usualOrder, disturbed, std::move(poll));
+  if (bits <= WideArithmetic<42>::kMostBits)
+    return MakeBlockSeries<WideArithmetic<42>>(tape, bits, usualOrder, disturbed, std::move(poll));
   return MakeBlockSeries<LongArithmetic>(tape, bits, usualOrder, disturbed, std::move(poll));
 }
 

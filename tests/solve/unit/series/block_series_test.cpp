@@ -164,7 +164,7 @@ TEST_P(BlockSeriesOfFormat, KnowsTermsThatVanish)
 const Format kFormats[] = {
     {"Narrow", 108, Make<NarrowArithmetic>},    {"Wide130", 130, Make<WideArithmetic<8>>},
     {"Wide265", 265, Make<WideArithmetic<8>>},  {"Wide357", 357, Make<WideArithmetic<8>>},
-    {"Wide929", 929, Make<WideArithmetic<24>>}, {"Wide1700", 1700, Make<WideArithmetic<64>>},
+    {"Wide929", 929, Make<WideArithmetic<24>>}, {"Wide1700", 1700, Make<WideArithmetic<42>>},
     {"Long128", 128, Make<LongArithmetic>},     {"Long1700", 1700, Make<LongArithmetic>},
 };
 
