@@ -256,6 +256,7 @@ Strips Multiplication::Evaluate(const Modulus& m, const Words& words) const
   const double radix = ResidueOf(m, std::int64_t{1} << cut.wordBits);
   const auto size = static_cast<long>(words.Size());
   for (int begin = 0; begin < words.terms; begin += kLanes) {
+    if (poll) poll();
     const int group = begin / kLanes, lanes = std::min(kLanes, words.terms - begin);
     std::copy_n(words.Of(group, cut.words - 1, cut), size, values.begin());
     std::fill(values.begin() + size, values.end(), 0);
@@ -380,6 +381,7 @@ void Multiplication::AddToSums(int n, long firstPlace, long slope)
   const int size = (kModulusBits * cut.primes + kLimbBits - 1) / kLimbBits;
   std::vector<mp_limb_t> limbs(size + 1);
   for (int group = 0; group < groups; ++group) {
+    if (poll) poll();
     // Garner's algorithm: residue i becomes digit i of a mixed radix.
     for (int i = 1; i < cut.primes; ++i) {
       const Modulus& m = ModulusOf(i);

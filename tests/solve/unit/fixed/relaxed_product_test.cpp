@@ -94,6 +94,27 @@ TEST(RelaxedProduct, IsRightForExtremeTerms)
   }
 }
 
+// Sums with no bits behind the last one of a term, whatever digits they are made of
+TEST(RelaxedProduct, IsExactForTermsOfFewBits)
+{
+  gmp_randclass random(gmp_randinit_default);
+  constexpr int n = 9;
+  Row a(kCount, 1, 0, kAtRandom, random), b(kCount, 1, 0, kAtRandom, random);
+  for (Row* row : {&a, &b}) {
+    for (mpz_class& term : row->exact) term <<= mp_bitcnt_t{4} * kLimbBits;
+  }
+  RelaxedProduct product;
+  product.Reset();
+  for (int k = 0; k < kCount; ++k) {
+    a.AddUpTo(k);
+    b.AddUpTo(k);
+    mpz_class expected = 0;
+    for (int j = 0; j <= k; ++j) expected += a.exact[j] * b.exact[k - j];
+    const mpz_class sum = product.Sum(n, a.terms, b.terms, {0, 0}, k, {}).Value();
+    EXPECT_EQ(expected, TimesPower(sum, LongSum::UnitBits(n))) << "term " << k;
+  }
+}
+
 // As in a quotient, and in an integral of one
 TEST(RelaxedProduct, LeavesOutFirstTerms)
 {

@@ -71,18 +71,20 @@ TEST_P(Residues, MultiplyPolynomials)
   }
 }
 
-// Sums of transforms grow with the length: the longest, of terms all alike
+// Sums grow with the length: the longest transforms, of elements all alike
 TEST_P(Residues, TransformTheLongest)
 {
   const ResidueKernels& kernels = *GetParam();
   const Modulus& m = ModulusOf(0);
   const double largest = (m.p - 1) / 2;
-  std::vector<double> x(static_cast<std::size_t>(kMostTransform) * kLanes, largest);
-  kernels.transform(m, x.data(), kMostTransform);
-  kernels.reduce(m, x.data(), static_cast<long>(x.size()));
-  EXPECT_EQ(Modulo(static_cast<Int128>(largest) * kMostTransform, m.p),
-            Modulo(static_cast<Int128>(x[0]), m.p));
-  for (std::size_t i = kLanes; i < x.size(); ++i) ASSERT_EQ(x[i], 0);
+  for (const auto transform : {kernels.transform, kernels.transformBack}) {
+    std::vector<double> x(static_cast<std::size_t>(kMostTransform) * kLanes, largest);
+    transform(m, x.data(), kMostTransform);
+    kernels.reduce(m, x.data(), static_cast<long>(x.size()));
+    EXPECT_EQ(Modulo(static_cast<Int128>(largest) * kMostTransform, m.p),
+              Modulo(static_cast<Int128>(x[0]), m.p));
+    for (std::size_t i = kLanes; i < x.size(); ++i) ASSERT_EQ(x[i], 0);
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(Plain, Residues, testing::Values(PlainResidueKernels()));
