@@ -9,6 +9,7 @@ void BlockSeries<Arithmetic>::Reserve(int count)
 {
   for (Terms& row : terms) arithmetic.Reserve(row, count);
   for (Terms& row : weightedTerms) arithmetic.Reserve(row, count);
+  settled.Rearrange();
   for (std::vector<double>& row : logs) row.resize(std::max<std::size_t>(row.size(), count));
 }
 
@@ -89,9 +90,13 @@ void BlockSeries<Arithmetic>::StartDivisor(const Line& line, LineId id)
 template <class Arithmetic>
 void BlockSeries<Arithmetic>::ComputeTerms(int k)
 {
-  for (LineId id = 0; id < tape.lines.size(); ++id) {
-    CountProducts(k + 1);
-    if (!settled.StoreTerm(id, k)) ComputeTerm(id, k);
+  const auto count = static_cast<LineId>(tape.lines.size());
+  for (LineId id = 0;; ++id) {
+    const LineId next = settled.StoreTerms(id, k);
+    CountProducts(static_cast<int>(next - id + 1) * (k + 1));
+    if (next == count) return;
+    id = next;
+    ComputeTerm(id, k);
     if (weightedRows[id] != kNone) StoreWeighted(id, k);
   }
 }
@@ -115,7 +120,6 @@ void BlockSeries<Arithmetic>::StoreAndNote(Terms& row, int k, const Value& value
 template <class Arithmetic>
 void BlockSeries<Arithmetic>::StoreWeighted(LineId id, int k)
 {
-  if (StoreSettledMultiple(Weighted(id), k, k, terms[id], k)) return;
   Value weighted = arithmetic.Load(terms[id], k);
   arithmetic.MultiplyBy(weighted, k);
   StoreAndNote(Weighted(id), k, weighted);
