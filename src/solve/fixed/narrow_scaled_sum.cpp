@@ -38,8 +38,9 @@ bool NarrowScaledSum::Prepare(const NarrowTerms& sum)
     products.push_back({terms->high.data(), terms->low.data(),
                         RatioIn(factor, terms->exponent, sum.exponent, up)});
   }
-  longOnes = &*std::partition(products.begin(), products.end(),
-                              [](const Product& a) { return a.ratio.low == 0; });
+  const auto behindShortOnes = std::partition(products.begin(), products.end(),
+                                              [](const Product& a) { return a.ratio.low == 0; });
+  longOnes = products.data() + (behindShortOnes - products.begin());
   return true;
 }
 
