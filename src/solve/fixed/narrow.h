@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <span>
 #include <vector>
 
 #include <mpfr.h>
@@ -42,7 +43,8 @@ class NarrowArithmetic {
   static void Reset(Terms& terms, long leastExponent);
   static void Store(Terms& terms, int k, const Value& value);
   static Value Load(const Terms& terms, int k);
-  static double Log2(const Terms& terms, int k);
+  /// log2 of the terms from the first on.
+  static void FindLogs(const Terms& terms, int first, std::span<double> logs);
 
   static Value FromNumber(mpfr_srcptr x);
   static Factor ToFactor(const Value& value);

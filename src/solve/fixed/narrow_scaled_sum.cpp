@@ -16,7 +16,7 @@ constexpr long kMostSumBits = 6;
 
 void NarrowScaledSum::Add(const NarrowTerms& a, const NarrowFactor& factor)
 {
-  operands.push_back({&a, factor, {}});
+  operands.push_back({&a, factor});
 }
 
 bool NarrowScaledSum::Prepare(const NarrowTerms& sum)
@@ -32,14 +32,15 @@ bool NarrowScaledSum::Prepare(const NarrowTerms& sum)
   }
   if (!IsShift(largest - most)) return false;
   up = static_cast<int>(largest - most);
-  for (Operand& operand : operands) {
-    operand.ratio = {};
-    if (operand.terms->started)
-      operand.ratio = RatioIn(operand.factor, operand.terms->exponent, sum.exponent, up);
+  products.clear();
+  for (const auto& [terms, factor] : operands) {
+    if (!terms->started) continue;
+    products.push_back({terms->high.data(), terms->low.data(),
+                        RatioIn(factor, terms->exponent, sum.exponent, up)});
   }
-  const auto longOnes = std::partition(operands.begin(), operands.end(),
-                                       [](const Operand& a) { return a.ratio.low == 0; });
-  shortCount = static_cast<std::size_t>(longOnes - operands.begin());
+  const auto behindShortOnes = std::partition(products.begin(), products.end(),
+                                              [](const Product& a) { return a.ratio.low == 0; });
+  longOnes = products.data() + (behindShortOnes - products.begin());
   return true;
 }
 

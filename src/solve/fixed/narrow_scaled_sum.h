@@ -21,8 +21,8 @@ class NarrowScaledSum {
   void Clear() { operands.clear(); }
   /// Adds factor * a, where a outlives this.
   void Add(const NarrowTerms& a, const NarrowFactor& factor);
-  /// Fits the ratios to the exponents that the operands and the sum have now; false if it cannot be
-  /// used with these.
+  /// Fits the ratios to the exponents that the operands and the sum have now, and to where their
+  /// terms are; false if it cannot be used with these.
   bool Prepare(const NarrowTerms& sum);
   /// Stores term k; false, and nothing is stored, if it is 0 or does not fit.
   [[gnu::always_inline]] bool StoreTerm(NarrowTerms& sum, int k) const;
@@ -31,21 +31,31 @@ class NarrowScaledSum {
   struct Operand {
     const NarrowTerms* terms;
     NarrowFactor factor;
+  };
+  /// Ratio times digits
+  struct Product {
+    const std::int64_t *high, *low;
     NarrowRatio ratio;
   };
 
-  std::vector<Operand> operands;  // when prepared, those with a low digit 0 first
-  std::size_t shortCount = 0;     // how many these are
-  int up = 0;                     // log2 of the units counted in
+  std::vector<Operand> operands;
+  std::vector<Product> products;      // prepared, those with a low digit 0 first
+  const Product* longOnes = nullptr;  // the first of the others
+  int up = 0;                         // log2 of the units counted in
 };
 
 inline bool NarrowScaledSum::StoreTerm(NarrowTerms& sum, int k) const
 {
   NarrowSums sums;
-  const Operand* a = operands.data();
-  const Operand *const longOnes = a + shortCount, *const end = a + operands.size();
-  for (; a != longOnes; ++a) sums.AddShort(a->terms->high[k], a->terms->low[k], a->ratio);
-  for (; a != end; ++a) sums.Add(a->terms->high[k], a->terms->low[k], a->ratio);
+  const Product *a = products.data(), *const end = a + products.size();
+  while (a != longOnes) {
+    sums.AddShort(a->high[k], a->low[k], a->ratio);
+    ++a;
+  }
+  while (a != end) {
+    sums.Add(a->high[k], a->low[k], a->ratio);
+    ++a;
+  }
   return narrow::StoreSettled(sum, k, sums.Total(), up);
 }
 

@@ -53,7 +53,7 @@ namespace narrow {
 /// Whether terms can be stored with such a shift; nearly all can.
 inline bool IsShift(long up)
 {
-  return up > -64 && up < 64;
+  return up > -64 && up <= kMostUp;
 }
 
 /// log2 of a bound of the ratio that a factor makes between series with these exponents.
@@ -87,20 +87,19 @@ constexpr std::array<NarrowRatio, kMostOrder + 1> Reciprocals()
 
 inline constexpr std::array<NarrowRatio, kMostOrder + 1> kReciprocals = Reciprocals();
 
-/// Stores mantissa 2^up units, |up| < 64, as a term of a settled series. False, and nothing is
-/// stored, if it is 0 or does not fit.
+/// Stores mantissa 2^up units, -64 < up <= kMostUp, as a term of a settled series. False, and
+/// nothing is stored, if it is 0 or does not fit.
 [[gnu::always_inline]] inline bool StoreSettled(NarrowTerms& terms, int k, Int128 mantissa, int up)
 {
   if (mantissa == 0) return false;
   if (up < 0) {
     Unnoted lost;
     mantissa = ShiftRightBelowWord(mantissa, -up, lost);
-  } else if (up > 0) {
-    const Int128 larger = mantissa << (static_cast<unsigned>(up) & 63);
-    if (larger >> (static_cast<unsigned>(up) & 63) != mantissa) return false;
-    mantissa = larger;
+    if (!FitsBits(mantissa, kTermBits)) return false;
+  } else {
+    if (!FitsBits(mantissa, kTermBits - up)) return false;
+    mantissa = static_cast<Int128>(static_cast<UInt128>(mantissa) << (up & 63));
   }
-  if (!FitsBits(mantissa, kTermBits)) return false;
   const std::int64_t low = LowDigit(mantissa);
   terms.low[k] = low;
   terms.high[k] = HighDigit(mantissa, low);

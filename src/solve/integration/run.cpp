@@ -312,9 +312,9 @@ void Run::RequireProgress(const StepBound& bound)
 /// The states at the end of a step; those that were rounded are moved where that is asked for.
 std::vector<Real> Run::SumToEnd(mpfr_srcptr offset) const
 {
-  std::vector<Real> sums;
+  std::vector<Real> sums(latest.states.size(), Real(series.Bits()));
   for (LineId state = 0; state < latest.states.size(); ++state) {
-    Real& sum = sums.emplace_back(series.Bits());
+    Real& sum = sums[state];
     mpfr_clear_inexflag();
     series.Current().Sum(state, offset, sum);
     if (!settings.disturbed || mpfr_inexflag_p() == 0) continue;
@@ -349,6 +349,7 @@ std::vector<double> Run::StateSizes(double lengthLog2) const
 {
   if (lengthLog2 == -kInfinity) return latest.stateSizes;
   std::vector<double> sizes;
+  sizes.reserve(latest.states.size());
   const double offset = lengthLog2 - static_cast<double>(series.ScaleExponent());
   for (LineId state = 0; state < latest.states.size(); ++state) {
     double size = series.Sizes()[tape.rightHandSides[state]] + lengthLog2;
@@ -401,7 +402,11 @@ void Run::GoOn(const Stride& stride)
   latest.states = SumToEnd(stride.offset);
   ShiftByExemption();
   latest.begin = latest.end;
-  latest.end = latest.backwards ? latest.begin - stride.advance : latest.begin + stride.advance;
+  if (latest.backwards) {
+    latest.end -= stride.advance;
+  } else {
+    latest.end += stride.advance;
+  }
   latest.stateSizes = StateSizes(stride.log2);
   for (std::size_t i = 0; i < largest.size(); ++i)
     largest[i] = std::max(largest[i], Log2Size(latest.states[i]));

@@ -10,6 +10,18 @@ namespace {
 /// How many bits may cancel between the parts of a moment before it counts as 0.
 constexpr mpfr_prec_t kMostCancelledBits = 20'000;
 
+/// The fraction to nearest, without a division where its denominator is a power of 2, as in the
+/// times of steps.
+void EvaluateFraction(mpq_srcptr fraction, mpfr_ptr result)
+{
+  const mp_bitcnt_t zeros = mpz_scan1(mpq_denref(fraction), 0);
+  if (mpz_sizeinbase(mpq_denref(fraction), 2) == zeros + 1) {
+    mpfr_set_z_2exp(result, mpq_numref(fraction), -static_cast<mpfr_exp_t>(zeros), MPFR_RNDN);
+  } else {
+    mpfr_set_q(result, fraction, MPFR_RNDN);
+  }
+}
+
 }  // namespace
 
 Moment::Moment(std::shared_ptr<const Constant> constant)
@@ -53,7 +65,7 @@ Moment& Moment::operator*=(const Rational& factor)
 void Moment::Evaluate(mpfr_ptr result) const
 {
   if (IsRational()) {
-    mpfr_set_q(result, rational.get_mpq_t(), MPFR_RNDN);
+    EvaluateFraction(rational.get_mpq_t(), result);
     return;
   }
   const mpfr_prec_t wanted = mpfr_get_prec(result);

@@ -29,9 +29,21 @@ class Moment {
   Moment& operator+=(const Moment& other);
   Moment& operator-=(const Moment& other);
   Moment& operator*=(const Rational& factor);
-  friend Moment operator+(Moment a, const Moment& b) { return a += b; }
-  friend Moment operator-(Moment a, const Moment& b) { return a -= b; }
-  friend Moment operator*(Moment a, const Rational& factor) { return a *= factor; }
+  friend Moment operator+(Moment a, const Moment& b)
+  {
+    a += b;
+    return a;
+  }
+  friend Moment operator-(Moment a, const Moment& b)
+  {
+    a -= b;
+    return a;
+  }
+  friend Moment operator*(Moment a, const Rational& factor)
+  {
+    a *= factor;
+    return a;
+  }
 
   /// Sets result, at its precision, to this moment: exact where it fits, else rounded with an error
   /// of at most one unit in the last place, however much cancels.

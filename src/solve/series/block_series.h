@@ -82,9 +82,7 @@ class BlockSeries final : public Series {
     Reserve(wanted + 1);
     const int first = order + 1;
     for (; order < wanted; ++order) ComputeTerms(order + 1);
-    for (LineId id = 0; id < tape.lines.size(); ++id) {
-      for (int k = first; k <= order; ++k) logs[id][k] = arithmetic.Log2(terms[id], k);
-    }
+    for (LineId id = 0; id < tape.lines.size(); ++id) FindLogs(id, first);
   }
 
   int Order() const override { return isRefined ? precise.Order() : order; }
@@ -172,6 +170,7 @@ class BlockSeries final : public Series {
   void StartDivisor(const Line& line, LineId id);
   void ComputeTerms(int k);
   void CountProducts(int count);
+  void FindLogs(LineId id, int first);
   void ComputeTerm(LineId id, int k);
   void StoreAndNote(Terms& row, int k, const Value& value);
   void StoreWeighted(LineId id, int k);
@@ -246,6 +245,7 @@ class BlockSeries final : public Series {
   std::vector<long> largest;     // by line: log2 of the largest term of the step before
   std::vector<Factor> divisors;  // by line: the reciprocal of what its terms divide by
   SettledLines<Arithmetic> settled;
+  std::vector<double> factorLogs;  // by factor of the tape: log2 of its size
   mutable std::vector<double> resolutions;
   mutable std::vector<double> sizes;  // by line: log2 of the largest term
   mutable int resolvedOrder = -1;

@@ -9,6 +9,7 @@ void BlockSeries<Arithmetic>::Reserve(int count)
 {
   for (Terms& row : terms) arithmetic.Reserve(row, count);
   for (Terms& row : weightedTerms) arithmetic.Reserve(row, count);
+  settled.Rearrange();
   for (std::vector<double>& row : logs) row.resize(std::max<std::size_t>(row.size(), count));
 }
 
@@ -19,6 +20,10 @@ void BlockSeries<Arithmetic>::ConvertConstants()
     constants.push_back(arithmetic.ToFactor(arithmetic.FromNumber(precise.Constant(id))));
     exponentsPlusOne.push_back(
         arithmetic.ToFactor(arithmetic.FromNumber(precise.ExponentPlusOne(id))));
+  }
+  for (const varno::solve::Factor& factor : tape.factors) {
+    factorLogs.push_back(factor.whole != 0 ? std::log2(std::abs(static_cast<double>(factor.whole)))
+                                           : precise.Log2Constant(factor.constant));
   }
 }
 
@@ -77,7 +82,7 @@ void BlockSeries<Arithmetic>::StartDivisor(const Line& line, LineId id)
       return;
   }
   // More bits than the number has: its conversion rounds at once to what a factor holds.
-  Real reciprocal(bits + 64);
+  Real& reciprocal = latest.sum;
   mpfr_ui_div(reciprocal, 1, precise.Number(divisor, 0), MPFR_RNDN);
   if (line.kind == LineKind::kSquareRoot) mpfr_div_2ui(reciprocal, reciprocal, 1, MPFR_RNDN);
   divisors[id] = arithmetic.ToFactor(arithmetic.FromNumber(reciprocal));
@@ -89,9 +94,13 @@ void BlockSeries<Arithmetic>::StartDivisor(const Line& line, LineId id)
 template <class Arithmetic>
 void BlockSeries<Arithmetic>::ComputeTerms(int k)
 {
-  for (LineId id = 0; id < tape.lines.size(); ++id) {
-    CountProducts(k + 1);
-    if (!settled.StoreTerm(id, k)) ComputeTerm(id, k);
+  const auto count = static_cast<LineId>(tape.lines.size());
+  for (LineId id = 0;; ++id) {
+    const LineId next = settled.StoreTerms(id, k);
+    CountProducts(static_cast<int>(next - id + 1) * (k + 1));
+    if (next == count) return;
+    id = next;
+    ComputeTerm(id, k);
     if (weightedRows[id] != kNone) StoreWeighted(id, k);
   }
 }
@@ -115,10 +124,22 @@ void BlockSeries<Arithmetic>::StoreAndNote(Terms& row, int k, const Value& value
 template <class Arithmetic>
 void BlockSeries<Arithmetic>::StoreWeighted(LineId id, int k)
 {
-  if (StoreSettledMultiple(Weighted(id), k, k, terms[id], k)) return;
   Value weighted = arithmetic.Load(terms[id], k);
   arithmetic.MultiplyBy(weighted, k);
   StoreAndNote(Weighted(id), k, weighted);
+}
+
+/// The logs of the terms from the first on.
+template <class Arithmetic>
+void BlockSeries<Arithmetic>::FindLogs(LineId id, int first)
+{
+  const auto begin = static_cast<std::size_t>(first), end = static_cast<std::size_t>(order) + 1;
+  const std::span found = std::span(logs[id]).subspan(begin, end - begin);
+  if constexpr (requires { arithmetic.FindLogs(terms[id], first, found); }) {
+    arithmetic.FindLogs(terms[id], first, found);
+  } else {
+    for (double& log : found) log = arithmetic.Log2(terms[id], first++);
+  }
 }
 
 template <class Arithmetic>
@@ -324,7 +345,7 @@ template <class Arithmetic>
 void BlockSeries<Arithmetic>::PreparePowers(mpfr_srcptr offset) const
 {
   if (latest.order == order && mpfr_equal_p(latest.offset, offset) != 0) return;
-  latest.offset = Real(mpfr_get_prec(offset));
+  mpfr_set_prec(latest.offset, mpfr_get_prec(offset));
   mpfr_set(latest.offset, offset, MPFR_RNDN);
   latest.order = order;
   latest.hasSlopes = false;
@@ -398,6 +419,17 @@ bool BlockSeries<Arithmetic>::IsExactFor(double log2)
   return isExact;
 }
 
+/// The largest of logs[i] + begin + i slope.
+inline double LargestAt(std::span<const double> logs, double begin, double slope)
+{
+  double largest = -std::numeric_limits<double>::infinity();
+  for (const double log : logs) {
+    largest = std::max(largest, log + begin);
+    begin += slope;
+  }
+  return largest;
+}
+
 /// Finds the largest terms over a step, and whether all lines are exact enough beside these.
 template <class Arithmetic>
 bool BlockSeries<Arithmetic>::FindLargest(double log2)
@@ -408,9 +440,11 @@ bool BlockSeries<Arithmetic>::FindLargest(double log2)
       continue;
     }
     if (std::abs(terms[id].exponent) > Arithmetic::kMostExponent) return false;
-    double early = -kInfinity, late = -kInfinity;
-    for (int k = 0; 2 * k <= order; ++k) early = std::max(early, logs[id][k] + k * log2);
-    for (int k = order / 2 + 1; k <= order; ++k) late = std::max(late, logs[id][k] + k * log2);
+    const std::span sizesOfTerms = std::span(logs[id]).first(static_cast<std::size_t>(order) + 1);
+    const auto half = static_cast<std::size_t>(order / 2) + 1;
+    const double early = LargestAt(sizesOfTerms.first(half), 0, log2);
+    const double late =
+        LargestAt(sizesOfTerms.subspan(half), static_cast<double>(half) * log2, log2);
     // Terms that rise are no measure for errors.
     if (late > early + kMostRiseBits) return false;
     const double size = std::max(early, late);
@@ -440,11 +474,8 @@ double BlockSeries<Arithmetic>::ResolutionOf(const Line& line, LineId id) const
     case LineKind::kCombination: {
       double sum = -kInfinity;
       for (std::uint32_t i = 0; i < line.factorCount; ++i) {
-        const varno::solve::Factor& factor = tape.factors[line.firstFactor + i];
-        const double weight = factor.whole != 0
-                                  ? std::log2(std::abs(static_cast<double>(factor.whole)))
-                                  : precise.Log2Constant(factor.constant);
-        sum = std::max(sum, weight + resolutions[factor.line]);
+        const std::uint32_t factor = line.firstFactor + i;
+        sum = std::max(sum, factorLogs[factor] + resolutions[tape.factors[factor].line]);
       }
       return sum;
     }

@@ -35,11 +35,21 @@ Int128 Quotient(std::int64_t high, std::int64_t low, int k)
 
 }  // namespace
 
-bool Lines::StoreTerm(LineId id, int k)
+LineId Lines::StoreTerms(LineId first, int k)
 {
-  Prepared& line = prepared[id];
-  if (line.arrangement != arrangement) Prepare(id);
-  if (!line.isUsable) return false;
+  const auto count = static_cast<LineId>(prepared.size());
+  for (LineId id = first; id < count; ++id) {
+    const Prepared& line = prepared[id];
+    if (line.arrangement != arrangement) Prepare(id);
+    if (!line.isUsable || !StoreTerm(line, k)) return id;
+    if (line.weighted != nullptr && !StoreSettledMultiple(*line.weighted, k, k, *line.s, k))
+      return id;
+  }
+  return count;
+}
+
+[[gnu::always_inline]] inline bool Lines::StoreTerm(const Prepared& line, int k)
+{
   NarrowSums products;
   switch (line.kind) {
     case LineKind::kState: {
@@ -96,6 +106,7 @@ void Lines::Prepare(LineId id)
   const auto row = [this](LineId line) { return line == kNone ? nullptr : &operands.terms[line]; };
   Prepared& line = prepared[id];
   line.s = row(id);
+  line.weighted = Weighted(id);
   if (!line.s->IsSettled()) {
     // It may be, after the next term.
     line.isUsable = false;
@@ -128,7 +139,7 @@ void Lines::Prepare(LineId id)
       line.isUsable = PrepareDivision(line, id, 2 * line.s->exponent);
       break;
     case LineKind::kIntegralOfProduct:
-      line.a = &Weighted(operation.a);
+      line.a = Weighted(operation.a);
       line.isUsable = SetUp(line, line.a->exponent + line.b->exponent);
       break;
     default:

@@ -14,7 +14,7 @@ template <class Arithmetic>
 struct LineOperands {
   const Tape& tape;
   std::vector<typename Arithmetic::Terms>& terms;             ///< by line
-  const std::vector<typename Arithmetic::Terms>& weighted;    ///< j times term j
+  std::vector<typename Arithmetic::Terms>& weighted;          ///< j times term j
   const std::vector<std::uint32_t>& weightedRows;             ///< by line, in `weighted`
   const std::vector<typename Arithmetic::Factor>& constants;  ///< by constant
   const std::vector<typename Arithmetic::Factor>& divisors;   ///< by line: a reciprocal
@@ -35,7 +35,7 @@ class SettledLines {
   explicit SettledLines(const LineOperands<Arithmetic>& /*operands*/) {}
   void Begin(long /*scaleExponent*/, bool /*isBackwards*/) {}
   void Rearrange() {}
-  static bool StoreTerm(LineId /*id*/, int /*k*/) { return false; }
+  static LineId StoreTerms(LineId first, int /*k*/) { return first; }
 };
 
 template <>
@@ -45,11 +45,11 @@ class SettledLines<NarrowArithmetic> {
 
   /// A step with this scale.
   void Begin(long newScaleExponent, bool backwards);
-  /// The exponent of a line has changed, or a line has got one.
+  /// The exponent of a line has changed, a line has got one, or the place of its terms.
   void Rearrange() { ++arrangement; }
-  /// Stores term k > 0 of a line; false, and nothing is stored, if it is to be computed in another
-  /// way.
-  bool StoreTerm(LineId id, int k);
+  /// Stores term k > 0 of the lines from the first on, weighted ones, too; returns the first line
+  /// of which it is to be computed in another way, or the number of lines.
+  LineId StoreTerms(LineId first, int k);
 
  private:
   /// What is prepared of a line.
@@ -57,22 +57,25 @@ class SettledLines<NarrowArithmetic> {
     int arrangement = -1;
     bool isUsable = false;
     LineKind kind;
-    bool isNegative;  // of a state and an integral
-    int up;           // log2 of the units counted in
-    NarrowTerms* s;   // of the line
+    bool isNegative;        // of a state and an integral
+    int up;                 // log2 of the units counted in
+    NarrowTerms* s;         // of the line
+    NarrowTerms* weighted;  // the same, where it is needed
     const NarrowTerms *a, *b;
     NarrowRatio ofOperand, ofProducts;
     NarrowScaledSum sum;
   };
 
+  static bool StoreTerm(const Prepared& line, int k);
   void Prepare(LineId id);
   bool SetUp(Prepared& line, long exponent) const;
   bool PrepareSum(Prepared& line, LineId id) const;
   bool PrepareDivision(Prepared& line, LineId id, long products) const;
   static bool StoreQuotient(const Prepared& line, int k, const NarrowSums& products);
-  const NarrowTerms& Weighted(LineId id) const
+  NarrowTerms* Weighted(LineId id) const
   {
-    return operands.weighted[operands.weightedRows[id]];
+    const std::uint32_t row = operands.weightedRows[id];
+    return row == kNone ? nullptr : &operands.weighted[row];
   }
 
   LineOperands<NarrowArithmetic> operands;
