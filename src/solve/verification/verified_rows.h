@@ -27,9 +27,9 @@ struct RowsWanted {
   int digits;                   ///< significant digits of each number
   /// log2 of what counts as 0
   double tinyLog2 = -std::numeric_limits<double>::infinity();
-  bool check;                   ///< by two runs; else one, and nothing is verified
-  long maxBits;                 ///< the highest precision to try
-  bool mayUseThreads;           ///< of two runs, one each
+  bool check;          ///< by two runs; else one, and nothing is verified
+  long maxBits;        ///< the highest precision to try
+  bool mayUseThreads;  ///< of two runs, one each
   /// An event of which the times between two must have all their digits, too.
   std::optional<std::uint32_t> periodEvent = {};
   std::optional<double> log2Steady = {};  ///< ends it all where the solution rests: StoppingAtRest
