@@ -4,6 +4,17 @@
 
 namespace varno::solve {
 
+namespace {
+
+/// The events show the states there themselves. A row at that time would be on one side of them now
+/// and on the other one with more digits, which find them elsewhere.
+bool EndsInEvent(const DenseStep& step)
+{
+  return step.switched != nullptr && !step.switched->events.empty();
+}
+
+}  // namespace
+
 RowSchedule::RowSchedule(const Interval& interval, RowTimes rowTimes)
     : interval(interval), times(std::move(rowTimes))
 {
@@ -41,9 +52,11 @@ std::optional<Moment> RowSchedule::Next(Path& path)
 std::optional<Moment> RowSchedule::NextStepEnd(Path& path)
 {
   if (*latest == interval.to) return std::nullopt;
-  const Moment end = path.NextStepEnd(*latest);
-  const bool isBehind = interval.IsBackwards() ? end < interval.to : end > interval.to;
-  latest = isBehind ? interval.to : end;
+  do {
+    const Moment end = path.NextStepEnd(*latest);
+    const bool isBehind = interval.IsBackwards() ? end < interval.to : end > interval.to;
+    latest = isBehind ? interval.to : end;
+  } while (*latest != interval.to && EndsInEvent(path.Best()));
   return latest;
 }
 

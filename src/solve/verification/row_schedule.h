@@ -17,7 +17,7 @@ class RowSchedule {
   /// Rows at these times.
   RowSchedule(const Interval& interval, RowTimes times);
   /// Rows at both ends of the interval, at the start if that lies inside, and at the end of each
-  /// step between them that does not come before the start.
+  /// step between them that does not come before the start and meets no event.
   static RowSchedule AtSteps(const Interval& interval) { return RowSchedule(interval); }
 
   /// Begins with the times of rows that were given before, where the times depend on the steps:
