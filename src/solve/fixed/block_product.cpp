@@ -328,7 +328,8 @@ void Multiplication::FindResidues(int prime, std::span<const std::array<Words, 2
 {
   const Modulus& m = ModulusOf(prime);
   std::vector<std::array<Strips, 2>> values;
-  for (const auto& [x, y] : factors) values.push_back({Evaluate(m, x), Evaluate(m, y)});
+  for (const auto& [left, right] : factors)
+    values.push_back({Evaluate(m, left), Evaluate(m, right)});
   Strips products(static_cast<std::size_t>(cut.length) * sums.count);
   for (int strip = 0; strip < cut.length / kLanes; ++strip) {
     if (poll) poll();
