@@ -3,7 +3,9 @@
 #include <optional>
 
 #include "solve/evaluation/constant.h"
+#include "solve/evaluation/domain_error.h"
 #include "solve/graph/copy.h"
+#include "solve/graph/same_node.h"
 
 namespace varno::solve {
 
@@ -214,7 +216,20 @@ Decision Specialisation::DecisionOn(const Question& question)
   return question.isNegated ? Decision(-decision) : decision;
 }
 
+/// What it throws names expressions of the whole model: those of the piece, which grows while it is
+/// decided, may be lost with it.
 Decision Specialisation::Decide(ConditionId condition, NodeId expression)
+{
+  try {
+    return DecideInPiece(condition, expression);
+  } catch (DomainError& error) {
+    error.node = SameNode(pieces.model.graph, piece.model.graph[error.node]);
+    error.isOfModel = true;
+    throw;
+  }
+}
+
+Decision Specialisation::DecideInPiece(ConditionId condition, NodeId expression)
 {
   Graph& to = piece.model.graph;
   const ConditionKind kind = pieces.conditions[condition].kind;

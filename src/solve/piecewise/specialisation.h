@@ -38,6 +38,7 @@ class Specialisation {
   bool Holds(NodeId condition);
   Decision DecisionOn(const Question& question);
   Decision Decide(ConditionId condition, NodeId expression);
+  Decision DecideInPiece(ConditionId condition, NodeId expression);
   void AddWatches(ConditionId condition, NodeId expression, const Decision& decision);
   Watched MakeWatched(NodeId expression);
 

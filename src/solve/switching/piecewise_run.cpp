@@ -6,9 +6,9 @@
 #include "solve/evaluation/domain_error.h"
 #include "solve/evaluation/evaluator.h"
 #include "solve/evaluation/size.h"
+#include "solve/graph/same_node.h"
 #include "solve/switching/assignments.h"
 #include "solve/switching/first_term.h"
-#include "solve/switching/same_node.h"
 
 namespace varno::solve {
 
@@ -93,7 +93,7 @@ void PiecewiseRun::BeginAtStart()
     latest = run->Latest();
     if (!crossings.empty()) Pass(crossings);
   } catch (DomainError& error) {
-    if (piece != nullptr) error.node = SameNode(model.graph, piece->tape.graph[error.node]);
+    NameInModel(error);
     throw;
   } catch (const Singularity&) {
     end = std::current_exception();
@@ -137,13 +137,21 @@ std::vector<RootAt> PiecewiseRun::EventsAtStart(const SwitchPoint& point) const
   return crossings;
 }
 
+/// Makes an error name expressions of the whole model, if it does not.
+void PiecewiseRun::NameInModel(DomainError& error) const
+{
+  if (error.isOfModel) return;
+  error.node = piece != nullptr ? SameNode(model.graph, piece->tape.graph[error.node]) : 0;
+  error.isOfModel = true;
+}
+
 /// A step of the present run; what it throws names expressions of the whole model.
 void PiecewiseRun::StepOnPiece()
 {
   try {
     run->Step();
   } catch (DomainError& error) {
-    error.node = SameNode(model.graph, piece->tape.graph[error.node]);
+    NameInModel(error);
     throw;
   } catch (Singularity& singularity) {
     singularity.node = SameNode(model.graph, piece->tape.graph[singularity.node]);
@@ -167,7 +175,7 @@ void PiecewiseRun::Step()
       throw EndAt(crossings.front(), SingularityKind::kStandstill);
     Pass(crossings);
   } catch (DomainError& error) {
-    error.node = SameNode(model.graph, piece->tape.graph[error.node]);
+    NameInModel(error);
     end = std::make_exception_ptr(error);
   } catch (const Singularity&) {
     // The step is there, and the way ends behind it.

@@ -50,6 +50,7 @@ class PiecewiseRun final : public Stepper {
   Mode KnownAfter(const Piece& before, const std::vector<const Event*>& events,
                   const std::vector<RootAt>& roots) const;
   void Record(Switch what, const RootAt& crossing);
+  void NameInModel(DomainError& error) const;
   void StepOnPiece();
 
   const Model& model;

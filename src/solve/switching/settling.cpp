@@ -6,9 +6,9 @@
 #include <utility>
 
 #include "solve/evaluation/domain_error.h"
+#include "solve/graph/same_node.h"
 #include "solve/integration/step_series.h"
 #include "solve/switching/first_term.h"
-#include "solve/switching/same_node.h"
 
 namespace varno::solve {
 

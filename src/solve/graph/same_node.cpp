@@ -1,4 +1,4 @@
-#include "solve/switching/same_node.h"
+#include "solve/graph/same_node.h"
 
 #include <optional>
 
