@@ -186,7 +186,10 @@ PYBIND11_MODULE(core, module)
 
   py::class_<Problem>(module, "Problem")
       .def(py::init(&Problem::Parse))
-      .def("with_settings", &Problem::With)
+      .def("with_settings",
+           [](const Problem& problem, std::vector<std::string> settings) {
+             return problem.With(std::move(settings), "set");
+           })
       .def_property_readonly("notes", &Problem::Notes);
 
   py::class_<Options>(module, "Options")

@@ -76,6 +76,11 @@ def test_floats_are_what_is_printed_of_them(digits_60):
     assert result["y"][0] == mpmath.mpf(0.1)
 
 
+def test_a_mistake_in_set_is_shown_there():
+    with pytest.raises(varno.InputError, match="(?m)^set:1:1: .* no parameter 'spead'\n  spead=1$"):
+        varno.solve("speed = 2; y' = speed & 0;", set={"spead": 1})
+
+
 @pytest.mark.parametrize("value", [None, True, float("nan"), float("inf"), mpmath.inf, [1]])
 def test_what_is_no_number_is_refused(value):
     with pytest.raises((TypeError, ValueError)):
