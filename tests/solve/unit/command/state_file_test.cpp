@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "solve/command/output_file.h"
+#include "tests/solve/support/scratch_path.h"
 
 namespace varno::solve {
 
@@ -19,14 +20,10 @@ namespace fs = std::filesystem;
 /// A folder that goes away.
 class StateFile : public testing::Test {
  protected:
-  StateFile()
-  {
-    fs::remove_all(folder);
-    fs::create_directories(folder);
-  }
-  ~StateFile() override { fs::remove_all(folder); }
+  StateFile() { fs::create_directories(folder); }
 
-  const fs::path folder = fs::path(testing::TempDir()) / "state_file_test";
+  const ScratchPath scratch;
+  const fs::path folder = scratch.String();
   const std::string path = folder / "state";
 };
 
