@@ -4,8 +4,7 @@
 Usage: work_precision.py VARNO_SOLVE VARNO ODEINT_PROBLEMS PICTURE
 
 Asks each program for 10, 15, 30, 60 and 250 digits of the states at the end of each problem of
-problems.py, as far as it has them within a minute
-of processor time. Prints a table in Markdown, of processor seconds
+problems.py, as far as it has them within a minute. Prints a table in Markdown, of processor seconds
 and of the digits that are right in the worst state, and draws both: digits over seconds.
 
 Seconds are those of whole commands for varno-solve and varno, and of the integration alone for the
@@ -14,7 +13,7 @@ more than anybody is asked for, so that the others' digits are a test of it, too
 """
 
 import os
-import resource
+import signal
 import subprocess
 import sys
 import tempfile
@@ -31,9 +30,10 @@ RUNS = 3
 ODEFUN = Path(__file__).with_name("odefun.py")
 
 SCRIPT = """\
-set terminal pngcairo size 1500,900 font ",11"
+set terminal pngcairo noenhanced size 1500,900 font ",11"
 set output "{picture}"
 set logscale xy
+set format x "%g"
 set xlabel "processor seconds"
 set ylabel "right digits"
 set yrange [5:400]
@@ -47,8 +47,9 @@ plot {keys}
 """
 
 
-def limit_processor_time():
-    resource.setrlimit(resource.RLIMIT_CPU, (MOST_SECONDS, MOST_SECONDS))
+def limit_time():
+    """Of the elapsed time: under a limit of processor time the clock of a process moves in ticks."""
+    signal.alarm(MOST_SECONDS)
 
 
 def run(command, folder):
@@ -58,7 +59,7 @@ def run(command, folder):
         with tempfile.TemporaryFile("w+") as output:
             process = subprocess.Popen(command, cwd=folder, stdout=output, stderr=subprocess.DEVNULL,
                                        env={**os.environ, "HOME": str(folder)},
-                                       preexec_fn=limit_processor_time)
+                                       preexec_fn=limit_time)
             _, status, usage = os.wait4(process.pid, 0)
             process.returncode = os.waitstatus_to_exitcode(status)
             if process.returncode != 0:
@@ -147,7 +148,7 @@ def measure(problem, programs, folder):
                 break
             seconds, values = result
             found.append((digits, seconds, right_digits(values, exact)))
-            print(f"| {problem.name} | {program.name} | {digits} | {seconds:.4f} | {found[-1][2]:.1f} |",
+            print(f"| {problem.name} | {program.name} | {digits} | {seconds:.2g} | {found[-1][2]:.1f} |",
                   flush=True)
     return points
 
