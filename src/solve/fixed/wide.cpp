@@ -6,25 +6,17 @@
 
 #include <gmpxx.h>
 
+#include "solve/fixed/int128.h"
 #include "solve/fixed/log2.h"
 
 namespace varno::solve {
 
 namespace {
 
+using wide::CarryOf, wide::Rest;
+
 constexpr int kBits = kWideDigitBits;
-constexpr std::int64_t kHalf = std::int64_t{1} << (kBits - 1);
-
-/// The digit next to x / 2^51, so that what remains of x is a balanced digit.
-std::int64_t CarryOf(std::int64_t x)
-{
-  return (x + kHalf) >> kBits;
-}
-
-std::int64_t Rest(std::int64_t x, std::int64_t carry)
-{
-  return x - carry * (std::int64_t{1} << kBits);
-}
+constexpr std::int64_t kHalf = wide::kHalfDigit;
 
 long FloorDivide(long a, long b)
 {
@@ -52,7 +44,7 @@ std::int64_t BitsOf(const mp_limb_t* limbs, long count, long first)
 
 template <int kMostDigits>
 WideArithmetic<kMostDigits>::WideArithmetic(mpfr_prec_t bits)
-    : n(static_cast<int>((bits - 4 + kBits - 1) / kBits) + 1), kernel(BestColumnKernel())
+    : n(static_cast<int>((bits - 4 + kBits - 1) / kBits) + 1), kernel(&BestColumnKernel())
 {}
 
 template <int kMostDigits>
@@ -188,32 +180,6 @@ void WideArithmetic<kMostDigits>::DivideBy(Value& value, int k) const
   }
   value.lost |= rest != 0;
   Carry(value);
-}
-
-/// Digits 0..n from columns 1..n+1 behind a carry; the last column rounds.
-template <int kMostDigits>
-auto WideArithmetic<kMostDigits>::FromColumns(const Int128* columns, long exponent) const -> Value
-{
-  Value value;
-  value.exponent = exponent;
-  Int128 carry = 0;
-  std::int64_t any = 0;
-  for (int c = n; c >= 0; --c) {
-    const Int128 sum = columns[c] + carry;
-    carry = (sum + kHalf) >> kBits;
-    const auto digit = static_cast<std::int64_t>(sum - carry * (std::int64_t{1} << kBits));
-    if (c < n) {
-      value.digits[c + 1] = digit;
-      any |= digit;
-    } else {
-      value.lost = digit != 0;
-    }
-  }
-  value.digits[0] = static_cast<std::int64_t>(carry);
-  value.isZero = (any | value.digits[0]) == 0;
-  // Sums of products may reach beyond the first digit.
-  if (CarryOf(value.digits[0]) != 0) Carry(value);
-  return value;
 }
 
 template <int kMostDigits>
@@ -371,7 +337,8 @@ auto WideArithmetic<kMostDigits>::Load(const Terms& terms, int k) const -> Value
   value.inexact = terms.inexact;
   value.isZero = value.lost = terms.leading[k] == n;
   if (value.isZero) return value;
-  std::copy_n(&terms.digits[static_cast<std::size_t>(k) * n], n, value.digits.begin());
+  const double* const row = terms.Row(k);
+  for (int i = 0; i < n; ++i) value.digits[i] = static_cast<std::int64_t>(row[i]);
   value.digits[n] = 0;
   return value;
 }
@@ -382,9 +349,8 @@ double WideArithmetic<kMostDigits>::Log2(const Terms& terms, int k) const
   if (terms.exactZero[k] != 0) return -std::numeric_limits<double>::infinity();
   const int i = terms.leading[k];
   if (i == n) return UnitLog2(terms.exponent);
-  const std::int64_t* const digits = &terms.digits[static_cast<std::size_t>(k) * n];
-  double size = static_cast<double>(digits[i]);
-  if (i + 1 < n) size += static_cast<double>(digits[i + 1]) * 0x1p-51;
+  const double* const row = terms.Row(k);
+  const double size = row[i] + row[i + 1] * 0x1p-51;
   return FastLog2(std::abs(size), kBits * (terms.exponent - 1 - i));
 }
 
@@ -400,10 +366,20 @@ static bool AllExactZeros(const WideTerms& a, const WideTerms& b, int first, int
 /// Whether products may have digits behind the columns that are summed.
 static bool ReachBeyond(const WideTerms& a, const WideTerms& b)
 {
-  int aLast = a.n - 1, bLast = b.n - 1;
-  while (aLast >= 0 && a.last[aLast] < 0) --aLast;
-  while (bLast >= 0 && b.last[bLast] < 0) --bLast;
-  return aLast + bLast > a.n;
+  return a.used + b.used - 2 > a.n;
+}
+
+/// What is known of a sum of products beside its digits, of which there is one more to round.
+template <int kMostDigits>
+void WideArithmetic<kMostDigits>::SetSum(Value& sum, const Terms& a, const Terms& b) const
+{
+  sum.exponent = a.exponent + b.exponent;
+  sum.lost = sum.digits[n + 1] != 0 || ReachBeyond(a, b);
+  sum.inexact = a.inexact || b.inexact;
+  // Sums of products may reach beyond the first digit.
+  if (CarryOf(sum.digits[0]) != 0) Carry(sum);
+  sum.isZero =
+      std::all_of(&sum.digits[0], &sum.digits[n] + 1, [](auto digit) { return digit == 0; });
 }
 
 template <int kMostDigits>
@@ -411,11 +387,9 @@ auto WideArithmetic<kMostDigits>::Convolve(const Terms& a, const Terms& b, int f
                                            int k) const -> Value
 {
   if (!a.started || !b.started || first > last) return {};
-  std::array<Int128, kMostDigits + 2> columns;
-  kernel(a, b, first, last, k, columns.data());
-  Value value = FromColumns(columns.data(), a.exponent + b.exponent);
-  value.lost |= ReachBeyond(a, b);
-  value.inexact = a.inexact || b.inexact;
+  Value value;
+  kernel->sumProducts(a, b, first, last, k, n + 1, value.digits.data());
+  SetSum(value, a, b);
   if (value.isZero) value.lost = !AllExactZeros(a, b, first, last, k);
   return value;
 }
@@ -424,18 +398,9 @@ template <int kMostDigits>
 auto WideArithmetic<kMostDigits>::ConvolveSelf(const Terms& a, int first, int k) const -> Value
 {
   if (!a.started || 2 * first > k) return {};
-  std::array<Int128, kMostDigits + 2> columns, middle;
-  std::fill_n(columns.begin(), n + 1, 0);
-  const int half = k > 0 ? (k - 1) / 2 : -1;
-  if (first <= half) kernel(a, a, first, half, k, columns.data());
-  for (int c = 0; c <= n; ++c) columns[c] *= 2;
-  if (k % 2 == 0) {
-    SumColumns(a, a, k / 2, k / 2, k, middle.data());
-    for (int c = 0; c <= n; ++c) columns[c] += middle[c];
-  }
-  Value value = FromColumns(columns.data(), 2 * a.exponent);
-  value.lost |= ReachBeyond(a, a);
-  value.inexact = a.inexact;
+  Value value;
+  kernel->sumSquare(a, first, k, n + 1, value.digits.data());
+  SetSum(value, a, a);
   if (value.isZero) value.lost = !AllExactZeros(a, a, first, k - first, k);
   return value;
 }

@@ -7,7 +7,6 @@
 #include <mpfr.h>
 
 #include "solve/fixed/columns.h"
-#include "solve/fixed/int128.h"
 
 namespace varno::solve {
 
@@ -48,7 +47,7 @@ class WideArithmetic {
 
   explicit WideArithmetic(mpfr_prec_t bits);
   /// With this many digits and this kernel, for tests.
-  WideArithmetic(int digitCount, ColumnKernel kernel) : n(digitCount), kernel(kernel) {}
+  WideArithmetic(int digitCount, const ColumnKernel& kernel) : n(digitCount), kernel(&kernel) {}
 
   double UnitLog2(long exponent) const { return static_cast<double>((exponent - n) * kDigitBits); }
   /// The exponent of a series with terms below 2^log2.
@@ -86,10 +85,10 @@ class WideArithmetic {
   void Carry(Value& value) const;
   void MultiplyByDigit(Value& value, std::int64_t factor) const;
   void PushDown(Value& value, std::int64_t top) const;
-  Value FromColumns(const Int128* columns, long exponent) const;
+  void SetSum(Value& sum, const Terms& a, const Terms& b) const;
 
   int n;
-  ColumnKernel kernel;
+  const ColumnKernel* kernel;
 };
 
 /// Settled series have no faster way here: narrow_settled.h.

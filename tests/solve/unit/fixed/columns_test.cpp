@@ -2,6 +2,7 @@
 
 #include "solve/fixed/columns.h"
 
+#include <algorithm>
 #include <random>
 #include <vector>
 
@@ -34,35 +35,65 @@ WideTerms Filled(int n, int count, Digit digit)
   return terms;
 }
 
-mpz_class Whole(Int128 x)
+/// The sum over i of digit i times 2^(51 (count - 1 - i))
+mpz_class Whole(const std::vector<std::int64_t>& digits)
 {
-  mpz_class high = static_cast<long>(x >> 64);
-  const mpz_class low = static_cast<unsigned long>(static_cast<std::uint64_t>(x));
-  high <<= 64;
-  return high + low;
-}
-
-void ExpectExact(ColumnKernel kernel, const WideTerms& a, const WideTerms& b, int first, int last,
-                 int k)
-{
-  const int n = a.n;
-  std::vector<mpz_class> expected(n + 1);
-  for (int j = first; j <= last; ++j) {
-    for (int i = 0; i < n; ++i) {
-      for (int m = 0; m < n && i + m <= n; ++m) {
-        const mpz_class x = static_cast<long>(a.digits[static_cast<std::size_t>(j) * n + i]);
-        const mpz_class y = static_cast<long>(b.digits[static_cast<std::size_t>(k - j) * n + m]);
-        expected[i + m] += x * y;
-      }
-    }
+  mpz_class whole;
+  for (const std::int64_t digit : digits) {
+    whole <<= kWideDigitBits;
+    whole += static_cast<long>(digit);
   }
-  std::vector<Int128> columns(n + 1);
-  kernel(a, b, first, last, k, columns.data());
-  for (int c = 0; c <= n; ++c)
-    EXPECT_EQ(expected[c], Whole(columns[c])) << "column " << c << " of " << n << ", order " << k;
+  return whole;
 }
 
-class Columns : public testing::TestWithParam<ColumnKernel> {};
+mpz_class Digit(const WideTerms& terms, int k, int i)
+{
+  return mpz_class(terms.Row(k)[i]);
+}
+
+/// Products of a[j] b[i] in columns 0..columns-1, in units of the last one.
+mpz_class ExactProduct(const WideTerms& a, int j, const WideTerms& b, int i, int columns)
+{
+  mpz_class sum;
+  for (int c = 0; c < columns; ++c) {
+    sum <<= kWideDigitBits;
+    for (int x = std::max(0, c - b.n + 1); x <= std::min(c, a.n - 1); ++x)
+      sum += Digit(a, j, x) * Digit(b, i, c - x);
+  }
+  return sum;
+}
+
+void ExpectBalanced(const std::vector<std::int64_t>& digits)
+{
+  for (std::size_t c = 1; c < digits.size(); ++c)
+    EXPECT_TRUE(digits[c] >= -kLargest && digits[c] < kLargest) << "digit " << c;
+}
+
+void ExpectExact(const ColumnKernel& kernel, const WideTerms& a, const WideTerms& b, int first,
+                 int last, int k, int columns)
+{
+  mpz_class expected;
+  for (int j = first; j <= last; ++j) expected += ExactProduct(a, j, b, k - j, columns);
+  std::vector<std::int64_t> digits(columns + 1);
+  kernel.sumProducts(a, b, first, last, k, columns, digits.data());
+  ExpectBalanced(digits);
+  EXPECT_EQ(expected, Whole(digits)) << columns << " columns of " << a.n << " digits, terms "
+                                     << first << " to " << last << " of " << k;
+}
+
+void ExpectExactSquare(const ColumnKernel& kernel, const WideTerms& a, int first, int k,
+                       int columns)
+{
+  mpz_class expected;
+  for (int j = first; j <= k - first; ++j) expected += ExactProduct(a, j, a, k - j, columns);
+  std::vector<std::int64_t> digits(columns + 1);
+  kernel.sumSquare(a, first, k, columns, digits.data());
+  ExpectBalanced(digits);
+  EXPECT_EQ(expected, Whole(digits))
+      << columns << " columns of " << a.n << " digits, square from " << first << " of " << k;
+}
+
+class Columns : public testing::TestWithParam<const ColumnKernel*> {};
 
 // As far as digits can go, of either sign, so many that 64 bits overflow without care
 TEST_P(Columns, AreExactForExtremeDigits)
@@ -72,13 +103,14 @@ TEST_P(Columns, AreExactForExtremeDigits)
     for (const int sign : {1, -1}) {
       const WideTerms a = Filled(n, count, [](int, int) { return kLargest; });
       const WideTerms b = Filled(n, count, [&](int, int) { return sign * kLargest; });
-      ExpectExact(GetParam(), a, b, 0, count - 1, count - 1);
-      ExpectExact(GetParam(), a, b, 1, count / 2, count - 1);
+      ExpectExact(*GetParam(), a, b, 0, count - 1, count - 1, n + 1);
+      ExpectExact(*GetParam(), a, b, 1, count / 2, count - 1, n + 1);
+      ExpectExactSquare(*GetParam(), b, 0, count - 1, n + 1);
     }
   }
 }
 
-// Ranges of every length, so that every rest behind the last whole vector is met
+// Ranges of every length, and terms with every number of zeros before
 TEST_P(Columns, AreExactForDigitsAtRandom)
 {
   std::mt19937_64 random(20240229);
@@ -89,14 +121,33 @@ TEST_P(Columns, AreExactForDigitsAtRandom)
   for (const int n : {2, 5, 6}) {
     const WideTerms a = Filled(n, 18, digit), b = Filled(n, 18, digit);
     for (int k = 0; k < 18; ++k) {
-      for (int first = 0; first <= k; ++first)
-        for (int last = first; last <= k; ++last) ExpectExact(GetParam(), a, b, first, last, k);
+      for (int first = 0; first <= k; ++first) {
+        for (int last = first; last <= k; ++last)
+          ExpectExact(*GetParam(), a, b, first, last, k, n + 1);
+        if (2 * first <= k) ExpectExactSquare(*GetParam(), a, first, k, n + 1);
+      }
     }
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Plain, Columns, testing::Values(SumColumns));
-INSTANTIATE_TEST_SUITE_P(Best, Columns, testing::Values(BestColumnKernel()));
+// More and fewer columns than a term has digits: zeros stand before and behind these.
+TEST_P(Columns, AreExactForEveryNumberOfColumns)
+{
+  std::mt19937_64 random(20240301);
+  const auto digit = [&](int, int) {
+    return static_cast<std::int64_t>(random() % (2 * kLargest)) - kLargest;
+  };
+  for (const int n : {1, 2, 3, 4, 7, 8, 19, 20, 23, 24, 41}) {
+    const WideTerms a = Filled(n, 4, digit), b = Filled(n, 4, digit);
+    for (int columns = 1; columns <= n + 3; ++columns) {
+      ExpectExact(*GetParam(), a, b, 0, 3, 3, columns);
+      ExpectExactSquare(*GetParam(), a, 0, 2, columns);
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Plain, Columns, testing::Values(&kIntegerColumns));
+INSTANTIATE_TEST_SUITE_P(Best, Columns, testing::Values(&BestColumnKernel()));
 
 }  // namespace
 }  // namespace varno::solve

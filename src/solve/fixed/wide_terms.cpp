@@ -1,0 +1,59 @@
+#include "solve/fixed/wide_terms.h"
+
+#include <algorithm>
+
+namespace varno::solve {
+
+void WideTerms::Reserve(int digitCount, int count)
+{
+  if (n == digitCount && capacity >= count) return;
+  n = digitCount;
+  capacity = count;
+  // Whole vectors of four: rows begin at the same place of one.
+  stride = (n + kZeros + 3) / 4 * 4;
+  rows.resize(static_cast<std::size_t>(count) * stride + std::size_t{2} * kZeros);
+  leading.resize(count, n);
+  exactZero.resize(count);
+}
+
+void WideTerms::Reset(long newLeastExponent)
+{
+  leastExponent = newLeastExponent;
+  started = inexact = false;
+  used = 0;
+}
+
+void WideTerms::Set(int k, const std::int64_t* digits)
+{
+  int first = 0;
+  while (first < n && digits[first] == 0) ++first;
+  leading[k] = first;
+  double* const row = &rows[Place(k)];
+  for (int i = 0; i < n; ++i) row[i] = static_cast<double>(digits[i]);
+  int end = n;
+  while (end > used && digits[end - 1] == 0) --end;
+  used = end;
+}
+
+void WideTerms::SetZero(int k)
+{
+  leading[k] = n;
+  std::fill_n(&rows[Place(k)], n, 0.0);
+}
+
+void WideTerms::Raise(long newExponent, int count)
+{
+  const long down = newExponent - exponent;
+  std::vector<std::int64_t> digits(n);
+  used = 0;
+  for (int k = 0; k < count; ++k) {
+    const double* const old = Row(k);
+    for (long i = 0; i < n; ++i)
+      digits[i] = i >= down ? static_cast<std::int64_t>(old[i - down]) : 0;
+    for (long i = std::max(0L, n - down); i < n; ++i) inexact |= old[i] != 0;
+    Set(k, digits.data());
+  }
+  exponent = newExponent;
+}
+
+}  // namespace varno::solve

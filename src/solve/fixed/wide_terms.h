@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "solve/fixed/wide_digits.h"
+
+namespace varno::solve {
+
+/// The terms of one series as balanced 51-bit digits: term k is the sum over i = 0..n-1 of
+/// digit i times 2^(51 (exponent - 1 - i)).
+///
+/// Digits are doubles, which hold them exactly. Those of a term stand in a row, with zeros before
+/// and behind, so that kernels may read digits -3..n+2.
+struct WideTerms {
+  static constexpr int kZeros = 3;
+
+  int n = 0;
+  int stride = 0;
+  int capacity = 0;
+  std::vector<double> rows;
+  std::vector<int> leading;             // by k: the first digit that is not 0, n where all are
+  int used = 0;                         // digits from here on are 0 in all terms
+  std::vector<std::uint8_t> exactZero;  // by k: 0, not merely too small to be seen
+  long exponent = 0;
+  long leastExponent = 0;  ///< where the exponent begins at least
+  bool started = false;
+  bool inexact = false;
+
+  /// The digits of term k.
+  const double* Row(int k) const { return rows.data() + Place(k); }
+  void Reserve(int digitCount, int count);
+  void Reset(long newLeastExponent);
+  /// Sets term k to n digits.
+  void Set(int k, const std::int64_t* digits);
+  void SetZero(int k);
+  /// Makes room for larger terms among the first `count`: all move down by whole digits.
+  void Raise(long newExponent, int count);
+
+ private:
+  std::size_t Place(int k) const { return static_cast<std::size_t>(k) * stride + kZeros; }
+};
+
+}  // namespace varno::solve
