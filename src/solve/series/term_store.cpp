@@ -1,5 +1,6 @@
 #include "solve/series/term_store.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace varno::solve {
@@ -22,7 +23,8 @@ TermStore::TermStore(std::size_t rowCount, int termCount, mpfr_prec_t bits)
 void TermStore::Grow(int wanted)
 {
   if (wanted <= termCount) return;
-  TermStore larger(rowCount, wanted, bits);
+  // By a half at least: an order that rises little by little would copy all terms again each time.
+  TermStore larger(rowCount, std::max(wanted, termCount + termCount / 2), bits);
   for (std::size_t row = 0; row < rowCount; ++row) {
     for (int k = 0; k < termCount; ++k) mpfr_set(larger.Row(row) + k, Row(row) + k, MPFR_RNDN);
   }

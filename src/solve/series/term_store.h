@@ -14,8 +14,8 @@ class TermStore {
   /// Zeros. `termCount` terms in each of `rowCount` rows.
   TermStore(std::size_t rowCount, int termCount, mpfr_prec_t bits);
 
-  /// Makes room for more terms in each row; what is there stays.
-  void Grow(int termCount);
+  /// Makes room for so many terms in each row, or more; what is there stays.
+  void Grow(int wanted);
 
   int TermCount() const { return termCount; }
   mpfr_ptr Row(std::size_t row) { return &numbers[row * static_cast<std::size_t>(termCount)]; }

@@ -36,6 +36,14 @@ TEST(TermStore, NeverShrinks)
   EXPECT_EQ(5, store.TermCount());
 }
 
+// An order that rises one by one must not copy all terms each time.
+TEST(TermStore, GrowsByAHalfAtLeast)
+{
+  TermStore store(1, 100, 64);
+  store.Grow(101);
+  EXPECT_EQ(150, store.TermCount());
+}
+
 TEST(TermStore, MayBeEmpty)
 {
   TermStore store(0, 3, 64);
