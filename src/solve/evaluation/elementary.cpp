@@ -177,6 +177,11 @@ bool TakesAngle(Operation operation)
          operation == Operation::kTan || operation == Operation::kCot;
 }
 
+bool IsOutOfRange(Operation operation, mpfr_srcptr a)
+{
+  return TakesAngle(operation) && mpfr_regular_p(a) != 0 && mpfr_get_exp(a) > kLargestAngleExponent;
+}
+
 /// Tells what became of a result, by MPFR's flags.
 Outcome OutcomeOf(mpfr_ptr result)
 {
@@ -195,12 +200,23 @@ Outcome Apply(Operation operation, mpfr_ptr result, mpfr_srcptr a, mpfr_srcptr b
   if (operation == Operation::kAtan2 && mpfr_zero_p(a) != 0 && mpfr_zero_p(b) != 0) {
     return Outcome::kUndefined;
   }
-  if (TakesAngle(operation) && mpfr_regular_p(a) != 0 && mpfr_get_exp(a) > kLargestAngleExponent) {
-    return Outcome::kOutOfRange;
-  }
+  if (IsOutOfRange(operation, a)) return Outcome::kOutOfRange;
   mpfr_clear_overflow();
   Compute(operation, result, a, b);
   return OutcomeOf(result);
+}
+
+Outcome ApplyPair(Operation operation, mpfr_ptr sine, mpfr_ptr cosine, mpfr_srcptr a)
+{
+  if (IsOutOfRange(operation, a)) return Outcome::kOutOfRange;
+  mpfr_clear_overflow();
+  if (operation == Operation::kSin) {
+    mpfr_sin_cos(sine, cosine, a, kNearest);
+  } else {
+    mpfr_sinh_cosh(sine, cosine, a, kNearest);
+  }
+  const Outcome outcome = OutcomeOf(sine);
+  return outcome == Outcome::kValue ? OutcomeOf(cosine) : outcome;
 }
 
 Outcome ApplyPower(mpfr_ptr result, mpfr_srcptr a, const Integer& exponent)

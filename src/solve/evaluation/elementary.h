@@ -26,6 +26,10 @@ enum class Outcome {
 /// binary operations only. result may be an operand. Not for leaves and kIf.
 Outcome Apply(Operation operation, mpfr_ptr result, mpfr_srcptr a, mpfr_srcptr b);
 
+/// Both sin and cos of an angle, for kSin, or both sinh and cosh, for kSinh, in the time of one of
+/// them.
+Outcome ApplyPair(Operation operation, mpfr_ptr sine, mpfr_ptr cosine, mpfr_srcptr a);
+
 /// The same for a^exponent with a whole exponent of any size.
 Outcome ApplyPower(mpfr_ptr result, mpfr_srcptr a, const Integer& exponent);
 

@@ -69,8 +69,7 @@ void NarrowArithmetic::StoreApart(Terms& terms, int k, const Value& value)
   const long shift = value.exponent - terms.exponent;
   const Int128 mantissa =
       shift < 0 ? ShiftRight(value.mantissa, -shift, terms.inexact) : value.mantissa << shift;
-  terms.low[k] = LowDigit(mantissa);
-  terms.high[k] = HighDigit(mantissa, terms.low[k]);
+  SetDigits(terms, k, mantissa);
   terms.hasLow |= terms.low[k] != 0;
 }
 
@@ -97,8 +96,7 @@ void NarrowArithmetic::Raise(Terms& terms, long exponent, int count)
   const long shift = exponent - terms.exponent;
   for (int j = 0; j < count; ++j) {
     const Int128 mantissa = ShiftRight(Joined(terms.high[j], terms.low[j]), shift, terms.inexact);
-    terms.low[j] = LowDigit(mantissa);
-    terms.high[j] = HighDigit(mantissa, terms.low[j]);
+    SetDigits(terms, j, mantissa);
     terms.hasLow |= terms.low[j] != 0;
   }
   terms.exponent = exponent;
@@ -149,7 +147,7 @@ NarrowFactor NarrowArithmetic::ToFactor(const Value& value)
   bool lost = value.lost || value.inexact;
   const Int128 mantissa = up >= 0 ? value.mantissa << up : ShiftRight(value.mantissa, -up, lost);
   factor.low = LowDigit(mantissa);
-  factor.high = HighDigit(mantissa, factor.low);
+  factor.high = HighDigit(mantissa);
   factor.exponent = value.exponent - up;
   factor.inexact = lost;
   return factor;
@@ -188,8 +186,7 @@ void NarrowArithmetic::MultiplyByLarge(Value& value, std::int32_t factor)
 NarrowValue NarrowArithmetic::Convolve(const Terms& a, const Terms& b, int first, int last, int k)
 {
   if (!a.started || !b.started) return {};
-  NarrowSums sums;
-  sums.AddProducts(a, b, first, last, k);
+  const NarrowSums sums = NarrowSums::OfProducts(a, b, first, last, k);
   NarrowValue value = ValueOf(sums.highs, sums.crosses, a.exponent + b.exponent);
   SetExactness(value, a, b, first, last, k);
   return value;
@@ -198,8 +195,7 @@ NarrowValue NarrowArithmetic::Convolve(const Terms& a, const Terms& b, int first
 NarrowValue NarrowArithmetic::ConvolveSelf(const Terms& a, int first, int k)
 {
   if (!a.started) return {};
-  NarrowSums sums;
-  sums.AddProducts(a, first, k);
+  const NarrowSums sums = NarrowSums::OfProducts(a, first, k);
   NarrowValue value = ValueOf(sums.highs, sums.crosses, 2 * a.exponent);
   SetExactness(value, a, a, first, k - first, k);
   return value;

@@ -26,10 +26,8 @@ namespace varno::solve {
   }
   terms.inexact |= lost;
   terms.exactZero[k] = value.IsExactZero() ? 1 : 0;
-  const std::int64_t low = narrow::LowDigit(mantissa);
-  terms.low[k] = low;
-  terms.high[k] = narrow::HighDigit(mantissa, low);
-  terms.hasLow |= low != 0;
+  narrow::SetDigits(terms, k, mantissa);
+  terms.hasLow |= terms.low[k] != 0;
 }
 
 inline NarrowValue NarrowArithmetic::Load(const Terms& terms, int k)
@@ -83,7 +81,7 @@ inline void NarrowArithmetic::FindLogs(const Terms& terms, int first, std::span<
 inline void NarrowArithmetic::Multiply(Value& value, const Factor& factor)
 {
   const std::int64_t low = narrow::LowDigit(value.mantissa);
-  const std::int64_t high = narrow::HighDigit(value.mantissa, low);
+  const std::int64_t high = narrow::HighDigit(value.mantissa);
   const Int128 highs = static_cast<Int128>(high) * factor.high;
   const Int128 crosses =
       static_cast<Int128>(high) * factor.low + static_cast<Int128>(low) * factor.high;
@@ -101,7 +99,7 @@ inline void NarrowArithmetic::MultiplyBy(Value& value, int factor)
   }
   // value = high 2^60 + low; both parts times the factor, / 2^16
   const std::int64_t low = narrow::LowDigit(value.mantissa);
-  const std::int64_t high = narrow::HighDigit(value.mantissa, low);
+  const std::int64_t high = narrow::HighDigit(value.mantissa);
   value.mantissa = static_cast<Int128>(high) * factor * (narrow::kDigit >> 16) +
                    narrow::ShiftRight(static_cast<Int128>(low) * factor, 16, value.lost);
   value.exponent += 16;
@@ -112,7 +110,7 @@ inline void NarrowArithmetic::DivideBy(Value& value, int k)
   if (k == 1) return;
   const std::int64_t low = narrow::LowDigit(value.mantissa);
   if (low == 0) {
-    const std::int64_t high = narrow::HighDigit(value.mantissa, low);
+    const std::int64_t high = narrow::HighDigit(value.mantissa);
     if (high % k == 0) {
       value.mantissa = static_cast<Int128>(high / k) * narrow::kDigit;
       return;

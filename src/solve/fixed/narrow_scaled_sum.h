@@ -24,8 +24,9 @@ class NarrowScaledSum {
   /// Fits the ratios to the exponents that the operands and the sum have now, and to where their
   /// terms are; false if it cannot be used with these.
   bool Prepare(const NarrowTerms& sum);
-  /// Stores term k; false, and nothing is stored, if it is 0 or does not fit.
-  [[gnu::always_inline]] bool StoreTerm(NarrowTerms& sum, int k) const;
+  /// Term k as sums of digits, in units of 2^Up() units of the sum.
+  [[gnu::always_inline]] NarrowSums Term(int k) const;
+  int Up() const { return up; }
 
  private:
   struct Operand {
@@ -44,7 +45,7 @@ class NarrowScaledSum {
   int up = 0;                         // log2 of the units counted in
 };
 
-inline bool NarrowScaledSum::StoreTerm(NarrowTerms& sum, int k) const
+inline NarrowSums NarrowScaledSum::Term(int k) const
 {
   NarrowSums sums;
   const Product *a = products.data(), *const end = a + products.size();
@@ -56,7 +57,7 @@ inline bool NarrowScaledSum::StoreTerm(NarrowTerms& sum, int k) const
     sums.Add(a->high[k], a->low[k], a->ratio);
     ++a;
   }
-  return narrow::StoreSettled(sum, k, sums.Total(), up);
+  return sums;
 }
 
 }  // namespace varno::solve

@@ -6,7 +6,8 @@ namespace varno::solve {
 
 using namespace narrow;
 
-void NarrowSums::AddProducts(const NarrowTerms& a, const NarrowTerms& b, int first, int last, int k)
+NarrowSums NarrowSums::OfProducts(const NarrowTerms& a, const NarrowTerms& b, int first, int last,
+                                  int k)
 {
   const std::int64_t *aHigh = a.high.data(), *aLow = a.low.data();
   const std::int64_t *bHigh = b.high.data() + k, *bLow = b.low.data() + k;
@@ -17,22 +18,20 @@ void NarrowSums::AddProducts(const NarrowTerms& a, const NarrowTerms& b, int fir
     crossSum += static_cast<Int128>(aHigh[j]) * bLow[-j];
     crossSum += static_cast<Int128>(aLow[j]) * bHigh[-j];
   }
-  highs += highSum;
-  crosses += crossSum;
+  return {highSum, crossSum};
 }
 
-void NarrowSums::AddProducts(const NarrowTerms& a, int first, int k)
+NarrowSums NarrowSums::OfProducts(const NarrowTerms& a, int first, int k)
 {
-  const int half = k > 0 ? (k - 1) / 2 : -1;
-  NarrowSums twice;
-  twice.AddProducts(a, a, first, half, k);
-  highs += 2 * twice.highs;
-  crosses += 2 * twice.crosses;
+  NarrowSums sums = OfProducts(a, a, first, k > 0 ? (k - 1) / 2 : -1, k);
+  sums.highs *= 2;
+  sums.crosses *= 2;
   if (k % 2 == 0 && k / 2 >= first) {
     const std::int64_t high = a.high[k / 2];
-    highs += static_cast<Int128>(high) * high;
-    crosses += 2 * (static_cast<Int128>(high) * a.low[k / 2]);
+    sums.highs += static_cast<Int128>(high) * high;
+    sums.crosses += 2 * (static_cast<Int128>(high) * a.low[k / 2]);
   }
+  return sums;
 }
 
 namespace narrow {

@@ -29,16 +29,25 @@ struct NarrowSums {
     AddShort(high, low, ratio);
     crosses += static_cast<Int128>(high) * ratio.low;
   }
-  /// The same for a ratio with a low digit of 0.
+  /// The same for a mantissa of at most 2^122.
+  void Add(Int128 mantissa, const NarrowRatio& ratio)
+  {
+    std::int64_t high = narrow::HighDigit(mantissa), low = narrow::LowDigit(mantissa);
+    // g++ takes the digits for numbers of 128 bits otherwise, with three products of words each.
+    asm("" : "+r"(high), "+r"(low));
+    Add(high, low, ratio);
+  }
+  /// For a ratio with a low digit of 0.
   void AddShort(std::int64_t high, std::int64_t low, const NarrowRatio& ratio)
   {
     highs += static_cast<Int128>(high) * ratio.high;
     crosses += static_cast<Int128>(low) * ratio.high;
   }
   /// a[j] b[k-j] for j = first..last
-  void AddProducts(const NarrowTerms& a, const NarrowTerms& b, int first, int last, int k);
+  static NarrowSums OfProducts(const NarrowTerms& a, const NarrowTerms& b, int first, int last,
+                               int k);
   /// a[j] a[k-j] for j = first..k-first
-  void AddProducts(const NarrowTerms& a, int first, int k);
+  static NarrowSums OfProducts(const NarrowTerms& a, int first, int k);
 
   /// In units of the operands' product.
   Int128 Total() const
@@ -70,7 +79,7 @@ constexpr NarrowRatio RatioOf(Int128 digits)
 {
   NarrowRatio ratio;
   ratio.low = LowDigit(digits);
-  ratio.high = HighDigit(digits, ratio.low);
+  ratio.high = HighDigit(digits);
   return ratio;
 }
 
@@ -100,9 +109,7 @@ inline constexpr std::array<NarrowRatio, kMostOrder + 1> kReciprocals = Reciproc
     if (!FitsBits(mantissa, kTermBits - up)) return false;
     mantissa = static_cast<Int128>(static_cast<UInt128>(mantissa) << (up & 63));
   }
-  const std::int64_t low = LowDigit(mantissa);
-  terms.low[k] = low;
-  terms.high[k] = HighDigit(mantissa, low);
+  SetDigits(terms, k, mantissa);
   terms.exactZero[k] = 0;
   return true;
 }
@@ -115,9 +122,11 @@ inline bool StoreSettledMultiple(NarrowTerms& terms, int m, int whole, const Nar
                                  int k)
 {
   const long up = from.exponent - terms.exponent;
+  // Digit by digit: the product of a mantissa takes three products of words.
+  const Int128 high = static_cast<Int128>(from.high[k]) * whole;
+  const Int128 low = static_cast<Int128>(from.low[k]) * whole;
   return terms.IsSettled() && narrow::IsShift(up) &&
-         narrow::StoreSettled(terms, m, narrow::Joined(from.high[k], from.low[k]) * whole,
-                              static_cast<int>(up));
+         narrow::StoreSettled(terms, m, high * narrow::kDigit + low, static_cast<int>(up));
 }
 
 /// Stores the terms before the first, which is there, each the product of the one behind it with a

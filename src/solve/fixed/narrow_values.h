@@ -75,14 +75,22 @@ constexpr std::int64_t LowDigit(Int128 mantissa)
          (64 - kDigitBits);
 }
 
-constexpr std::int64_t HighDigit(Int128 mantissa, std::int64_t low)
+/// What is left of it: (mantissa - LowDigit(mantissa)) / 2^60.
+constexpr std::int64_t HighDigit(Int128 mantissa)
 {
-  return static_cast<std::int64_t>((mantissa - low) >> kDigitBits);
+  return static_cast<std::int64_t>((mantissa + kDigit / 2) >> kDigitBits);
 }
 
 constexpr Int128 Joined(std::int64_t high, std::int64_t low)
 {
   return static_cast<Int128>(high) * kDigit + low;
+}
+
+/// Sets the digits of a term, |mantissa| <= 2^119.
+[[gnu::always_inline]] inline void SetDigits(NarrowTerms& terms, int k, Int128 mantissa)
+{
+  terms.low[k] = LowDigit(mantissa);
+  terms.high[k] = HighDigit(mantissa);
 }
 
 /// Whether -2^bits <= mantissa < 2^bits, for 64 <= bits < 127.

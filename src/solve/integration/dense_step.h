@@ -20,6 +20,7 @@ struct DenseStep {
   std::vector<double> stateSizes;                  ///< see StateSizes
   std::shared_ptr<const Series> series = nullptr;  ///< about the begin; none before the first step
   long scaleExponent = 0;                          ///< of the series
+  double lengthLog2 = 0;                           ///< log2 of the length in time
   std::int64_t steps = 0;                          ///< of the run, this one among them
   int order = 0;
   mpfr_prec_t bits = 0;

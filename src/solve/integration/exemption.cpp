@@ -62,7 +62,7 @@ struct ExemptionRule::Trial {
   /// this length makes of it; no less than what counts as 0 in a row.
   double StateSize(std::size_t state, double lengthLog2) const
   {
-    const double size = Log2Size(point.states[state]);
+    const double size = series.Log2(static_cast<LineId>(state), 0);
     return std::max(
         rule.settings.tinyLog2,
         size > -kInfinity ? size : control.Sizes()[rule.tape.rightHandSides[state]] + lengthLog2);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <span>
 
 namespace varno::solve {
 
@@ -31,13 +32,9 @@ struct EffectRules {
 
   void Combination(const Line& line, double effect) const
   {
-    for (std::uint32_t i = 0; i < line.factorCount; ++i) {
-      const Factor& factor = tape.factors[line.firstFactor + i];
-      const double weight = factor.whole != 0
-                                ? std::log2(std::abs(static_cast<double>(factor.whole)))
-                                : series.Log2Constant(factor.constant);
-      Raise(factor.line, effect + weight);
-    }
+    const std::span<const double> weights = series.FactorLogs();
+    for (std::uint32_t i = line.firstFactor; i < line.firstFactor + line.factorCount; ++i)
+      Raise(tape.factors[i].line, effect + weights[i]);
   }
 
   void HandOn(LineId id, double effect) const

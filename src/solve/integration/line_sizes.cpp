@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <span>
 
 namespace varno::solve {
 
@@ -18,13 +19,9 @@ struct SizeRules {
   double Combination(const Line& line) const
   {
     double size = series.Log2Constant(line.constant);
-    for (std::uint32_t i = 0; i < line.factorCount; ++i) {
-      const Factor& factor = tape.factors[line.firstFactor + i];
-      const double weight = factor.whole != 0
-                                ? std::log2(std::abs(static_cast<double>(factor.whole)))
-                                : series.Log2Constant(factor.constant);
-      size = std::max(size, weight + sizes[factor.line]);
-    }
+    const std::span<const double> weights = series.FactorLogs();
+    for (std::uint32_t i = line.firstFactor; i < line.firstFactor + line.factorCount; ++i)
+      size = std::max(size, weights[i] + sizes[tape.factors[i].line]);
     return size;
   }
 

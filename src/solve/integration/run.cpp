@@ -104,12 +104,11 @@ Run::Stride Run::StrideOf(const Moment& advance) const
 Run::Stride Run::LongestStride(const StepBound& bound) const
 {
   const StepLength length = series.ChooseLength(bound);
-  const Moment advance = length.ToMoment();
+  Stride stride{Real(64), length.ToMoment(), length.Log2()};
   if (watchedTime) {
     const Moment toTime = latest.backwards ? latest.end - *watchedTime : *watchedTime - latest.end;
-    if (toTime <= advance) return StrideOf(toTime);
+    if (toTime <= stride.advance) return StrideOf(toTime);
   }
-  Stride stride{Real(64), advance, length.Log2()};
   length.InUnits(series.ScaleExponent(), stride.offset);
   return stride;
 }
@@ -204,7 +203,7 @@ bool Run::PassesDefectCheck(const Stride& stride)
     defectCheck.emplace(tape, settings, series.Bits());
   }
   const std::optional<Exemption>& leftOut = series.LeftOut();
-  const bool isLikeLast = latest.steps > 0 && stride.log2 < stepLog2 + kAlikeLog2 &&
+  const bool isLikeLast = latest.steps > 0 && stride.log2 < latest.lengthLog2 + kAlikeLog2 &&
                           series.Current().Order() == settings.order && !leftOut &&
                           !series.IsAtRoot();
   const std::size_t turn = static_cast<std::size_t>(latest.steps) % kTestedParts.size();
@@ -309,18 +308,21 @@ void Run::RequireProgress(const StepBound& bound)
   if (bound.log2 <= way - kMostLandingFactor * settings.toleranceBits) throw end;
 }
 
-/// The states at the end of a step; those that were rounded are moved where that is asked for.
-std::vector<Real> Run::SumToEnd(mpfr_srcptr offset) const
+/// Goes over to the states at the end of a step; those that were rounded are moved where that is
+/// asked for.
+void Run::SumToEnd(mpfr_srcptr offset)
 {
-  std::vector<Real> sums(latest.states.size(), Real(series.Bits()));
+  // Apart from the states, which stay when a sum is interrupted.
+  sums.resize(latest.states.size());
   for (LineId state = 0; state < latest.states.size(); ++state) {
     Real& sum = sums[state];
+    if (sum.Bits() != series.Bits()) sum = Real(series.Bits());
     mpfr_clear_inexflag();
     series.Current().Sum(state, offset, sum);
     if (!settings.disturbed || mpfr_inexflag_p() == 0) continue;
     Disturb(sum, static_cast<std::uint64_t>(latest.steps) * latest.states.size() + state);
   }
-  return sums;
+  latest.states.swap(sums);
 }
 
 /// What was exempt is an error, not 0: the disturbed run and the other one move by its bound to
@@ -345,20 +347,17 @@ void Run::Shift(std::size_t state, const Real& bound)
   }
 }
 
-std::vector<double> Run::StateSizes(double lengthLog2) const
+void Run::FindStateSizes(double lengthLog2)
 {
-  if (lengthLog2 == -kInfinity) return latest.stateSizes;
-  std::vector<double> sizes;
-  sizes.reserve(latest.states.size());
+  if (lengthLog2 == -kInfinity) return;
   const double offset = lengthLog2 - static_cast<double>(series.ScaleExponent());
   for (LineId state = 0; state < latest.states.size(); ++state) {
     double size = series.Sizes()[tape.rightHandSides[state]] + lengthLog2;
     int k = 0;
     for (const double term : series.Current().Logs(state))
       size = std::max(size, term + k++ * offset);
-    sizes.push_back(size);
+    latest.stateSizes[state] = size;
   }
-  return sizes;
 }
 
 bool Run::GoesOn()
@@ -399,7 +398,7 @@ void Run::Step()
 /// Makes the step that the series and its length are there for.
 void Run::GoOn(const Stride& stride)
 {
-  latest.states = SumToEnd(stride.offset);
+  SumToEnd(stride.offset);
   ShiftByExemption();
   latest.begin = latest.end;
   if (latest.backwards) {
@@ -407,16 +406,16 @@ void Run::GoOn(const Stride& stride)
   } else {
     latest.end += stride.advance;
   }
-  latest.stateSizes = StateSizes(stride.log2);
+  FindStateSizes(stride.log2);
   for (std::size_t i = 0; i < largest.size(); ++i)
     largest[i] = std::max(largest[i], Log2Size(latest.states[i]));
   latest.scaleExponent = series.ScaleExponent();
+  latest.lengthLog2 = stride.log2;
   series.StepMade(stride.log2, !rootsAtEnd.empty());
   latest.series = series.Release();
   latest.order = latest.series->Order();
   latest.bits = series.Bits();
   ++latest.steps;
-  stepLog2 = stride.log2;
   for (WatchedLine& line : watched) line.zeroTerms = 0;
   for (const WatchedRoot& root : rootsAtEnd) watched[root.index].zeroTerms = root.mostRoots;
 }

@@ -84,8 +84,8 @@ class Run final : public Stepper {
   void RequireProgress(const StepBound& bound);
   Singularity EndBefore(const StepBound& bound);
   void GoOn(const Stride& stride);
-  std::vector<Real> SumToEnd(mpfr_srcptr offset) const;
-  std::vector<double> StateSizes(double lengthLog2) const;
+  void SumToEnd(mpfr_srcptr offset);
+  void FindStateSizes(double lengthLog2);
   void ShiftByExemption();
   void Shift(std::size_t state, const Real& bound);
 
@@ -101,8 +101,8 @@ class Run final : public Stepper {
   Moment wayBegin;
   std::optional<Moment> watchedTime;
   std::vector<WatchedRoot> rootsAtEnd;
-  double stepLog2 = 0;                // of the length of the latest step
   std::vector<double> largest;        // log2 of the largest sizes of the states on the way
+  std::vector<Real> sums;             // scratch
   std::optional<Singularity> landed;  // where the latest step ended, if on one
 };
 

@@ -103,7 +103,11 @@ int StepControl::MostOrder(const Series& series, LineId id) const
 void StepControl::ExtendFlatLines(Series& series)
 {
   const bool isWhole = std::ranges::find(leftOut, true) == leftOut.end();
-  const std::vector<bool> still = isWhole ? leftOut : StillLines(tape, leftOut);
+  if (isWhole) {
+    still = leftOut;
+  } else {
+    still = StillLines(tape, leftOut);
+  }
   for (LineId id = 0; id < tape.lines.size(); ++id) {
     if (still[id] || !NeedsMoreTerms(series, id)) continue;
     const int most = MostOrder(series, id);

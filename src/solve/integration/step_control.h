@@ -52,7 +52,7 @@ class StepControl {
   std::vector<bool> settledLines;  // those of the steps before
   // Of the step chosen last
   StepBound bound{};
-  std::vector<bool> leftOut;
+  std::vector<bool> leftOut, still;
   std::vector<double> sizes;
 };
 

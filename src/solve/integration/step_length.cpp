@@ -1,6 +1,7 @@
 #include "solve/integration/step_length.h"
 
 #include <cmath>
+#include <utility>
 
 namespace varno::solve {
 
@@ -36,7 +37,7 @@ Moment StepLength::ToMoment() const
   } else {
     mpq_div_2exp(q, q, static_cast<mp_bitcnt_t>(-exponent));
   }
-  return Moment(value);
+  return Moment(std::move(value));
 }
 
 }  // namespace varno::solve

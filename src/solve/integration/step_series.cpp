@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <exception>
+#include <span>
 #include <utility>
 
 #include "solve/evaluation/size.h"
@@ -18,6 +19,9 @@ namespace {
 constexpr double kSpareBits = 64;
 /// Digits enough to tell about how long a step becomes.
 constexpr double kCoarseDecimals = 40;
+
+/// So many bits may cancel in a difference of times.
+constexpr mpfr_exp_t kClearBits = 20;
 
 bool HasTimeLine(const Tape& tape)
 {
@@ -35,6 +39,7 @@ StepSeries::StepSeries(const Tape& tape, const RunSettings& settings, const Dens
       reach(reach),
       poll(std::move(poll)),
       usesTime(HasTimeLine(tape)),
+      none(tape.lines.size(), false),
       bits(settings.bits),
       control(tape, settings)
 {
@@ -77,7 +82,6 @@ double StepSeries::NeededBits(const StepBound& bound) const
 StepBound StepSeries::Begin()
 {
   if (series == nullptr) series = pool->Take();
-  longestStepLog2 = LongestStepAhead();
   for (;;) {
     series->Expect(largestTerms);
     const StepBound bound = BeginWithBits();
@@ -96,7 +100,8 @@ std::shared_ptr<Series> StepSeries::Release()
 void StepSeries::StepMade(double lengthLog2, bool endsAtRoot)
 {
   control.StepMade();
-  largestTerms = Current().LargestTerms();
+  const std::span<const long> found = Current().LargestTerms();
+  largestTerms.assign(found.begin(), found.end());
   if (atRoot) {
     // It has an arithmetic of its own.
   } else if (arithmeticChoice.IsWorthTrying()) {
@@ -246,7 +251,7 @@ StepBound StepSeries::BeginWithBits()
 {
   Real time(bits);
   latest.end.Evaluate(time);
-  const std::vector<bool> none(tape.lines.size(), false);
+  longestStepLog2 = LongestStepAhead(time);
   const bool mayUseBlocks = arithmeticChoice.IsWorthTrying();
   if (latest.steps == 0) scaleExponent = CoarseScale(time);
   // What is left out is chosen by terms with all their digits.
@@ -272,9 +277,17 @@ StepBound StepSeries::BeginWithBits()
 
 /// Where nothing bounds the step it may go well beyond the end, but not for ever: a power of 2, so
 /// that it does not depend on where exactly the rows end.
-double StepSeries::LongestStepAhead() const
+double StepSeries::LongestStepAhead(mpfr_srcptr time)
 {
-  const double remaining = Log2Size(reach - latest.end);
+  if (reachTime.Bits() != bits) {
+    reachTime = Real(bits);
+    reach.Evaluate(reachTime);
+  }
+  mpfr_sub(way, reachTime, time, MPFR_RNDN);
+  // What cancels needs exact times, which take longer.
+  const bool isClear = !way.IsZero() && (reachTime.IsZero() ||
+                                         mpfr_get_exp(way) + kClearBits > mpfr_get_exp(reachTime));
+  const double remaining = isClear ? Log2Size(way) : Log2Size(reach - latest.end);
   return std::isfinite(remaining) ? std::ceil(remaining) + 1 : 0;
 }
 

@@ -89,7 +89,7 @@ class StepSeries {
   void RequireBits(double wanted);
   double NeededBits(const StepBound& bound) const;
   double BitsForTime(double lengthLog2) const;
-  double LongestStepAhead() const;
+  double LongestStepAhead(mpfr_srcptr time);
 
   const Tape& tape;
   RunSettings settings;
@@ -97,6 +97,7 @@ class StepSeries {
   Moment reach;
   Poll poll;
   bool usesTime;
+  std::vector<bool> none;  // of the lines
   mpfr_prec_t bits;
   StepControl control;
   std::shared_ptr<SeriesPool> pool;  // of series with these bits
@@ -109,6 +110,8 @@ class StepSeries {
   std::vector<long> largestTerms;  // of the latest step: Series::LargestTerms
   long scaleExponent = 0;
   double longestStepLog2 = 0;  // of the step begun
+  Real reachTime = Real(2);    // `reach`, with as many bits as are computed with
+  Real way = Real(64);         // scratch
 };
 
 }  // namespace varno::solve

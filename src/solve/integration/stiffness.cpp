@@ -90,11 +90,8 @@ struct StepTerms {
 /// r h of a step that is held down by stability.
 std::optional<double> HeldDownBy(const DenseStep& step)
 {
-  Real length(53);
-  const Moment advance = step.backwards ? step.begin - step.end : step.end - step.begin;
-  advance.Evaluate(length);
   const StepTerms terms{*step.series, step.order,
-                        Log2Size(length) - static_cast<double>(step.scaleExponent)};
+                        step.lengthLog2 - static_cast<double>(step.scaleExponent)};
   const auto stateCount = static_cast<LineId>(step.states.size());
   for (LineId state = 0; state < stateCount; ++state) {
     if (terms.Longer(state) < kLongerLog2) return std::nullopt;

@@ -108,4 +108,11 @@ int Moment::Sign() const
   return mpfr_sgn(static_cast<mpfr_srcptr>(value));
 }
 
+/// The sign of a - b; of fractions without the difference, which takes a common divisor.
+int Moment::Compare(const Moment& a, const Moment& b)
+{
+  if (a.IsRational() && b.IsRational()) return cmp(a.rational, b.rational);
+  return (a - b).Sign();
+}
+
 }  // namespace varno::solve

@@ -52,10 +52,10 @@ class Moment {
   /// -1, 0 or 1. Moments closer to 0 than 2^-20000 of their parts count as 0.
   int Sign() const;
 
-  friend bool operator==(const Moment& a, const Moment& b) { return (a - b).Sign() == 0; }
+  friend bool operator==(const Moment& a, const Moment& b) { return Compare(a, b) == 0; }
   friend std::strong_ordering operator<=>(const Moment& a, const Moment& b)
   {
-    return (a - b).Sign() <=> 0;
+    return Compare(a, b) <=> 0;
   }
 
  private:
@@ -63,6 +63,7 @@ class Moment {
     Rational factor;
     std::shared_ptr<const Constant> constant;
   };
+  static int Compare(const Moment& a, const Moment& b);
   void Add(const Rational& factor, const std::shared_ptr<const Constant>& constant);
 
   Rational rational;

@@ -53,10 +53,10 @@ class BlockSeries final : public Series {
     ConvertConstants();
   }
 
-  void LeaveOut(std::vector<bool> lines) override
+  void LeaveOut(const std::vector<bool>& lines) override
   {
     precise.LeaveOut(lines);
-    leftOut = std::move(lines);
+    leftOut = lines;
   }
 
   void Begin(mpfr_srcptr time, std::span<const Real> states, bool backwards,
@@ -99,6 +99,7 @@ class BlockSeries final : public Series {
   }
 
   double Log2Constant(ConstantId constant) const override { return precise.Log2Constant(constant); }
+  std::span<const double> FactorLogs() const override { return precise.FactorLogs(); }
 
   void Sum(LineId line, mpfr_srcptr offset, mpfr_ptr result) const override;
 
@@ -133,7 +134,7 @@ class BlockSeries final : public Series {
     precise.ExtendTo(order);
   }
 
-  std::vector<long> LargestTerms() const override { return largest; }
+  std::span<const long> LargestTerms() const override { return largest; }
 
   void Expect(const std::vector<long>& largestTerms) override
   {
@@ -245,9 +246,8 @@ class BlockSeries final : public Series {
   std::vector<long> largest;     // by line: log2 of the largest term of the step before
   std::vector<Factor> divisors;  // by line: the reciprocal of what its terms divide by
   SettledLines<Arithmetic> settled;
-  std::vector<double> factorLogs;  // by factor of the tape: log2 of its size
   mutable std::vector<double> resolutions;
-  mutable std::vector<double> sizes;  // by line: log2 of the largest term
+  std::vector<double> sizes;  // by line: log2 of the largest term
   mutable int resolvedOrder = -1;
   mutable Powers latest;   // of the offset summed at last
   bool isStarted = false;  // whether the terms 0 are in `terms`

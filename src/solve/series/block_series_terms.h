@@ -21,10 +21,6 @@ void BlockSeries<Arithmetic>::ConvertConstants()
     exponentsPlusOne.push_back(
         arithmetic.ToFactor(arithmetic.FromNumber(precise.ExponentPlusOne(id))));
   }
-  for (const varno::solve::Factor& factor : tape.factors) {
-    factorLogs.push_back(factor.whole != 0 ? std::log2(std::abs(static_cast<double>(factor.whole)))
-                                           : precise.Log2Constant(factor.constant));
-  }
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -47,7 +43,7 @@ void BlockSeries<Arithmetic>::StartLine(LineId id)
   const long least = largest[id] == kUnknown ? kUnknown : arithmetic.ExponentFor(largest[id]);
   arithmetic.Reset(terms[id], least);
   arithmetic.Store(terms[id], 0, first);
-  logs[id][0] = precise.Log2(id, 0);
+  logs[id][0] = sizes[id] = precise.Log2(id, 0);
   if (weightedRows[id] != kNone) {
     arithmetic.Reset(Weighted(id), least);
     arithmetic.Store(Weighted(id), 0, Value());
@@ -129,7 +125,7 @@ void BlockSeries<Arithmetic>::StoreWeighted(LineId id, int k)
   StoreAndNote(Weighted(id), k, weighted);
 }
 
-/// The logs of the terms from the first on.
+/// The logs of the terms from the first on, and the largest of all.
 template <class Arithmetic>
 void BlockSeries<Arithmetic>::FindLogs(LineId id, int first)
 {
@@ -140,6 +136,7 @@ void BlockSeries<Arithmetic>::FindLogs(LineId id, int first)
   } else {
     for (double& log : found) log = arithmetic.Log2(terms[id], first++);
   }
+  for (const double log : found) sizes[id] = std::max(sizes[id], log);
 }
 
 template <class Arithmetic>
@@ -419,15 +416,16 @@ bool BlockSeries<Arithmetic>::IsExactFor(double log2)
   return isExact;
 }
 
-/// The largest of logs[i] + begin + i slope.
-inline double LargestAt(std::span<const double> logs, double begin, double slope)
+/// The largest of logs[i] + begin + i slope and of what is known to be met; no log is above `most`.
+inline double LargestAt(std::span<const double> logs, double begin, double slope, double most,
+                        double known)
 {
-  double largest = -std::numeric_limits<double>::infinity();
   for (const double log : logs) {
-    largest = std::max(largest, log + begin);
+    if (slope <= 0 && most + begin <= known) break;
+    known = std::max(known, log + begin);
     begin += slope;
   }
-  return largest;
+  return known;
 }
 
 /// Finds the largest terms over a step, and whether all lines are exact enough beside these.
@@ -442,12 +440,11 @@ bool BlockSeries<Arithmetic>::FindLargest(double log2)
     if (std::abs(terms[id].exponent) > Arithmetic::kMostExponent) return false;
     const std::span sizesOfTerms = std::span(logs[id]).first(static_cast<std::size_t>(order) + 1);
     const auto half = static_cast<std::size_t>(order / 2) + 1;
-    const double early = LargestAt(sizesOfTerms.first(half), 0, log2);
-    const double late =
-        LargestAt(sizesOfTerms.subspan(half), static_cast<double>(half) * log2, log2);
+    const double early = LargestAt(sizesOfTerms.first(half), 0, log2, sizes[id], -kInfinity);
+    const double size = LargestAt(sizesOfTerms.subspan(half), static_cast<double>(half) * log2,
+                                  log2, sizes[id], early);
     // Terms that rise are no measure for errors.
-    if (late > early + kMostRiseBits) return false;
-    const double size = std::max(early, late);
+    if (size > early + kMostRiseBits) return false;
     largest[id] = static_cast<long>(std::floor(size)) + 1;
     const double unit = arithmetic.UnitLog2(terms[id].exponent);
     const double error = unit + Arithmetic::kErrorBits + std::max(0.0, LastTerm(id) * log2);
@@ -475,7 +472,7 @@ double BlockSeries<Arithmetic>::ResolutionOf(const Line& line, LineId id) const
       double sum = -kInfinity;
       for (std::uint32_t i = 0; i < line.factorCount; ++i) {
         const std::uint32_t factor = line.firstFactor + i;
-        sum = std::max(sum, factorLogs[factor] + resolutions[tape.factors[factor].line]);
+        sum = std::max(sum, precise.FactorLogs()[factor] + resolutions[tape.factors[factor].line]);
       }
       return sum;
     }
@@ -506,10 +503,7 @@ void BlockSeries<Arithmetic>::FindResolutions() const
     return terms[id].started ? arithmetic.UnitLog2(terms[id].exponent) + Arithmetic::kErrorBits
                              : -kInfinity;
   };
-  for (LineId id = 0; id < tape.lines.size(); ++id) {
-    resolutions[id] = own(id);
-    sizes[id] = *std::max_element(logs[id].begin(), logs[id].begin() + order + 1);
-  }
+  for (LineId id = 0; id < tape.lines.size(); ++id) resolutions[id] = own(id);
   constexpr int kPasses = 2;
   for (int pass = 0; pass < kPasses; ++pass) {
     for (LineId id = 0; id < tape.lines.size(); ++id) {

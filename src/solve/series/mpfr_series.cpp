@@ -1,7 +1,9 @@
 #include "solve/series/mpfr_series.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
+#include <limits>
 #include <utility>
 
 #include "solve/evaluation/constant.h"
@@ -48,6 +50,7 @@ MpfrSeries::MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder, bool 
   terms.Grow(usualOrder + 2 + longestHeadStart);
   AssignDerivatives();
   ComputeConstants(disturbed);
+  FindLogsOfConstants();
 }
 
 void MpfrSeries::AssignDerivatives()
@@ -94,6 +97,16 @@ void MpfrSeries::ComputeConstants(bool disturbed)
   for (const Line& line : tape.lines) {
     if (line.kind != LineKind::kPower || line.constant == kNone) continue;
     mpfr_add_ui(powerExponentsPlusOne[line.constant], constants[line.constant], 1, kNearest);
+  }
+}
+
+/// Once, since each step asks for them.
+void MpfrSeries::FindLogsOfConstants()
+{
+  for (const Real& constant : constants) constantLogs.push_back(Log2Size(constant));
+  for (const Factor& factor : tape.factors) {
+    factorLogs.push_back(factor.whole != 0 ? std::log2(std::abs(static_cast<double>(factor.whole)))
+                                           : constantLogs[factor.constant]);
   }
 }
 
@@ -173,7 +186,7 @@ void MpfrSeries::Start(LineId id, mpfr_srcptr time, std::span<const Real> states
       return;
     case LineKind::kCombination:
       Combination(line, s, 0);
-      mpfr_add(s, s, Constant(line.constant), kNearest);
+      if (line.constant != kNone) mpfr_add(s, s, constants[line.constant], kNearest);
       return;
     case LineKind::kProduct:
       mpfr_mul(s, Terms(line.a), Terms(line.b), kNearest);
@@ -191,7 +204,7 @@ void MpfrSeries::Start(LineId id, mpfr_srcptr time, std::span<const Real> states
     case LineKind::kIntegralOfProduct:
     case LineKind::kIntegralOfQuotient:
     case LineKind::kAngle:
-      StartFunction(line, s);
+      if (!StartPair(id)) StartFunction(line, s);
       return;
   }
 }
@@ -213,23 +226,42 @@ void MpfrSeries::StartRoot(const Line& line, int rootOrder, mpfr_ptr s)
   }
   mpfr_srcptr a = Terms(line.a);
   const Operation function = line.kind == LineKind::kSquareRoot ? Operation::kSqrt : line.function;
-  const Outcome outcome =
-      mpfr_zero_p(a) != 0 ? Outcome::kNoSeries : Apply(function, s, a, Constant(line.constant));
-  if (outcome == Outcome::kValue) return;
-  Real argument(bits);
-  mpfr_set(argument, a, kNearest);
-  throw DomainError{outcome, line.node, argument};
+  RequireValue(
+      mpfr_zero_p(a) != 0 ? Outcome::kNoSeries : Apply(function, s, a, Constant(line.constant)),
+      line);
 }
 
 void MpfrSeries::StartFunction(const Line& line, mpfr_ptr s)
 {
   mpfr_srcptr a = Terms(line.a);
   const bool isAngle = line.kind == LineKind::kAngle;
-  const Outcome outcome =
-      Apply(isAngle ? Operation::kAtan2 : line.function, s, a, isAngle ? Terms(line.b) : a);
+  RequireValue(
+      Apply(isAngle ? Operation::kAtan2 : line.function, s, a, isAngle ? Terms(line.b) : a), line);
+}
+
+/// Starts a sine together with the cosine that is its derivative, hyperbolic ones, too, whichever
+/// comes first on the tape. False where the line stands alone.
+bool MpfrSeries::StartPair(LineId id)
+{
+  const Line& line = tape.lines[id];
+  if (line.kind != LineKind::kIntegralOfProduct) return false;
+  const bool isSine = line.function == Operation::kSin || line.function == Operation::kSinh;
+  const bool isCosine = line.function == Operation::kCos || line.function == Operation::kCosh;
+  if (!isSine && !isCosine) return false;
+  // At roots one of them may be ahead of the other.
+  if (leftOut[line.b] || longestHeadStart > 0) return false;
+  if (line.b < id) return true;  // with that one
+  const LineId sine = isSine ? id : line.b, cosine = isSine ? line.b : id;
+  RequireValue(ApplyPair(tape.lines[sine].function, Terms(sine), Terms(cosine), Terms(line.a)),
+               line);
+  return true;
+}
+
+void MpfrSeries::RequireValue(Outcome outcome, const Line& line) const
+{
   if (outcome == Outcome::kValue) return;
   Real argument(bits);
-  mpfr_set(argument, a, kNearest);
+  mpfr_set(argument, Terms(line.a), kNearest);
   throw DomainError{outcome, line.node, argument};
 }
 
@@ -478,7 +510,7 @@ std::span<const double> MpfrSeries::Logs(LineId line) const
 
 double MpfrSeries::Log2Constant(ConstantId constant) const
 {
-  return Log2Size(Constant(constant));
+  return constant == kNone ? -std::numeric_limits<double>::infinity() : constantLogs[constant];
 }
 
 void MpfrSeries::Term(LineId line, int k, mpfr_ptr result) const

@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "solve/evaluation/elementary.h"
 #include "solve/series/series.h"
 #include "solve/series/term_store.h"
 
@@ -17,7 +18,7 @@ class MpfrSeries final : public Series {
   MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder, bool disturbed, Poll poll = {},
              const std::vector<CommonRoot>& roots = {});
 
-  void LeaveOut(std::vector<bool> lines) override { leftOut = std::move(lines); }
+  void LeaveOut(const std::vector<bool>& lines) override { leftOut = lines; }
   void Begin(mpfr_srcptr time, std::span<const Real> states, bool backwards,
              long scaleExponent) override;
   void ExtendTo(int order) override;
@@ -25,6 +26,7 @@ class MpfrSeries final : public Series {
   double Log2(LineId line, int k) const override;
   std::span<const double> Logs(LineId line) const override;
   double Log2Constant(ConstantId constant) const override;
+  std::span<const double> FactorLogs() const override { return factorLogs; }
   void Sum(LineId line, mpfr_srcptr offset, mpfr_ptr result) const override;
   void Term(LineId line, int k, mpfr_ptr result) const override;
   int CommonRootOrder(LineId line) const override { return rootOrders[line]; }
@@ -37,6 +39,7 @@ class MpfrSeries final : public Series {
 
  private:
   void ComputeConstants(bool disturbed);
+  void FindLogsOfConstants();
   void AssignDerivatives();
   void SetHeadStarts();
   void CountProduct() const;
@@ -47,6 +50,8 @@ class MpfrSeries final : public Series {
   void StartQuotient(const Line& line, int rootOrder, mpfr_ptr s);
   void StartRoot(const Line& line, int rootOrder, mpfr_ptr s);
   void StartFunction(const Line& line, mpfr_ptr s);
+  bool StartPair(LineId id);
+  void RequireValue(Outcome outcome, const Line& line) const;
   void Check(const Line& line, mpfr_srcptr s) const;
 
   void ComputeTerm(LineId id, int k);
@@ -84,7 +89,8 @@ class MpfrSeries final : public Series {
   std::vector<std::uint32_t> derivativeRows;  // kNone where a line needs none
   TermStore derivatives;
   std::vector<Real> constants;
-  std::vector<Real> powerExponentsPlusOne;  // by constant; 0 where it is no exponent
+  std::vector<double> constantLogs, factorLogs;  // log2 of the sizes
+  std::vector<Real> powerExponentsPlusOne;       // by constant; 0 where it is no exponent
   Real scale;
   Real zero, product, sum, weighted;
   int order = -1;

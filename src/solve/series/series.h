@@ -23,7 +23,7 @@ class Series {
 
   /// From the next Begin on, the lines marked count as 0 in all their terms and are not computed.
   /// One entry for each line, none of them a state; at first no line is left out.
-  virtual void LeaveOut(std::vector<bool> lines) = 0;
+  virtual void LeaveOut(const std::vector<bool>& lines) = 0;
   /// Forgets all terms and computes term 0 of every line. Throws DomainError where a line has no
   /// value or, at a root or power of 0, no Taylor series.
   virtual void Begin(mpfr_srcptr time, std::span<const Real> states, bool backwards,
@@ -37,8 +37,10 @@ class Series {
   virtual double Log2(LineId line, int k) const = 0;
   /// The same for all terms 0..Order(), valid until more are computed or others begun.
   virtual std::span<const double> Logs(LineId line) const = 0;
-  /// log2 |constant|.
+  /// log2 |constant|; -infinity for kNone.
   virtual double Log2Constant(ConstantId constant) const = 0;
+  /// log2 |factor| of Tape::factors, in their places.
+  virtual std::span<const double> FactorLogs() const = 0;
   /// Sets result to the sum of term k * offset^k, k = 0..Order(): the value at start + offset *
   /// scale.
   virtual void Sum(LineId line, mpfr_srcptr offset, mpfr_ptr result) const = 0;
@@ -67,7 +69,7 @@ class Series {
 
   /// For each line log2 of its largest term over a step, where the series was exact enough for
   /// one; empty where that is not asked for.
-  virtual std::vector<long> LargestTerms() const { return {}; }
+  virtual std::span<const long> LargestTerms() const { return {}; }
   /// Tells what was found so about the step before, for the next Begin; empty where nothing was.
   /// Results depend on it, within the resolution.
   virtual void Expect(const std::vector<long>& /*largestTerms*/) {}

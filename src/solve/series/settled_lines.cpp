@@ -1,13 +1,13 @@
 #include "solve/series/settled_lines.h"
 
 #include <algorithm>
+#include <cstddef>
 
 #include "solve/fixed/narrow_settled.h"
 
 namespace varno::solve {
 
 using Lines = SettledLines<NarrowArithmetic>;
-using narrow::StoreSettled;
 
 Lines::SettledLines(const LineOperands<NarrowArithmetic>& operands)
     : operands(operands), prepared(operands.tape.lines.size())
@@ -23,78 +23,65 @@ void Lines::Begin(long newScaleExponent, bool backwards)
 // ---------------------------------------------------------------------------------------------
 // The recurrences: numbers in parentheses are those of docs/solve/recurrences.md.
 
-namespace {
-
-/// mantissa / k, for values that fit two digits
-Int128 Quotient(std::int64_t high, std::int64_t low, int k)
-{
-  NarrowSums quotient;
-  quotient.Add(high, low, narrow::kReciprocals[static_cast<std::size_t>(k)]);
-  return quotient.Total();
-}
-
-}  // namespace
-
 LineId Lines::StoreTerms(LineId first, int k)
 {
   const auto count = static_cast<LineId>(prepared.size());
   for (LineId id = first; id < count; ++id) {
     const Prepared& line = prepared[id];
     if (line.arrangement != arrangement) Prepare(id);
-    if (!line.isUsable || !StoreTerm(line, k)) return id;
+    if (!line.isUsable) return id;
+    const std::optional<NarrowSums> sums = Term(line, k);
+    if (!sums) return id;
+    const Int128 term = sums->Total();
+    if (!narrow::StoreSettled(*line.s, k, line.isNegative ? -term : term, line.up)) return id;
     if (line.weighted != nullptr && !StoreSettledMultiple(*line.weighted, k, k, *line.s, k))
       return id;
   }
   return count;
 }
 
-[[gnu::always_inline]] inline bool Lines::StoreTerm(const Prepared& line, int k)
+/// Term k as sums of digits, in units of 2^up units of the line, but for its sign; none where they
+/// do not hold it.
+[[gnu::always_inline]] inline std::optional<NarrowSums> Lines::Term(const Prepared& line, int k)
 {
-  NarrowSums products;
+  const NarrowRatio& byK = narrow::kReciprocals[static_cast<std::size_t>(k)];
+  NarrowSums sums;
   switch (line.kind) {
-    case LineKind::kState: {
+    case LineKind::kState:
       // (2) x' = f: term k of x is scale / k times term k-1 of f.
-      const Int128 x = Quotient(line.a->high[k - 1], line.a->low[k - 1], k);
-      return StoreSettled(*line.s, k, line.isNegative ? -x : x, line.up);
-    }
+      sums.Add(line.a->high[k - 1], line.a->low[k - 1], byK);
+      return sums;
     case LineKind::kCombination:
-      return line.sum.StoreTerm(*line.s, k);
+      return line.sum.Term(k);
     case LineKind::kProduct:
-      products.AddProducts(*line.a, *line.b, 0, k, k);
-      return StoreSettled(*line.s, k, products.Total(), line.up);
+      return NarrowSums::OfProducts(*line.a, *line.b, 0, k, k);
     case LineKind::kSquare:
-      products.AddProducts(*line.a, 0, k);
-      return StoreSettled(*line.s, k, products.Total(), line.up);
+      return NarrowSums::OfProducts(*line.a, 0, k);
     case LineKind::kQuotient:
-      products.AddProducts(*line.b, *line.s, 1, k, k);
-      return StoreQuotient(line, k, products);
+      return Quotient(line, k, NarrowSums::OfProducts(*line.b, *line.s, 1, k, k));
     case LineKind::kSquareRoot:
-      products.AddProducts(*line.s, 1, k);
-      return StoreQuotient(line, k, products);
+      return Quotient(line, k, NarrowSums::OfProducts(*line.s, 1, k));
     case LineKind::kIntegralOfProduct: {
       // (9) s' = +-b a': k s[k] = +-(sum over j = 1..k of j a[j] b[k-j])
-      products.AddProducts(*line.a, *line.b, 1, k, k);
-      const Int128 sum = products.Total();
-      if (!narrow::FitsBits(sum, narrow::kValueBits)) return false;
-      const std::int64_t low = narrow::LowDigit(sum);
-      const Int128 s = Quotient(narrow::HighDigit(sum, low), low, k);
-      return StoreSettled(*line.s, k, line.isNegative ? -s : s, line.up);
+      const Int128 products = NarrowSums::OfProducts(*line.a, *line.b, 1, k, k).Total();
+      if (!narrow::FitsBits(products, narrow::kValueBits)) return std::nullopt;
+      sums.Add(products, byK);
+      return sums;
     }
     default:
-      return false;
+      return std::nullopt;
   }
 }
 
 /// (6), (7) s[k] = (a[k] - products) / divisor
-bool Lines::StoreQuotient(const Prepared& line, int k, const NarrowSums& products)
+std::optional<NarrowSums> Lines::Quotient(const Prepared& line, int k, const NarrowSums& products)
 {
   const Int128 total = -products.Total();
-  if (!narrow::FitsBits(total, narrow::kValueBits)) return false;
-  const std::int64_t low = narrow::LowDigit(total);
+  if (!narrow::FitsBits(total, narrow::kValueBits)) return std::nullopt;
   NarrowSums sums;
-  sums.Add(narrow::HighDigit(total, low), low, line.ofProducts);
+  sums.Add(total, line.ofProducts);
   sums.Add(line.a->high[k], line.a->low[k], line.ofOperand);
-  return StoreSettled(*line.s, k, sums.Total(), line.up);
+  return sums;
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -165,7 +152,9 @@ bool Lines::PrepareSum(Prepared& line, LineId id) const
                                                   ? NarrowArithmetic::ToFactor(factor.whole)
                                                   : operands.constants[factor.constant]);
   }
-  return line.sum.Prepare(*line.s);
+  if (!line.sum.Prepare(*line.s)) return false;
+  line.up = line.sum.Up();
+  return true;
 }
 
 /// The reciprocal times an operand, and times products with this exponent.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "solve/fixed/narrow.h"
@@ -66,12 +67,13 @@ class SettledLines<NarrowArithmetic> {
     NarrowScaledSum sum;
   };
 
-  static bool StoreTerm(const Prepared& line, int k);
+  static std::optional<NarrowSums> Term(const Prepared& line, int k);
   void Prepare(LineId id);
   bool SetUp(Prepared& line, long exponent) const;
   bool PrepareSum(Prepared& line, LineId id) const;
   bool PrepareDivision(Prepared& line, LineId id, long products) const;
-  static bool StoreQuotient(const Prepared& line, int k, const NarrowSums& products);
+  static std::optional<NarrowSums> Quotient(const Prepared& line, int k,
+                                            const NarrowSums& products);
   NarrowTerms* Weighted(LineId id) const
   {
     const std::uint32_t row = operands.weightedRows[id];

@@ -4,6 +4,8 @@
 #include <utility>
 #include <vector>
 
+#include "solve/evaluation/size.h"
+
 namespace varno::solve {
 
 SteadyRun::SteadyRun(std::unique_ptr<Stepper> given, Calm calm)
@@ -30,6 +32,7 @@ void SteadyRun::StopAt(const Moment& time)
   if (time == latest.end && latest.switched) what = *latest.switched;
   what.stops = what.isRest = true;
   latest.end = time;
+  latest.lengthLog2 = Log2Size(time - latest.begin);
   latest.states = what.states;
   latest.switched = std::make_shared<const Switch>(std::move(what));
 }

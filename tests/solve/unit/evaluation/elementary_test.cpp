@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -141,6 +142,32 @@ TEST(Elementary, ZerosHaveNoSign)
   EXPECT_EQ(0, mpfr_signbit(static_cast<mpfr_srcptr>(result)));
   ASSERT_EQ(Outcome::kValue, Apply(kAtan2, result, result, FromText("-1", kBits)));
   EXPECT_GT(result.ToDouble(), 3);
+}
+
+// Against one of them at a time: each is rounded to nearest, however it is computed.
+TEST(Elementary, PairsAreTheSameAsEachByItself)
+{
+  for (const mpfr_prec_t bits : {64, 108, 123, 200, 900}) {
+    for (const char* argument : {"0", "1", "-2", "1e-40", "22/7", "-355/113", "700"}) {
+      for (const auto& [sine, cosine] : {std::pair{kSin, kCos}, std::pair{kSinh, kCosh}}) {
+        const Real a = FromText(argument, bits);
+        Real first(bits), second(bits), sineAlone(bits), cosineAlone(bits);
+        ASSERT_EQ(Outcome::kValue, ApplyPair(sine, first, second, a));
+        ASSERT_EQ(Outcome::kValue, Apply(sine, sineAlone, a, a));
+        ASSERT_EQ(Outcome::kValue, Apply(cosine, cosineAlone, a, a));
+        EXPECT_NE(0, mpfr_equal_p(first, sineAlone)) << bits << " bits: sine of " << argument;
+        EXPECT_NE(0, mpfr_equal_p(second, cosineAlone)) << bits << " bits: cosine of " << argument;
+      }
+    }
+  }
+}
+
+TEST(Elementary, PairsTellWhatTheyCannotHold)
+{
+  Real sine(kBits), cosine(kBits);
+  EXPECT_EQ(Outcome::kOutOfRange, ApplyPair(kSinh, sine, cosine, FromText("-1e30", kBits)));
+  EXPECT_EQ(Outcome::kOutOfRange, ApplyPair(kSin, sine, cosine, FromText("1e400000", kBits)));
+  EXPECT_EQ(Outcome::kValue, ApplyPair(kSin, sine, cosine, FromText("1e300", kBits)));
 }
 
 TEST(Elementary, ResultMayBeAnOperand)

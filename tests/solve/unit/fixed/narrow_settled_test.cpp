@@ -75,10 +75,8 @@ NarrowTerms Row(const std::vector<Int128>& mantissas, long exponent)
   NarrowArithmetic::Reset(terms, exponent);
   terms.started = terms.inexact = terms.hasLow = true;
   terms.exponent = exponent;
-  for (std::size_t k = 0; k < mantissas.size(); ++k) {
-    terms.low[k] = narrow::LowDigit(mantissas[k]);
-    terms.high[k] = narrow::HighDigit(mantissas[k], terms.low[k]);
-  }
+  for (std::size_t k = 0; k < mantissas.size(); ++k)
+    narrow::SetDigits(terms, static_cast<int>(k), mantissas[k]);
   return terms;
 }
 
@@ -141,14 +139,50 @@ TEST(NarrowSettled, AddsTheLargestProducts)
   const Int128 largest = (static_cast<Int128>(1) << narrow::kTermBits) - 1;
   for (const Int128 term : {largest, -largest, narrow::Joined(1L << 59, -(1L << 59))}) {
     const NarrowTerms a = Row(std::vector<Int128>(narrow::kMostOrder + 1, term), 0);
-    NarrowSums sums, ofSelf;
-    sums.AddProducts(a, a, 0, narrow::kMostOrder, narrow::kMostOrder);
-    ofSelf.AddProducts(a, 0, narrow::kMostOrder);
+    const NarrowSums sums = NarrowSums::OfProducts(a, a, 0, narrow::kMostOrder, narrow::kMostOrder);
+    const NarrowSums ofSelf = NarrowSums::OfProducts(a, 0, narrow::kMostOrder);
     const mpq_class expected = TimesPower(Whole(term) * Whole(term) * (narrow::kMostOrder + 1),
                                           -NarrowArithmetic::kFractionBits);
     const mpq_class allowed((narrow::kMostOrder + 1) / 4 + 1);
     EXPECT_LE(abs(Whole(sums.Total()) - expected), allowed);
     EXPECT_LE(abs(Whole(ofSelf.Total()) - expected), allowed);
+  }
+}
+
+/// Terms of both signs, each so many bits shorter than the one before it.
+NarrowTerms FallingRow(int count, int bits)
+{
+  std::mt19937_64 random(17 + static_cast<unsigned>(bits));
+  std::vector<Int128> mantissas;
+  for (int k = 0; k < count; ++k) {
+    const int length = std::max(1, narrow::kTermBits - bits * k);
+    const Int128 any = (static_cast<Int128>(random() >> 1) << 64) + static_cast<Int128>(random());
+    mantissas.push_back((any & ((static_cast<Int128>(1) << length) - 1)) * (k % 3 == 1 ? -1 : 1));
+  }
+  return Row(mantissas, 0);
+}
+
+TEST(NarrowSettled, AddsProductsOfTermsThatFall)
+{
+  constexpr int kLast = 39;
+  for (const int aBits : {0, 3, 5, 40, 119}) {
+    for (const int bBits : {0, 4, 11, 119}) {
+      const NarrowTerms a = FallingRow(kLast + 1, aBits), b = FallingRow(kLast + 1, bBits);
+      for (const int k : {0, 1, 2, 14, 15, 27, kLast}) {
+        for (const int first : {0, 1}) {
+          SCOPED_TRACE(std::to_string(aBits) + ", " + std::to_string(bBits) + " bits, term " +
+                       std::to_string(k) + " from " + std::to_string(first));
+          const NarrowSums sums = NarrowSums::OfProducts(a, b, first, k, k);
+          const NarrowSums ofSelf = NarrowSums::OfProducts(a, first, k);
+          mpq_class expected = 0, square = 0;
+          for (int j = first; j <= k; ++j) expected += Exact(a, j) * Exact(b, k - j);
+          for (int j = first; j <= k - first; ++j) square += Exact(a, j) * Exact(a, k - j);
+          const mpq_class allowed = TimesPower(mpq_class(k + 1, 4) + 1, -120);
+          EXPECT_LE(abs(TimesPower(Whole(sums.Total()), -120) - expected), allowed);
+          EXPECT_LE(abs(TimesPower(Whole(ofSelf.Total()), -120) - square), allowed);
+        }
+      }
+    }
   }
 }
 
@@ -203,6 +237,11 @@ mpq_class Allowed(const std::vector<Operand>& operands, long exponent)
   return sum;
 }
 
+bool StoreTerm(const NarrowScaledSum& scaled, NarrowTerms& sum, int k)
+{
+  return narrow::StoreSettled(sum, k, scaled.Term(k).Total(), scaled.Up());
+}
+
 TEST(NarrowScaledSum, AddsOperandsWithAnyExponents)
 {
   const std::vector<Int128> mantissas = Mantissas();
@@ -231,7 +270,7 @@ TEST(NarrowScaledSum, AddsOperandsWithAnyExponents)
         mpq_class expected = 0;
         for (std::size_t i = 0; i < operands.size(); ++i)
           expected += Exact(FactorOf(operands[i].factor)) * Exact(rows[i], k);
-        const bool isStored = scaled.StoreTerm(sum, k);
+        const bool isStored = StoreTerm(scaled, sum, k);
         const mpq_class largest = TimesPower(1, exponent - 1);
         // Sums that fit are stored, unless nothing of them is seen.
         if (abs(expected) < largest * mpq_class(99, 100) &&
@@ -256,7 +295,7 @@ TEST(NarrowScaledSum, TakesNoTermsThatHaveNotStarted)
   scaled.Add(a, FactorOf("1"));
   scaled.Add(zero, FactorOf("1"));
   ASSERT_TRUE(scaled.Prepare(sum));
-  ASSERT_TRUE(scaled.StoreTerm(sum, 0));
+  ASSERT_TRUE(StoreTerm(scaled, sum, 0));
   EXPECT_EQ(Exact(sum, 0), Exact(a, 0));
 }
 

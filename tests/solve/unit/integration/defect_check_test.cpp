@@ -29,13 +29,14 @@ class FaultySeries final : public Series {
   FaultySeries(const Series& right, LineId line, int term)
       : right(right), faultyLine(line), faultyTerm(term)
   {}
-  void LeaveOut(std::vector<bool>) override {}
+  void LeaveOut(const std::vector<bool>&) override {}
   void Begin(mpfr_srcptr, std::span<const Real>, bool, long) override {}
   void ExtendTo(int) override {}
   int Order() const override { return right.Order(); }
   double Log2(LineId line, int k) const override { return right.Log2(line, k); }
   std::span<const double> Logs(LineId line) const override { return right.Logs(line); }
   double Log2Constant(ConstantId constant) const override { return right.Log2Constant(constant); }
+  std::span<const double> FactorLogs() const override { return right.FactorLogs(); }
   void Sum(LineId line, mpfr_srcptr offset, mpfr_ptr result) const override
   {
     right.Sum(line, offset, result);
