@@ -37,6 +37,16 @@ class IntegerSums {
     }
   }
 
+  void Add(const RowProduct& product)
+  {
+    for (int i = 0; i < product.xCount; ++i) {
+      const auto x = static_cast<std::int64_t>(product.x[i]);
+      for (int c = product.column + i; c < columns; ++c)
+        sums[c] +=
+            static_cast<Int128>(x) * static_cast<std::int64_t>(product.y[c - product.column - i]);
+    }
+  }
+
   void Double()
   {
     for (int c = 0; c < columns; ++c) sums[c] *= 2;
@@ -80,9 +90,16 @@ void SumSquare(const WideTerms& a, int first, int k, int columns, std::int64_t* 
   sums.ToDigits(digits);
 }
 
+void SumRows(const RowProduct* products, int count, int columns, std::int64_t* digits)
+{
+  IntegerSums sums(columns);
+  for (int i = 0; i < count; ++i) sums.Add(products[i]);
+  sums.ToDigits(digits);
+}
+
 }  // namespace
 
-const ColumnKernel kIntegerColumns = {SumProducts, SumSquare};
+const ColumnKernel kIntegerColumns = {SumProducts, SumSquare, SumRows};
 
 const ColumnKernel& BestColumnKernel()
 {

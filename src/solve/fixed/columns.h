@@ -6,6 +6,15 @@
 
 namespace varno::solve {
 
+/// The product of two rows of digits, whose first ones meet in a column >= 0: of the second row
+/// that of a term, from its first digit that is not 0.
+struct RowProduct {
+  const double* x;
+  int xCount;
+  const double* y;
+  int column;
+};
+
 /// Sums of products of terms, which are products of their digits: digit i times digit m stands in
 /// column i + m. Columns 0..columns-1 are summed, exactly; what would stand behind is dropped.
 ///
@@ -17,7 +26,11 @@ struct ColumnKernel {
                       int columns, std::int64_t* digits);
   /// a[j] a[k-j] for j = first..k-first
   void (*sumSquare)(const WideTerms& a, int first, int k, int columns, std::int64_t* digits);
+  /// At most kMostRowProducts of them
+  void (*sumRows)(const RowProduct* products, int count, int columns, std::int64_t* digits);
 };
+
+inline constexpr int kMostRowProducts = 50;
 
 /// By integers of 128 bits, for any processor.
 extern const ColumnKernel kIntegerColumns;

@@ -126,6 +126,31 @@ template <int kVectors>
   // clang-format on
 }
 
+/// Notes how many products each vector gets from `rows` rows, of which the first has `columns`
+/// columns and each further one a column less.
+template <int kVectors>
+[[gnu::target("avx2,fma"), gnu::always_inline]] inline void CountProducts(Sums<kVectors>& sums,
+                                                                          int columns, int rows)
+{
+  const __m256i reached =
+      _mm256_sub_epi32(_mm256_set1_epi32(columns), _mm256_setr_epi32(0, 4, 8, 12, 16, 20, 24, 28));
+  const __m256i counts =
+      _mm256_max_epi32(_mm256_min_epi32(reached, _mm256_set1_epi32(rows)), _mm256_setzero_si256());
+  sums.products = _mm256_add_epi32(sums.products, counts);
+}
+
+/// The digits before xEnd from x on times those from y on, in kCount vectors and fewer.
+template <int kCount, int kVectors>
+[[gnu::target("avx2,fma"), gnu::always_inline]] inline void AddRows(Sums<kVectors>& sums,
+                                                                    const double* x,
+                                                                    const double* xEnd,
+                                                                    const double* y, int columns)
+{
+  for (; columns > kLanes * (kCount - 1) && x != xEnd; --columns, ++x)
+    AddVectors<kCount>(sums, _mm256_broadcast_sd(x), y + columns);
+  if constexpr (kCount > 1) AddRows<kCount - 1>(sums, x, xEnd, y, columns);
+}
+
 /// The product of two terms, in the columns before `end`; returns how many of them it has.
 template <int kVectors>
 [[gnu::target("avx2,fma"), gnu::always_inline]] inline int AddProduct(Sums<kVectors>& sums,
@@ -136,9 +161,7 @@ template <int kVectors>
   // Terms that are small have zeros first: precision falls with the order by itself.
   const int aLeading = a.leading[j], bLeading = b.leading[i];
   const int columns = end - aLeading - bLeading;
-  const __m256i lanes = _mm256_setr_epi32(0, 4, 8, 12, 16, 20, 24, 28);
-  const __m256i rows = _mm256_sub_epi32(_mm256_set1_epi32(columns), lanes);
-  sums.products = _mm256_add_epi32(sums.products, _mm256_max_epi32(rows, _mm256_setzero_si256()));
+  CountProducts(sums, columns, columns);
   AddTriangle(sums, a.Row(j) + (aLeading + columns), b.Row(i) + bLeading, columns);
   return columns;
 }
@@ -246,6 +269,28 @@ void SumSquareBy(const WideTerms& a, int first, int k, int columns, std::int64_t
   wide::CarryUp(digits, columns);
 }
 
+template <int kVectors>
+[[gnu::target("avx2,fma")]] void SumRowsBy(const RowProduct* products, int count, int columns,
+                                           std::int64_t* digits)
+{
+  std::fill_n(digits, columns + 1, 0);
+  ColumnSums all;
+  all.Clear(columns);
+  for (int end = columns; end > 0; end -= kLanes * kVectors) {
+    Sums<kVectors> sums;
+    Clear<kVectors>(sums);
+    for (int i = 0; i < count; ++i) {
+      const auto& [x, xCount, y, column] = products[i];
+      const int reached = end - column, rows = std::min(xCount, reached);
+      if (rows <= 0) continue;
+      CountProducts(sums, reached, rows);
+      AddRows<kVectors>(sums, x, x + rows, y, reached);
+    }
+    Flush<kVectors>(sums, end, all);
+  }
+  all.AddTo(digits, columns);
+}
+
 // Registers hold the sums of 20 columns; of 8 for shorter terms.
 constexpr int kFew = 2, kMany = 5;
 
@@ -262,7 +307,14 @@ void SumSquare(const WideTerms& a, int first, int k, int columns, std::int64_t* 
   sum(a, first, k, columns, digits);
 }
 
-constexpr ColumnKernel kVectorColumns = {SumProducts, SumSquare};
+void SumRows(const RowProduct* products, int count, int columns, std::int64_t* digits)
+{
+  const auto sum = columns <= kLanes * kFew ? SumRowsBy<kFew> : SumRowsBy<kMany>;
+  sum(products, count, columns, digits);
+}
+
+constexpr ColumnKernel kVectorColumns = {SumProducts, SumSquare, SumRows};
+static_assert(kMostRowProducts * 2 * kMostColumns <= kMostParts);
 
 }  // namespace
 

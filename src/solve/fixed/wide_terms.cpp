@@ -35,6 +35,23 @@ void WideTerms::Set(int k, const std::int64_t* digits)
   used = end;
 }
 
+bool WideTerms::SetSettled(int k, const std::int64_t* digits, int count, int place)
+{
+  int first = 0;
+  while (first < count && digits[first] == 0) ++first;
+  if (first == count || first + place < 0 || first + place >= n) return false;
+  if (first == 0 && wide::CarryOf(digits[0]) != 0) return false;
+  leading[k] = first + place;
+  exactZero[k] = 0;
+  used = n;
+  double* const row = &rows[Place(k)];
+  const int end = std::min(n, count + place);
+  std::fill_n(row, first + place, 0.0);
+  for (int i = first + place; i < end; ++i) row[i] = static_cast<double>(digits[i - place]);
+  std::fill(row + end, row + n, 0.0);
+  return true;
+}
+
 void WideTerms::SetZero(int k)
 {
   leading[k] = n;

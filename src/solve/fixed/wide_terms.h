@@ -35,6 +35,12 @@ struct WideTerms {
   /// Sets term k to n digits.
   void Set(int k, const std::int64_t* digits);
   void SetZero(int k);
+  /// Whether a term that follows is no more than its digits, as long as it is not 0 and fits: the
+  /// series has its exponent, and has lost digits.
+  bool IsSettled() const { return started && inexact; }
+  /// Sets term k of a settled series to digits of which the first stands at the place `place`; all
+  /// but that are balanced. False, and nothing is set, if they are 0, too small, or do not fit.
+  bool SetSettled(int k, const std::int64_t* digits, int count, int place);
   /// Makes room for larger terms among the first `count`: all move down by whole digits.
   void Raise(long newExponent, int count);
 

@@ -12,6 +12,7 @@
 #include "solve/evaluation/size.h"
 #include "solve/series/mpfr_series.h"
 #include "solve/series/settled_lines.h"
+#include "solve/series/settled_wide_lines.h"
 #include "solve/series/weighted_lines.h"
 
 namespace varno::solve {

@@ -146,6 +146,44 @@ TEST_P(Columns, AreExactForEveryNumberOfColumns)
   }
 }
 
+/// The sum of products of rows in columns before `columns`, digit by digit.
+mpz_class ExactRows(const std::vector<RowProduct>& products, int columns)
+{
+  mpz_class sum;
+  for (int c = 0; c < columns; ++c) {
+    sum <<= kWideDigitBits;
+    for (const auto& [x, xCount, y, column] : products) {
+      for (int i = 0; i < xCount && column + i <= c; ++i)
+        sum += mpz_class(x[i]) * mpz_class(y[c - column - i]);
+    }
+  }
+  return sum;
+}
+
+// Short and long rows, the second ones with zeros first, some behind all columns
+TEST_P(Columns, AreExactForRows)
+{
+  std::mt19937_64 random(20240302);
+  for (const int n : {1, 3, 7, 20, 41}) {
+    const WideTerms terms = Filled(n, 6, [&](int k, int i) -> std::int64_t {
+      if (i < k) return 0;
+      return k % 2 == 0 ? kLargest : static_cast<std::int64_t>(random() % kLargest) - kLargest / 2;
+    });
+    const std::vector<double> x(n + 1, -static_cast<double>(kLargest));
+    for (int columns = n + 1; columns <= n + 3; ++columns) {
+      std::vector<RowProduct> products;
+      for (int i = 0; i < kMostRowProducts; ++i) {
+        const int k = i % 6, leading = terms.leading[k], column = leading + i / 6;
+        products.push_back({x.data(), 1 + i % (n + 1), terms.Row(k) + leading, column});
+      }
+      std::vector<std::int64_t> digits(columns + 1);
+      GetParam()->sumRows(products.data(), kMostRowProducts, columns, digits.data());
+      ExpectBalanced(digits);
+      EXPECT_EQ(ExactRows(products, columns), Whole(digits)) << columns << " columns of " << n;
+    }
+  }
+}
+
 INSTANTIATE_TEST_SUITE_P(Plain, Columns, testing::Values(&kIntegerColumns));
 INSTANTIATE_TEST_SUITE_P(Best, Columns, testing::Values(&BestColumnKernel()));
 

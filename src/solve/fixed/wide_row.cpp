@@ -1,0 +1,48 @@
+#include "solve/fixed/wide_row.h"
+
+#include <cstddef>
+
+namespace varno::solve {
+
+void WideReciprocals::Use(int digitsBehind, long newShift, bool negative)
+{
+  if (n == digitsBehind && shift == newShift && isNegative == negative) return;
+  n = digitsBehind;
+  shift = newShift;
+  isNegative = negative;
+  rows.clear();
+}
+
+const WideRow& WideReciprocals::Of(int k)
+{
+  const auto place = static_cast<std::size_t>(k);
+  if (rows.size() <= place) rows.resize(place + 1);
+  if (rows[place].digits.empty()) rows[place] = Computed(k);
+  return rows[place];
+}
+
+/// By long division, so that the last digit is wrong by less than 1.
+WideRow WideReciprocals::Computed(int k) const
+{
+  const long part = (shift % kWideDigitBits + kWideDigitBits) % kWideDigitBits;
+  const std::int64_t numerator = std::int64_t{1} << part;
+  // Balanced digits may need one before the quotient's first.
+  std::vector<std::int64_t> digits{0, numerator / k};
+  std::int64_t rest = numerator % k;
+  while (static_cast<int>(digits.size()) < n + 3) {
+    const std::int64_t dividend = rest * (std::int64_t{1} << kWideDigitBits);
+    digits.push_back(dividend / k);
+    rest = dividend % k;
+  }
+  wide::CarryUp(digits.data(), static_cast<int>(digits.size()) - 1);
+  std::size_t first = 0;
+  while (digits[first] == 0) ++first;
+  WideRow row;
+  row.exponent = 2 + (shift - part) / kWideDigitBits - static_cast<long>(first);
+  while (digits.back() == 0) digits.pop_back();
+  for (std::size_t i = first; i < digits.size(); ++i)
+    row.digits.push_back(static_cast<double>(isNegative ? -digits[i] : digits[i]));
+  return row;
+}
+
+}  // namespace varno::solve

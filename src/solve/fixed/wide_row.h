@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "solve/fixed/wide.h"
+
+namespace varno::solve {
+
+/// A constant factor as a row of balanced digits, the first of them not 0: digit i times
+/// 2^(51 (exponent - 1 - i)). 0 has no digits.
+struct WideRow {
+  std::vector<double> digits;
+  long exponent = 1;
+
+  int Count() const { return static_cast<int>(digits.size()); }
+};
+
+/// A factor with n + 1 digits; zeros behind are left out.
+template <int kMostDigits>
+WideRow RowOf(const WideValue<kMostDigits>& factor, int n)
+{
+  WideRow row;
+  row.exponent = factor.exponent;
+  if (factor.isZero) return row;
+  int count = n + 1;
+  while (factor.digits[count - 1] == 0) --count;
+  row.digits.assign(factor.digits.begin(), factor.digits.begin() + count);
+  return row;
+}
+
+/// A whole number other than 0
+inline WideRow RowOf(std::int32_t whole)
+{
+  return {{static_cast<double>(whole)}, 1};
+}
+
+/// 2^shift / k or its negative for k = 1, 2, ..., each computed when it is asked for.
+class WideReciprocals {
+ public:
+  /// Of this shift and sign, with n digits behind the first. What there is of others is forgotten.
+  void Use(int n, long shift, bool negative);
+  const WideRow& Of(int k);
+
+ private:
+  WideRow Computed(int k) const;
+
+  int n = 0;
+  long shift = 0;
+  bool isNegative = false;
+  std::vector<WideRow> rows;  // by k
+};
+
+}  // namespace varno::solve

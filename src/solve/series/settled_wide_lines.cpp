@@ -1,0 +1,271 @@
+#include "solve/series/settled_wide_lines.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace varno::solve {
+
+namespace {
+
+/// So many digits of a sum may stand before those of the line: kernels read as many zeros behind a
+/// row, but one.
+constexpr long kMostBefore = WideTerms::kZeros - 1;
+
+}  // namespace
+
+template <int N>
+SettledLines<WideArithmetic<N>>::SettledLines(const LineOperands<WideArithmetic<N>>& operands)
+    : operands(operands), kernel(&BestColumnKernel()), prepared(operands.tape.lines.size())
+{}
+
+template <int N>
+void SettledLines<WideArithmetic<N>>::Begin(long newScaleExponent, bool backwards)
+{
+  scaleExponent = newScaleExponent;
+  isBackwards = backwards;
+  Rearrange();
+}
+
+// ---------------------------------------------------------------------------------------------
+// The recurrences: numbers in parentheses are those of docs/solve/recurrences.md.
+
+template <int N>
+LineId SettledLines<WideArithmetic<N>>::StoreTerms(LineId first, int k)
+{
+  order.digits[0] = k;
+  const auto count = static_cast<LineId>(prepared.size());
+  for (LineId id = first; id < count; ++id) {
+    const Prepared& line = prepared[id];
+    if (line.arrangement != arrangement) Prepare(id);
+    if (!line.isUsable || !StoreTerm(line, k)) return id;
+    if (line.weighted != nullptr && !StoreScaled(*line.weighted, k, order, RowOfTerm(*line.s, k)))
+      return id;
+  }
+  return count;
+}
+
+template <int N>
+bool SettledLines<WideArithmetic<N>>::StoreTerm(const Prepared& line, int k)
+{
+  switch (line.kind) {
+    case LineKind::kState:
+      // (2) x' = f: term k of x is scale / k times term k-1 of f.
+      return StoreScaled(*line.s, k, scaled.Of(k), RowOfTerm(*line.a, k - 1));
+    case LineKind::kCombination:
+      return StoreCombination(line, k);
+    case LineKind::kProduct:
+      kernel->sumProducts(*line.a, *line.b, 0, k, k, line.columns, sum.data());
+      return line.s->SetSettled(k, sum.data(), line.columns + 1, line.place);
+    case LineKind::kSquare:
+      kernel->sumSquare(*line.a, 0, k, line.columns, sum.data());
+      return line.s->SetSettled(k, sum.data(), line.columns + 1, line.place);
+    case LineKind::kQuotient:
+      kernel->sumProducts(*line.b, *line.s, 1, k, k, line.columns, sum.data());
+      return StoreQuotient(line, k);
+    case LineKind::kSquareRoot:
+      kernel->sumSquare(*line.s, 1, k, line.columns, sum.data());
+      return StoreQuotient(line, k);
+    case LineKind::kIntegralOfProduct:
+      // (9) s' = +-b a': k s[k] = +-(sum over j = 1..k of j a[j] b[k-j])
+      kernel->sumProducts(*line.a, *line.b, 1, k, k, line.columns, sum.data());
+      return StoreIntegral(line, k);
+    default:
+      return false;
+  }
+}
+
+/// (3) s[k] = sum of factor * a[k]
+template <int N>
+bool SettledLines<WideArithmetic<N>>::StoreCombination(const Prepared& line, int k)
+{
+  std::array<RowProduct, kMostRowProducts> products;
+  int count = 0;
+  for (const auto& [a, factor, column] : line.operands) {
+    const int leading = a->leading[k];
+    products[count++] = {factor.digits.data(), factor.Count(), a->Row(k) + leading,
+                         column + leading};
+  }
+  kernel->sumRows(products.data(), count, line.columns, sum.data());
+  return line.s->SetSettled(k, sum.data(), line.columns + 1, line.place);
+}
+
+/// (6), (7) s[k] = (a[k] - sum) / divisor
+template <int N>
+bool SettledLines<WideArithmetic<N>>::StoreQuotient(const Prepared& line, int k)
+{
+  Row row;
+  return MakeRow(row, line, line.a, k) && StoreScaled(*line.s, k, line.divisor, row);
+}
+
+/// s[k] = +-sum / k
+template <int N>
+bool SettledLines<WideArithmetic<N>>::StoreIntegral(const Prepared& line, int k)
+{
+  Row row;
+  return MakeRow(row, line, nullptr, k) && StoreScaled(*line.s, k, reciprocals.Of(k), row);
+}
+
+/// s[k] = factor * row
+template <int N>
+bool SettledLines<WideArithmetic<N>>::StoreScaled(WideTerms& s, int k, const WideRow& factor,
+                                                  const Row& row)
+{
+  // Digits 0 of both make the digit `place` of the term, and may carry to those before.
+  const long place = s.exponent - row.exponent - factor.exponent;
+  const long before = std::max(0L, -place);
+  if (before > kMostBefore || place + row.leading > s.n) return false;
+  const int columns = s.n + 1 + static_cast<int>(before);
+  const RowProduct product{factor.digits.data(), factor.Count(), row.digits + row.leading,
+                           static_cast<int>(place + before) + row.leading};
+  kernel->sumRows(&product, 1, columns, sum.data());
+  return s.IsSettled() && s.SetSettled(k, sum.data(), columns + 1, -static_cast<int>(before));
+}
+
+template <int N>
+auto SettledLines<WideArithmetic<N>>::RowOfTerm(const WideTerms& terms, int k) const -> Row
+{
+  return {terms.Row(k), terms.leading[k], terms.exponent};
+}
+
+/// The sum with its sign as a row, with term k of a series added to it where there is one; false if
+/// that is far larger.
+template <int N>
+bool SettledLines<WideArithmetic<N>>::MakeRow(Row& row, const Prepared& line, const WideTerms* a,
+                                              int k)
+{
+  const bool isAdded = a != nullptr && a->started && a->leading[k] < a->n;
+  const long place = isAdded ? line.exponent - a->exponent : 0;  // of digit 0 of the term
+  const long front = 1 + std::max(0L, -place);                   // the first takes the carry
+  if (front > kMostBefore) return false;
+  std::array<std::int64_t, kMostSumDigits> digits{};
+  const auto count = static_cast<int>(front) + line.columns + 1;
+  for (int i = 0; i <= line.columns; ++i) digits[front + i] = line.isNegative ? -sum[i] : sum[i];
+  if (isAdded) {
+    const double* const term = a->Row(k);
+    for (long i = a->leading[k]; i < a->n && front + place + i < count; ++i)
+      digits[front + place + i] += static_cast<std::int64_t>(term[i]);
+  }
+  wide::CarryUp(digits.data(), count - 1);
+  double* const place0 = sumRow.data() + WideTerms::kZeros;
+  std::copy(digits.begin(), digits.end(), place0);
+  int leading = 0;
+  while (leading < count && digits[leading] == 0) ++leading;
+  row = {place0, leading, line.exponent + front};
+  return true;
+}
+
+// ---------------------------------------------------------------------------------------------
+// What is constant while the exponents stay
+
+template <int N>
+void SettledLines<WideArithmetic<N>>::Prepare(LineId id)
+{
+  const Line& operation = operands.tape.lines[id];
+  const auto row = [this](LineId line) { return line == kNone ? nullptr : &operands.terms[line]; };
+  Prepared& line = prepared[id];
+  line.s = row(id);
+  line.weighted = Weighted(id);
+  line.isUsable = false;
+  // It may be settled after the next term.
+  if (!line.s->IsSettled()) return;
+  line.arrangement = arrangement;
+  line.kind = operation.kind;
+  line.a = row(operation.a);
+  line.b = row(operation.b);
+  line.isNegative = operation.negative;
+  switch (operation.kind) {
+    case LineKind::kState:
+      line.a = row(operands.tape.rightHandSides[operation.index]);
+      scaled.Use(line.s->n, scaleExponent, isBackwards);
+      line.isUsable = line.a->started;
+      break;
+    case LineKind::kCombination:
+      line.isUsable = PrepareCombination(line, id);
+      break;
+    case LineKind::kProduct:
+      line.isUsable = PrepareProducts(line, *line.a, *line.b);
+      break;
+    case LineKind::kSquare:
+      line.isUsable = PrepareProducts(line, *line.a, *line.a);
+      break;
+    case LineKind::kQuotient:
+      line.isUsable = PrepareQuotient(line, id, *line.b);
+      break;
+    case LineKind::kSquareRoot:
+      line.isUsable = PrepareQuotient(line, id, *line.s);
+      break;
+    case LineKind::kIntegralOfProduct:
+      line.a = Weighted(operation.a);
+      reciprocals.Use(line.s->n, 0, false);
+      line.isUsable = PrepareSum(line, *line.a, *line.b);
+      break;
+    default:
+      break;
+  }
+}
+
+/// Sums of products of two series, with a digit behind those of a term.
+template <int N>
+bool SettledLines<WideArithmetic<N>>::PrepareSum(Prepared& line, const WideTerms& a,
+                                                 const WideTerms& b)
+{
+  line.exponent = a.exponent + b.exponent;
+  line.columns = a.n + 1;
+  return a.started && b.started;
+}
+
+/// The same for those that are the terms of the line.
+template <int N>
+bool SettledLines<WideArithmetic<N>>::PrepareProducts(Prepared& line, const WideTerms& a,
+                                                      const WideTerms& b)
+{
+  if (!PrepareSum(line, a, b)) return false;
+  const long place = line.s->exponent - line.exponent;
+  if (place > line.s->n || -place > line.s->n) return false;
+  line.place = static_cast<int>(place);
+  // What stands behind the digits of the line rounds them at most.
+  line.columns -= std::max(0, line.place);
+  return line.columns > 0;
+}
+
+/// s b, where terms of b and s are multiplied.
+template <int N>
+bool SettledLines<WideArithmetic<N>>::PrepareQuotient(Prepared& line, LineId id,
+                                                      const WideTerms& b) const
+{
+  line.isNegative = true;
+  line.divisor = RowOf(operands.divisors[id], line.s->n);
+  return PrepareSum(line, b, *line.s);
+}
+
+template <int N>
+bool SettledLines<WideArithmetic<N>>::PrepareCombination(Prepared& line, LineId id) const
+{
+  const Line& operation = operands.tape.lines[id];
+  const WideTerms& s = *line.s;
+  line.operands.clear();
+  long before = 0;
+  for (std::uint32_t i = 0; i < operation.factorCount; ++i) {
+    const Factor& factor = operands.tape.factors[operation.firstFactor + i];
+    const WideTerms& a = operands.terms[factor.line];
+    // One that has not started is 0.
+    if (!a.started) continue;
+    WideRow row =
+        factor.whole != 0 ? RowOf(factor.whole) : RowOf(operands.constants[factor.constant], s.n);
+    const long place = s.exponent - a.exponent - row.exponent;
+    before = std::max(before, -place);
+    if (place > s.n) continue;
+    line.operands.push_back({&a, std::move(row), static_cast<int>(place)});
+  }
+  if (before > kMostBefore || line.operands.size() > kMostRowProducts) return false;
+  for (Operand& operand : line.operands) operand.column += static_cast<int>(before);
+  line.place = -static_cast<int>(before);
+  line.columns = s.n + 1 + static_cast<int>(before);
+  return !line.operands.empty();
+}
+
+template class SettledLines<WideArithmetic<8>>;
+template class SettledLines<WideArithmetic<24>>;
+template class SettledLines<WideArithmetic<42>>;
+
+}  // namespace varno::solve

@@ -1,0 +1,59 @@
+// Terms of settled series: what is stored, and what is left to others.
+
+#include "solve/fixed/wide_terms.h"
+
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace varno::solve {
+namespace {
+
+WideTerms Settled(int n)
+{
+  WideTerms terms;
+  terms.Reserve(n, 2);
+  terms.started = terms.inexact = true;
+  const std::vector<std::int64_t> others(n, 99);
+  terms.Set(0, others.data());
+  terms.Set(1, others.data());
+  return terms;
+}
+
+std::vector<double> Row(const WideTerms& terms, int k)
+{
+  // With the zeros around it
+  return {terms.Row(k) - WideTerms::kZeros, terms.Row(k) + terms.n + WideTerms::kZeros};
+}
+
+TEST(WideTerms, TakeTheDigitsOfASumAtItsPlace)
+{
+  WideTerms terms = Settled(4);
+  const std::vector<std::int64_t> digits{0, 5, -6, 7, 8, 9};
+  EXPECT_TRUE(terms.SetSettled(0, digits.data(), 6, -1));
+  EXPECT_EQ((std::vector<double>{0, 0, 0, 5, -6, 7, 8, 0, 0, 0}), Row(terms, 0));
+  EXPECT_EQ(0, terms.leading[0]);
+  EXPECT_TRUE(terms.SetSettled(0, digits.data(), 6, 1));
+  EXPECT_EQ((std::vector<double>{0, 0, 0, 0, 0, 5, -6, 0, 0, 0}), Row(terms, 0));
+  EXPECT_EQ(2, terms.leading[0]);
+  // What is behind the digits of a short sum is 0.
+  EXPECT_TRUE(terms.SetSettled(0, digits.data(), 2, 0));
+  EXPECT_EQ((std::vector<double>{0, 0, 0, 0, 5, 0, 0, 0, 0, 0}), Row(terms, 0));
+  EXPECT_EQ(0, terms.exactZero[0]);
+}
+
+TEST(WideTerms, LeaveWhatDoesNotFitToOthers)
+{
+  WideTerms terms = Settled(4);
+  const std::vector<double> before = Row(terms, 0);
+  const std::vector<std::int64_t> zero{0, 0, 0}, digits{0, 5, 6},
+      large{std::int64_t{1} << kWideDigitBits, 0, 0};
+  EXPECT_FALSE(terms.SetSettled(0, zero.data(), 3, 0));
+  EXPECT_FALSE(terms.SetSettled(0, digits.data(), 3, -2)) << "a digit before the first";
+  EXPECT_FALSE(terms.SetSettled(0, digits.data(), 3, 3)) << "no digit that shows";
+  EXPECT_FALSE(terms.SetSettled(0, large.data(), 3, 0)) << "a digit that is not balanced";
+  EXPECT_EQ(before, Row(terms, 0));
+}
+
+}  // namespace
+}  // namespace varno::solve
