@@ -13,6 +13,8 @@ import time
 import unittest
 from pathlib import Path
 
+import counts_of_lines
+
 PROGRAM = Path(sys.argv.pop(1)).resolve()
 PROGRAM_MPI = Path(sys.argv.pop(1)).resolve()
 TIMEOUT = 120
@@ -112,8 +114,8 @@ class MpiTest(unittest.TestCase):
         process = subprocess.Popen(
             ["mpirun", "-n", "3", PROGRAM_MPI, "--jobs", "1", *command, "--output", "rows", "--save",
              "state"],
-            cwd=self.folder, env=ENVIRONMENT, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-            stderr=subprocess.DEVNULL)
+            cwd=self.folder, env=ENVIRONMENT | counts_of_lines.away_from(self.folder),
+            stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         self.addCleanup(process.wait)
         rows = self.folder / "rows"
         deadline = time.monotonic() + TIMEOUT
@@ -142,7 +144,8 @@ class MpiTest(unittest.TestCase):
                 rows.unlink(missing_ok=True)
                 process = subprocess.Popen(
                     ["mpirun", "-n", "2", PROGRAM_MPI, "--jobs", "1", *command, "--output", "rows",
-                     "--save", "state"], cwd=self.folder, env=ENVIRONMENT,
+                     "--save", "state"], cwd=self.folder,
+                    env=ENVIRONMENT | counts_of_lines.away_from(self.folder),
                     stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
                 self.addCleanup(process.wait)
                 self.wait_for_rows(process, rows, 5000)

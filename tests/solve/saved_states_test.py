@@ -14,6 +14,8 @@ import time
 import unittest
 from pathlib import Path
 
+import counts_of_lines
+
 PROGRAM = Path(sys.argv.pop(1)).resolve()
 TIMEOUT = 60
 EQUATIONS = "w = 1;\nx' = v & 1;\nv' = -w*x;\n"
@@ -41,6 +43,7 @@ class SavedStatesTest(unittest.TestCase):
     def solve_with_room_for(self, count, *arguments):
         """No file can become longer than so many bytes, as on a full disk."""
         return subprocess.run([PROGRAM, *arguments], cwd=self.folder, capture_output=True,
+                              env=counts_of_lines.away_from(self.folder),
                               stdin=subprocess.DEVNULL, timeout=TIMEOUT,
                               preexec_fn=lambda: limit_files(count))
 
@@ -52,8 +55,10 @@ class SavedStatesTest(unittest.TestCase):
     def end_after_rows(self, signal_number, *arguments):
         """Starts the program and ends it as soon as there are some rows. Returns its status."""
         rows = self.folder / "rows"
-        process = subprocess.Popen([PROGRAM, *arguments], cwd=self.folder, stdin=subprocess.DEVNULL,
-                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        process = subprocess.Popen([PROGRAM, *arguments], cwd=self.folder,
+                                   env=counts_of_lines.away_from(self.folder),
+                                   stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                                   stderr=subprocess.DEVNULL)
         self.addCleanup(process.wait)
         before = rows.stat().st_size if rows.exists() else 0
         deadline = time.monotonic() + TIMEOUT
