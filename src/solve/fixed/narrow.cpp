@@ -4,7 +4,6 @@
 #include <cmath>
 #include <limits>
 
-#include "solve/fixed/log2.h"
 #include "solve/fixed/narrow_settled.h"
 
 namespace varno::solve {

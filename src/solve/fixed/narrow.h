@@ -9,7 +9,7 @@
 
 #include <mpfr.h>
 
-#include "solve/fixed/log2.h"
+#include "solve/fixed/narrow_logs.h"
 #include "solve/fixed/narrow_values.h"
 
 namespace varno::solve {
@@ -43,8 +43,11 @@ class NarrowArithmetic {
   static void Reset(Terms& terms, long leastExponent);
   static void Store(Terms& terms, int k, const Value& value);
   static Value Load(const Terms& terms, int k);
-  /// log2 of the terms from the first on.
-  static void FindLogs(const Terms& terms, int first, std::span<double> logs);
+  /// log2 of the terms from the first on; returns the largest.
+  static double FindLogs(const Terms& terms, int first, std::span<double> logs)
+  {
+    return narrow::FindLogs(terms, first, logs);
+  }
 
   static Value FromNumber(mpfr_srcptr x);
   static Factor ToFactor(const Value& value);

@@ -41,22 +41,6 @@ inline NarrowValue NarrowArithmetic::Load(const Terms& terms, int k)
   return value;
 }
 
-inline void NarrowArithmetic::FindLogs(const Terms& terms, int first, std::span<double> logs)
-{
-  const std::uint8_t* const exactZero = terms.exactZero.data() + first;
-  const std::int64_t *const high = terms.high.data() + first, *const low = terms.low.data() + first;
-  const long unit = terms.exponent - kFractionBits;
-  for (std::size_t k = 0; k < logs.size(); ++k) {
-    if (exactZero[k] != 0) {
-      logs[k] = -std::numeric_limits<double>::infinity();
-      continue;
-    }
-    const double size =
-        std::abs(static_cast<double>(high[k]) * 0x1p60 + static_cast<double>(low[k]));
-    logs[k] = FastLog2(std::max(size, 1.0), unit);
-  }
-}
-
 [[gnu::always_inline]] inline void NarrowArithmetic::Add(Value& sum, const Value& value)
 {
   if (value.IsExactZero()) return;

@@ -132,11 +132,13 @@ void BlockSeries<Arithmetic>::FindLogs(LineId id, int first)
   const auto begin = static_cast<std::size_t>(first), end = static_cast<std::size_t>(order) + 1;
   const std::span found = std::span(logs[id]).subspan(begin, end - begin);
   if constexpr (requires { arithmetic.FindLogs(terms[id], first, found); }) {
-    arithmetic.FindLogs(terms[id], first, found);
+    sizes[id] = std::max(sizes[id], arithmetic.FindLogs(terms[id], first, found));
   } else {
-    for (double& log : found) log = arithmetic.Log2(terms[id], first++);
+    for (double& log : found) {
+      log = arithmetic.Log2(terms[id], first++);
+      sizes[id] = std::max(sizes[id], log);
+    }
   }
-  for (const double log : found) sizes[id] = std::max(sizes[id], log);
 }
 
 template <class Arithmetic>
