@@ -18,7 +18,7 @@ class NarrowScaledSum {
   /// Sums of so many operands at most; longer ones would drop too much.
   static constexpr std::size_t kMostOperands = 100;
 
-  void Clear() { operands.clear(); }
+  bool IsEmpty() const { return operands.empty(); }
   /// Adds factor * a, where a outlives this.
   void Add(const NarrowTerms& a, const NarrowFactor& factor);
   /// Fits the ratios to the exponents that the operands and the sum have now, and to where their

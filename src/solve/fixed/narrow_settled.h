@@ -107,7 +107,7 @@ inline constexpr std::array<NarrowRatio, kMostOrder + 1> kReciprocals = Reciproc
     if (!FitsBits(mantissa, kTermBits)) return false;
   } else {
     if (!FitsBits(mantissa, kTermBits - up)) return false;
-    mantissa = static_cast<Int128>(static_cast<UInt128>(mantissa) << (up & 63));
+    mantissa = ShiftLeftBelowWord(mantissa, up);
   }
   SetDigits(terms, k, mantissa);
   terms.exactZero[k] = 0;

@@ -96,9 +96,8 @@ constexpr Int128 Joined(std::int64_t high, std::int64_t low)
 /// Whether -2^bits <= mantissa < 2^bits, for 64 <= bits < 127.
 inline bool FitsBits(Int128 mantissa, int bits)
 {
-  const auto top = static_cast<std::uint64_t>(mantissa >> 64);
-  const std::uint64_t limit = std::uint64_t{1} << (bits - 64);
-  return top + limit < 2 * limit;
+  const std::int64_t above = static_cast<std::int64_t>(mantissa >> 64) >> (bits - 64);
+  return above == 0 || above == -1;
 }
 
 /// mantissa / 2^shift to nearest, 0 < shift < 64; tells whether bits were lost.
@@ -111,7 +110,18 @@ template <class Flag>
   return ((mantissa >> count) + 1) >> 1;
 }
 
-/// The same for any shift > 0.
+/// mantissa 2^shift, 0 <= shift < 64, where that fits.
+[[gnu::always_inline]] inline Int128 ShiftLeftBelowWord(Int128 mantissa, int shift)
+{
+  // By words: g++ goes through memory otherwise.
+  const unsigned count = static_cast<unsigned>(shift) & 63;
+  const auto low = static_cast<std::uint64_t>(mantissa);
+  const auto high = static_cast<std::uint64_t>(mantissa >> 64);
+  const std::uint64_t top = (high << count) | ((low >> 1) >> (63 - count));
+  return static_cast<Int128>((static_cast<UInt128>(top) << 64) | (low << count));
+}
+
+/// mantissa / 2^shift for any shift > 0.
 template <class Flag>
 inline Int128 ShiftRight(Int128 mantissa, long shift, Flag& lost)
 {

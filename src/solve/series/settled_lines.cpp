@@ -25,19 +25,18 @@ void Lines::Begin(long newScaleExponent, bool backwards)
 
 LineId Lines::StoreTerms(LineId first, int k)
 {
-  const auto count = static_cast<LineId>(prepared.size());
-  for (LineId id = first; id < count; ++id) {
-    const Prepared& line = prepared[id];
-    if (line.arrangement != arrangement) Prepare(id);
-    if (!line.isUsable) return id;
-    const std::optional<NarrowSums> sums = Term(line, k);
-    if (!sums) return id;
+  Prepared *const begin = prepared.data(), *const end = begin + prepared.size();
+  Prepared* line = begin + first;
+  for (; line != end; ++line) {
+    if (line->arrangement != arrangement) Prepare(static_cast<LineId>(line - begin));
+    const std::optional<NarrowSums> sums = Term(*line, k);
+    if (!sums) break;
     const Int128 term = sums->Total();
-    if (!narrow::StoreSettled(*line.s, k, line.isNegative ? -term : term, line.up)) return id;
-    if (line.weighted != nullptr && !StoreSettledMultiple(*line.weighted, k, k, *line.s, k))
-      return id;
+    if (!narrow::StoreSettled(*line->s, k, line->isNegative ? -term : term, line->up)) break;
+    if (line->weighted != nullptr && !StoreSettledMultiple(*line->weighted, k, k, *line->s, k))
+      break;
   }
-  return count;
+  return static_cast<LineId>(line - begin);
 }
 
 /// Term k as sums of digits, in units of 2^up units of the line, but for its sign; none where they
@@ -89,18 +88,21 @@ std::optional<NarrowSums> Lines::Quotient(const Prepared& line, int k, const Nar
 
 void Lines::Prepare(LineId id)
 {
+  Prepared& line = prepared[id];
+  line.s = &operands.terms[id];
+  line.weighted = Weighted(id);
+  line.kind = kOtherKind;
+  // It may be settled after the next term.
+  if (!line.s->IsSettled()) return;
+  line.arrangement = arrangement;
+  if (SetUp(line, id)) line.kind = operands.tape.lines[id].kind;
+}
+
+/// Whether its terms are made here.
+bool Lines::SetUp(Prepared& line, LineId id) const
+{
   const Line& operation = operands.tape.lines[id];
   const auto row = [this](LineId line) { return line == kNone ? nullptr : &operands.terms[line]; };
-  Prepared& line = prepared[id];
-  line.s = row(id);
-  line.weighted = Weighted(id);
-  if (!line.s->IsSettled()) {
-    // It may be, after the next term.
-    line.isUsable = false;
-    return;
-  }
-  line.arrangement = arrangement;
-  line.kind = operation.kind;
   line.a = row(operation.a);
   line.b = row(operation.b);
   line.isNegative = operation.negative;
@@ -108,34 +110,27 @@ void Lines::Prepare(LineId id)
     case LineKind::kState:
       line.a = row(operands.tape.rightHandSides[operation.index]);
       line.isNegative = isBackwards;
-      line.isUsable = SetUp(line, line.a->exponent + scaleExponent);
-      break;
+      return SetUnits(line, line.a->exponent + scaleExponent);
     case LineKind::kCombination:
-      line.isUsable = PrepareSum(line, id);
-      break;
+      return PrepareSum(line, id);
     case LineKind::kProduct:
-      line.isUsable = SetUp(line, line.a->exponent + line.b->exponent);
-      break;
+      return SetUnits(line, line.a->exponent + line.b->exponent);
     case LineKind::kSquare:
-      line.isUsable = SetUp(line, 2 * line.a->exponent);
-      break;
+      return SetUnits(line, 2 * line.a->exponent);
     case LineKind::kQuotient:
-      line.isUsable = PrepareDivision(line, id, line.b->exponent + line.s->exponent);
-      break;
+      return PrepareDivision(line, id, line.b->exponent + line.s->exponent);
     case LineKind::kSquareRoot:
-      line.isUsable = PrepareDivision(line, id, 2 * line.s->exponent);
-      break;
+      return PrepareDivision(line, id, 2 * line.s->exponent);
     case LineKind::kIntegralOfProduct:
       line.a = Weighted(operation.a);
-      line.isUsable = SetUp(line, line.a->exponent + line.b->exponent);
-      break;
+      return SetUnits(line, line.a->exponent + line.b->exponent);
     default:
-      line.isUsable = false;
+      return false;
   }
 }
 
 /// For what is computed with this exponent.
-bool Lines::SetUp(Prepared& line, long exponent) const
+bool Lines::SetUnits(Prepared& line, long exponent)
 {
   const long up = exponent - line.s->exponent;
   line.up = static_cast<int>(up);
@@ -144,13 +139,14 @@ bool Lines::SetUp(Prepared& line, long exponent) const
 
 bool Lines::PrepareSum(Prepared& line, LineId id) const
 {
-  const Line& operation = operands.tape.lines[id];
-  line.sum.Clear();
-  for (std::uint32_t i = 0; i < operation.factorCount; ++i) {
-    const Factor& factor = operands.tape.factors[operation.firstFactor + i];
-    line.sum.Add(operands.terms[factor.line], factor.whole != 0
-                                                  ? NarrowArithmetic::ToFactor(factor.whole)
-                                                  : operands.constants[factor.constant]);
+  if (line.sum.IsEmpty()) {
+    const Line& operation = operands.tape.lines[id];
+    for (std::uint32_t i = 0; i < operation.factorCount; ++i) {
+      const Factor& factor = operands.tape.factors[operation.firstFactor + i];
+      line.sum.Add(operands.terms[factor.line], factor.whole != 0
+                                                    ? NarrowArithmetic::ToFactor(factor.whole)
+                                                    : operands.constants[factor.constant]);
+    }
   }
   if (!line.sum.Prepare(*line.s)) return false;
   line.up = line.sum.Up();

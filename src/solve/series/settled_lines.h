@@ -53,11 +53,13 @@ class SettledLines<NarrowArithmetic> {
   LineId StoreTerms(LineId first, int k);
 
  private:
+  /// Stands for those whose terms are not made here.
+  static constexpr LineKind kOtherKind = LineKind::kConstant;
+
   /// What is prepared of a line.
   struct Prepared {
     int arrangement = -1;
-    bool isUsable = false;
-    LineKind kind;
+    LineKind kind = kOtherKind;
     bool isNegative;        // of a state and an integral
     int up;                 // log2 of the units counted in
     NarrowTerms* s;         // of the line
@@ -69,7 +71,8 @@ class SettledLines<NarrowArithmetic> {
 
   static std::optional<NarrowSums> Term(const Prepared& line, int k);
   void Prepare(LineId id);
-  bool SetUp(Prepared& line, long exponent) const;
+  bool SetUp(Prepared& line, LineId id) const;
+  static bool SetUnits(Prepared& line, long exponent);
   bool PrepareSum(Prepared& line, LineId id) const;
   bool PrepareDivision(Prepared& line, LineId id, long products) const;
   static std::optional<NarrowSums> Quotient(const Prepared& line, int k,
