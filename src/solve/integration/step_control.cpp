@@ -81,8 +81,9 @@ StepControl::StepControl(const Tape& tape, const RunSettings& settings)
 bool StepControl::NeedsMoreTerms(const Series& series, LineId id) const
 {
   if (IsShortPolynomial(tape.lines[id], series.Order() + 1)) return false;
-  if (!AreShown(series.Logs(id))) return !settledLines[id];
-  const int first = VanishingTerms(series.Logs(id));
+  const std::span<const double> terms = series.Logs(id);
+  if (!AreShown(terms)) return !settledLines[id];
+  const int first = VanishingTerms(terms);
   return first > kMostVanishingTerms && series.Order() < first + settings.order;
 }
 
@@ -103,11 +104,8 @@ int StepControl::MostOrder(const Series& series, LineId id) const
 void StepControl::ExtendFlatLines(Series& series)
 {
   const bool isWhole = std::ranges::find(leftOut, true) == leftOut.end();
-  if (isWhole) {
-    still = leftOut;
-  } else {
-    still = StillLines(tape, leftOut);
-  }
+  if (!isWhole) stillLines = StillLines(tape, leftOut);
+  const std::vector<bool>& still = isWhole ? leftOut : stillLines;
   for (LineId id = 0; id < tape.lines.size(); ++id) {
     if (still[id] || !NeedsMoreTerms(series, id)) continue;
     const int most = MostOrder(series, id);
@@ -164,13 +162,23 @@ StepBound StepControl::Choose(Series& series, const std::vector<bool>& linesLeft
   ExtendFlatLines(series);
   sizes = LineSizes(tape, series);
 
+  const LineId likely = bound.line;
   bound = {kInfinity, kNone};
+  // Beside the line that sets it most others are soon left.
+  if (likely != kNone) LowerBound(series, likely);
   for (LineId id = 0; id < tape.lines.size(); ++id) {
-    if (!Counts(series, id)) continue;
-    const double log2 = AccuracyBound(series.Logs(id), sizes[id], bound.log2);
-    if (log2 < bound.log2) bound = {log2, id};
+    if (id != likely) LowerBound(series, id);
   }
   return bound;
+}
+
+/// Lowers the bound to what a line allows. Of several that allow the same the first one sets it.
+void StepControl::LowerBound(const Series& series, LineId id)
+{
+  if (!Counts(series, id)) return;
+  const double known = id < bound.line ? std::nextafter(bound.log2, kInfinity) : bound.log2;
+  const double log2 = AccuracyBound(series.Logs(id), sizes[id], known);
+  if (log2 < known) bound = {log2, id};
 }
 
 std::vector<double> StepControl::LineBounds(const Series& series) const

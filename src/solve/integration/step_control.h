@@ -43,6 +43,7 @@ class StepControl {
   void ExtendFlatLines(Series& series);
   int MostOrder(const Series& series, LineId id) const;
   bool NeedsMoreTerms(const Series& series, LineId id) const;
+  void LowerBound(const Series& series, LineId id);
   bool Counts(const Series& series, LineId id) const;
   double AccuracyBound(std::span<const double> terms, double size, double known) const;
 
@@ -51,8 +52,8 @@ class StepControl {
   std::vector<bool> flatLines;     // too few terms even at the highest order
   std::vector<bool> settledLines;  // those of the steps before
   // Of the step chosen last
-  StepBound bound{};
-  std::vector<bool> leftOut, still;
+  StepBound bound{0, kNone};
+  std::vector<bool> leftOut, stillLines;
   std::vector<double> sizes;
 };
 
