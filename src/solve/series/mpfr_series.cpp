@@ -371,10 +371,33 @@ void MpfrSeries::Convolve(mpfr_srcptr a, mpfr_srcptr b, int first, int last, int
   }
 }
 
+/// factor * a, which is not 0
+void MpfrSeries::SetScaled(const Factor& factor, mpfr_ptr result, mpfr_srcptr a)
+{
+  switch (factor.whole) {
+    case 1:
+      mpfr_set(result, a, kNearest);
+      return;
+    case -1:
+      mpfr_neg(result, a, kNearest);
+      return;
+    case 0:
+      mpfr_mul(result, a, constants[factor.constant], kNearest);
+      return;
+    default:
+      mpfr_mul_si(result, a, factor.whole, kNearest);
+      return;
+  }
+}
+
 void MpfrSeries::AddScaled(const Factor& factor, mpfr_ptr result, int k)
 {
   mpfr_srcptr a = Terms(factor.line) + k;
   if (mpfr_zero_p(a) != 0) return;
+  if (mpfr_zero_p(result) != 0) {
+    SetScaled(factor, result, a);
+    return;
+  }
   switch (factor.whole) {
     case 1:
       mpfr_add(result, result, a, kNearest);

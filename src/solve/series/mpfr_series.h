@@ -64,6 +64,7 @@ class MpfrSeries final : public Series {
                               const std::function<void()>& computeTerms);
   void Recurrence(LineId id, mpfr_ptr s, int k);
   void Combination(const Line& line, mpfr_ptr s, int k);
+  void SetScaled(const Factor& factor, mpfr_ptr result, mpfr_srcptr a);
   void AddScaled(const Factor& factor, mpfr_ptr sum, int k);
   void Square(mpfr_srcptr a, mpfr_ptr s, int k);
   void Quotient(const Line& line, int rootOrder, mpfr_ptr s, int k);
