@@ -19,6 +19,7 @@ int main(int argc, char** argv)
   // A closed pipe is noticed where it is written to.
   std::signal(SIGPIPE, SIG_IGN);
   ThrowWhereMemoryIsShort();
+  GrowHeapsByLargePieces();
 
   StandardError errors;
   const Console console{errors, ::isatty(STDERR_FILENO) != 0};

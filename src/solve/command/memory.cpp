@@ -4,6 +4,10 @@
 #include <cstdlib>
 #include <new>
 
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
+
 #include <gmp.h>
 
 namespace varno::solve {
@@ -37,6 +41,17 @@ void Free(void* block, std::size_t)
 void ThrowWhereMemoryIsShort()
 {
   mp_set_memory_functions(Allocate, Reallocate, Free);
+}
+
+void GrowHeapsByLargePieces()
+{
+#if defined(__GLIBC__)
+  constexpr int kMebibyte = 1 << 20;
+  mallopt(M_TOP_PAD, kMebibyte);
+  // Any setting ends the adaptation of these two: the largest values that it comes to.
+  mallopt(M_MMAP_THRESHOLD, 32 * kMebibyte);
+  mallopt(M_TRIM_THRESHOLD, 64 * kMebibyte);
+#endif
 }
 
 }  // namespace varno::solve

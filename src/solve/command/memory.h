@@ -6,4 +6,8 @@ namespace varno::solve {
 /// the process by themselves otherwise. Call it before the first number is made.
 void ThrowWhereMemoryIsShort();
 
+/// Lets heaps grow by large pieces: those of threads ask the system for each page otherwise. Call
+/// it before there are threads.
+void GrowHeapsByLargePieces();
+
 }  // namespace varno::solve

@@ -19,6 +19,7 @@ int main(int argc, char** argv)
   if (!FillStandardStreams()) return kFailure;
   std::signal(SIGPIPE, SIG_IGN);
   ThrowWhereMemoryIsShort();
+  GrowHeapsByLargePieces();
 
   Ranks ranks(argc, argv);
   if (ranks.Rank() > 0) {
