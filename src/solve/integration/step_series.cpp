@@ -17,8 +17,9 @@ namespace {
 
 /// When a step needs more precision, some more is taken at once, so that this is rare.
 constexpr double kSpareBits = 64;
-/// Digits enough to tell about how long a step becomes.
-constexpr double kCoarseDecimals = 40;
+/// Digits enough to tell about how long a step becomes: for runs with more, and for those with
+/// fewer.
+constexpr double kCoarseDecimals = 40, kFewestCoarseDecimals = kLeastDecimals;
 
 /// So many bits may cancel in a difference of times.
 constexpr mpfr_exp_t kClearBits = 20;
@@ -232,7 +233,9 @@ StepBound StepSeries::BeginWithout(mpfr_srcptr time, const std::vector<bool>& le
 /// all orders allow about the same step, each at its own tolerance.
 long StepSeries::CoarseScale(mpfr_srcptr time)
 {
-  const RunSettings coarse = SettingsFor(kCoarseDecimals, kCoarseDecimals);
+  RunSettings coarse = SettingsFor(kCoarseDecimals, kCoarseDecimals);
+  if (settings.order <= coarse.order)
+    coarse = SettingsFor(kFewestCoarseDecimals, kFewestCoarseDecimals);
   if (settings.order <= coarse.order || !zeroLines.empty()) return scaleExponent;
   try {
     const auto shortSeries = MakeSeriesAtRoot(tape, coarse.bits, coarse.order, false, {}, poll);
