@@ -71,7 +71,8 @@ Run::Run(const Tape& tape, const RunSettings& settings, const Moment& start,
              .states = std::move(initial),
              .stateSizes = {}},
       series(tape, settings, latest, reach, std::move(poll)),
-      domains(tape)
+      domains(tape),
+      approach(start, reach, settings.approachBits)
 {
   for (const Real& state : latest.states) latest.stateSizes.push_back(Log2Size(state));
   largest = latest.stateSizes;
@@ -287,7 +288,7 @@ void Run::Land(Landing landing, const Singularity& end)
     mpfr_exp2(bound, bound, MPFR_RNDU);
     Shift(i, bound);
   }
-  landed = end;
+  wayEnd = end;
 }
 
 /// Ends the run where the steps shrink to nothing. Nearer to a branch point at a known time they go
@@ -362,7 +363,7 @@ void Run::FindStateSizes(double lengthLog2)
 
 bool Run::GoesOn()
 {
-  if (landed) return false;
+  if (wayEnd) return false;
   try {
     series.Begin();
     return true;
@@ -375,17 +376,17 @@ bool Run::GoesOn()
 
 void Run::Step()
 {
-  if (landed) throw *landed;
+  if (wayEnd) throw *wayEnd;
   // Where nobody else holds it, the series of the latest step is the next one's.
   latest.series = nullptr;
   StepBound bound = series.Begin();
   if (IsNearEnd(bound)) {
-    const Singularity end = EndBefore(bound);
-    std::optional<Landing> landing = LandingBefore(end);
+    const Singularity ahead = EndBefore(bound);
+    std::optional<Landing> landing = LandingBefore(ahead);
     if (landing && !landing->roots.empty() && !settings.mayDeclareZero)
       throw ZeroInDoubt{latest.end};
     if (landing && IsExact(*landing)) {
-      Land(*std::move(landing), end);
+      Land(*std::move(landing), ahead);
       return;
     }
   }
@@ -393,6 +394,19 @@ void Run::Step()
   RequireProgress(bound);
   trend.Add(bound.log2);
   GoOn(stride);
+  LookAhead(bound);
+}
+
+/// Ends the way where the steps that follow would come to no end.
+void Run::LookAhead(const StepBound& bound)
+{
+  const std::optional<SlowApproach::Limit> limit = approach.Add(latest.end);
+  if (!limit) return;
+  wayEnd = Singularity{.time = limit->time,
+                       .node = bound.line == kNone ? 0 : tape.lines[bound.line].node,
+                       .kind = SingularityKind::kSlowApproach,
+                       .bits = series.Bits(),
+                       .log2Error = limit->log2Error};
 }
 
 /// Makes the step that the series and its length are there for.

@@ -11,6 +11,7 @@
 #include "solve/integration/landing.h"
 #include "solve/integration/run_settings.h"
 #include "solve/integration/singularity.h"
+#include "solve/integration/slow_approach.h"
 #include "solve/integration/step_control.h"
 #include "solve/integration/step_series.h"
 #include "solve/integration/step_trend.h"
@@ -76,6 +77,7 @@ class Run final : public Stepper {
   Stride StrideTo(const RootAhead& root) const;
   Stride StrideOf(const Moment& advance) const;
   Stride ShortenToPass(StepBound& bound);
+  void LookAhead(const StepBound& bound);
   bool PassesDefectCheck(const Stride& stride);
   bool IsNearEnd(const StepBound& bound) const;
   std::optional<Landing> LandingBefore(const Singularity& end) const;
@@ -97,13 +99,14 @@ class Run final : public Stepper {
   Domains domains;
   std::optional<DefectCheck> defectCheck;
   StepTrend trend;
+  SlowApproach approach;
   std::vector<WatchedLine> watched;
   Moment wayBegin;
   std::optional<Moment> watchedTime;
   std::vector<WatchedRoot> rootsAtEnd;
   std::vector<double> largest;        // log2 of the largest sizes of the states on the way
   std::vector<Real> sums;             // scratch
-  std::optional<Singularity> landed;  // where the latest step ended, if on one
+  std::optional<Singularity> wayEnd;  // which the latest step ended on, or just before
 };
 
 /// Makes runs of a tape, which must outlive them.

@@ -15,6 +15,9 @@ struct RunSettings {
   /// Whether its zeros count as such where the way goes on only if they are: else ZeroInDoubt.
   bool mayDeclareZero;
   double placeBits;  ///< a step shorter than 2^-placeBits of the way is the end of the way
+  /// Steps or switches that come to no end before a place (SlowApproach) end the way when it is
+  /// nearer than 2^-approachBits of that.
+  double approachBits = std::numeric_limits<double>::infinity();
   /// A switch nearer to a time than 2^-onTimeBits of the way counts as at that time.
   double onTimeBits = std::numeric_limits<double>::infinity();
   /// Where a way ends at a place that depends on the states, what they are there is known when it

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <limits>
 #include <optional>
 
 #include "solve/number/moment.h"
@@ -15,6 +16,7 @@ enum class SingularityKind {
   kDomainEdge,    ///< all states stay bounded, and an expression leaves its domain
   kSliding,       ///< the field points to the same boundary from both sides
   kAccumulation,  ///< switches come closer and closer to one another
+  kSlowApproach,  ///< steps do, and no number of them gets to the place
   kStandstill,    ///< events fire one another for ever, and no time passes
   kUndecided,     ///< whether an expression crosses 0 or touches it cannot be told
   kUnknown,
@@ -29,6 +31,8 @@ struct Singularity {
   std::optional<Rational> order = {};       ///< of a pole or a branch point, where it is a fraction
   std::optional<std::uint32_t> state = {};  ///< that becomes infinite, or branches
   mpfr_prec_t bits = 0;                     ///< that the run computed with
+  /// log2 of what the time may be wrong by, where that is more than the digits of the run.
+  double log2Error = -std::numeric_limits<double>::infinity();
 };
 
 /// Tells by the terms of a series about a point close before a singularity what it is.

@@ -14,8 +14,10 @@ namespace varno::solve {
 namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
-/// The radius of convergence is taken from this many terms that are not zero.
+/// The radius of convergence is taken from this many terms that are not zero, nor rounding: these
+/// stand out of what rounding may have made of them by some bits.
 constexpr int kTermsForRadius = 5;
+constexpr double kNoiseBits = 8;
 /// How far the order may grow beyond the usual one for lines whose terms vanish.
 constexpr int kMostOrderFactor = 6;
 /// How far it may grow to hold all terms of a line that is a polynomial by its structure, or to
@@ -119,12 +121,14 @@ void StepControl::ExtendFlatLines(Series& series)
 /// log2 of the longest step for which the terms of a line fall as they should: the least over its
 /// last orders k of  max over j < k of (tol |c_j| / |c_k|)^(1/(k-j)) * tol^(1/p - 1/k), where k
 /// counts from the first term that is not 0 in a flat line. A bound that is known is lowered so.
-double StepControl::AccuracyBound(std::span<const double> terms, double size, double known) const
+double StepControl::AccuracyBound(const Series& series, LineId id, double known) const
 {
+  const std::span<const double> terms = series.Logs(id);
   const double tolerance = -settings.toleranceBits;
   const double usual = 1.0 / settings.order;
   // What rounding leaves of the line is no smaller than this, whatever its first term is.
-  const double rounding = size - static_cast<double>(settings.bits);
+  const double rounding = sizes[id] - static_cast<double>(settings.bits);
+  const double noise = std::max(rounding, series.Resolution(id)) + kNoiseBits;
   const double first = std::max(terms[0], rounding);
 
   const int leading = VanishingTerms(terms);
@@ -136,10 +140,14 @@ double StepControl::AccuracyBound(std::span<const double> terms, double size, do
   const int least = AreShown(terms) ? 0 : last / 2;
 
   double lowest = known;
-  int found = 0;
-  for (int k = last; k > least && found < kTermsForRadius; --k) {
+  int found = 0, foundAboveNoise = 0;
+  for (int k = last; k > least && foundAboveNoise < kTermsForRadius; --k) {
     if (terms[k] == -kInfinity) continue;
+    // Where the last terms are rounding, those of the latter half that are more count as well.
+    const bool isNoise = terms[k] <= noise;
+    if (found >= kTermsForRadius && (isNoise || k <= last / 2)) continue;
     ++found;
+    if (!isNoise) ++foundAboveNoise;
     const double atOrder = tolerance * (usual - 1.0 / (k - begin));
     const double longest = LongestFall(terms.first(k + 1), first, tolerance, lowest - atOrder);
     // The first of all terms that are not zero says nothing by itself.
@@ -177,7 +185,7 @@ void StepControl::LowerBound(const Series& series, LineId id)
 {
   if (!Counts(series, id)) return;
   const double known = id < bound.line ? std::nextafter(bound.log2, kInfinity) : bound.log2;
-  const double log2 = AccuracyBound(series.Logs(id), sizes[id], known);
+  const double log2 = AccuracyBound(series, id, known);
   if (log2 < known) bound = {log2, id};
 }
 
@@ -185,7 +193,7 @@ std::vector<double> StepControl::LineBounds(const Series& series) const
 {
   std::vector<double> bounds(tape.lines.size(), kInfinity);
   for (LineId id = 0; id < bounds.size(); ++id) {
-    if (Counts(series, id)) bounds[id] = AccuracyBound(series.Logs(id), sizes[id], kInfinity);
+    if (Counts(series, id)) bounds[id] = AccuracyBound(series, id, kInfinity);
   }
   return bounds;
 }

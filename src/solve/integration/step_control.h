@@ -20,7 +20,7 @@ struct StepBound {
 /// Every line of the tape counts, not the states alone: a function that is about to move while all
 /// states rest would be stepped over otherwise. The radius of convergence is estimated from the
 /// last orders of each line (Jorba and Zou 2005), as many as it takes to see five terms that are
-/// not zero, so that series with gaps are not mistaken for short ones.
+/// more than rounding, so that series with gaps are not mistaken for short ones.
 class StepControl {
  public:
   StepControl(const Tape& tape, const RunSettings& settings);
@@ -45,7 +45,7 @@ class StepControl {
   bool NeedsMoreTerms(const Series& series, LineId id) const;
   void LowerBound(const Series& series, LineId id);
   bool Counts(const Series& series, LineId id) const;
-  double AccuracyBound(std::span<const double> terms, double size, double known) const;
+  double AccuracyBound(const Series& series, LineId id, double known) const;
 
   const Tape& tape;
   RunSettings settings;

@@ -97,6 +97,11 @@ std::string Ends::What(const Singularity& singularity) const
     case SingularityKind::kAccumulation:
       return fmt::format("events or switches accumulate there, without end, as of '{}'",
                          expression);
+    case SingularityKind::kSlowApproach:
+      return fmt::format(
+          "steps become so much shorter on the way to it, as of '{}', that no number of them gets "
+          "there",
+          expression);
     case SingularityKind::kStandstill:
       return fmt::format(
           "events or switches lead to one another without end, and no time passes, as "

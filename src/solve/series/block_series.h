@@ -29,6 +29,8 @@ class BlockSeries final : public Series {
   BlockSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder, bool disturbed, Poll poll = {})
       : tape(tape),
         bits(bits),
+        mostCancelledBits(kMostCancelledBits +
+                          kCancelledBitsPerOrder * std::min(usualOrder, kMostOrderCounted)),
         precise(tape, bits, 0, disturbed, poll),
         poll(std::move(poll)),
         leftOut(tape.lines.size(), false),
@@ -157,8 +159,10 @@ class BlockSeries final : public Series {
   static constexpr long kUnknown = std::numeric_limits<long>::min();
   /// Bits of the guard that a line may lose by the difference between the scale and the step.
   static constexpr double kMostLostBits = 16;
-  /// The same with what cancels and what the operands pass on.
-  static constexpr double kMostCancelledBits = 24;
+  /// The same with what cancels and what the operands pass on: some bits less than a run of the
+  /// order 12 has beyond its tolerance, and in proportion one of the order 27.
+  static constexpr double kMostCancelledBits = 24, kCancelledBitsPerOrder = 0.15;
+  static constexpr int kMostOrderCounted = 27;
   /// By how many bits the second half of the terms may be larger than the first: rounding that is
   /// left of a cancellation stays about the same.
   static constexpr double kMostRiseBits = 8;
@@ -232,6 +236,7 @@ class BlockSeries final : public Series {
 
   const Tape& tape;
   mpfr_prec_t bits;
+  double mostCancelledBits;
   MpfrSeries precise;
   Poll poll;
   int products = 0;           // since the latest poll

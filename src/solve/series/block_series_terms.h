@@ -452,7 +452,7 @@ bool BlockSeries<Arithmetic>::FindLargest(double log2)
     const double error = unit + Arithmetic::kErrorBits + std::max(0.0, LastTerm(id) * log2);
     if (error - size > kMostLostBits - static_cast<double>(bits)) return false;
     // A line of which little is left: MPFR rounds each of its terms less than this one all.
-    if (Resolution(id) - size > kMostCancelledBits - static_cast<double>(bits)) return false;
+    if (Resolution(id) - size > mostCancelledBits - static_cast<double>(bits)) return false;
   }
   return true;
 }

@@ -29,8 +29,9 @@ double LargestDistance(const std::deque<Moment>& times, std::size_t first)
 
 }  // namespace
 
-std::optional<Moment> Accumulation::Add(const Moment& time)
+std::optional<Accumulation::Limit> Accumulation::Add(const Moment& time)
 {
+  if (const auto slow = approach.Add(time)) return Limit{slow->time, slow->log2Error};
   times.push_back(time);
   if (times.size() <= 2 * kGroup) return std::nullopt;
   if (times.size() > 2 * kGroup + 1) times.pop_front();
@@ -39,11 +40,11 @@ std::optional<Moment> Accumulation::Add(const Moment& time)
   if (now == -std::numeric_limits<double>::infinity()) return std::nullopt;
   const double way = Log2Size(time - start);
   if (now > way - placeBits || now > before + kLog2Falling) return std::nullopt;
-  return Limit();
+  return Limit{GeometricLimit(), -std::numeric_limits<double>::infinity()};
 }
 
 /// c - (c - b)^2 / ((c - b) - (b - a)) of three times.
-Moment Accumulation::Limit() const
+Moment Accumulation::GeometricLimit() const
 {
   const std::size_t last = times.size() - 1;
   const Moment &a = times[last - 2 * kStride], &b = times[last - kStride], &c = times[last];

@@ -3,6 +3,8 @@
 #include <deque>
 #include <optional>
 
+#include "solve/integration/run_settings.h"
+#include "solve/integration/slow_approach.h"
 #include "solve/number/moment.h"
 
 namespace varno::solve {
@@ -11,19 +13,29 @@ namespace varno::solve {
 /// ball do.
 class Accumulation {
  public:
-  /// A run from `start` that follows shrinking distances until they are 2^-placeBits of the way.
-  Accumulation(const Moment& start, double placeBits) : start(start), placeBits(placeBits) {}
+  /// A place where they end, and log2 of what it may be wrong by.
+  struct Limit {
+    Moment time;
+    double log2Error;
+  };
+
+  /// A run from `start` to `reach` that follows shrinking distances until they are 2^-placeBits of
+  /// the way, or no number of switches gets there (SlowApproach).
+  Accumulation(const Moment& start, const Moment& reach, const RunSettings& settings)
+      : start(start), placeBits(settings.placeBits), approach(start, reach, settings.approachBits)
+  {}
 
   /// Adds the time of the next switch. If they end in a point, gives that point: where their
   /// distances fall geometrically, alone or in groups of two or four, to as many digits as they are
   /// known to (Aitken's delta-squared process).
-  std::optional<Moment> Add(const Moment& time);
+  std::optional<Limit> Add(const Moment& time);
 
  private:
-  Moment Limit() const;
+  Moment GeometricLimit() const;
 
   Moment start;
   double placeBits;
+  SlowApproach approach;
   std::deque<Moment> times;  // the latest last
 };
 

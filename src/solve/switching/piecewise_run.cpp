@@ -70,7 +70,7 @@ PiecewiseRun::PiecewiseRun(Pieces& pieces, const Model& model, const SwitchRule&
       reach(reach),
       poll(std::move(poll)),
       settling(pieces, model.graph, rule),
-      accumulation(start, rule.settings.placeBits),
+      accumulation(start, reach, rule.settings),
       latest{.begin = start,
              .end = start,
              .backwards = reach < start,
@@ -368,13 +368,14 @@ void PiecewiseRun::Record(Switch what, const RootAt& crossing)
 {
   const Moment time = what.time;
   latest.switched = std::make_shared<const Switch>(std::move(what));
-  const std::optional<Moment> limit = accumulation.Add(time);
+  const std::optional<Accumulation::Limit> limit = accumulation.Add(time);
   if (!limit) return;
   const NodeId expression = WatchedOf(*piece, crossing).expression;
-  throw Singularity{.time = *limit,
+  throw Singularity{.time = limit->time,
                     .node = SameNode(model.graph, piece->model.graph[expression]),
                     .kind = SingularityKind::kAccumulation,
-                    .bits = run->Bits()};
+                    .bits = run->Bits(),
+                    .log2Error = limit->log2Error};
 }
 
 }  // namespace varno::solve

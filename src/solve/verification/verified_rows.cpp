@@ -32,6 +32,13 @@ constexpr double kDoomedDecimals = 3;
 /// they may say.
 constexpr double kDecimalsBeyondConstants = 3;
 constexpr double kMostDecimalsOfConstants = 100;
+/// The same where steps do not reach an end, and at the second sight of it.
+constexpr double kApproachDecimals = 2;
+constexpr double kSecondApproachDecimals = 0.25;
+/// How much nearer than a row, and how near at most: the number of steps grows like the distance
+/// shrinks.
+constexpr double kApproachDecimalsBeyondRow = 0.5;
+constexpr double kMostApproachDecimals = 5;
 /// Printed rows are remembered with this many bits more than their digits have.
 constexpr mpfr_prec_t kRememberedGuardBits = 16;
 /// Times are exact, and looked at with somewhat more bits than numbers.
@@ -77,6 +84,7 @@ std::vector<RunSettings> VerifiedRows::Settings() const
     run.mayDeclareZero = MayDeclareZero();
     if (MayDeclareZero()) run.onTimeBits = (wanted.digits + kZeroGuardDigits) * kLog2Of10;
     run.landingBits = (wanted.digits + kNoiseDecimals) * kLog2Of10;
+    run.approachBits = ApproachDecimals() * kLog2Of10;
     run.mostBits = wanted.maxBits;
     run.tinyLog2 = wanted.tinyLog2;
   }
@@ -87,6 +95,14 @@ std::vector<RunSettings> VerifiedRows::Settings() const
 double VerifiedRows::PlaceDecimals() const
 {
   return wanted.digits / 2.0 + spareDecimals - 2;
+}
+
+/// How near to an end that steps do not reach they must come for it to be believed: nearer than the
+/// constants of the equations say that things can be narrow; nearer still at the second sight.
+double VerifiedRows::ApproachDecimals() const
+{
+  const double decimals = DecimalsOfConstants() + kApproachDecimals;
+  return std::max(decimals + (endSeen ? kSecondApproachDecimals : 0), approachDecimalsOfRow);
 }
 
 std::vector<Real> VerifiedRows::StartStates(const RunSettings& runSettings) const
@@ -128,6 +144,7 @@ void VerifiedRows::Begin()
   rowsDone = 0;
   ready.clear();
   latestTime.reset();
+  timeAsked.reset();
   latestReturns.clear();
   hasStopped = isSteady = false;
   loss = Loss();
@@ -179,6 +196,7 @@ bool VerifiedRows::Fill()
   try {
     const std::optional<Moment> time = schedule->Next(attempt->Integration());
     if (!time) return false;
+    timeAsked = time;
     const auto runs = attempt->RowAt(*time);
     AddEvents(*time);
     ready.push_back(Judge(*time, runs));
@@ -420,17 +438,35 @@ bool VerifiedRows::IsConfirmedEnd(const Moment& time, const std::optional<Singul
   const Moment way = time - interval.start;
   if (!wanted.check || way.Sign() == 0) return true;
   const double log10Way = std::log10(std::abs(way.ToDouble()));
-  const EndSeen seen{time, log10Way - PlaceDecimals(), singularity};
+  const double log10Error =
+      singularity ? singularity->log2Error / kLog2Of10 : -std::numeric_limits<double>::infinity();
+  const bool isForRow = singularity && MustComeNearer(*singularity, log10Way);
+  const EndSeen seen{time, std::max(log10Way - PlaceDecimals() + 2, log10Error), singularity};
   // The steps shrink like the distance, of which they are some tenth.
   const double apart = endSeen ? std::log10(std::abs((time - endSeen->time).ToDouble())) : 0;
   const double nearEnough =
       std::max(DecimalsOfConstants(), DecimalsOfLastRow(time)) + kDecimalsBeyondConstants;
-  if (endSeen && apart < endSeen->log10Distance + 2 && PlaceDecimals() >= nearEnough) return true;
+  const bool isSame = endSeen && apart < endSeen->log10Error;
+  if (isSame && !isForRow && PlaceDecimals() >= nearEnough) return true;
   endSeen = seen;
   const double half = wanted.digits / 2.0;
   BeginAgain(std::max({2 * spareDecimals, half + kFirstSpareDecimals, nearEnough + 3 - half}),
              time);
   return false;
+}
+
+/// Whether an end that steps do not reach was told from too far away for a row that lies before it.
+/// The next attempt comes nearer then.
+bool VerifiedRows::MustComeNearer(const Singularity& end, double log10Way)
+{
+  const bool isEstimate = std::isfinite(end.log2Error);
+  if (!isEstimate || !timeAsked || Distance(*timeAsked) >= Distance(end.time)) return false;
+  const double apart = Log2Size(end.time - *timeAsked);
+  if (apart < end.log2Error) return false;
+  const double decimals = log10Way - apart / kLog2Of10 + kApproachDecimalsBeyondRow;
+  if (decimals <= ApproachDecimals() || ApproachDecimals() >= kMostApproachDecimals) return false;
+  approachDecimalsOfRow = std::min(decimals, kMostApproachDecimals);
+  return true;
 }
 
 void VerifiedRows::EndOrBeginAgain(const Singularity& singularity)

@@ -107,10 +107,10 @@ class VerifiedRows {
  private:
   /// A row as it was given, its numbers rounded to somewhat more digits than were printed.
   using GivenRow = VerifiedRow;
-  /// Where all runs of an attempt ended, and how near that is (log10).
+  /// Where all runs of an attempt ended, and what that may be wrong by (log10).
   struct EndSeen {
     Moment time;
-    double log10Distance;
+    double log10Error;
     std::optional<Singularity> singularity;
   };
   /// Why an attempt has to be given up.
@@ -146,6 +146,8 @@ class VerifiedRows {
   double WayLog2(const Moment& time) const;
   void BeginAgain(double spare, const Moment& time);
   double PlaceDecimals() const;
+  double ApproachDecimals() const;
+  bool MustComeNearer(const Singularity& end, double log10Way);
   bool MayDeclareZero() const;
   GivenRow Remembered(const VerifiedRow& row) const;
   bool Contradicts(const GivenRow& before, const VerifiedRow& row) const;
@@ -167,11 +169,13 @@ class VerifiedRows {
   double spareDecimals;
   int restarts = 0;
   std::optional<EndSeen> endSeen;
+  double approachDecimalsOfRow = 0;
   std::vector<GivenRow> given;
   // Of the present attempt
   std::size_t rowsDone = 0;
   std::deque<VerifiedRow> ready;
   std::optional<Moment> latestTime;   // of a row
+  std::optional<Moment> timeAsked;    // of the row that comes next
   std::vector<Moment> latestReturns;  // for each run the latest time of the period's event
   bool hasStopped = false, isSteady = false;
 };

@@ -16,9 +16,11 @@ Rational Power(const Rational& base, int exponent)
 template <class Times>
 std::pair<std::optional<Moment>, int> FindLimit(Times times, int most)
 {
-  Accumulation accumulation(Moment(Rational(0)), 40);
+  RunSettings settings = SettingsFor(20, 12);
+  settings.approachBits = 10;
+  Accumulation accumulation(Moment(Rational(0)), Moment(Rational(5)), settings);
   for (int i = 0; i < most; ++i) {
-    if (auto limit = accumulation.Add(Moment(times(i)))) return {limit, i};
+    if (auto limit = accumulation.Add(Moment(times(i)))) return {limit->time, i};
   }
   return {std::nullopt, most};
 }
@@ -46,6 +48,16 @@ TEST(Accumulation, FindsTheLimitOfGroupsOfTwo)
   const auto [limit, count] = FindLimit(times, 500);
   ASSERT_TRUE(limit);
   EXPECT_LT(std::abs((*limit - Moment(Rational(12, 5))).ToDouble()), 1e-24);
+}
+
+// The zeros 1 - 1/n of sin(pi/(1 - t))
+TEST(Accumulation, FindsTheLimitOfDistancesThatFallLikeSquares)
+{
+  const auto [limit, count] =
+      FindLimit([](int n) -> Rational { return 1 - Rational(1, n + 1); }, 10000);
+  ASSERT_TRUE(limit);
+  EXPECT_EQ(limit->ToDouble(), 1);
+  EXPECT_LT(count, 5000);
 }
 
 TEST(Accumulation, LeavesSwitchesThatGoOnAlone)
