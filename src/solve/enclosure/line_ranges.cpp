@@ -8,8 +8,8 @@ namespace varno::solve {
 
 namespace {
 
-/// To reduce larger angles would take as many digits of pi.
-constexpr mpfr_exp_t kLargestAngleExponent = 1'000'000;
+/// To reduce larger angles takes as many digits of pi, again and again.
+constexpr mpfr_exp_t kLargestAngleExponent = 10'000;
 /// Of an end nearer to 0 than 2^this, MPFI would take as many.
 constexpr mpfr_exp_t kSmallestAngleExponent = -10'000;
 /// Constants are computed to so many bits more than are kept.

@@ -237,6 +237,23 @@ TEST(LineRanges, OfAnglesNearZero)
   }
 }
 
+// Of angles that would take a hundred thousand digits of pi to reduce nothing is said.
+TEST(LineRanges, OfAnglesBeyondManyDigitsOfPi)
+{
+  const ScopedExponentRange exponents;
+  Real huge(kBits);
+  mpfr_set_ui_2exp(huge, 1, 300'000, MPFR_RNDN);
+  Range angle(kBits);
+  mpfi_set_fr(angle, huge);
+  for (const Operation function :
+       {Operation::kSin, Operation::kCos, Operation::kTan, Operation::kCot}) {
+    const Tape tape = Compile(With(function));
+    const LineRanges lines(tape, kBits);
+    EXPECT_FALSE(lines.Over({Between(0, 1), {angle}}, std::vector<bool>(tape.lines.size())))
+        << FunctionName(function);
+  }
+}
+
 // What uses a zeroed line sees 0 and its values.
 TEST(LineRanges, WidenZeroedLines)
 {
