@@ -79,7 +79,7 @@ struct ExemptionRule::Trial {
     const std::vector<double> effects = LineEffects(rule.tape, series, weights);
     std::vector<bool> plausible(rule.tape.lines.size(), false);
     for (LineId id = static_cast<LineId>(point.states.size()); id < plausible.size(); ++id)
-      plausible[id] = effects[id] + control.Sizes()[id] < AllowedLog2();
+      plausible[id] = rule.cuttable[id] && effects[id] + control.Sizes()[id] < AllowedLog2();
     // These stay in any cut.
     for (const LineId id : rule.tape.watched) plausible[id] = false;
     return plausible;
@@ -205,6 +205,7 @@ ExemptionRule::ExemptionRule(const Tape& tape, const RunSettings& settings, mpfr
     : tape(tape),
       settings(settings),
       lines(tape, bits),
+      cuttable(CuttableLines(tape)),
       isTooLarge(tape.lines.size() > kMostLines ||
                  tape.rightHandSides.size() * tape.lines.size() > kMostStatesTimesLines)
 {}

@@ -53,9 +53,10 @@ class ExemptionRule {
   const Tape& tape;
   RunSettings settings;
   LineRanges lines;
-  bool isTooLarge;      // the tape: bounds would cost more than steps
-  int failures = 0;     // in a row
-  int stepsToSkip = 0;  // before the next trial
+  std::vector<bool> cuttable;  // lines
+  bool isTooLarge;             // the tape: bounds would cost more than steps
+  int failures = 0;            // in a row
+  int stepsToSkip = 0;         // before the next trial
 };
 
 }  // namespace varno::solve

@@ -19,7 +19,15 @@ class Walk {
     met[line] = true;
     open.push_back(line);
   }
-  /// Does not go beyond the lines in `ends`.
+  void FinishByOperands()
+  {
+    while (!open.empty()) {
+      const LineId id = open.back();
+      open.pop_back();
+      ForEachOperand(tape, tape.lines[id], [this](LineId operand) { Meet(operand); });
+    }
+  }
+  /// By recurrences of functions, too. Does not go beyond the lines in `ends`.
   void Finish(const std::vector<bool>& ends)
   {
     while (!open.empty()) {
@@ -96,6 +104,14 @@ TapeCut CutAt(const Tape& tape, std::vector<bool> candidates)
     cut.leftOut[id] = !met[id] || candidates[id];
   }
   return cut;
+}
+
+std::vector<bool> CuttableLines(const Tape& tape)
+{
+  Walk walk(tape);
+  for (const LineId rightHandSide : tape.rightHandSides) walk.Meet(rightHandSide);
+  walk.FinishByOperands();
+  return walk.Met();
 }
 
 std::vector<bool> StillLines(const Tape& tape, const std::vector<bool>& leftOut)

@@ -18,6 +18,11 @@ struct TapeCut {
 /// lines are made of. One entry for each line, no state.
 TapeCut CutAt(const Tape& tape, std::vector<bool> candidates);
 
+/// The lines that a cut may lie at: those that right-hand sides are made of by operands. To others,
+/// as the cosine that a sine is made of, CutAt comes by recurrences of functions only, and leaves
+/// them aside as candidates.
+std::vector<bool> CuttableLines(const Tape& tape);
+
 /// The lines that do not move where some lines are left out: made of these and of constants only,
 /// as y is in y' = pulse. One entry for each line.
 std::vector<bool> StillLines(const Tape& tape, const std::vector<bool>& leftOut);

@@ -1,6 +1,8 @@
 #include "solve/integration/tape_cut.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
 
 #include <gtest/gtest.h>
 
@@ -63,6 +65,42 @@ TEST(TapeCut, KeepsWhatRecurrencesNeed)
   const TapeCut cut = CutAt(tape, LinesOf(tape, LineKind::kSquare));
   EXPECT_EQ(LinesOf(tape, LineKind::kSquare), cut.zeroed);
   EXPECT_EQ(1U, Count(cut.leftOut));
+}
+
+/// Those of the lines behind the states whose bits are set.
+std::vector<bool> Candidates(const Tape& tape, std::uint32_t mask)
+{
+  std::vector<bool> candidates(tape.lines.size(), false);
+  for (std::size_t id = tape.rightHandSides.size(); id < candidates.size(); ++id)
+    candidates[id] = ((mask >> (id - tape.rightHandSides.size())) & 1) != 0;
+  return candidates;
+}
+
+// Every set of candidates: those that are not cuttable change nothing.
+TEST(TapeCut, LiesAtCuttableLinesOnly)
+{
+  for (const Operation function :
+       {Operation::kSin, Operation::kTan, Operation::kTanh, Operation::kAtan, Operation::kErf}) {
+    for (const bool isNested : {false, true}) {
+      Equations m;
+      const Expression x = m.Variable("x", Rational(1, 2));
+      const Expression argument = isNested ? Function(Operation::kCos, x) : x * x;
+      m.SetDerivative(x, Function(function, argument) + x);
+      const Tape tape = Compile(m.Finished());
+      const std::vector<bool> cuttable = CuttableLines(tape);
+      const std::size_t count = tape.lines.size() - tape.rightHandSides.size();
+      ASSERT_LT(count, 16U);
+      EXPECT_LT(Count(cuttable), tape.lines.size());
+      for (std::uint32_t mask = 0; mask < 1U << count; ++mask) {
+        const std::vector<bool> all = Candidates(tape, mask);
+        std::vector<bool> some = all;
+        for (std::size_t id = 0; id < some.size(); ++id) some[id] = some[id] && cuttable[id];
+        const TapeCut cut = CutAt(tape, all), same = CutAt(tape, some);
+        ASSERT_EQ(cut.zeroed, same.zeroed) << static_cast<int>(function) << ", lines " << mask;
+        ASSERT_EQ(cut.leftOut, same.leftOut) << static_cast<int>(function) << ", lines " << mask;
+      }
+    }
+  }
 }
 
 // 1 + t^2, of which atan is made, is no longer its derivative when t^2 is 0; for an argument that
