@@ -110,6 +110,21 @@ TEST_P(Columns, AreExactForExtremeDigits)
   }
 }
 
+// Products whose high and low parts are both as large as can be: many more than 64 bits hold
+TEST_P(Columns, AreExactForManyTerms)
+{
+  constexpr int kDigits = 42, kCount = 800;
+  const WideTerms a = Filled(kDigits, kCount, [](int, int) { return kLargest; });
+  for (const std::int64_t digit : {kLargest - 1, 1 - kLargest}) {
+    const WideTerms b = Filled(kDigits, kCount, [&](int, int) { return digit; });
+    const mpz_class expected = kCount * ExactProduct(a, 0, b, 0, kDigits + 1);
+    std::vector<std::int64_t> digits(kDigits + 2);
+    GetParam()->sumProducts(a, b, 0, kCount - 1, kCount - 1, kDigits + 1, digits.data());
+    ExpectBalanced(digits);
+    EXPECT_EQ(expected, Whole(digits));
+  }
+}
+
 // Ranges of every length, and terms with every number of zeros before
 TEST_P(Columns, AreExactForDigitsAtRandom)
 {
