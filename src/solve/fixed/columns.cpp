@@ -9,8 +9,6 @@ namespace varno::solve {
 
 namespace {
 
-constexpr int kMostColumns = 68;
-
 /// The digits of a term as integers, from the first that is not 0.
 struct IntegerRow {
   std::array<std::int64_t, kMostColumns> digits;

@@ -31,6 +31,10 @@ struct ColumnKernel {
 };
 
 inline constexpr int kMostRowProducts = 50;
+inline constexpr int kMostColumns = 68;
+/// So many digits of a sum may stand before those of a term that it becomes: its columns reach as
+/// far behind the digits of the factors, which is less than the zeros there.
+inline constexpr int kMostDigitsBefore = WideTerms::kZeros - 1;
 
 /// By integers of 128 bits, for any processor.
 extern const ColumnKernel kIntegerColumns;

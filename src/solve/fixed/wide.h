@@ -91,18 +91,6 @@ class WideArithmetic {
   const ColumnKernel* kernel;
 };
 
-/// Settled series have no faster way here: narrow_settled.h.
-inline bool StoreSettledMultiple(WideTerms&, int, int, const WideTerms&, int)
-{
-  return false;
-}
-
-template <int kMostDigits>
-int StoreSettledPowers(WideTerms&, int, const WideValue<kMostDigits>&)
-{
-  return 0;
-}
-
 extern template class WideArithmetic<8>;
 extern template class WideArithmetic<24>;
 extern template class WideArithmetic<42>;

@@ -1,8 +1,26 @@
 #include "solve/fixed/wide_row.h"
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
 
 namespace varno::solve {
+
+bool StoreScaled(const ColumnKernel& kernel, WideTerms& terms, int k, const WideRow& factor,
+                 const WideDigits& digits)
+{
+  // Digits 0 of both make the digit `place` of the term, and may carry to those before.
+  const long place = terms.exponent - digits.exponent - factor.exponent;
+  const long before = std::max(0L, -place);
+  if (!terms.IsSettled() || before > kMostDigitsBefore || place + digits.leading > terms.n)
+    return false;
+  const int columns = terms.n + 1 + static_cast<int>(before);
+  const RowProduct product{factor.digits.data(), factor.Count(), digits.digits + digits.leading,
+                           static_cast<int>(place + before) + digits.leading};
+  std::array<std::int64_t, kMostColumns + 1> sum;
+  kernel.sumRows(&product, 1, columns, sum.data());
+  return terms.SetSettled(k, sum.data(), columns + 1, -static_cast<int>(before));
+}
 
 void WideReciprocals::Use(int digitsBehind, long newShift, bool negative)
 {

@@ -35,6 +35,23 @@ inline WideRow RowOf(std::int32_t whole)
   return {{static_cast<double>(whole)}, 1};
 }
 
+/// Digits that stand elsewhere: the first `leading` are 0.
+struct WideDigits {
+  const double* digits;
+  int leading;
+  long exponent;
+};
+
+inline WideDigits DigitsOf(const WideTerms& terms, int k)
+{
+  return {terms.Row(k), terms.leading[k], terms.exponent};
+}
+
+/// Stores factor * digits, with the zeros around them that a term has, as a term of a settled
+/// series. False, and nothing is stored, if the series is not settled or the term 0 or too large.
+bool StoreScaled(const ColumnKernel& kernel, WideTerms& terms, int k, const WideRow& factor,
+                 const WideDigits& digits);
+
 /// 2^shift / k or its negative for k = 1, 2, ..., each computed when it is asked for.
 class WideReciprocals {
  public:

@@ -5,14 +5,6 @@
 
 namespace varno::solve {
 
-namespace {
-
-/// So many digits of a sum may stand before those of the line: kernels read as many zeros behind a
-/// row, but one.
-constexpr long kMostBefore = WideTerms::kZeros - 1;
-
-}  // namespace
-
 template <int N>
 SettledLines<WideArithmetic<N>>::SettledLines(const LineOperands<WideArithmetic<N>>& operands)
     : operands(operands), kernel(&BestColumnKernel()), prepared(operands.tape.lines.size())
@@ -38,7 +30,8 @@ LineId SettledLines<WideArithmetic<N>>::StoreTerms(LineId first, int k)
     const Prepared& line = prepared[id];
     if (line.arrangement != arrangement) Prepare(id);
     if (!line.isUsable || !StoreTerm(line, k)) return id;
-    if (line.weighted != nullptr && !StoreScaled(*line.weighted, k, order, RowOfTerm(*line.s, k)))
+    if (line.weighted != nullptr &&
+        !StoreScaled(*kernel, *line.weighted, k, order, DigitsOf(*line.s, k)))
       return id;
   }
   return count;
@@ -50,7 +43,7 @@ bool SettledLines<WideArithmetic<N>>::StoreTerm(const Prepared& line, int k)
   switch (line.kind) {
     case LineKind::kState:
       // (2) x' = f: term k of x is scale / k times term k-1 of f.
-      return StoreScaled(*line.s, k, scaled.Of(k), RowOfTerm(*line.a, k - 1));
+      return StoreScaled(*kernel, *line.s, k, scaled.Of(k), DigitsOf(*line.a, k - 1));
     case LineKind::kCombination:
       return StoreCombination(line, k);
     case LineKind::kProduct:
@@ -93,50 +86,28 @@ bool SettledLines<WideArithmetic<N>>::StoreCombination(const Prepared& line, int
 template <int N>
 bool SettledLines<WideArithmetic<N>>::StoreQuotient(const Prepared& line, int k)
 {
-  Row row;
-  return MakeRow(row, line, line.a, k) && StoreScaled(*line.s, k, line.divisor, row);
+  WideDigits row;
+  return MakeRow(row, line, line.a, k) && StoreScaled(*kernel, *line.s, k, line.divisor, row);
 }
 
 /// s[k] = +-sum / k
 template <int N>
 bool SettledLines<WideArithmetic<N>>::StoreIntegral(const Prepared& line, int k)
 {
-  Row row;
-  return MakeRow(row, line, nullptr, k) && StoreScaled(*line.s, k, reciprocals.Of(k), row);
-}
-
-/// s[k] = factor * row
-template <int N>
-bool SettledLines<WideArithmetic<N>>::StoreScaled(WideTerms& s, int k, const WideRow& factor,
-                                                  const Row& row)
-{
-  // Digits 0 of both make the digit `place` of the term, and may carry to those before.
-  const long place = s.exponent - row.exponent - factor.exponent;
-  const long before = std::max(0L, -place);
-  if (before > kMostBefore || place + row.leading > s.n) return false;
-  const int columns = s.n + 1 + static_cast<int>(before);
-  const RowProduct product{factor.digits.data(), factor.Count(), row.digits + row.leading,
-                           static_cast<int>(place + before) + row.leading};
-  kernel->sumRows(&product, 1, columns, sum.data());
-  return s.IsSettled() && s.SetSettled(k, sum.data(), columns + 1, -static_cast<int>(before));
-}
-
-template <int N>
-auto SettledLines<WideArithmetic<N>>::RowOfTerm(const WideTerms& terms, int k) const -> Row
-{
-  return {terms.Row(k), terms.leading[k], terms.exponent};
+  WideDigits row;
+  return MakeRow(row, line, nullptr, k) && StoreScaled(*kernel, *line.s, k, reciprocals.Of(k), row);
 }
 
 /// The sum with its sign as a row, with term k of a series added to it where there is one; false if
 /// that is far larger.
 template <int N>
-bool SettledLines<WideArithmetic<N>>::MakeRow(Row& row, const Prepared& line, const WideTerms* a,
-                                              int k)
+bool SettledLines<WideArithmetic<N>>::MakeRow(WideDigits& row, const Prepared& line,
+                                              const WideTerms* a, int k)
 {
   const bool isAdded = a != nullptr && a->started && a->leading[k] < a->n;
   const long place = isAdded ? line.exponent - a->exponent : 0;  // of digit 0 of the term
   const long front = 1 + std::max(0L, -place);                   // the first takes the carry
-  if (front > kMostBefore) return false;
+  if (front > kMostDigitsBefore) return false;
   std::array<std::int64_t, kMostSumDigits> digits{};
   const auto count = static_cast<int>(front) + line.columns + 1;
   for (int i = 0; i <= line.columns; ++i) digits[front + i] = line.isNegative ? -sum[i] : sum[i];
@@ -257,7 +228,7 @@ bool SettledLines<WideArithmetic<N>>::PrepareCombination(Prepared& line, LineId 
     if (place > s.n) continue;
     line.operands.push_back({&a, std::move(row), static_cast<int>(place)});
   }
-  if (before > kMostBefore || line.operands.size() > kMostRowProducts) return false;
+  if (before > kMostDigitsBefore || line.operands.size() > kMostRowProducts) return false;
   for (Operand& operand : line.operands) operand.column += static_cast<int>(before);
   line.place = -static_cast<int>(before);
   line.columns = s.n + 1 + static_cast<int>(before);

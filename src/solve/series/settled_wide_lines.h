@@ -4,8 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "solve/fixed/wide.h"
-#include "solve/fixed/wide_row.h"
+#include "solve/fixed/wide_settled.h"
 #include "solve/series/settled_lines.h"
 
 namespace varno::solve {
@@ -47,20 +46,11 @@ class SettledLines<WideArithmetic<kMostDigits>> {
     WideRow divisor;
     std::vector<Operand> operands;  // of a combination
   };
-  /// Digits as a row of terms has them.
-  struct Row {
-    const double* digits;
-    int leading;
-    long exponent;
-  };
-
   bool StoreTerm(const Prepared& line, int k);
   bool StoreCombination(const Prepared& line, int k);
   bool StoreQuotient(const Prepared& line, int k);
   bool StoreIntegral(const Prepared& line, int k);
-  bool StoreScaled(WideTerms& s, int k, const WideRow& factor, const Row& row);
-  Row RowOfTerm(const WideTerms& terms, int k) const;
-  bool MakeRow(Row& row, const Prepared& line, const WideTerms* a, int k);
+  bool MakeRow(WideDigits& row, const Prepared& line, const WideTerms* a, int k);
   void Prepare(LineId id);
   static bool PrepareSum(Prepared& line, const WideTerms& a, const WideTerms& b);
   static bool PrepareProducts(Prepared& line, const WideTerms& a, const WideTerms& b);

@@ -1,0 +1,19 @@
+#include "solve/fixed/wide_settled.h"
+
+namespace varno::solve {
+
+bool StoreSettledMultiple(WideTerms& terms, int m, int whole, const WideTerms& from, int k)
+{
+  return StoreScaled(BestColumnKernel(), terms, m, RowOf(whole), DigitsOf(from, k));
+}
+
+int StoreSettledPowers(WideTerms& terms, int first, const WideRow& factor)
+{
+  const ColumnKernel& kernel = BestColumnKernel();
+  for (int k = first - 1; k >= 0; --k) {
+    if (!StoreScaled(kernel, terms, k, factor, DigitsOf(terms, k + 1))) return first - 1 - k;
+  }
+  return first;
+}
+
+}  // namespace varno::solve
