@@ -9,40 +9,26 @@ namespace varno::solve {
 
 namespace {
 
-/// The digits of a term as integers, from the first that is not 0.
-struct IntegerRow {
-  std::array<std::int64_t, kMostColumns> digits;
-  int first, end;
-
-  IntegerRow(const WideTerms& terms, int k, int columns)
-      : first(terms.leading[k]), end(std::min(terms.n, columns))
-  {
-    const double* const row = terms.Row(k);
-    for (int i = first; i < end; ++i) digits[i] = static_cast<std::int64_t>(row[i]);
-  }
-};
-
 class IntegerSums {
  public:
   explicit IntegerSums(int columns) : columns(columns) { std::fill_n(sums.begin(), columns, 0); }
 
-  void Add(const IntegerRow& x, const IntegerRow& y)
+  void Add(const RowProduct& product)
   {
-    for (int i = x.first; i < x.end; ++i) {
-      const int end = std::min(y.end, columns - i);
-      for (int m = y.first; m < end; ++m)
-        sums[i + m] += static_cast<Int128>(x.digits[i]) * y.digits[m];
+    const int reached = columns - product.column;
+    std::array<std::int64_t, kMostColumns> y;
+    for (int i = 0; i < reached; ++i) y[i] = static_cast<std::int64_t>(product.y[i]);
+    for (int i = 0; i < std::min(product.xCount, reached); ++i) {
+      const auto x = static_cast<std::int64_t>(product.x[i]);
+      Int128* const sum = &sums[product.column + i];
+      for (int m = 0; m < reached - i; ++m) sum[m] += static_cast<Int128>(x) * y[m];
     }
   }
 
-  void Add(const RowProduct& product)
+  void Add(const WideTerms& a, int j, const WideTerms& b, int i)
   {
-    for (int i = 0; i < product.xCount; ++i) {
-      const auto x = static_cast<std::int64_t>(product.x[i]);
-      for (int c = product.column + i; c < columns; ++c)
-        sums[c] +=
-            static_cast<Int128>(x) * static_cast<std::int64_t>(product.y[c - product.column - i]);
-    }
+    const int aZeros = a.leading[j], bZeros = b.leading[i];
+    Add({a.Row(j) + aZeros, a.n - aZeros, b.Row(i) + bZeros, aZeros + bZeros});
   }
 
   void Double()
@@ -70,21 +56,16 @@ void SumProducts(const WideTerms& a, const WideTerms& b, int first, int last, in
                  std::int64_t* digits)
 {
   IntegerSums sums(columns);
-  for (int j = first; j <= last; ++j)
-    sums.Add(IntegerRow(a, j, columns), IntegerRow(b, k - j, columns));
+  for (int j = first; j <= last; ++j) sums.Add(a, j, b, k - j);
   sums.ToDigits(digits);
 }
 
 void SumSquare(const WideTerms& a, int first, int k, int columns, std::int64_t* digits)
 {
   IntegerSums sums(columns);
-  for (int j = first; 2 * j < k; ++j)
-    sums.Add(IntegerRow(a, j, columns), IntegerRow(a, k - j, columns));
+  for (int j = first; 2 * j < k; ++j) sums.Add(a, j, a, k - j);
   sums.Double();
-  if (k % 2 == 0) {
-    const IntegerRow middle(a, k / 2, columns);
-    sums.Add(middle, middle);
-  }
+  if (k % 2 == 0) sums.Add(a, k / 2, a, k / 2);
   sums.ToDigits(digits);
 }
 
