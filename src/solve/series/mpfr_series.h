@@ -4,11 +4,12 @@
 #include <utility>
 #include <vector>
 
-#include "solve/evaluation/elementary.h"
 #include "solve/series/series.h"
 #include "solve/series/term_store.h"
 
 namespace varno::solve {
+
+enum class Outcome;
 
 /// The Taylor terms of a tape with one MPFR number for each term, all of the same precision.
 ///
