@@ -2,6 +2,9 @@
 
 #include <cassert>
 
+#include "solve/fixed/sine.h"
+#include "solve/number/real.h"
+
 namespace varno::solve {
 
 namespace {
@@ -35,6 +38,20 @@ void ArcHyperbolicCotangent(mpfr_ptr result, mpfr_srcptr a)
   mpfr_ui_div(inverse, 1, a, kNearest);
   mpfr_atanh(result, inverse, kNearest);
   mpfr_clear(inverse);
+}
+
+/// A sine or a cosine. MPFR's are computed in a thousandth part of a millisecond and more; at few
+/// digits that is more than all other operations of a step take.
+void SineOrCosine(Operation operation, mpfr_ptr result, mpfr_srcptr a)
+{
+  Real other(mpfr_get_prec(result));
+  const bool isSine = operation == Operation::kSin;
+  if (SetSineAndCosine(isSine ? result : other, isSine ? other : result, a)) return;
+  if (isSine) {
+    mpfr_sin(result, a, kNearest);
+  } else {
+    mpfr_cos(result, a, kNearest);
+  }
 }
 
 void Compute(Operation operation, mpfr_ptr result, mpfr_srcptr a, mpfr_srcptr b)
@@ -71,10 +88,8 @@ void Compute(Operation operation, mpfr_ptr result, mpfr_srcptr a, mpfr_srcptr b)
       mpfr_log(result, a, kNearest);
       return;
     case Operation::kSin:
-      mpfr_sin(result, a, kNearest);
-      return;
     case Operation::kCos:
-      mpfr_cos(result, a, kNearest);
+      SineOrCosine(operation, result, a);
       return;
     case Operation::kTan:
       mpfr_tan(result, a, kNearest);
@@ -211,7 +226,7 @@ Outcome ApplyPair(Operation operation, mpfr_ptr sine, mpfr_ptr cosine, mpfr_srcp
   if (IsOutOfRange(operation, a)) return Outcome::kOutOfRange;
   mpfr_clear_overflow();
   if (operation == Operation::kSin) {
-    mpfr_sin_cos(sine, cosine, a, kNearest);
+    if (!SetSineAndCosine(sine, cosine, a)) mpfr_sin_cos(sine, cosine, a, kNearest);
   } else {
     mpfr_sinh_cosh(sine, cosine, a, kNearest);
   }
