@@ -1,6 +1,7 @@
 #include "solve/number/moment.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 namespace varno::solve {
@@ -20,6 +21,47 @@ void EvaluateFraction(mpq_srcptr fraction, mpfr_ptr result)
   } else {
     mpfr_set_q(result, fraction, MPFR_RNDN);
   }
+}
+
+/// The exponent of a denominator that is a power of 2; none of others.
+std::optional<mp_bitcnt_t> ExponentOfDenominator(const Rational& x)
+{
+  mpz_srcptr denominator = mpq_denref(x.get_mpq_t());
+  const mp_bitcnt_t zeros = mpz_scan1(denominator, 0);
+  if (mpz_sizeinbase(denominator, 2) != zeros + 1) return std::nullopt;
+  return zeros;
+}
+
+/// sum += sign * x: without the common divisors that a sum of any fractions asks for where both
+/// denominators are powers of 2, as in the times of steps.
+void AddFraction(Rational& sum, const Rational& x, int sign)
+{
+  const std::optional<mp_bitcnt_t> ofSum = ExponentOfDenominator(sum),
+                                   ofX = ExponentOfDenominator(x);
+  if (!ofSum || !ofX) {
+    if (sign > 0) {
+      sum += x;
+    } else {
+      sum -= x;
+    }
+    return;
+  }
+  const mp_bitcnt_t exponent = std::max(*ofSum, *ofX);
+  mpz_ptr numerator = mpq_numref(sum.get_mpq_t()), denominator = mpq_denref(sum.get_mpq_t());
+  mpz_mul_2exp(numerator, numerator, exponent - *ofSum);
+  Integer other;
+  mpz_mul_2exp(other.get_mpz_t(), mpq_numref(x.get_mpq_t()), exponent - *ofX);
+  if (sign > 0) {
+    mpz_add(numerator, numerator, other.get_mpz_t());
+  } else {
+    mpz_sub(numerator, numerator, other.get_mpz_t());
+  }
+  const mp_bitcnt_t common =
+      mpz_sgn(numerator) == 0 ? exponent : std::min(exponent, mpz_scan1(numerator, 0));
+  if (common > 0) mpz_tdiv_q_2exp(numerator, numerator, common);
+  if (exponent - common == *ofSum) return;
+  mpz_set_ui(denominator, 1);
+  mpz_mul_2exp(denominator, denominator, exponent - common);
 }
 
 }  // namespace
@@ -42,14 +84,14 @@ void Moment::Add(const Rational& factor, const std::shared_ptr<const Constant>& 
 
 Moment& Moment::operator+=(const Moment& other)
 {
-  rational += other.rational;
+  AddFraction(rational, other.rational, 1);
   for (const Multiple& multiple : other.multiples) Add(multiple.factor, multiple.constant);
   return *this;
 }
 
 Moment& Moment::operator-=(const Moment& other)
 {
-  rational -= other.rational;
+  AddFraction(rational, other.rational, -1);
   for (const Multiple& multiple : other.multiples) Add(-multiple.factor, multiple.constant);
   return *this;
 }

@@ -1,6 +1,7 @@
 #include "solve/number/moment.h"
 
 #include <memory>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -22,6 +23,26 @@ TEST(Moment, TenTenthsAreOne)
   EXPECT_TRUE(sum == Moment(Rational(1)));
   EXPECT_EQ(1, sum.RationalPart());
   EXPECT_EQ(0, (sum - Moment(Rational(1))).Sign());
+}
+
+// Fractions with powers of 2 below them are added apart from others.
+TEST(Moment, SumsOfAllFractionsAreExact)
+{
+  const std::vector<Rational> fractions = {Rational(0),       Rational(1),      Rational(-7),
+                                           Rational(3, 8),    Rational(-3, 8),  Rational(5, 8),
+                                           Rational(-1, 512), Rational(9, 512), Rational(1, 3),
+                                           Rational(-2, 3),   Rational(5, 24)};
+  for (const Rational& a : fractions) {
+    for (const Rational& b : fractions) {
+      EXPECT_EQ(Rational(a + b), (Moment(a) + Moment(b)).RationalPart()) << a << " + " << b;
+      EXPECT_EQ(Rational(a - b), (Moment(a) - Moment(b)).RationalPart()) << a << " - " << b;
+    }
+    Moment twice(a), none(a);
+    twice += twice;
+    none -= none;
+    EXPECT_EQ(Rational(2 * a), twice.RationalPart());
+    EXPECT_EQ(Rational(0), none.RationalPart());
+  }
 }
 
 TEST(Moment, OrdersExactly)
