@@ -62,33 +62,26 @@ constexpr std::size_t kLanes = 4;
                        middle);
 }
 
-[[gnu::target("avx2")]] inline __m128d TableEntry(long long i)
-{
-  return _mm_load_pd(&kLog2Table.entries[static_cast<std::size_t>(i)].reciprocal);
-}
-
 /// FastLog2 of four numbers, operation by operation.
 [[gnu::target("avx2")]] inline __m256d FastLogs(__m256d x, __m256i shift)
 {
   const __m256i pattern = _mm256_castpd_si256(x);
-  const __m256i part = _mm256_and_si256(_mm256_srli_epi64(pattern, 47), _mm256_set1_epi64x(31));
-  const __m256d m =
-      _mm256_or_pd(_mm256_and_pd(x, _mm256_castsi256_pd(_mm256_set1_epi64x(0x000FFFFFFFFFFFFF))),
-                   _mm256_set1_pd(1));
-  // Entry by entry: to gather them takes longer.
-  const __m256d even = _mm256_set_m128d(TableEntry(_mm256_extract_epi64(part, 2)),
-                                        TableEntry(_mm256_extract_epi64(part, 0)));
-  const __m256d odd = _mm256_set_m128d(TableEntry(_mm256_extract_epi64(part, 3)),
-                                       TableEntry(_mm256_extract_epi64(part, 1)));
-  const __m256d reciprocals = _mm256_unpacklo_pd(even, odd);
-  const __m256d logs = _mm256_unpackhi_pd(even, odd);
-  const __m256d r = _mm256_sub_pd(_mm256_mul_pd(m, reciprocals), _mm256_set1_pd(1));
-  __m256d rest = _mm256_mul_pd(r, _mm256_set1_pd(kByLn2 / 4));
-  rest = _mm256_mul_pd(r, _mm256_sub_pd(_mm256_set1_pd(kByLn2 / 3), rest));
-  rest = _mm256_mul_pd(r, _mm256_sub_pd(_mm256_set1_pd(kByLn2 / 2), rest));
-  rest = _mm256_mul_pd(r, _mm256_sub_pd(_mm256_set1_pd(kByLn2), rest));
-  const __m256i exponent = _mm256_add_epi64(_mm256_srli_epi64(pattern, 52), shift);
-  return _mm256_add_pd(SmallToDoubles(exponent), _mm256_add_pd(logs, rest));
+  const __m256d one = _mm256_set1_pd(1);
+  const __m256d above1 = _mm256_or_pd(
+      _mm256_and_pd(x, _mm256_castsi256_pd(_mm256_set1_epi64x(0x000FFFFFFFFFFFFF))), one);
+  const __m256d isLarge = _mm256_cmp_pd(above1, _mm256_set1_pd(kRootOf2), _CMP_GT_OQ);
+  const __m256d m = _mm256_blendv_pd(above1, _mm256_mul_pd(_mm256_set1_pd(0.5), above1), isLarge);
+  const __m256d s = _mm256_div_pd(_mm256_sub_pd(m, one), _mm256_add_pd(m, one));
+  const __m256d square = _mm256_mul_pd(s, s);
+  const auto& [a, b, c, d, e] = kLog2Terms;
+  __m256d sum = _mm256_add_pd(_mm256_set1_pd(d), _mm256_mul_pd(square, _mm256_set1_pd(e)));
+  sum = _mm256_add_pd(_mm256_set1_pd(c), _mm256_mul_pd(square, sum));
+  sum = _mm256_add_pd(_mm256_set1_pd(b), _mm256_mul_pd(square, sum));
+  sum = _mm256_add_pd(_mm256_set1_pd(a), _mm256_mul_pd(square, sum));
+  // Where it is true, it is -1.
+  const __m256i exponent = _mm256_sub_epi64(_mm256_add_epi64(_mm256_srli_epi64(pattern, 52), shift),
+                                            _mm256_castpd_si256(isLarge));
+  return _mm256_add_pd(SmallToDoubles(exponent), _mm256_mul_pd(s, sum));
 }
 
 [[gnu::target("avx2")]] inline __m256i Load(const std::int64_t* x)
