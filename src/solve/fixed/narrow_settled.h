@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -44,18 +45,50 @@ struct NarrowSums {
     crosses += static_cast<Int128>(low) * ratio.high;
   }
   /// a[j] b[k-j] for j = first..last
-  static NarrowSums OfProducts(const NarrowTerms& a, const NarrowTerms& b, int first, int last,
-                               int k);
+  [[gnu::always_inline]] static NarrowSums OfProducts(const NarrowTerms& a, const NarrowTerms& b,
+                                                      int first, int last, int k);
   /// a[j] a[k-j] for j = first..k-first
-  static NarrowSums OfProducts(const NarrowTerms& a, int first, int k);
+  [[gnu::always_inline]] static NarrowSums OfProducts(const NarrowTerms& a, int first, int k);
 
-  /// In units of the operands' product.
-  Int128 Total() const
-  {
-    narrow::Unnoted lost;
-    return highs + narrow::ShiftRightBelowWord(crosses, narrow::kDigitBits, lost);
-  }
+  /// In units of the operands' product, to nearest.
+  Int128 Total() const { return highs + ((crosses + narrow::kDigit / 2) >> narrow::kDigitBits); }
 };
+
+inline NarrowSums NarrowSums::OfProducts(const NarrowTerms& a, const NarrowTerms& b, int first,
+                                         int last, int k)
+{
+  const std::int64_t *aHigh = a.high.data() + first, *aLow = a.low.data() + first;
+  const std::int64_t *bHigh = b.high.data() + (k - first), *bLow = b.low.data() + (k - first);
+  // Locals: the sums stay in registers.
+  Int128 highSum = 0, crossSum = 0;
+  const auto add = [&](std::ptrdiff_t j) {
+    const std::int64_t high = aHigh[j], other = bHigh[-j];
+    highSum += static_cast<Int128>(high) * other;
+    crossSum += static_cast<Int128>(high) * bLow[-j];
+    crossSum += static_cast<Int128>(other) * aLow[j];
+  };
+  const std::ptrdiff_t count = last - first + 1;
+  std::ptrdiff_t j = 0;
+  for (; j < count - 1; j += 2) {
+    add(j);
+    add(j + 1);
+  }
+  if (j < count) add(j);
+  return {highSum, crossSum};
+}
+
+inline NarrowSums NarrowSums::OfProducts(const NarrowTerms& a, int first, int k)
+{
+  NarrowSums sums = OfProducts(a, a, first, k > 0 ? (k - 1) / 2 : -1, k);
+  sums.highs *= 2;
+  sums.crosses *= 2;
+  if (k % 2 == 0 && k / 2 >= first) {
+    const std::int64_t high = a.high[k / 2];
+    sums.highs += static_cast<Int128>(high) * high;
+    sums.crosses += 2 * (static_cast<Int128>(high) * a.low[k / 2]);
+  }
+  return sums;
+}
 
 namespace narrow {
 
@@ -96,21 +129,41 @@ constexpr std::array<NarrowRatio, kMostOrder + 1> Reciprocals()
 
 inline constexpr std::array<NarrowRatio, kMostOrder + 1> kReciprocals = Reciprocals();
 
-/// Stores mantissa 2^up units, -64 < up <= kMostUp, as a term of a settled series. False, and
-/// nothing is stored, if it is 0 or does not fit.
-[[gnu::always_inline]] inline bool StoreSettled(NarrowTerms& terms, int k, Int128 mantissa, int up)
+/// A shift by a power of 2 with which sums are stored as terms.
+struct TermShift {
+  int up = 0;
+  /// 2^up, or for a shift to the right what rounds to nearest.
+  std::uint64_t factor = 1;
+  /// What fits is below 2^64 times this.
+  std::uint64_t limit = std::uint64_t{1} << (kTermBits - 64);
+
+  constexpr TermShift() = default;
+  /// Of -64 < up <= kMostUp.
+  constexpr explicit TermShift(int up)
+      : up(up),
+        factor(std::uint64_t{1} << (up < 0 ? -up - 1 : up)),
+        limit(std::uint64_t{1} << std::min(kTermBits - 64 - up, 62))
+  {}
+};
+
+/// Stores mantissa 2^shift.up units, rounded to nearest, as a term of a series that has its
+/// exponent and has lost bits, or loses some by this term. False, and nothing is stored, if it is 0
+/// or does not fit.
+[[gnu::always_inline]] inline bool StoreSettled(NarrowTerms& terms, int k, Int128 mantissa,
+                                                const TermShift& shift)
 {
-  if (mantissa == 0) return false;
-  if (up < 0) {
-    Unnoted lost;
-    mantissa = ShiftRightBelowWord(mantissa, -up, lost);
-    if (!FitsBits(mantissa, kTermBits)) return false;
-  } else {
-    if (!FitsBits(mantissa, kTermBits - up)) return false;
-    mantissa = ShiftLeftBelowWord(mantissa, up);
+  const auto top = static_cast<std::uint64_t>(mantissa >> 64);
+  if (mantissa == 0 || top + shift.limit >= 2 * shift.limit) return false;
+  if (shift.up < 0) {
+    mantissa = (mantissa + shift.factor) >> (static_cast<unsigned>(-shift.up) & 63);
+  } else if (shift.up > 0) {
+    // By words: a product of 128 bits takes a third one, a shift through memory as long.
+    const UInt128 low = static_cast<UInt128>(static_cast<std::uint64_t>(mantissa)) * shift.factor;
+    mantissa = static_cast<Int128>(low + (static_cast<UInt128>(top * shift.factor) << 64));
   }
   SetDigits(terms, k, mantissa);
   terms.exactZero[k] = 0;
+  terms.inexact = true;
   return true;
 }
 
@@ -126,7 +179,8 @@ inline bool StoreSettledMultiple(NarrowTerms& terms, int m, int whole, const Nar
   const Int128 high = static_cast<Int128>(from.high[k]) * whole;
   const Int128 low = static_cast<Int128>(from.low[k]) * whole;
   return terms.IsSettled() && narrow::IsShift(up) &&
-         narrow::StoreSettled(terms, m, high * narrow::kDigit + low, static_cast<int>(up));
+         narrow::StoreSettled(terms, m, high * narrow::kDigit + low,
+                              narrow::TermShift(static_cast<int>(up)));
 }
 
 /// Stores the terms before the first, which is there, each the product of the one behind it with a

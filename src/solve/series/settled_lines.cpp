@@ -28,74 +28,117 @@ LineId Lines::StoreTerms(LineId first, int k)
   Prepared *const begin = prepared.data(), *const end = begin + prepared.size();
   Prepared* line = begin + first;
   for (; line != end; ++line) {
-    if (line->arrangement != arrangement) Prepare(static_cast<LineId>(line - begin));
-    const std::optional<NarrowSums> sums = Term(*line, k);
-    if (!sums) break;
-    const Int128 term = sums->Total();
-    if (!narrow::StoreSettled(*line->s, k, line->isNegative ? -term : term, line->up)) break;
-    if (line->weighted != nullptr && !StoreSettledMultiple(*line->weighted, k, k, *line->s, k))
-      break;
+    if (line->kind == kUnprepared) Prepare(static_cast<LineId>(line - begin), k);
+    if (StoreTerm(*line, k)) continue;
+    // What is not settled yet may be so after this term, which is to be computed in another way.
+    if (!line->s->inexact) line->kind = kUnprepared;
+    break;
   }
   return static_cast<LineId>(line - begin);
 }
 
-/// Term k as sums of digits, in units of 2^up units of the line, but for its sign; none where they
-/// do not hold it.
-[[gnu::always_inline]] inline std::optional<NarrowSums> Lines::Term(const Prepared& line, int k)
+/// Stores term k, and the weighted one; false if that is to be done in another way.
+[[gnu::always_inline]] inline bool Lines::StoreTerm(const Prepared& line, int k)
 {
   const NarrowRatio& byK = narrow::kReciprocals[static_cast<std::size_t>(k)];
   NarrowSums sums;
+  Int128 term = 0;
   switch (line.kind) {
     case LineKind::kState:
       // (2) x' = f: term k of x is scale / k times term k-1 of f.
       sums.Add(line.a->high[k - 1], line.a->low[k - 1], byK);
-      return sums;
+      term = sums.Total();
+      if (line.isNegative) term = -term;
+      break;
     case LineKind::kCombination:
-      return line.sum.Term(k);
+      term = line.sum.Term(k).Total();
+      break;
     case LineKind::kProduct:
-      return NarrowSums::OfProducts(*line.a, *line.b, 0, k, k);
+      term = NarrowSums::OfProducts(*line.a, *line.b, 0, k, k).Total();
+      break;
     case LineKind::kSquare:
-      return NarrowSums::OfProducts(*line.a, 0, k);
+      term = NarrowSums::OfProducts(*line.a, 0, k).Total();
+      break;
     case LineKind::kQuotient:
-      return Quotient(line, k, NarrowSums::OfProducts(*line.b, *line.s, 1, k, k));
+      // (6) s[k] = (a[k] - sum over j = 1..k of b[j] s[k-j]) / b[0]
+      term = -NarrowSums::OfProducts(*line.b, *line.s, 1, k, k).Total();
+      if (!Divide(line, k, term)) return false;
+      break;
     case LineKind::kSquareRoot:
-      return Quotient(line, k, NarrowSums::OfProducts(*line.s, 1, k));
-    case LineKind::kIntegralOfProduct: {
+      // (7) s[k] = (a[k] - sum over j = 1..k-1 of s[j] s[k-j]) / (2 s[0])
+      term = -NarrowSums::OfProducts(*line.s, 1, k).Total();
+      if (!Divide(line, k, term)) return false;
+      break;
+    case LineKind::kIntegralOfProduct:
       // (9) s' = +-b a': k s[k] = +-(sum over j = 1..k of j a[j] b[k-j])
-      const Int128 products = NarrowSums::OfProducts(*line.a, *line.b, 1, k, k).Total();
-      if (!narrow::FitsBits(products, narrow::kValueBits)) return std::nullopt;
-      sums.Add(products, byK);
-      return sums;
-    }
+      term = NarrowSums::OfProducts(*line.a, *line.b, 1, k, k).Total();
+      if (!narrow::FitsBits(term, narrow::kValueBits)) return false;
+      sums.Add(term, byK);
+      term = sums.Total();
+      if (line.isNegative) term = -term;
+      break;
     default:
-      return std::nullopt;
+      return false;
   }
+  if (!narrow::StoreSettled(*line.s, k, term, line.shift)) return false;
+  return line.weighted == nullptr || StoreSettledMultiple(*line.weighted, k, k, *line.s, k);
 }
 
-/// (6), (7) s[k] = (a[k] - products) / divisor
-std::optional<NarrowSums> Lines::Quotient(const Prepared& line, int k, const NarrowSums& products)
+/// Adds term k of the operand to the products and divides; false if these are too large.
+[[gnu::always_inline]] inline bool Lines::Divide(const Prepared& line, int k, Int128& products)
 {
-  const Int128 total = -products.Total();
-  if (!narrow::FitsBits(total, narrow::kValueBits)) return std::nullopt;
+  if (!narrow::FitsBits(products, narrow::kValueBits)) return false;
   NarrowSums sums;
-  sums.Add(total, line.ofProducts);
+  sums.Add(products, line.ofProducts);
   sums.Add(line.a->high[k], line.a->low[k], line.ofOperand);
-  return sums;
+  products = sums.Total();
+  return true;
 }
 
 // ---------------------------------------------------------------------------------------------
 // What is constant while the exponents stay
 
-void Lines::Prepare(LineId id)
+void Lines::Prepare(LineId id, int k)
 {
   Prepared& line = prepared[id];
   line.s = &operands.terms[id];
   line.weighted = Weighted(id);
   line.kind = kOtherKind;
-  // It may be settled after the next term.
-  if (!line.s->IsSettled()) return;
-  line.arrangement = arrangement;
+  if (!line.s->started || !(line.s->inexact || LosesBits(id, k))) return;
   if (SetUp(line, id)) line.kind = operands.tape.lines[id].kind;
+}
+
+/// Whether term k, unless it is 0, drops bits for certain, or is made of what has.
+bool Lines::LosesBits(LineId id, int k) const
+{
+  const Line& line = operands.tape.lines[id];
+  const auto isInexact = [&](LineId a, int j) {
+    const NarrowTerms& row = operands.terms[a];
+    return row.IsSettled() && row.exactZero[j] == 0;
+  };
+  switch (line.kind) {
+    case LineKind::kState: {
+      const LineId derivative = operands.tape.rightHandSides[line.index];
+      // Only what has no low digit is ever divided without a rest.
+      return isInexact(derivative, k - 1) || (k > 1 && operands.terms[derivative].low[k - 1] != 0);
+    }
+    case LineKind::kCombination: {
+      const Factor* const first = &operands.tape.factors[line.firstFactor];
+      return std::any_of(first, first + line.factorCount,
+                         [&](const Factor& factor) { return isInexact(factor.line, k); });
+    }
+    case LineKind::kProduct:
+    case LineKind::kSquare: {
+      const NarrowTerms &a = operands.terms[line.a],
+                        &b = line.kind == LineKind::kSquare ? a : operands.terms[line.b];
+      return a.started && b.started && (a.inexact || b.inexact || (a.hasLow && b.hasLow));
+    }
+    case LineKind::kQuotient:
+    case LineKind::kSquareRoot:
+      return operands.divisors[id].inexact;
+    default:
+      return false;
+  }
 }
 
 /// Whether its terms are made here.
@@ -133,8 +176,9 @@ bool Lines::SetUp(Prepared& line, LineId id) const
 bool Lines::SetUnits(Prepared& line, long exponent)
 {
   const long up = exponent - line.s->exponent;
-  line.up = static_cast<int>(up);
-  return narrow::IsShift(up);
+  if (!narrow::IsShift(up)) return false;
+  line.shift = narrow::TermShift(static_cast<int>(up));
+  return true;
 }
 
 bool Lines::PrepareSum(Prepared& line, LineId id) const
@@ -149,7 +193,7 @@ bool Lines::PrepareSum(Prepared& line, LineId id) const
     }
   }
   if (!line.sum.Prepare(*line.s)) return false;
-  line.up = line.sum.Up();
+  line.shift = narrow::TermShift(line.sum.Up());
   return true;
 }
 
@@ -163,7 +207,7 @@ bool Lines::PrepareDivision(Prepared& line, LineId id, long products) const
   const long largest = narrow::RatioBits(divisor, std::max(products, operand), exponent);
   const long up = std::max(0L, largest - NarrowRatio::kMostBits);
   if (!narrow::IsShift(up)) return false;
-  line.up = static_cast<int>(up);
+  line.shift = narrow::TermShift(static_cast<int>(up));
   line.ofProducts = narrow::RatioIn(divisor, products, exponent, up);
   line.ofOperand = narrow::RatioIn(divisor, operand, exponent, up);
   return true;

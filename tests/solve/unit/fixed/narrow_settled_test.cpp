@@ -101,7 +101,7 @@ TEST(NarrowSettled, StoresWhatFitsToNearest)
       NarrowTerms terms = Row({0, 0}, 7);
       terms.exactZero[1] = 1;
       const mpq_class expected = TimesPower(Whole(mantissa), up);
-      const bool isStored = narrow::StoreSettled(terms, 1, mantissa, up);
+      const bool isStored = narrow::StoreSettled(terms, 1, mantissa, narrow::TermShift(up));
       const mpz_class limit = mpz_class(1) << narrow::kTermBits;
       if (abs(expected) < limit - 1 && mantissa != 0) {
         EXPECT_TRUE(isStored);
@@ -121,7 +121,7 @@ TEST(NarrowSettled, StoresWhatFitsToNearest)
 TEST(NarrowSettled, StoresNoZero)
 {
   NarrowTerms terms = Row({0, 0}, 0);
-  EXPECT_FALSE(narrow::StoreSettled(terms, 1, 0, 0));
+  EXPECT_FALSE(narrow::StoreSettled(terms, 1, 0, narrow::TermShift()));
 }
 
 TEST(NarrowSettled, DividesByReciprocals)
@@ -201,7 +201,7 @@ TEST(NarrowSettled, MultipliesByWholeNumbersAndPowers)
   // 0.7^j
   NarrowTerms powers = Row(std::vector<Int128>(30), 2);
   const NarrowFactor factor = FactorOf("0.7");
-  ASSERT_TRUE(narrow::StoreSettled(powers, 29, static_cast<Int128>(1) << 118, 0));
+  ASSERT_TRUE(narrow::StoreSettled(powers, 29, static_cast<Int128>(1) << 118, narrow::TermShift()));
   EXPECT_EQ(StoreSettledPowers(powers, 29, factor), 29);
   mpq_class expected = 1;
   for (int j = 0; j < 30; ++j, expected *= mpq_class(7, 10)) {
@@ -212,7 +212,7 @@ TEST(NarrowSettled, MultipliesByWholeNumbersAndPowers)
 TEST(NarrowSettled, EndsPowersWhereTheyCannotBeSeen)
 {
   NarrowTerms powers = Row(std::vector<Int128>(30), 2);
-  ASSERT_TRUE(narrow::StoreSettled(powers, 29, static_cast<Int128>(1) << 118, 0));
+  ASSERT_TRUE(narrow::StoreSettled(powers, 29, static_cast<Int128>(1) << 118, narrow::TermShift()));
   // 2^-50, 2^-100: what follows is below the last bit.
   const int stored = StoreSettledPowers(powers, 29, FactorOf("8.8817841970012523e-16"));
   EXPECT_LT(stored, 29);
@@ -239,7 +239,7 @@ mpq_class Allowed(const std::vector<Operand>& operands, long exponent)
 
 bool StoreTerm(const NarrowScaledSum& scaled, NarrowTerms& sum, int k)
 {
-  return narrow::StoreSettled(sum, k, scaled.Term(k).Total(), scaled.Up());
+  return narrow::StoreSettled(sum, k, scaled.Term(k).Total(), narrow::TermShift(scaled.Up()));
 }
 
 TEST(NarrowScaledSum, AddsOperandsWithAnyExponents)
