@@ -41,6 +41,8 @@ class NarrowArithmetic {
 
   static void Reserve(Terms& terms, int count);
   static void Reset(Terms& terms, long leastExponent);
+  /// Sets term 0 of a series that has been reset.
+  static void Start(Terms& terms, const Value& first);
   static void Store(Terms& terms, int k, const Value& value);
   static Value Load(const Terms& terms, int k);
   /// log2 of the terms from the first on; returns the largest.

@@ -5,6 +5,23 @@
 
 namespace varno::solve {
 
+inline void NarrowArithmetic::Start(Terms& terms, const Value& first)
+{
+  // What comes from a number has 120 bits.
+  const long exponent = std::max(terms.leastExponent, first.exponent + 2);
+  const long down = exponent - first.exponent;
+  if (first.mantissa == 0 || down >= 64 || !narrow::FitsBits(first.mantissa, kFractionBits)) {
+    Store(terms, 0, first);
+    return;
+  }
+  terms.started = true;
+  terms.exponent = exponent;
+  terms.inexact = first.lost || first.inexact;
+  terms.exactZero[0] = 0;
+  narrow::SetDigits(terms, 0, narrow::ShiftRightBelowWord(first.mantissa, down, terms.inexact));
+  terms.hasLow = terms.low[0] != 0;
+}
+
 [[gnu::always_inline]] inline void NarrowArithmetic::Store(Terms& terms, int k, const Value& value)
 {
   const long up = value.exponent - terms.exponent;

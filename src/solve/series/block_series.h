@@ -10,6 +10,9 @@
 #include <vector>
 
 #include "solve/evaluation/size.h"
+#include "solve/fixed/log2.h"
+#include "solve/fixed/narrow.h"
+#include "solve/fixed/narrow_powers.h"
 #include "solve/series/mpfr_series.h"
 #include "solve/series/settled_lines.h"
 #include "solve/series/settled_wide_lines.h"
@@ -52,6 +55,7 @@ class BlockSeries final : public Series {
       weightedTerms.emplace_back();
     }
     latest.sum = Real(bits + 64);
+    latest.roundedSum = Real(bits);
     Reserve(usualOrder + 2);
     ConvertConstants();
   }
@@ -152,6 +156,7 @@ class BlockSeries final : public Series {
 
   /// Whether sums of products are made of blocks, of which each sum finds what earlier ones left.
   static constexpr bool kIsRelaxed = !std::is_empty_v<typename Arithmetic::Product>;
+  static constexpr bool kIsNarrow = std::is_same_v<Arithmetic, NarrowArithmetic>;
   /// A recurrence has so many of them at most.
   static constexpr int kMostConvolutions = 3;
 
@@ -220,10 +225,12 @@ class BlockSeries final : public Series {
     int order = -1;
     Terms powers;  // term order - j is offset^j
     bool hasSlopes = false;
-    Terms slopes;  // term order - j is j offset^(j - 1)
-    Real sum;      // scratch
+    Terms slopes;             // term order - j is j offset^(j - 1)
+    NarrowPowers ofFraction;  // the same of an offset that has few digits
+    Real sum, roundedSum;     // scratch, with more bits than numbers have, and as many
   };
 
+  Value SumBehindFirst(LineId line, mpfr_srcptr offset) const;
   Value SumByHorner(LineId line, mpfr_srcptr offset) const;
   Value SlopeByHorner(LineId line, mpfr_srcptr offset) const;
   void PreparePowers(mpfr_srcptr offset) const;
@@ -261,6 +268,7 @@ class BlockSeries final : public Series {
   bool isBackwards = false;
   long scaleExponent = 0;
   int order = -1;
+  int reserved = 0;  // so many terms of each line have room
 };
 
 }  // namespace varno::solve
