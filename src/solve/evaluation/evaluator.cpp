@@ -65,6 +65,7 @@ Evaluator::Evaluator(const Graph& graph, const std::vector<NodeId>& roots, mpfr_
     if (node.operandCount > 0) step.a = places[node.operands[0]];
     if (node.operandCount > 1) step.b = places[node.operands[1]];
     if (node.operandCount > 2) step.c = places[node.operands[2]];
+    usesTime |= node.operation == Operation::kTime;
     hasPiecewise |= IsPiecewise(node.operation);
     hasChoices |= IsChoice(node.operation);
     // The value of a parameter has a smaller number than the leaf.

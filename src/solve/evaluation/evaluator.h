@@ -50,6 +50,8 @@ class Evaluator {
   /// Of all numbers that root number i is made of, how far they are from 1: the largest |log2
   /// size|, after EvaluateSized.
   double Span(std::size_t i) const { return spans[rootPlaces[i]]; }
+  /// Whether anything is made of the time.
+  bool UsesTime() const { return usesTime; }
   /// Whether anything has a kink or a jump by itself, or is a condition.
   bool HasPiecewise() const { return hasPiecewise; }
   /// Whether EvaluateSized found an argument to be at a jump without knowing it exactly.
@@ -87,7 +89,7 @@ class Evaluator {
   std::vector<std::optional<Rational>> exactValues;  // of EvaluateSized
   std::vector<std::uint32_t> rootPlaces;
   std::vector<std::uint32_t> computed;  // places, in the order of the latest evaluation
-  bool hasPiecewise = false, hasChoices = false, isAtJump = false;
+  bool usesTime = false, hasPiecewise = false, hasChoices = false, isAtJump = false;
 };
 
 }  // namespace varno::solve

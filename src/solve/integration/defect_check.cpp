@@ -40,6 +40,9 @@ DefectCheck::DefectCheck(const Tape& tape, const RunSettings& settings, mpfr_pre
                   2 * std::max(0.0, std::log2(settings.order / kOrderOfAllowed))),
       rightHandSides(tape.graph, RightHandSides(tape), bits, {},
                      ConstantsIn(tape.graph, RightHandSides(tape), bits)),
+      offset(53),
+      time(bits),
+      advance(bits),
       states(tape.rightHandSides.size(), Real(bits)),
       derivatives(states),
       derivativeSizes(states.size()),
@@ -81,12 +84,9 @@ double DefectCheck::AllowedLog2(const Step& step, std::size_t state) const
   return std::max(allowed, Log2Size(step.leftOut[state]) + 1);
 }
 
-bool DefectCheck::PassesAt(const Step& step, double part)
+/// The time at the offset.
+void DefectCheck::FindTime(const Step& step)
 {
-  Real offset(53), time(bits), advance(bits);
-  const double whole = std::floor(step.lengthLog2);
-  mpfr_set_d(offset, part * std::exp2(step.lengthLog2 - whole), MPFR_RNDN);
-  mpfr_mul_2si(offset, offset, static_cast<long>(whole), MPFR_RNDN);
   mpfr_mul_2si(advance, offset, step.scaleExponent, MPFR_RNDN);
   step.begin.Evaluate(time);
   if (step.backwards) {
@@ -94,6 +94,27 @@ bool DefectCheck::PassesAt(const Step& step, double part)
   } else {
     mpfr_add(time, time, advance, MPFR_RNDN);
   }
+}
+
+/// Whether a difference is allowed beside the value of the right-hand side, which is at most its
+/// size.
+bool DefectCheck::IsSmall(std::size_t state) const
+{
+  mpfr_srcptr difference = derivatives[state], value = rightHandSides[state];
+  if (mpfr_zero_p(difference) != 0) return true;
+  if (mpfr_regular_p(difference) == 0 || mpfr_regular_p(value) == 0) return false;
+  // Exponents bound the logarithms, which are seldom needed.
+  const mpfr_exp_t room = mpfr_get_exp(value) - mpfr_get_exp(difference);
+  return static_cast<double>(room - 1) >= allowedBits ||
+         Log2Size(difference) <= Log2Size(value) - allowedBits;
+}
+
+bool DefectCheck::PassesAt(const Step& step, double part)
+{
+  const double whole = std::floor(step.lengthLog2);
+  mpfr_set_d(offset, part * std::exp2(step.lengthLog2 - whole), MPFR_RNDN);
+  mpfr_mul_2si(offset, offset, static_cast<long>(whole), MPFR_RNDN);
+  if (rightHandSides.UsesTime()) FindTime(step);
   for (std::size_t i = 0; i < states.size(); ++i) Evaluate(step, i, offset);
   try {
     rightHandSides.Evaluate(time, states);
@@ -102,10 +123,8 @@ bool DefectCheck::PassesAt(const Step& step, double part)
   }
   bool isSmall = true;
   for (std::size_t i = 0; i < states.size(); ++i) {
-    // The value is at most the size, which is not needed where this decides already.
     mpfr_sub(derivatives[i], derivatives[i], rightHandSides[i], MPFR_RNDN);
-    const double limit = Log2Size(rightHandSides[i]) - allowedBits;
-    isSmall = isSmall && (derivatives[i].IsZero() || Log2Size(derivatives[i]) <= limit);
+    isSmall = isSmall && IsSmall(i);
   }
   if (isSmall) return true;
   ComputeSizes(step);

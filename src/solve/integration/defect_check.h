@@ -41,13 +41,16 @@ class DefectCheck {
  private:
   bool PassesAt(const Step& step, double part);
   void Evaluate(const Step& step, std::size_t state, mpfr_srcptr offset);
+  void FindTime(const Step& step);
+  bool IsSmall(std::size_t state) const;
   void ComputeSizes(const Step& step);
   double AllowedLog2(const Step& step, std::size_t state) const;
 
   const Tape& tape;
   double allowedBits;  // -log2 of the defect allowed, relative to the size
   Evaluator rightHandSides;
-  std::vector<Real> states, derivatives;  // of the series, at the point looked at
+  Real offset, time, advance;             // the point looked at
+  std::vector<Real> states, derivatives;  // of the series there
   std::vector<double> derivativeSizes;    // log2
   mpfr_prec_t bits;
 };

@@ -74,6 +74,7 @@ struct ExemptionRule::Trial {
   std::vector<bool> Plausible(double lengthLog2) const
   {
     std::vector<double> weights;
+    weights.reserve(point.states.size());
     for (std::size_t i = 0; i < point.states.size(); ++i)
       weights.push_back(lengthLog2 - StateSize(i, lengthLog2));
     const std::vector<double> effects = LineEffects(rule.tape, series, weights);

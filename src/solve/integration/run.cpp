@@ -354,9 +354,11 @@ void Run::FindStateSizes(double lengthLog2)
   const double offset = lengthLog2 - static_cast<double>(series.ScaleExponent());
   for (LineId state = 0; state < latest.states.size(); ++state) {
     double size = series.Sizes()[tape.rightHandSides[state]] + lengthLog2;
-    int k = 0;
-    for (const double term : series.Current().Logs(state))
-      size = std::max(size, term + k++ * offset);
+    double power = 0;
+    for (const double term : series.Current().Logs(state)) {
+      size = std::max(size, term + power);
+      power += offset;
+    }
     latest.stateSizes[state] = size;
   }
 }
@@ -421,8 +423,13 @@ void Run::GoOn(const Stride& stride)
     latest.end += stride.advance;
   }
   FindStateSizes(stride.log2);
-  for (std::size_t i = 0; i < largest.size(); ++i)
-    largest[i] = std::max(largest[i], Log2Size(latest.states[i]));
+  for (std::size_t i = 0; i < largest.size(); ++i) {
+    // Its exponent is above the logarithm, and mostly below the largest.
+    mpfr_srcptr state = latest.states[i];
+    if (mpfr_regular_p(state) != 0 && static_cast<double>(mpfr_get_exp(state)) <= largest[i])
+      continue;
+    largest[i] = std::max(largest[i], Log2Size(state));
+  }
   latest.scaleExponent = series.ScaleExponent();
   latest.lengthLog2 = stride.log2;
   series.StepMade(stride.log2, !rootsAtEnd.empty());

@@ -27,6 +27,9 @@ constexpr int kMostKnownOrder = 5000;
 /// term that is not 0.
 constexpr int kMostVanishingTerms = 5;
 
+/// A difference of logarithms that is more than their rounding.
+constexpr double kClearly = 1e-3;
+
 /// How many terms vanish before the first that does not.
 int VanishingTerms(std::span<const double> terms)
 {
@@ -42,6 +45,15 @@ bool AreShown(std::span<const double> terms)
     if (terms[k] > -kInfinity) ++found;
   }
   return found >= kTermsForRadius;
+}
+
+/// Whether the first term of a line is not 0, nor are as many of the last ones as tell how far its
+/// series reaches: mostly.
+bool ShowsFirstAndLast(std::span<const double> terms)
+{
+  if (terms.size() <= kTermsForRadius || !(terms[0] > -kInfinity)) return false;
+  const std::span<const double> last = terms.last(kTermsForRadius);
+  return std::ranges::all_of(last, [](double term) { return term > -kInfinity; });
 }
 
 /// log2 of the max over j < k of (tol |c_j| / |c_k|)^(1/(k-j)) for the last term c_k, with `first`
@@ -75,7 +87,8 @@ StepControl::StepControl(const Tape& tape, const RunSettings& settings)
     : tape(tape),
       settings(settings),
       flatLines(tape.lines.size(), false),
-      settledLines(tape.lines.size(), false)
+      settledLines(tape.lines.size(), false),
+      leftOut(tape.lines.size(), false)
 {}
 
 /// Whether a line shows too few terms, or, of one that begins with vanishing terms, less than the
@@ -105,14 +118,20 @@ int StepControl::MostOrder(const Series& series, LineId id) const
 /// even there is taken for what it seems in the steps that follow, until it moves.
 void StepControl::ExtendFlatLines(Series& series)
 {
-  const bool isWhole = std::ranges::find(leftOut, true) == leftOut.end();
   if (!isWhole) stillLines = StillLines(tape, leftOut);
   const std::vector<bool>& still = isWhole ? leftOut : stillLines;
+  bool allShown = isWhole;
   for (LineId id = 0; id < tape.lines.size(); ++id) {
+    if (ShowsFirstAndLast(series.Logs(id))) continue;
+    allShown = false;
     if (still[id] || !NeedsMoreTerms(series, id)) continue;
     const int most = MostOrder(series, id);
     while (series.Order() < most && NeedsMoreTerms(series, id))
       series.ExtendTo(std::min(most, series.Order() + std::max(4, settings.order / 4)));
+  }
+  if (allShown) {
+    flatLines.assign(flatLines.size(), false);
+    return;
   }
   for (LineId id = 0; id < tape.lines.size(); ++id)
     flatLines[id] = still[id] ? settledLines[id] : !AreShown(series.Logs(id));
@@ -148,6 +167,10 @@ double StepControl::AccuracyBound(const Series& series, LineId id, double known)
     if (found >= kTermsForRadius && (isNoise || k <= last / 2)) continue;
     ++found;
     if (!isNoise) ++foundAboveNoise;
+    // Mostly term 0 alone allows more than what is known, which shows without a division.
+    if (begin == 0 &&
+        first + tolerance - terms[k] > k * lowest - tolerance * (k * usual - 1) + kClearly)
+      continue;
     const double atOrder = tolerance * (usual - 1.0 / (k - begin));
     const double longest = LongestFall(terms.first(k + 1), first, tolerance, lowest - atOrder);
     // The first of all terms that are not zero says nothing by itself.
@@ -165,7 +188,9 @@ bool StepControl::Counts(const Series& series, LineId id) const
 
 StepBound StepControl::Choose(Series& series, const std::vector<bool>& linesLeftOut)
 {
-  leftOut = linesLeftOut;
+  const bool wasWhole = isWhole;
+  isWhole = std::ranges::find(linesLeftOut, true) == linesLeftOut.end();
+  if (!isWhole || !wasWhole) leftOut = linesLeftOut;
   series.ExtendTo(settings.order);
   ExtendFlatLines(series);
   sizes = LineSizes(tape, series);

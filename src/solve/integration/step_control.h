@@ -53,6 +53,7 @@ class StepControl {
   std::vector<bool> settledLines;  // those of the steps before
   // Of the step chosen last
   StepBound bound{0, kNone};
+  bool isWhole = true;  // nothing is left out
   std::vector<bool> leftOut, stillLines;
   std::vector<double> sizes;
 };

@@ -174,7 +174,8 @@ void StepSeries::BeginLines(mpfr_srcptr time, const std::vector<bool>& leftOut)
     return;
   }
   try {
-    series->LeaveOut(leftOut);
+    hasLeftOut |= &leftOut != &none;
+    if (hasLeftOut) series->LeaveOut(leftOut);
     series->Begin(time, latest.states, latest.backwards, scaleExponent);
   } catch (const DomainError& error) {
     if (!NoteZeroLines(error)) throw;
@@ -252,7 +253,8 @@ long StepSeries::CoarseScale(mpfr_srcptr time)
 /// The series at the present precision, and what it allows.
 StepBound StepSeries::BeginWithBits()
 {
-  Real time(bits);
+  if (beginTime.Bits() != bits) beginTime = Real(bits);
+  mpfr_ptr time = beginTime;
   latest.end.Evaluate(time);
   longestStepLog2 = LongestStepAhead(time);
   const bool mayUseBlocks = arithmeticChoice.IsWorthTrying();

@@ -111,7 +111,9 @@ class StepSeries {
   long scaleExponent = 0;
   double longestStepLog2 = 0;  // of the step begun
   Real reachTime = Real(2);    // `reach`, with as many bits as are computed with
+  Real beginTime = Real(2);    // of the step
   Real way = Real(64);         // scratch
+  bool hasLeftOut = false;     // whether series were ever told to leave lines out
 };
 
 }  // namespace varno::solve

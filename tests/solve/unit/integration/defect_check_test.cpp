@@ -111,6 +111,18 @@ TEST(DefectCheck, TooFewTermsFail)
   EXPECT_FALSE(subject.Passes(1));
 }
 
+// What is made of the time is looked at where the points are.
+TEST(DefectCheck, TimeGoesOn)
+{
+  Equations m;
+  const Expression x = m.Variable("x", 1);
+  m.SetDerivative(x, x * Function(Operation::kCos, m.Time()));
+  Subject subject(m, {1}, 30);
+  EXPECT_TRUE(subject.Passes(0.5));
+  subject.begin = Moment(Rational(1, 1000));
+  EXPECT_FALSE(subject.Passes(0.5));
+}
+
 // A wrong term of a state, wherever it is, is one of its derivative.
 TEST(DefectCheck, WrongTermsFail)
 {
