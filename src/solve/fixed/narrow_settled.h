@@ -159,7 +159,9 @@ struct TermShift {
   } else if (shift.up > 0) {
     // By words: a product of 128 bits takes a third one, a shift through memory as long.
     const UInt128 low = static_cast<UInt128>(static_cast<std::uint64_t>(mantissa)) * shift.factor;
-    mantissa = static_cast<Int128>(low + (static_cast<UInt128>(top * shift.factor) << 64));
+    const std::uint64_t high = static_cast<std::uint64_t>(low >> 64) + top * shift.factor;
+    mantissa =
+        static_cast<Int128>((static_cast<UInt128>(high) << 64) | static_cast<std::uint64_t>(low));
   }
   SetDigits(terms, k, mantissa);
   terms.exactZero[k] = 0;
