@@ -156,7 +156,8 @@ std::optional<VerifiedRow> VerifiedRows::Next()
   for (;;) {
     try {
       if (attempt == nullptr) Begin();
-      return TryRow();
+      std::optional<VerifiedRow> row = TryRow();
+      if (row || end == nullptr) return row;
     } catch (const Failure& failure) {
       EndOrEscalate(failure);
     } catch (const Disagreement& disagreement) {
@@ -166,9 +167,24 @@ std::optional<VerifiedRow> VerifiedRows::Next()
     } catch (const Singularity& singularity) {
       EndOrBeginAgain(singularity);
     } catch (const DomainError&) {
-      if (attempt == nullptr || IsConfirmedEnd(attempt->Integration().Best().End(), std::nullopt))
-        throw;
+      if (attempt == nullptr) throw;
+      if (IsConfirmedEnd(attempt->Integration().Best().End(), std::nullopt))
+        EndWith(std::current_exception());
     }
+    if (end && ready.empty()) std::rethrow_exception(end);
+  }
+}
+
+/// The rows end here, but for the events on the way from the last row.
+void VerifiedRows::EndWith(std::exception_ptr reason)
+{
+  end = std::move(reason);
+  try {
+    AddEvents(attempt->Integration().Best().End());
+  } catch (const Failure&) {
+    // Those that follow cannot be verified.
+  } catch (const Disagreement&) {
+  } catch (const ZeroInDoubt&) {
   }
 }
 
@@ -192,7 +208,7 @@ std::optional<VerifiedRow> VerifiedRows::TryRow()
 /// Adds the next row and what happens before it; false behind the last one.
 bool VerifiedRows::Fill()
 {
-  if (hasStopped) return false;
+  if (hasStopped || end) return false;
   try {
     const std::optional<Moment> time = schedule->Next(attempt->Integration());
     if (!time) return false;
@@ -472,8 +488,9 @@ bool VerifiedRows::MustComeNearer(const Singularity& end, double log10Way)
 void VerifiedRows::EndOrBeginAgain(const Singularity& singularity)
 {
   const std::optional<EndSeen> before = endSeen;
-  if (IsConfirmedEnd(singularity.time, singularity))
-    throw Agreed(singularity, before ? before->singularity : std::nullopt);
+  if (!IsConfirmedEnd(singularity.time, singularity)) return;
+  EndWith(
+      std::make_exception_ptr(Agreed(singularity, before ? before->singularity : std::nullopt)));
 }
 
 /// The ends of steps come as near to a singularity as digits can tell: when rows there fail once

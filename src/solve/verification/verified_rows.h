@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <deque>
+#include <exception>
 #include <limits>
 #include <memory>
 #include <optional>
@@ -124,6 +125,7 @@ class VerifiedRows {
   void Begin();
   std::vector<Real> StartStates(const RunSettings& runSettings) const;
   std::optional<VerifiedRow> TryRow();
+  void EndWith(std::exception_ptr reason);
   bool Fill();
   void FillToStop(const Moment& time);
   void AddEvents(const Moment& time);
@@ -178,6 +180,7 @@ class VerifiedRows {
   std::optional<Moment> timeAsked;    // of the row that comes next
   std::vector<Moment> latestReturns;  // for each run the latest time of the period's event
   bool hasStopped = false, isSteady = false;
+  std::exception_ptr end;  // what there is to say when all that is ready has been given
 };
 
 }  // namespace varno::solve
