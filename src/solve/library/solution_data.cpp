@@ -68,6 +68,7 @@ Solution::Implementation::Implementation(CompiledProblem problem, Options given)
                  options.maxBits, MayUseThreads(), PeriodEvent(), Log2Steady()},
       [this](std::size_t run, const DenseStep& step) { Watch(run, step); },
       [this] { EndWhereAsked(); });
+  if (options.hold) heldRows.emplace(*rows);
 }
 
 void Solution::Implementation::ChooseColumns()
@@ -210,9 +211,9 @@ std::optional<Row> Solution::Implementation::Next()
   if (begin == std::chrono::steady_clock::time_point()) begin = std::chrono::steady_clock::now();
   const bool hasGiven = rows->LastGiven().has_value();
   try {
-    while (const std::optional<VerifiedRow> row = rows->Next()) {
-      // A step may have any number of rows. The first takes no step.
-      if (hasGiven) EndWhereAsked(&row->time);
+    while (const std::optional<VerifiedRow> row = heldRows ? heldRows->Next() : rows->Next()) {
+      // A step may have any number of rows. The first takes no step, and what was held none.
+      if (hasGiven && !heldRows) EndWhereAsked(&row->time);
       for (const RowNumber& number : row->numbers) numbersAtJumps += number.isAtJump ? 1 : 0;
       if (!row->event || row->event != PeriodEvent()) return MakeRow(*row);
       if (std::optional<Row> found = AddReturn(*row)) return found;

@@ -15,6 +15,7 @@
 #include "solve/rows/number_format.h"
 #include "solve/rows/time_format.h"
 #include "solve/switching/dynamics.h"
+#include "solve/verification/held_rows.h"
 #include "solve/verification/step_record.h"
 #include "solve/verification/verified_rows.h"
 
@@ -70,6 +71,7 @@ struct Solution::Implementation {
   RowSchedule schedule;
   Ends ends;
   std::optional<VerifiedRows> rows;
+  std::optional<HeldRows> heldRows;          // Options::hold
   std::int64_t numbersAtJumps = 0;           // in rows
   std::optional<PeriodSearch> periodSearch;  // while there is something to look for
   std::string period;                        // once it is known

@@ -175,6 +175,12 @@ std::optional<VerifiedRow> VerifiedRows::Next()
   }
 }
 
+void VerifiedRows::Forget()
+{
+  given.clear();
+  attempt.reset();
+}
+
 /// The rows end here, but for the events on the way from the last row.
 void VerifiedRows::EndWith(std::exception_ptr reason)
 {

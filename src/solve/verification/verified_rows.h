@@ -81,6 +81,8 @@ class VerifiedRows {
   /// events come first. Throws what Attempt throws but Disagreement,
   /// PrecisionExhausted and WrongRow.
   std::optional<VerifiedRow> Next();
+  /// The rows begin again, as exactly as the latest attempt; what was given is not compared.
+  void Forget();
 
   /// The row of a time between others, by states of the present attempt that were kept
   /// (StepRecord), and whether it is verified like the rows of Next; none where states of a run are
