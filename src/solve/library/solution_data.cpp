@@ -307,9 +307,9 @@ Summary Solution::Implementation::Summarise() const
 
 std::string Solution::Implementation::Explain() const
 {
-  if (const Tape* const tape = dynamics.SmoothTape())
-    return PrintModel(model) + "\nOperations after sharing:\n" + ExplainTape(*tape);
   try {
+    if (const Tape* const tape = dynamics.SmoothTape())
+      return PrintModel(model) + "\nOperations after sharing:\n" + ExplainTape(*tape);
     return PrintModel(model) + "\nOperations after sharing, as they are at the start:\n" +
            ExplainTape(dynamics.PieceAtStart(interval.start)->tape);
   } catch (const DomainError& error) {
