@@ -30,6 +30,8 @@ class RowSchedule {
   const std::vector<Moment>& Early() const { return early; }
   /// The next time; none after the last. Makes steps on the path where they decide it.
   std::optional<Moment> Next(Path& path);
+  /// The next of times that do not depend on the steps; none after the last.
+  std::optional<Moment> NextGiven();
   /// The length of the longest text of a time.
   int Width(const TimeFormat& format) const;
 
