@@ -148,8 +148,11 @@ LineTerms::LineTerms(const Program& program, int order)
       stride(static_cast<std::size_t>(order) + 1),
       terms(program.steps.size() * stride),
       weighted(program.steps.size() * stride),
-      sizes(program.steps.size())
-{}
+      sizes(program.steps.size()),
+      inverses{0}
+{
+  for (int k = 1; k <= order; ++k) inverses.push_back(1 / static_cast<Number>(k));
+}
 
 // ---------------------------------------------------------------------------------------------
 // Term 0
@@ -226,7 +229,7 @@ Number LineTerms::Term(const Program::Step& step, const Number* s, int k, Number
     case LineKind::kTime:
       return k == 1 ? scale : 0;
     case LineKind::kState:  // (2)
-      return scale * row(program.rightHandSides[step.index])[k - 1] / k;
+      return scale * row(program.rightHandSides[step.index])[k - 1] * inverses[k];
     case LineKind::kCombination:
       return Combination(step, k);
     case LineKind::kProduct:  // (4)
@@ -248,17 +251,18 @@ Number LineTerms::Term(const Program::Step& step, const Number* s, int k, Number
       const Number* const a = row(step.a);
       const Number weightedSum = Convolve(Weighted(step.a), s, 1, k, k);
       const Number sum = Convolve(a, s, 1, k, k);
-      return ((step.constant + 1) * weightedSum - k * sum) / (k * a[0]);
+      return ((step.constant + 1) * weightedSum - k * sum) * inverses[k] / a[0];
     }
     case LineKind::kIntegralOfProduct: {  // (9)
-      const Number sum = Convolve(Weighted(step.a), row(step.b), 1, k, k) / k;
+      const Number sum = Convolve(Weighted(step.a), row(step.b), 1, k, k) * inverses[k];
       return step.negative ? -sum : sum;
     }
     default: {  // (10), kIntegralOfQuotient
       const Number* const b = row(step.b);
       const Number* const own = weighted.data() + (s - terms.data());
       const Number first = k * row(step.a)[k];
-      return ((step.negative ? -first : first) - Convolve(own, b, 1, k - 1, k)) / (k * b[0]);
+      return ((step.negative ? -first : first) - Convolve(own, b, 1, k - 1, k)) *
+             inverses[k] / b[0];
     }
   }
 }

@@ -76,6 +76,7 @@ class LineTerms {
   std::size_t stride;
   std::vector<Number> terms, weighted;  // weighted: k times term k
   std::vector<Number> sizes;
+  std::vector<Number> inverses;  // of whole numbers
 };
 
 }  // namespace varno::solve::quick

@@ -27,14 +27,6 @@ bool HasBits()
   return sum != one;
 }
 
-double Log2Roughly(Number x)
-{
-  if (x == 0) return -std::numeric_limits<double>::infinity();
-  int exponent = 0;
-  const auto fraction = static_cast<double>(std::fabs(std::frexp(x, &exponent)));
-  return exponent - 2 + 2 * fraction;
-}
-
 Number PowerOfTen(int exponent)
 {
   static const Number kLargest = ExactPowerOfTen(kMostExact);

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cmath>
+#include <cstdint>
+#include <cstring>
 #include <limits>
 
 #include <mpfr.h>
@@ -21,7 +24,22 @@ inline constexpr Number kUnit = 0x1p-63L;
 bool HasBits();
 
 /// log2 |x| to within 0.09, -infinity for 0: the exponent, and the fraction for its logarithm.
-double Log2Roughly(Number x);
+inline double Log2Roughly(const Number& x)
+{
+  if (x == 0) return -std::numeric_limits<double>::infinity();
+#if defined(__x86_64__)
+  // The significand, with its leading 1, and behind it the exponent with the sign.
+  std::uint64_t significand = 0;
+  std::uint16_t exponent = 0;
+  std::memcpy(&significand, &x, sizeof significand);
+  std::memcpy(&exponent, reinterpret_cast<const char*>(&x) + sizeof significand, sizeof exponent);
+  return (exponent & 0x7fff) - 16384 + static_cast<double>(significand >> 11) * 0x1p-52;
+#else
+  int exponent = 0;
+  const auto fraction = static_cast<double>(std::fabs(std::frexp(x, &exponent)));
+  return exponent - 2 + 2 * fraction;
+#endif
+}
 
 /// A power of ten that the format holds, right to some units of the last bit.
 Number PowerOfTen(int exponent);

@@ -5,8 +5,6 @@
 #include <cmath>
 #include <utility>
 
-#include "solve/quick/step_bound.h"
-
 namespace varno::solve::quick {
 
 namespace {
@@ -77,6 +75,7 @@ Run::Run(const Program& program, const RunSettings& settings, const Way& way,
     : program(program),
       settings(settings),
       way(way),
+      stepBound(settings.order, settings.toleranceBits),
       terms(program, settings.order),
       values(program, 0),
       scale(std::ldexp(Number(1), std::ilogb(way.length))),
@@ -130,9 +129,7 @@ bool Run::FindLength()
 {
   double bound = std::numeric_limits<double>::infinity();
   for (const LineId id : limiting) {
-    const std::optional<double> ofLine = StepBound(terms.Of(id), settings.toleranceBits);
-    if (!ofLine) return false;
-    bound = std::min(bound, *ofLine);
+    if (!stepBound.Lower(bound, terms.Of(id))) return false;
   }
   length = WithFewBits(std::min(scale * std::exp2(static_cast<Number>(bound)), way.length));
   return length > 0;

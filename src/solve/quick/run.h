@@ -7,6 +7,7 @@
 
 #include "solve/quick/line_terms.h"
 #include "solve/quick/number.h"
+#include "solve/quick/step_bound.h"
 
 namespace varno::solve::quick {
 
@@ -57,6 +58,7 @@ class Run {
   const Program& program;
   RunSettings settings;
   Way way;
+  StepBound stepBound;
   LineTerms terms;   // of the latest step
   LineTerms values;  // scratch: those of a point inside
   std::vector<LineId> divisors;
