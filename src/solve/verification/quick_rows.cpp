@@ -21,7 +21,9 @@ using quick::Number;
 
 /// With more digits too many rows would be in doubt.
 constexpr int kMostDigits = 10;
-/// More lines, rows or numbers are not worth to be computed in advance.
+/// More than the first ordinary runs take for so few digits: a limit below is theirs to tell of.
+constexpr long kOrdinaryBits = 128;
+/// What has more lines, or more numbers in its rows, is not worth to be computed in advance.
 constexpr std::size_t kMostLines = 200;
 constexpr std::size_t kMostNumbers = 20'000;
 /// Columns that are definitions are computed with so many bits; the noise of the states.
@@ -40,7 +42,9 @@ bool IsOrdinary(const Dynamics& dynamics, const RowSchedule& schedule, const Row
     return false;
   if (!wanted.mayBeQuick || !wanted.check || wanted.digits > kMostDigits) return false;
   if (wanted.periodEvent || wanted.log2Steady || wanted.tinyLog2 > kLeastTinyLog2) return false;
-  return wanted.maxBits >= quick::kBits && !schedule.IsOfSteps() && schedule.Early().empty();
+  const std::size_t mostRows = kMostNumbers / std::max<std::size_t>(1, wanted.columns.size());
+  return wanted.maxBits >= kOrdinaryBits && schedule.HasAtMost(mostRows) &&
+         schedule.Early().empty();
 }
 
 /// The rows of one problem.
@@ -65,7 +69,6 @@ class QuickSolver {
     if (!MakePair(tape)) return std::nullopt;
     QuickRows result;
     while (const std::optional<Moment> time = schedule.NextGiven()) {
-      if (result.rows.size() * wanted.columns.size() > kMostNumbers) return std::nullopt;
       if (!Reach(PlaceOf(*time), poll)) return std::nullopt;
       std::optional<VerifiedRow> row = MakeRow(*time);
       if (!row) return std::nullopt;
