@@ -32,11 +32,16 @@ bool IsKnownFunction(const Line& line)
     case Operation::kTan:
     case Operation::kSinh:
     case Operation::kCosh:
+    case Operation::kErf:
       return line.kind == LineKind::kIntegralOfProduct;
     case Operation::kLn:
+    case Operation::kAsin:
+    case Operation::kAcos:
     case Operation::kAtan:
     case Operation::kTanh:
     case Operation::kAsinh:
+    case Operation::kAcosh:
+    case Operation::kAtanh:
       return line.kind == LineKind::kIntegralOfQuotient;
     case Operation::kPower:
       return line.kind == LineKind::kPower;
@@ -82,14 +87,24 @@ Number Value(Operation function, Number a)
       return std::sinh(a);
     case Operation::kCosh:
       return std::cosh(a);
+    case Operation::kErf:
+      return std::erf(a);
     case Operation::kLn:
       return std::log(a);
+    case Operation::kAsin:
+      return std::asin(a);
+    case Operation::kAcos:
+      return std::acos(a);
     case Operation::kAtan:
       return std::atan(a);
     case Operation::kTanh:
       return std::tanh(a);
     case Operation::kAsinh:
       return std::asinh(a);
+    case Operation::kAcosh:
+      return std::acosh(a);
+    case Operation::kAtanh:
+      return std::atanh(a);
     default:
       return std::numeric_limits<Number>::quiet_NaN();
   }
@@ -261,8 +276,8 @@ Number LineTerms::Term(const Program::Step& step, const Number* s, int k, Number
       const Number* const b = row(step.b);
       const Number* const own = weighted.data() + (s - terms.data());
       const Number first = k * row(step.a)[k];
-      return ((step.negative ? -first : first) - Convolve(own, b, 1, k - 1, k)) *
-             inverses[k] / b[0];
+      return ((step.negative ? -first : first) - Convolve(own, b, 1, k - 1, k)) * inverses[k] /
+             b[0];
     }
   }
 }
@@ -286,7 +301,8 @@ Number LineTerms::SizeOf(const Program::Step& step, LineId id) const
     case LineKind::kCombination: {
       Number size = std::fabs(step.constant);
       for (std::uint32_t i = step.firstFactor; i < step.firstFactor + step.factorCount; ++i)
-        size = std::max(size, std::fabs(program.factors[i].factor) * sizes[program.factors[i].line]);
+        size =
+            std::max(size, std::fabs(program.factors[i].factor) * sizes[program.factors[i].line]);
       return size;
     }
     case LineKind::kProduct:

@@ -55,10 +55,7 @@ class LineTerms {
   /// log2 of the sizes of all lines, from their first terms.
   void FindSizes();
 
-  std::span<const Number> Of(LineId line) const
-  {
-    return {terms.data() + line * stride, stride};
-  }
+  std::span<const Number> Of(LineId line) const { return {terms.data() + line * stride, stride}; }
   Number Size(LineId line) const { return sizes[line]; }
   int Order() const { return order; }
 

@@ -35,10 +35,7 @@ class Pair {
   std::span<const Number> First() const { return firstStates; }
   std::span<const Number> Second() const { return secondStates; }
   /// The size of a state there.
-  Number Size(std::size_t state) const
-  {
-    return std::max(first.Size(state), second.Size(state));
-  }
+  Number Size(std::size_t state) const { return std::max(first.Size(state), second.Size(state)); }
 
   /// What a number of this size that the runs tell may be off by: several times the most that they
   /// have differed by, in parts of sizes, and what all steps may have rounded alike.

@@ -23,8 +23,8 @@ constexpr std::array<Number, 3> kTestedParts{0.3819660112501051L, 0.732050807568
 constexpr Number kMostDefect = 0x1p-48L;
 /// A step so much longer than the one before is tested at all these points.
 constexpr Number kMuchLonger = 1.5L;
-/// What rounding hides of a derivative, times the step, counts against the state: its size may be so
-/// much larger.
+/// What rounding hides of a derivative, times the step, counts against the state: its size may be
+/// so much larger.
 constexpr Number kMostSize = 16;
 
 Number Sum(std::span<const Number> terms, Number part)

@@ -69,18 +69,19 @@ TEST(QuickLineTerms, AreThoseOfFunctions)
 {
   for (const Operation function :
        {Operation::kExp, Operation::kSin, Operation::kCos, Operation::kTan, Operation::kSinh,
-        Operation::kCosh, Operation::kLn, Operation::kAtan, Operation::kTanh, Operation::kAsinh}) {
+        Operation::kCosh, Operation::kErf, Operation::kLn, Operation::kAsin, Operation::kAcos,
+        Operation::kAtan, Operation::kTanh, Operation::kAsinh, Operation::kAtanh}) {
     SCOPED_TRACE(FunctionName(function));
     ExpectTermsOf([&](Equations& m) { return Of(function, m.Time()); });
     ExpectTermsOf([&](Equations& m) { return Of(function, 1 / (m.Time() + 1)); });
   }
+  ExpectTermsOf([](Equations& m) { return Of(Operation::kAcosh, m.Time() + 1); });
 }
 
 TEST(QuickLineTerms, OtherOperationsHaveNoProgram)
 {
-  for (const Operation function : {Operation::kErf, Operation::kCbrt, Operation::kCot}) {
-    const Tape tape =
-        Compile(Quadrature([&](Equations& m) { return Of(function, m.Time() + 1); }));
+  for (const Operation function : {Operation::kCbrt, Operation::kCot, Operation::kAcoth}) {
+    const Tape tape = Compile(Quadrature([&](Equations& m) { return Of(function, m.Time() + 1); }));
     EXPECT_FALSE(MakeProgram(tape, false)) << FunctionName(function);
   }
 }
@@ -89,7 +90,8 @@ TEST(QuickLineTerms, ConstantsBeyondTheRangeHaveNoProgram)
 {
   Rational huge = 1;
   for (int i = 0; i < 101; ++i) huge *= 10;
-  EXPECT_FALSE(MakeProgram(Compile(Quadrature([&](Equations& m) { return huge * m.Time(); })), false));
+  EXPECT_FALSE(
+      MakeProgram(Compile(Quadrature([&](Equations& m) { return huge * m.Time(); })), false));
   EXPECT_FALSE(
       MakeProgram(Compile(Quadrature([&](Equations& m) { return m.Time() / huge; })), false));
 }
@@ -121,9 +123,8 @@ TEST(QuickLineTerms, WhatHasNoValueIsToldOf)
 // What cancels shows in the size.
 TEST(QuickLineTerms, SizesTellOfWhatCancels)
 {
-  const Tape tape = Compile(Quadrature([](Equations& m) {
-    return 1000 * (Of(Operation::kCos, m.Time()) - 1);
-  }));
+  const Tape tape =
+      Compile(Quadrature([](Equations& m) { return 1000 * (Of(Operation::kCos, m.Time()) - 1); }));
   const auto program = MakeProgram(tape, false);
   LineTerms terms(*program, kOrder);
   const Number start = 0;

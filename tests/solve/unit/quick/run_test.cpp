@@ -107,8 +107,8 @@ TEST(QuickRun, RefusesToGoOnWhereStepsShrink)
 // A tank that is empty at t = 2: sqrt(h) is 1 - t/2, and then 0.
 TEST(QuickRun, DoesNotStepOverARootOfARadicand)
 {
-  const Program program = Equation(
-      1, [](Equations&, Expression h) { return -support::Function(Operation::kSqrt, h); });
+  const Program program =
+      Equation(1, [](Equations&, Expression h) { return -support::Function(Operation::kSqrt, h); });
   HardwareRun run(program, kSettings, {0, false, 3}, {1});
   EXPECT_FALSE(GoTo(run, 3));
   EXPECT_LT(run.End(), 2);
@@ -117,9 +117,8 @@ TEST(QuickRun, DoesNotStepOverARootOfARadicand)
 // 1/(t - 1)^2 has its pole in the way.
 TEST(QuickRun, DoesNotStepOverAPole)
 {
-  const Program program = Equation(0, [](Equations& m, Expression) {
-    return 1 / ((m.Time() - 1) * (m.Time() - 1));
-  });
+  const Program program =
+      Equation(0, [](Equations& m, Expression) { return 1 / ((m.Time() - 1) * (m.Time() - 1)); });
   HardwareRun run(program, kSettings, {0, false, 3}, {0});
   EXPECT_FALSE(GoTo(run, 3));
   EXPECT_LT(run.End(), 1);
@@ -159,9 +158,8 @@ TEST(QuickRun, RefusesDerivativesThatAreTheRestOfACancellation)
 
 TEST(QuickRun, RefusesTimesThatAreNotExact)
 {
-  const Program program = Equation(1, [](Equations& m, Expression y) {
-    return y * m.Time() / Rational(Integer(1) << 40);
-  });
+  const Program program = Equation(
+      1, [](Equations& m, Expression y) { return y * m.Time() / Rational(Integer(1) << 40); });
   EXPECT_TRUE(HardwareRun(program, kSettings, {0x1p40L, false, 1}, {1}).Step());
   EXPECT_FALSE(HardwareRun(program, kSettings, {0x1p40L, false, 0x1p-30L}, {1}).Step());
 }

@@ -32,8 +32,8 @@ std::optional<QuickRows> Solve(const Model& model, std::vector<NodeId> columns,
                     .mayBeQuick = true};
   request.change(wanted);
   const Dynamics dynamics(model, Compile(model));
-  const RowSchedule schedule(
-      request.interval, RowTimes::Points(request.interval.from, request.interval.to, 7));
+  const RowSchedule schedule(request.interval,
+                             RowTimes::Points(request.interval.from, request.interval.to, 7));
   return SolveQuickly(model, dynamics, request.interval, schedule, wanted, {});
 }
 
@@ -99,8 +99,8 @@ TEST(QuickRows, NumbersNearZeroAreLeftToOthers)
   m.SetDerivative(v, -x);
   const Moment zero(Rational(0));
   const Rational nearHalfPi(355, 226);  // off by 1.3e-7
-  EXPECT_FALSE(Solve(m.Finished(), {x.id},
-                     {.interval = {zero, zero, Moment(nearHalfPi)}, .digits = 2}));
+  EXPECT_FALSE(
+      Solve(m.Finished(), {x.id}, {.interval = {zero, zero, Moment(nearHalfPi)}, .digits = 2}));
   EXPECT_TRUE(
       Solve(m.Finished(), {v.id}, {.interval = {zero, zero, Moment(nearHalfPi)}, .digits = 2}));
 }
@@ -155,8 +155,9 @@ TEST(QuickRows, MayBeInterrupted)
                           .maxBits = 1 << 20,
                           .mayUseThreads = false,
                           .mayBeQuick = true};
-  EXPECT_THROW(SolveQuickly(model, dynamics, interval, schedule, wanted, [] { throw Interrupted(); }),
-               Interrupted);
+  EXPECT_THROW(
+      SolveQuickly(model, dynamics, interval, schedule, wanted, [] { throw Interrupted(); }),
+      Interrupted);
 }
 
 }  // namespace
