@@ -25,7 +25,9 @@ constexpr Number kMostDefect = 0x1p-48L;
 constexpr Number kMuchLonger = 1.5L;
 /// What rounding hides of a derivative, times the step, counts against the state: its size may be
 /// so much larger.
-constexpr Number kMostSize = 16;
+constexpr Number kMostSize = 0x1p12L;
+/// A disturbed state moves by 2 to 4 units of the last bit of the size of what it is made of.
+constexpr Number kDisturbance = kUnit / 4;
 
 Number Sum(std::span<const Number> terms, Number part)
 {
@@ -190,7 +192,8 @@ bool Run::GoOn()
     if (!settings.disturbed) continue;
     // Always to the same side, but not always as far: what many steps round alike adds up.
     const auto units = static_cast<Number>(8 + (Next(disturbances) >> 61));
-    states[i] += states[i] * (i % 2 == 0 ? units : -units) * kUnit;
+    const Number size = std::max(sizes[i], terms.Size(program.rightHandSides[i]) * length);
+    states[i] += (i % 2 == 0 ? units : -units) * kDisturbance * size;
   }
   end = begin + length;
   if (end - begin != length) return false;
