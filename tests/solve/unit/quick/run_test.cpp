@@ -145,15 +145,40 @@ TEST(QuickRun, RefusesPulsesBeyondTheRange)
   EXPECT_FALSE(HardwareRun(program, kSettings, {0, false, 10}, {1}).Step());
 }
 
-// 10^25 (sqrt(1 + 10^-25 y) - 1) is y/2: of what cancels there nothing is left.
+// 10^15 (sqrt(1 + 10^-15 y) - 1) is y/2, of which four digits are left.
 TEST(QuickRun, RefusesDerivativesThatAreTheRestOfACancellation)
 {
   Rational large = 1;
-  for (int i = 0; i < 25; ++i) large *= 10;
+  for (int i = 0; i < 15; ++i) large *= 10;
   const Program program = Equation(1, [&](Equations&, Expression y) {
     return large * (support::Function(Operation::kSqrt, 1 + y / large) - 1);
   });
   EXPECT_FALSE(HardwareRun(program, kSettings, {0, false, 1}, {1}).Step());
+}
+
+// (pi t - 1) exp(-t) / (pi t - 1) is exp(-t), but for its common root.
+TEST(QuickRun, DoesNotStepOverACommonRoot)
+{
+  const Program program = Equation(1, [](Equations& m, Expression) {
+    const Expression u = m.Pi() * m.Time() - 1;
+    return u * support::Function(Operation::kExp, -m.Time()) / u;
+  });
+  HardwareRun run(program, kDisturbed, {0, false, 1}, {1});
+  EXPECT_FALSE(GoTo(run, 1));
+  EXPECT_LT(run.End(), 0.3183);
+}
+
+// The cosine falls, but here its series has the sign of another function.
+TEST(QuickRun, DefectShowsAWrongRecurrence)
+{
+  Program program = Equation(
+      1, [](Equations& m, Expression) { return support::Function(Operation::kCos, m.Time()); });
+  EXPECT_TRUE(HardwareRun(program, kSettings, {0.5L, false, 1}, {1}).Step());
+  for (Program::Step& step : program.steps) {
+    if (step.function == Operation::kCos) step.negative = !step.negative;
+  }
+  EXPECT_TRUE(HardwareRun(program, kDisturbed, {0.5L, false, 1}, {1}).Step());
+  EXPECT_FALSE(HardwareRun(program, kSettings, {0.5L, false, 1}, {1}).Step());
 }
 
 TEST(QuickRun, RefusesTimesThatAreNotExact)
