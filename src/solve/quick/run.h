@@ -53,7 +53,7 @@ class Run {
   bool FindSizes();
   bool GoOn();
   Number Time(Number place) const;
-  Number PartOf(Number length) const { return length / scale; }
+  Number PartOf(Number distance) const { return distance / scale; }
 
   const Program& program;
   RunSettings settings;
