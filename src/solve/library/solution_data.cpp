@@ -65,7 +65,7 @@ Solution::Implementation::Implementation(CompiledProblem problem, Options given)
   rows.emplace(
       model, dynamics, interval, schedule,
       RowsWanted{columns, options.digits, Log2Size(numberFormat.Tiny()), options.check,
-                 options.maxBits, MayUseThreads(), PeriodEvent(), Log2Steady()},
+                 options.maxBits, MayUseThreads(), PeriodEvent(), Log2Steady(), MayBeQuick()},
       [this](std::size_t run, const DenseStep& step) { Watch(run, step); },
       [this] { EndWhereAsked(); });
   if (options.hold) heldRows.emplace(*rows);
@@ -148,6 +148,12 @@ double Solution::Implementation::SecondsSinceBegin() const
 bool Solution::Implementation::MayUseThreads() const
 {
   return options.jobs == 0 ? std::thread::hardware_concurrency() > 1 : options.jobs > 1;
+}
+
+/// Without steps there is nothing to keep, to count or to show.
+bool Solution::Implementation::MayBeQuick() const
+{
+  return !options.keepSteps && !options.step && !options.maxSteps;
 }
 
 /// How far the best run of the present attempt is.
@@ -252,7 +258,7 @@ Value Solution::Implementation::MakeValue(const RowNumber& number) const
 
 Row Solution::Implementation::MakeRow(const VerifiedRow& row) const
 {
-  Row result{MakeTime(row.time, rows->Integration()->Best().Bits()), {}};
+  Row result{MakeTime(row.time, rows->BestRun().bits), {}};
   for (const RowNumber& number : std::span(row.numbers).first(names.size()))
     result.values.push_back(MakeValue(number));
   if (row.event) result.event = model.events[*row.event].name;

@@ -49,6 +49,7 @@ struct Solution::Implementation {
   std::optional<Moment> RowsBeyond(const Moment& time) const;
   RunEnded AtLimit(const std::string& limit, const Moment& time) const;
   bool MayUseThreads() const;
+  bool MayBeQuick() const;
   Row MakeRow(const VerifiedRow& row) const;
   std::optional<Row> AddReturn(const VerifiedRow& row);
   Value MakeValue(const RowNumber& number) const;

@@ -153,6 +153,15 @@ void VerifiedRows::Begin()
 
 std::optional<VerifiedRow> VerifiedRows::Next()
 {
+  if (!hasBegun) quick = SolveQuickly(model, dynamics, interval, fullSchedule, wanted, poll);
+  hasBegun = true;
+  if (!quick) return NextByRuns();
+  if (quickRowsGiven == quick->rows.size()) return std::nullopt;
+  return quick->rows[quickRowsGiven++];
+}
+
+std::optional<VerifiedRow> VerifiedRows::NextByRuns()
+{
   for (;;) {
     try {
       if (attempt == nullptr) Begin();
@@ -321,6 +330,7 @@ VerifiedRow VerifiedRows::JudgeEvent(const Lockstep::Switches& switches, std::si
 
 std::int64_t VerifiedRows::RowsGiven() const
 {
+  if (quick) return static_cast<std::int64_t>(quickRowsGiven);
   return std::ranges::count_if(given, [](const GivenRow& row) { return !row.event; });
 }
 
@@ -544,6 +554,7 @@ void VerifiedRows::BeginAgain(double spare, const Moment& time)
 
 RunStatistics VerifiedRows::BestRun() const
 {
+  if (quick) return quick->best;
   if (attempt == nullptr) return givenUp;
   const Path& path = attempt->Integration();
   return {path.Steps(), path.Best().Order(), path.Best().Bits()};
@@ -551,6 +562,7 @@ RunStatistics VerifiedRows::BestRun() const
 
 std::optional<Moment> VerifiedRows::LastGiven() const
 {
+  if (quickRowsGiven > 0) return quick->rows[quickRowsGiven - 1].time;
   return given.empty() ? std::nullopt : std::optional(given.back().time);
 }
 
