@@ -196,11 +196,20 @@ void PiecewiseRun::RequireCertain(const std::vector<RootAt>& crossings) const
 {
   for (const RootAt& crossing : crossings) {
     const bool isKnown = crossing.signBefore != 0 && crossing.signAfter != 0;
+    if (isKnown) RequireAboveNoise(crossing);
     if (isKnown && crossing.mostRoots == 1) continue;
     if (rule.settings.toleranceBits < rule.touchBits) throw ZeroInDoubt{latest.end};
     if (isKnown) continue;
     throw EndAt(crossing, SingularityKind::kUndecided);
   }
+}
+
+/// Where an expression cancels to less than what is not known of the states, its sign says nothing.
+void PiecewiseRun::RequireAboveNoise(const RootAt& crossing) const
+{
+  if (crossing.log2Part > -rule.zero.noiseBits || rule.noiseBits == 0) return;
+  if (rule.settings.toleranceBits < rule.noiseBits) throw ZeroInDoubt{latest.end};
+  throw EndAt(crossing, SingularityKind::kUndecided);
 }
 
 /// The end of a way at a root.

@@ -42,6 +42,7 @@ class PiecewiseRun final : public Stepper {
   std::optional<SettledPiece> OntoTouched(const std::vector<RootAt>& crossings, SwitchPoint& point);
   void Pass(const std::vector<RootAt>& crossings);
   Singularity EndAt(const RootAt& root, SingularityKind kind) const;
+  void RequireAboveNoise(const RootAt& crossing) const;
   void RequireCertain(const std::vector<RootAt>& crossings) const;
   SwitchPoint PointAtEnd(const std::vector<RootAt>& crossings) const;
   std::vector<std::uint32_t> Firing(const std::vector<RootAt>& crossings,
