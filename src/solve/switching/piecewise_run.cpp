@@ -204,6 +204,22 @@ void PiecewiseRun::RequireCertain(const std::vector<RootAt>& crossings) const
   }
 }
 
+/// The sign behind a multiple root at the end of a step, which the step does not show, is that of
+/// the terms that follow. They tell where rounding blurs no digit of a row.
+void PiecewiseRun::CompleteSigns(std::vector<RootAt>& crossings) const
+{
+  if (rule.settings.toleranceBits < rule.touchBits) return;
+  for (RootAt& crossing : crossings) {
+    if (crossing.signBefore == 0 || crossing.signAfter != 0) continue;
+    try {
+      FirstTerms terms(*piece, rule, PointAtEnd({}));
+      crossing.signAfter = terms.Of(WatchedOf(*piece, crossing).line, 1).sign;
+    } catch (const DomainError&) {
+      // It stays open.
+    }
+  }
+}
+
 /// Where an expression cancels to less than what is not known of the states, its sign says nothing.
 void PiecewiseRun::RequireAboveNoise(const RootAt& crossing) const
 {
@@ -308,8 +324,9 @@ std::optional<SettledPiece> PiecewiseRun::OntoTouched(const std::vector<RootAt>&
 }
 
 /// Goes over to what lies behind the roots at which the latest step ended.
-void PiecewiseRun::Pass(const std::vector<RootAt>& crossings)
+void PiecewiseRun::Pass(std::vector<RootAt> crossings)
 {
+  CompleteSigns(crossings);
   RequireCertain(crossings);
   SwitchPoint point = PointAtEnd(crossings);
   std::vector<const Watch*> crossed;
