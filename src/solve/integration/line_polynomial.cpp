@@ -21,6 +21,12 @@ constexpr double kSmallLog2 = -20, kSmall = 0x1p-20;
 constexpr double kRoundingMarginBits = 5;
 constexpr double kToleranceMarginBits = 3;
 
+/// log2 of what rounding may have done to a term of size 1.
+double UnitLog2(const RunSettings& settings)
+{
+  return kRoundingMarginBits - static_cast<double>(settings.bits);
+}
+
 /// 2^log2 as a bound of an error.
 Real ErrorBound(double log2)
 {
@@ -63,11 +69,17 @@ bool FirstTermOutweighs(const Series& series, LineId line, int first, double len
   return others < kMostOfFirstTerm;
 }
 
+bool FirstTermStandsOut(const SeriesStep& step, LineId line, int first)
+{
+  const double term = step.series.Log2(line, first) + first * Log2Size(step.length);
+  return term > step.sizes[line] + UnitLog2(step.settings);
+}
+
 UncertainPolynomial OverStep(const Tape& tape, const SeriesStep& step, LineId line, int first)
 {
   const Series& series = step.series;
   const mpfr_prec_t bits = step.settings.bits;
-  const double unit = kRoundingMarginBits - static_cast<double>(bits);
+  const double unit = UnitLog2(step.settings);
   UncertainPolynomial polynomial;
   Real power(bits);
   mpfr_set_ui(power, 1, MPFR_RNDN);
