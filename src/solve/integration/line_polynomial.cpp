@@ -87,7 +87,7 @@ UncertainPolynomial OverStep(const Tape& tape, const SeriesStep& step, LineId li
   double largest = step.sizes[line];
   double largestTerm = largest - static_cast<double>(bits);
   const double resolution = series.Resolution(line);
-  const double length = Log2Size(step.length);
+  const double length = Log2Size(step.length), rise = series.ResolutionRise() + length;
   for (int k = first; k <= series.Order(); ++k) {
     Real& coefficient = polynomial.coefficients.emplace_back(bits);
     series.Term(line, k, coefficient);
@@ -95,7 +95,7 @@ UncertainPolynomial OverStep(const Tape& tape, const SeriesStep& step, LineId li
     mpfr_mul(power, power, step.length, MPFR_RNDN);
     largestTerm = std::max(largestTerm, Log2Size(coefficient));
     largest = std::max(largest, largestTerm);
-    polynomial.errors.push_back(ErrorBound(std::max(largest + unit, resolution + k * length)));
+    polynomial.errors.push_back(ErrorBound(std::max(largest + unit, resolution + k * rise)));
   }
   const std::int32_t degree = tape.lines[line].degree;
   if (degree < 0 || degree > series.Order())
