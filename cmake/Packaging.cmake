@@ -23,8 +23,8 @@ set(description "The Taylor series method with variable order and variable step,
 multiprecision arithmetic. The equations are written as on paper; the result
 is a table with as many digits as wanted, or a picture by gnuplot.")
 
-# What the programs are linked with, as dpkg-shlibdeps finds it: libgmp, libmpfr, libmpfi, libfmt and the usual
-# libraries of C++.
+# What the programs are linked with, as dpkg-shlibdeps finds it: libgmp, libmpfr, libmpfi and the usual
+# libraries of C and, for varno, of C++.
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME varno)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION math)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SHLIBDEPS ON)
@@ -36,7 +36,7 @@ run has checked.")
 # An archive: what links it needs the libraries that it uses.
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libvarno-solve-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libgmp-dev, libmpfr-dev, libmpfi-dev, libfmt-dev")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libgmp-dev, libmpfr-dev, libmpfi-dev")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "${description}
 This is the library of varno-solve for C++: its header, an archive, and what
 find_package of CMake needs.")

@@ -127,9 +127,12 @@ class StreamsTest(unittest.TestCase):
         shutil.copy2(PROGRAM, program)
         closed = self.folder / "closed"
         closed.mkdir(0o555)
+        counts = self.folder / "counts"
+        counts.mkdir()
+        counts.chmod(0o777)
         result = subprocess.run(
             [program, self.file, "--output", closed / "rows"], capture_output=True, text=True,
-            env=counts_of_lines.away_from(self.folder), timeout=TIMEOUT,
+            env=counts_of_lines.away_from(counts), timeout=TIMEOUT,
             **({"user": 65534} if os.geteuid() == 0 else {}))
         self.assertEqual(result.returncode, 3)
         self.assertEqual(

@@ -349,6 +349,7 @@ Options Parser::SolverOptions() const
   if (IsGiven("--tiny")) options.tiny = texts.tiny;
   if (IsGiven("--columns")) options.columns = SplitAtCommas("--columns", texts.columns);
   options.check = !texts.noCheck;
+  options.hold = texts.hold;
   if (IsGiven("--max-steps")) {
     options.maxSteps = WholeNumber("--max-steps", texts.maxSteps, 1, kNoLimit);
   }

@@ -17,8 +17,7 @@ void RowOutput::Continuation::Write(std::string_view text)
 RowOutput::RowOutput(OutputFile file, const CommandLine& commandLine, const Solution& solution,
                      const TextDigest& known)
     : file(std::move(file), known),
-      writer(MakeRowWriter(commandLine.hold ? static_cast<TextSink&>(held) : this->file,
-                           commandLine, solution)),
+      writer(MakeRowWriter(this->file, commandLine, solution)),
       periodOf(commandLine.options.period)
 {
   if (commandLine.events) {
@@ -41,7 +40,6 @@ void RowOutput::Print(const Row& row)
 
 void RowOutput::Finish()
 {
-  file.Write(held.text);
   file.Close();
   if (events) events->Close();
 }

@@ -8,7 +8,6 @@
 
 #include "solve/command/command_line.h"
 #include "solve/command/event_output.h"
-#include "solve/command/held_text.h"
 #include "solve/command/output_file.h"
 #include "solve/library/solve.h"
 #include "solve/rows/row_writer.h"
@@ -17,8 +16,7 @@
 
 namespace varno::solve {
 
-/// Brings rows in the chosen format into a file, with --hold not before Finish; and events into
-/// another one if one is given.
+/// Brings rows in the chosen format into a file, and events into another one if one is given.
 ///
 /// What stands before the rows is written with the first of them: a run that fails at its start
 /// leaves no header alone.
@@ -33,7 +31,7 @@ class RowOutput {
   /// Throws what OutputFile::Write does; an OutputError names the row. Throws TextChanged where the
   /// rows differ from those that are known.
   void Print(const Row& row);
-  /// Writes what was held and closes the file. Throws what OutputFile does.
+  /// Closes the file. Throws what OutputFile does.
   void Finish();
   bool GoesToTerminal() const { return file.IsTerminal(); }
   /// Whether what earlier processes have written has all come again.
@@ -61,7 +59,6 @@ class RowOutput {
   };
 
   Continuation file;
-  HeldText held;
   std::unique_ptr<RowWriter> writer;
   std::optional<std::string> periodOf;  // a variable
   std::optional<EventOutput> events;

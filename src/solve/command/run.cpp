@@ -27,9 +27,10 @@ int PrintRows(Solution& solution, RowOutput& output, Plotting& plotting, Progres
 {
   const bool shareTerminal = console.errorsAreTerminal && output.GoesToTerminal();
   try {
-    while (!IsInterrupted()) {
+    for (;;) {
       const std::optional<Row> row = solution.Next();
       if (!row) return kSuccess;
+      if (IsInterrupted()) break;
       if (shareTerminal) progressLine.Clear();
       output.Print(*row);
       plotting.Add(*row);

@@ -38,6 +38,8 @@ class LongArithmetic {
   static constexpr long kMostExponent = 1L << 40;
   /// log2 of the units that a term may be wrong by.
   static constexpr double kErrorBits = 6;
+  /// Whether terms behind others, which count less over a step, have fewer digits.
+  static constexpr bool kDropsDigits = false;
 
   explicit LongArithmetic(mpfr_prec_t bits);
 

@@ -33,6 +33,8 @@ class NarrowArithmetic {
 
   /// log2 of the units of the last bit that a term may be wrong by: a quarter for each product.
   static constexpr double kErrorBits = 6;
+  /// Whether terms behind others, which count less over a step, have fewer digits.
+  static constexpr bool kDropsDigits = false;
 
   /// log2 of the unit of a series with this exponent.
   static double UnitLog2(long exponent) { return static_cast<double>(exponent - kFractionBits); }

@@ -44,6 +44,8 @@ class WideArithmetic {
   static constexpr long kMostExponent = 1L << 40;
   /// log2 of the units of the last digit that a term may be wrong by.
   static constexpr double kErrorBits = 8;
+  /// Whether terms behind others, which count less over a step, have fewer digits.
+  static constexpr bool kDropsDigits = true;
 
   explicit WideArithmetic(mpfr_prec_t bits);
   /// With this many digits and this kernel, for tests.

@@ -7,14 +7,15 @@
 namespace varno::solve {
 
 bool StoreScaled(const ColumnKernel& kernel, WideTerms& terms, int k, const WideRow& factor,
-                 const WideDigits& digits)
+                 const WideDigits& digits, int dropped)
 {
   // Digits 0 of both make the digit `place` of the term, and may carry to those before.
   const long place = terms.exponent - digits.exponent - factor.exponent;
   const long before = std::max(0L, -place);
-  if (!terms.IsSettled() || before > kMostDigitsBefore || place + digits.leading > terms.n)
+  const int last = terms.n - dropped;
+  if (!terms.IsSettled() || before > kMostDigitsBefore || place + digits.leading > last)
     return false;
-  const int columns = terms.n + 1 + static_cast<int>(before);
+  const int columns = last + 1 + static_cast<int>(before);
   const RowProduct product{factor.digits.data(), factor.Count(), digits.digits + digits.leading,
                            static_cast<int>(place + before) + digits.leading};
   std::array<std::int64_t, kMostColumns + 1> sum;

@@ -48,9 +48,10 @@ inline WideDigits DigitsOf(const WideTerms& terms, int k)
 }
 
 /// Stores factor * digits, with the zeros around them that a term has, as a term of a settled
-/// series. False, and nothing is stored, if the series is not settled or the term 0 or too large.
+/// series, without as many of its last digits as are dropped. False, and nothing is stored, if the
+/// series is not settled or the term 0 or too large.
 bool StoreScaled(const ColumnKernel& kernel, WideTerms& terms, int k, const WideRow& factor,
-                 const WideDigits& digits);
+                 const WideDigits& digits, int dropped = 0);
 
 /// 2^shift / k or its negative for k = 1, 2, ..., each computed when it is asked for.
 class WideReciprocals {

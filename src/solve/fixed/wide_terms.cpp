@@ -46,9 +46,10 @@ bool WideTerms::SetSettled(int k, const std::int64_t* digits, int count, int pla
   used = n;
   double* const row = &rows[Place(k)];
   const int end = std::min(n, count + place);
-  std::fill_n(row, first + place, 0.0);
-  for (int i = first + place; i < end; ++i) row[i] = static_cast<double>(digits[i - place]);
-  std::fill(row + end, row + n, 0.0);
+  // Most have all digits: what is called for nothing would take longer than these.
+  if (place > 0) std::fill_n(row, place, 0.0);
+  for (int i = std::max(0, place); i < end; ++i) row[i] = static_cast<double>(digits[i - place]);
+  if (end < n) std::fill(row + end, row + n, 0.0);
   return true;
 }
 

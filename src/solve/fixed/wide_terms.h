@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -47,5 +48,12 @@ struct WideTerms {
  private:
   std::size_t Place(int k) const { return static_cast<std::size_t>(k) * stride + kZeros; }
 };
+
+/// How many digits a series has more than it needs, if units of 2^log2 are small enough for it.
+inline double SpareDigits(const WideTerms& terms, double log2)
+{
+  const auto unit = static_cast<double>((terms.exponent - terms.n) * kWideDigitBits);
+  return std::max(0.0, (log2 - unit) / kWideDigitBits);
+}
 
 }  // namespace varno::solve

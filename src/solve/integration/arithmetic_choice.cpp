@@ -7,8 +7,6 @@ namespace varno::solve {
 
 namespace {
 
-/// log2 of what the next step may be longer than the latest one.
-constexpr double kScaleMargin = 0.125;
 /// A failure may be one of a single step; after several, up to 2^kMostBackoff - 1 steps are made
 /// before the next trial.
 constexpr int kFailuresAllowed = 2;

@@ -21,6 +21,12 @@ constexpr double kSmallLog2 = -20, kSmall = 0x1p-20;
 constexpr double kRoundingMarginBits = 5;
 constexpr double kToleranceMarginBits = 3;
 
+/// log2 of what rounding may have done to a term of size 1.
+double UnitLog2(const RunSettings& settings)
+{
+  return kRoundingMarginBits - static_cast<double>(settings.bits);
+}
+
 /// 2^log2 as a bound of an error.
 Real ErrorBound(double log2)
 {
@@ -63,11 +69,17 @@ bool FirstTermOutweighs(const Series& series, LineId line, int first, double len
   return others < kMostOfFirstTerm;
 }
 
+bool FirstTermStandsOut(const SeriesStep& step, LineId line, int first)
+{
+  const double term = step.series.Log2(line, first) + first * Log2Size(step.length);
+  return term > step.sizes[line] + UnitLog2(step.settings);
+}
+
 UncertainPolynomial OverStep(const Tape& tape, const SeriesStep& step, LineId line, int first)
 {
   const Series& series = step.series;
   const mpfr_prec_t bits = step.settings.bits;
-  const double unit = kRoundingMarginBits - static_cast<double>(bits);
+  const double unit = UnitLog2(step.settings);
   UncertainPolynomial polynomial;
   Real power(bits);
   mpfr_set_ui(power, 1, MPFR_RNDN);
@@ -75,7 +87,7 @@ UncertainPolynomial OverStep(const Tape& tape, const SeriesStep& step, LineId li
   double largest = step.sizes[line];
   double largestTerm = largest - static_cast<double>(bits);
   const double resolution = series.Resolution(line);
-  const double length = Log2Size(step.length);
+  const double length = Log2Size(step.length), rise = series.ResolutionRise() + length;
   for (int k = first; k <= series.Order(); ++k) {
     Real& coefficient = polynomial.coefficients.emplace_back(bits);
     series.Term(line, k, coefficient);
@@ -83,7 +95,7 @@ UncertainPolynomial OverStep(const Tape& tape, const SeriesStep& step, LineId li
     mpfr_mul(power, power, step.length, MPFR_RNDN);
     largestTerm = std::max(largestTerm, Log2Size(coefficient));
     largest = std::max(largest, largestTerm);
-    polynomial.errors.push_back(ErrorBound(std::max(largest + unit, resolution + k * length)));
+    polynomial.errors.push_back(ErrorBound(std::max(largest + unit, resolution + k * rise)));
   }
   const std::int32_t degree = tape.lines[line].degree;
   if (degree < 0 || degree > series.Order())

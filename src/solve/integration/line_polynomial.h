@@ -21,6 +21,9 @@ struct SeriesStep {
 /// units of the series' scale): if those before it are 0, the line has no root but there.
 bool FirstTermOutweighs(const Series& series, LineId line, int first, double lengthLog2);
 
+/// Whether term `first` of a line is more than rounding may have made of it.
+bool FirstTermStandsOut(const SeriesStep& step, LineId line, int first);
+
 /// A line over a step as a polynomial on [0, 1], from term `first` on, which becomes the first one.
 /// A term is as exact as the largest of those up to it, or as the size of the line: what begins
 /// with small terms knows these to all their digits; but never more than the series resolves. The

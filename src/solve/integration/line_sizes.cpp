@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <span>
 
 namespace varno::solve {
@@ -28,6 +29,15 @@ struct SizeRules {
   double Product(LineId a, LineId b) const
   {
     return std::max(sizes[a] + Value(b), Value(a) + sizes[b]);
+  }
+
+  /// What an error of the dividend makes of one in a quotient that begins at a common root.
+  double OfCommonRoot(const Line& line, int order) const
+  {
+    if (line.kind != LineKind::kQuotient && line.kind != LineKind::kIntegralOfQuotient)
+      return -std::numeric_limits<double>::infinity();
+    const double effect = sizes[line.a] - series.Log2(line.b, order);
+    return std::isnan(effect) ? -std::numeric_limits<double>::infinity() : effect;
   }
 
   /// What an error of the operand a makes of one in the line, beside the line's own magnitude.
@@ -74,7 +84,7 @@ std::vector<double> LineSizes(const Tape& tape, const Series& series)
       double largest = rules.Value(id);
       for (int k = 1; k <= std::min(order, series.Order()); ++k)
         largest = std::max(largest, series.Log2(id, k));
-      sizes.push_back(largest);
+      sizes.push_back(std::max(largest, rules.OfCommonRoot(tape.lines[id], order)));
       continue;
     }
     const double effect = rules.Of(tape.lines[id], id);

@@ -147,7 +147,7 @@ double StepControl::AccuracyBound(const Series& series, LineId id, double known)
   const double usual = 1.0 / settings.order;
   // What rounding leaves of the line is no smaller than this, whatever its first term is.
   const double rounding = sizes[id] - static_cast<double>(settings.bits);
-  const double noise = std::max(rounding, series.Resolution(id)) + kNoiseBits;
+  const double resolution = series.Resolution(id), rise = series.ResolutionRise();
   const double first = std::max(terms[0], rounding);
 
   const int leading = VanishingTerms(terms);
@@ -163,7 +163,7 @@ double StepControl::AccuracyBound(const Series& series, LineId id, double known)
   for (int k = last; k > least && foundAboveNoise < kTermsForRadius; --k) {
     if (terms[k] == -kInfinity) continue;
     // Where the last terms are rounding, those of the latter half that are more count as well.
-    const bool isNoise = terms[k] <= noise;
+    const bool isNoise = terms[k] <= std::max(rounding, resolution + k * rise) + kNoiseBits;
     if (found >= kTermsForRadius && (isNoise || k <= last / 2)) continue;
     ++found;
     if (!isNoise) ++foundAboveNoise;

@@ -111,7 +111,16 @@ void StepSeries::StepMade(double lengthLog2, bool endsAtRoot)
     arithmeticChoice.StepSkipped();
   }
   // A step that ends at a root says little about the next one.
-  if (zeroLines.empty() && !endsAtRoot) scaleExponent = ScaleFor(lengthLog2);
+  if (!zeroLines.empty() || endsAtRoot) return;
+  SetScale(lengthLog2, lengthLog2 - latestLog2);
+  latestLog2 = lengthLog2;
+}
+
+/// For a step of about this length, or one that grows as the latest one did.
+void StepSeries::SetScale(double lengthLog2, double growth)
+{
+  scaleExponent = ScaleFor(lengthLog2);
+  expectedStepLog2 = lengthLog2 + std::max(kScaleMargin, growth + kScaleMargin / 2);
 }
 
 bool StepSeries::AddZeroLines(std::span<const LineId> lines)
@@ -176,6 +185,7 @@ void StepSeries::BeginLines(mpfr_srcptr time, const std::vector<bool>& leftOut)
   try {
     hasLeftOut |= &leftOut != &none;
     if (hasLeftOut) series->LeaveOut(leftOut);
+    series->ExpectStep(expectedStepLog2 - static_cast<double>(scaleExponent));
     series->Begin(time, latest.states, latest.backwards, scaleExponent);
   } catch (const DomainError& error) {
     if (!NoteZeroLines(error)) throw;
@@ -221,7 +231,7 @@ StepBound StepSeries::BeginWithout(mpfr_srcptr time, const std::vector<bool>& le
     bound = ChooseBound(leftOut);
   }
   if (std::isfinite(bound.log2)) {
-    scaleExponent = ScaleFor(ChooseLength(bound).Log2());
+    SetScale(ChooseLength(bound).Log2());
     BeginLines(time, leftOut);
     bound = ChooseBound(leftOut);
     if (IsExactFor(bound)) return bound;
@@ -258,7 +268,10 @@ StepBound StepSeries::BeginWithBits()
   latest.end.Evaluate(time);
   longestStepLog2 = LongestStepAhead(time);
   const bool mayUseBlocks = arithmeticChoice.IsWorthTrying();
-  if (latest.steps == 0) scaleExponent = CoarseScale(time);
+  if (latest.steps == 0) {
+    scaleExponent = CoarseScale(time);
+    expectedStepLog2 = static_cast<double>(scaleExponent);
+  }
   // What is left out is chosen by terms with all their digits.
   StepBound bound = BeginWithout(time, none, mayUseBlocks && !exemption);
   exemption.reset();
@@ -275,7 +288,7 @@ StepBound StepSeries::BeginWithBits()
   }
   exemption = exemptionRule->Find(*series, control, point);
   if (!exemption) return bound;
-  scaleExponent = ScaleFor(std::min(exemption->longestLog2, point.longestLog2));
+  SetScale(std::min(exemption->longestLog2, point.longestLog2));
   const StepBound longer = BeginWithout(time, exemption->leftOut, mayUseBlocks);
   return {std::min(longer.log2, exemption->longestLog2), bound.line};
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <span>
@@ -83,6 +84,7 @@ class StepSeries {
   StepBound BeginWithout(mpfr_srcptr time, const std::vector<bool>& leftOut, bool mayUseBlocks);
   StepBound ChooseBound(const std::vector<bool>& leftOut);
   bool IsExactFor(const StepBound& bound);
+  void SetScale(double lengthLog2, double growth = 0);
   void BeginLines(mpfr_srcptr time, const std::vector<bool>& leftOut);
   void BeginAtRoot(mpfr_srcptr time);
   bool NoteZeroLines(const DomainError& error);
@@ -109,11 +111,13 @@ class StepSeries {
   ArithmeticChoice arithmeticChoice;
   std::vector<long> largestTerms;  // of the latest step: Series::LargestTerms
   long scaleExponent = 0;
-  double longestStepLog2 = 0;  // of the step begun
-  Real reachTime = Real(2);    // `reach`, with as many bits as are computed with
-  Real beginTime = Real(2);    // of the step
-  Real way = Real(64);         // scratch
-  bool hasLeftOut = false;     // whether series were ever told to leave lines out
+  double latestLog2 = std::numeric_limits<double>::infinity();  // of the length of the latest step
+  double expectedStepLog2 = 0;                                  // of the next one, at most
+  double longestStepLog2 = 0;                                   // of the step begun
+  Real reachTime = Real(2);  // `reach`, with as many bits as are computed with
+  Real beginTime = Real(2);  // of the step
+  Real way = Real(64);       // scratch
+  bool hasLeftOut = false;   // whether series were ever told to leave lines out
 };
 
 }  // namespace varno::solve

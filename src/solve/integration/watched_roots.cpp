@@ -29,6 +29,14 @@ bool IsZero(const Series& series, LineId line, int first)
   return true;
 }
 
+double Log2Largest(const UncertainPolynomial& polynomial)
+{
+  double largest = -kInfinity;
+  for (const Real& coefficient : polynomial.coefficients)
+    largest = std::max(largest, Log2Size(coefficient));
+  return largest;
+}
+
 /// The sign that a simple root at an end of the step leaves open follows from the other one.
 void CompleteSigns(WatchedRoot& root)
 {
@@ -41,15 +49,21 @@ void CompleteSigns(WatchedRoot& root)
 std::optional<PlacedRoot> FirstRoot(const Tape& tape, const SeriesStep& step,
                                     const WatchedLine& watched, std::size_t index)
 {
-  const auto [line, first] = watched;
-  if (first > step.series.Order() || IsZero(step.series, line, first)) return std::nullopt;
-  if (FirstTermOutweighs(step.series, line, first, Log2Size(step.length))) return std::nullopt;
+  const auto [line, first, mayBeZero] = watched;
+  if (first > step.series.Order()) return std::nullopt;
+  if (mayBeZero && IsZero(step.series, line, first)) return std::nullopt;
+  if (FirstTermOutweighs(step.series, line, first, Log2Size(step.length)) &&
+      FirstTermStandsOut(step, line, first))
+    return std::nullopt;
   const UncertainPolynomial polynomial = OverStep(tape, step, line, first);
   const std::vector<RootInterval> found = IsolateRoots(polynomial);
   if (found.empty()) return std::nullopt;
   const RootInterval& interval = found.front();
-  WatchedRoot root{index, interval.signBefore, interval.signAfter, interval.mostRoots};
+  WatchedRoot root{index, interval.signBefore, interval.signAfter, interval.mostRoots,
+                   Log2Largest(polynomial) - step.sizes[line]};
   CompleteSigns(root);
+  // Where the sign is not known from there on, the step is good as far as there only.
+  if (root.signBefore == 0) return PlacedRoot{root, {interval.begin, Real(kErrorBits)}};
   return PlacedRoot{root, RefineRoot(polynomial, interval)};
 }
 

@@ -17,6 +17,9 @@ struct WatchedLine {
   /// So many of its first terms count as 0, because the step begins at a root of it: the root is
   /// divided out, so that rounding does not show it again.
   int zeroTerms = 0;
+  /// Whether it may be 0 all along. One that is known to have a sign is not, whatever its terms
+  /// are.
+  bool mayBeZero = true;
 };
 
 /// A root of a watched line, or several that rounding does not tell from one.
@@ -26,6 +29,8 @@ struct WatchedRoot {
   int signBefore, signAfter;
   /// There are at most so many roots, multiple ones counted as often.
   int mostRoots;
+  /// log2 of the largest term of the line over the step, as a part of the line's size.
+  double log2Part = std::numeric_limits<double>::infinity();
 
   bool IsCrossing() const { return signBefore * signAfter < 0; }
 };
@@ -48,8 +53,9 @@ struct WatchedRootsAhead {
 
 /// Where the first roots of watched lines lie in a step, its end included; none if there are none.
 ///
-/// Most lines are shown to have no root by their first term, which outweighs the others; of the
-/// rest all roots are isolated. Lines that are 0 in all their terms have no roots.
+/// Most lines are shown to have no root by their first term, which outweighs the others, and what
+/// rounding may have made of it; of the rest all roots are isolated. Lines that are 0 in all their
+/// terms have no roots, if they may be 0.
 std::optional<WatchedRootsAhead> FirstWatchedRoots(const Tape& tape, const SeriesStep& step,
                                                    std::span<const WatchedLine> watched,
                                                    const Nearness& nearness = {});

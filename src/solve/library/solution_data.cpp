@@ -65,9 +65,10 @@ Solution::Implementation::Implementation(CompiledProblem problem, Options given)
   rows.emplace(
       model, dynamics, interval, schedule,
       RowsWanted{columns, options.digits, Log2Size(numberFormat.Tiny()), options.check,
-                 options.maxBits, MayUseThreads(), PeriodEvent(), Log2Steady()},
+                 options.maxBits, MayUseThreads(), PeriodEvent(), Log2Steady(), MayBeQuick()},
       [this](std::size_t run, const DenseStep& step) { Watch(run, step); },
       [this] { EndWhereAsked(); });
+  if (options.hold) heldRows.emplace(*rows);
 }
 
 void Solution::Implementation::ChooseColumns()
@@ -149,6 +150,12 @@ bool Solution::Implementation::MayUseThreads() const
   return options.jobs == 0 ? std::thread::hardware_concurrency() > 1 : options.jobs > 1;
 }
 
+/// Without steps there is nothing to keep, to count or to show.
+bool Solution::Implementation::MayBeQuick() const
+{
+  return !options.keepSteps && !options.step && !options.maxSteps;
+}
+
 /// How far the best run of the present attempt is.
 Moment Solution::Implementation::Reached() const
 {
@@ -210,9 +217,9 @@ std::optional<Row> Solution::Implementation::Next()
   if (begin == std::chrono::steady_clock::time_point()) begin = std::chrono::steady_clock::now();
   const bool hasGiven = rows->LastGiven().has_value();
   try {
-    while (const std::optional<VerifiedRow> row = rows->Next()) {
-      // A step may have any number of rows. The first takes no step.
-      if (hasGiven) EndWhereAsked(&row->time);
+    while (const std::optional<VerifiedRow> row = heldRows ? heldRows->Next() : rows->Next()) {
+      // A step may have any number of rows. The first takes no step, and what was held none.
+      if (hasGiven && !heldRows) EndWhereAsked(&row->time);
       for (const RowNumber& number : row->numbers) numbersAtJumps += number.isAtJump ? 1 : 0;
       if (!row->event || row->event != PeriodEvent()) return MakeRow(*row);
       if (std::optional<Row> found = AddReturn(*row)) return found;
@@ -251,7 +258,7 @@ Value Solution::Implementation::MakeValue(const RowNumber& number) const
 
 Row Solution::Implementation::MakeRow(const VerifiedRow& row) const
 {
-  Row result{MakeTime(row.time, rows->Integration()->Best().Bits()), {}};
+  Row result{MakeTime(row.time, rows->BestRun().bits), {}};
   for (const RowNumber& number : std::span(row.numbers).first(names.size()))
     result.values.push_back(MakeValue(number));
   if (row.event) result.event = model.events[*row.event].name;
@@ -306,9 +313,9 @@ Summary Solution::Implementation::Summarise() const
 
 std::string Solution::Implementation::Explain() const
 {
-  if (const Tape* const tape = dynamics.SmoothTape())
-    return PrintModel(model) + "\nOperations after sharing:\n" + ExplainTape(*tape);
   try {
+    if (const Tape* const tape = dynamics.SmoothTape())
+      return PrintModel(model) + "\nOperations after sharing:\n" + ExplainTape(*tape);
     return PrintModel(model) + "\nOperations after sharing, as they are at the start:\n" +
            ExplainTape(dynamics.PieceAtStart(interval.start)->tape);
   } catch (const DomainError& error) {

@@ -15,6 +15,7 @@
 #include "solve/rows/number_format.h"
 #include "solve/rows/time_format.h"
 #include "solve/switching/dynamics.h"
+#include "solve/verification/held_rows.h"
 #include "solve/verification/step_record.h"
 #include "solve/verification/verified_rows.h"
 
@@ -48,6 +49,7 @@ struct Solution::Implementation {
   std::optional<Moment> RowsBeyond(const Moment& time) const;
   RunEnded AtLimit(const std::string& limit, const Moment& time) const;
   bool MayUseThreads() const;
+  bool MayBeQuick() const;
   Row MakeRow(const VerifiedRow& row) const;
   std::optional<Row> AddReturn(const VerifiedRow& row);
   Value MakeValue(const RowNumber& number) const;
@@ -70,6 +72,7 @@ struct Solution::Implementation {
   RowSchedule schedule;
   Ends ends;
   std::optional<VerifiedRows> rows;
+  std::optional<HeldRows> heldRows;          // Options::hold
   std::int64_t numbersAtJumps = 0;           // in rows
   std::optional<PeriodSearch> periodSearch;  // while there is something to look for
   std::string period;                        // once it is known

@@ -202,6 +202,8 @@ struct Options {
   /// Names, in this order; empty: all, in the order of the file.
   std::vector<std::string> columns = {};
   bool check = true;  ///< two runs instead of one
+  /// No row before all are there: instead of an end by kWrongRow, the rows of the better attempt.
+  bool hold = false;
   int jobs = 0;       ///< threads; 0: as many as there are processors
   std::optional<std::int64_t> maxSteps = {};
   std::optional<double> maxSeconds = {};

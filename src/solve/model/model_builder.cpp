@@ -77,10 +77,11 @@ void ModelBuilder::ResolveStart(const StartStatement& start, const Syntax& synta
   resolution.Resolve({&syntax, start.value});
 }
 
-/// Reports what varies in an expression that must not. Names in circles are constant, for all that
-/// is known.
-void ModelBuilder::RequireConstant(const Tree& tree, std::string_view what)
+/// Reports what varies in an expression that must not; false if anything does. Names in circles are
+/// constant, for all that is known.
+bool ModelBuilder::RequireConstant(const Tree& tree, std::string_view what)
 {
+  bool isConstant = true;
   const Syntax& syntax = *tree.syntax;
   for (ExpressionId id = syntax[tree.root].first; id <= tree.root; ++id) {
     const Binding& binding = resolution.Of(syntax)[id];
@@ -97,9 +98,11 @@ void ModelBuilder::RequireConstant(const Tree& tree, std::string_view what)
       if (dependence == Dependence::kStates)
         reason = Quoted(sources.Text(syntax[id].name)) + " depends on variables";
     }
-    if (!reason.empty())
-      diagnostics.Error(syntax[id].place, std::string(what) + " must be constant, and " + reason);
+    if (reason.empty()) continue;
+    diagnostics.Error(syntax[id].place, std::string(what) + " must be constant, and " + reason);
+    isConstant = false;
   }
+  return isConstant;
 }
 
 // ------------------------------------------------------------------------------
@@ -323,7 +326,7 @@ void ModelBuilder::ExpandPoint(Expansion& expansion, const StartStatement& start
                                const Syntax& syntax)
 {
   const Tree tree{&syntax, start.point};
-  RequireConstant(tree, "the point of a start value");
+  if (!RequireConstant(tree, "the point of a start value")) return;
   const NodeId point = expansion.Expand(tree);
   if (point == kNoNode) return;
   points.push_back(point);

@@ -38,7 +38,7 @@ class ModelBuilder {
   void ApplyParameterSettings();
   void ReportUnknownParameter(Place place);
   bool IsParameter(std::uint32_t declaration) const;
-  void RequireConstant(const Tree& tree, std::string_view what);
+  bool RequireConstant(const Tree& tree, std::string_view what);
 
   void AddStates();
   void ExpandDeclarations();

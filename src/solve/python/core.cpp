@@ -79,6 +79,7 @@ class Reader {
     options.interrupted = [stop = std::move(stop), this] {
       return (stop != nullptr && stop->IsSet()) || (isSignalled = SignalIsPending());
     };
+    options.hold = true;  // they are given together
     solution.emplace(problem, std::move(options));
   }
   Reader(const Reader&) = delete;
@@ -169,8 +170,7 @@ PYBIND11_MODULE(core, module)
       .value("lost_domain", EndReason::kLostDomain)
       .value("out_of_range", EndReason::kOutOfRange)
       .value("limit", EndReason::kLimit)
-      .value("interrupted", EndReason::kInterrupted)
-      .value("wrong_row", EndReason::kWrongRow);
+      .value("interrupted", EndReason::kInterrupted);
 
   py::class_<Stop, std::shared_ptr<Stop>>(module, "Stop").def(py::init<>()).def("set", &Stop::Set);
 

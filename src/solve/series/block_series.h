@@ -47,6 +47,7 @@ class BlockSeries final : public Series {
         sizes(tape.lines.size())
   {
     if constexpr (kIsRelaxed) convolutions.resize(tape.lines.size());
+    if constexpr (Arithmetic::kDropsDigits) coarsest.assign(tape.lines.size(), -kInfinity);
     const std::vector<bool> weighted = LinesNeedingWeights(tape);
     weightedRows.assign(weighted.size(), kNone);
     for (LineId id = 0; id < weighted.size(); ++id) {
@@ -71,6 +72,7 @@ class BlockSeries final : public Series {
   {
     precise.Begin(time, states, backwards, newScaleExponent);
     isRefined = false;
+    rise = expectedRise;
     isBackwards = backwards;
     scaleExponent = newScaleExponent;
     order = 0;
@@ -129,6 +131,13 @@ class BlockSeries final : public Series {
     return resolutions[line];
   }
 
+  double ResolutionRise() const override { return isRefined ? 0 : rise; }
+
+  void ExpectStep(double log2) override
+  {
+    if constexpr (Arithmetic::kDropsDigits) expectedRise = std::max(0.0, -log2);
+  }
+
   bool IsExactFor(double log2) override;
 
   bool IsRefined() const override { return isRefined; }
@@ -164,6 +173,9 @@ class BlockSeries final : public Series {
   static constexpr long kUnknown = std::numeric_limits<long>::min();
   /// Bits of the guard that a line may lose by the difference between the scale and the step.
   static constexpr double kMostLostBits = 16;
+  /// Of these, what a line keeps for the largest term of a step when that of the step before tells
+  /// how many digits it needs.
+  static constexpr double kSparedBits = 12;
   /// The same with what cancels and what the operands pass on: some bits less than a run of the
   /// order 12 has beyond its tolerance, and in proportion one of the order 27.
   static constexpr double kMostCancelledBits = 24, kCancelledBitsPerOrder = 0.15;
@@ -238,6 +250,7 @@ class BlockSeries final : public Series {
   void AddFirstTerm(LineId line, const Value& others, mpfr_ptr result) const;
   bool FindLargest(double log2);
   void FindResolutions() const;
+  double OwnResolution(LineId id) const;
   double ResolutionOf(const Line& line, LineId id) const;
   int LastTerm(LineId line) const;
 
@@ -257,6 +270,7 @@ class BlockSeries final : public Series {
   std::vector<Factor> exponentsPlusOne;     // by constant
   std::vector<std::array<typename Arithmetic::Product, kMostConvolutions>> convolutions;  // by line
   std::vector<long> largest;     // by line: log2 of the largest term of the step before
+  std::vector<double> coarsest;  // by line: log2 of what is small enough for a unit
   std::vector<Factor> divisors;  // by line: the reciprocal of what its terms divide by
   SettledLines<Arithmetic> settled;
   mutable std::vector<double> resolutions;
@@ -267,6 +281,8 @@ class BlockSeries final : public Series {
   bool isRefined = false;
   bool isBackwards = false;
   long scaleExponent = 0;
+  double expectedRise = 0;  // of the series that is begun next
+  double rise = 0;          // how many bits less a term has than the one before
   int order = -1;
   int reserved = 0;  // so many terms of each line have room
 };

@@ -33,6 +33,15 @@ void BlockSeries<Arithmetic>::StartLines()
 {
   isStarted = true;
   settled.Begin(scaleExponent, isBackwards);
+  if constexpr (Arithmetic::kDropsDigits) {
+    for (LineId id = 0; id < tape.lines.size(); ++id) {
+      const double most = kMostLostBits - kSparedBits - Arithmetic::kErrorBits;
+      coarsest[id] = largest[id] == kUnknown
+                         ? -kInfinity
+                         : static_cast<double>(largest[id] - 1) + most - static_cast<double>(bits);
+    }
+    settled.DropBits(rise, coarsest);
+  }
   Reserve(1);
   for (LineId id = 0; id < tape.lines.size(); ++id) StartLine(id);
 }
@@ -486,8 +495,7 @@ bool BlockSeries<Arithmetic>::FindLargest(double log2)
     // Terms that rise are no measure for errors.
     if (size > early + kMostRiseBits) return false;
     largest[id] = static_cast<long>(std::floor(size)) + 1;
-    const double unit = arithmetic.UnitLog2(terms[id].exponent);
-    const double error = unit + Arithmetic::kErrorBits + std::max(0.0, LastTerm(id) * log2);
+    const double error = OwnResolution(id) + std::max(0.0, LastTerm(id) * (log2 + rise));
     if (error - size > kMostLostBits - static_cast<double>(bits)) return false;
     // A line of which little is left: MPFR rounds each of its terms less than this one all.
     if (Resolution(id) - size > mostCancelledBits - static_cast<double>(bits)) return false;
@@ -535,20 +543,29 @@ double BlockSeries<Arithmetic>::ResolutionOf(const Line& line, LineId id) const
   return -kInfinity;
 }
 
+/// What rounding leaves open of a line itself.
+template <class Arithmetic>
+double BlockSeries<Arithmetic>::OwnResolution(LineId id) const
+{
+  if (!terms[id].started) return -kInfinity;
+  double unit = arithmetic.UnitLog2(terms[id].exponent);
+  if constexpr (Arithmetic::kDropsDigits) {
+    const double spare = SpareDigits(terms[id], coarsest[id]);
+    if (spare + order * rise / Arithmetic::kDigitBits >= 1) unit += Arithmetic::kDigitBits * spare;
+  }
+  return unit + Arithmetic::kErrorBits;
+}
+
 /// Errors go round: those of a derivative into its state, and from there into the next term.
 template <class Arithmetic>
 void BlockSeries<Arithmetic>::FindResolutions() const
 {
-  const auto own = [this](LineId id) {
-    return terms[id].started ? arithmetic.UnitLog2(terms[id].exponent) + Arithmetic::kErrorBits
-                             : -kInfinity;
-  };
-  for (LineId id = 0; id < tape.lines.size(); ++id) resolutions[id] = own(id);
+  for (LineId id = 0; id < tape.lines.size(); ++id) resolutions[id] = OwnResolution(id);
   constexpr int kPasses = 2;
   for (int pass = 0; pass < kPasses; ++pass) {
     for (LineId id = 0; id < tape.lines.size(); ++id) {
       const double passed = leftOut[id] ? -kInfinity : ResolutionOf(tape.lines[id], id);
-      resolutions[id] = std::max(own(id), std::isnan(passed) ? -kInfinity : passed);
+      resolutions[id] = std::max(OwnResolution(id), std::isnan(passed) ? -kInfinity : passed);
     }
   }
   resolvedOrder = order;

@@ -52,13 +52,18 @@ class Series {
   /// The order of the common root that the line begins with: MakeSeriesAtRoot.
   virtual int CommonRootOrder(LineId) const { return 0; }
 
-  /// log2 of what the terms k > 0 of a line, whatever their own size, may be wrong by: a term that
-  /// is not 0 but smaller cannot be told from others that small. -infinity where every term has
-  /// its own precision.
+  /// log2 of what the terms k > 0 of a line, whatever their own size, may be wrong by, but for k
+  /// times ResolutionRise(): a term that is not 0 but smaller cannot be told from others that
+  /// small. -infinity where every term has its own precision.
   virtual double Resolution(LineId /*line*/) const
   {
     return -std::numeric_limits<double>::infinity();
   }
+  /// By how much more a term may be wrong than the one before, as log2.
+  virtual double ResolutionRise() const { return 0; }
+  /// Tells about how long the next step is, 2^log2 units of the scale: from the next Begin on terms
+  /// need be exact over such a step, not over a longer one.
+  virtual void ExpectStep(double /*log2*/) {}
   /// Whether the terms are as exact as asked for over a step of 2^log2 units of the scale. If not,
   /// a scale near the step helps, or Refine.
   virtual bool IsExactFor(double /*log2*/) { return true; }

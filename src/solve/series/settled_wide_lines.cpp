@@ -31,7 +31,8 @@ LineId SettledLines<WideArithmetic<N>>::StoreTerms(LineId first, int k)
     if (line.arrangement != arrangement) Prepare(id);
     if (!line.isUsable || !StoreTerm(line, k)) return id;
     if (line.weighted != nullptr &&
-        !StoreScaled(*kernel, *line.weighted, k, order, DigitsOf(*line.s, k)))
+        !StoreScaled(*kernel, *line.weighted, k, order, DigitsOf(*line.s, k),
+                     Dropped(line.spareOfWeighted, k)))
       return id;
   }
   return count;
@@ -43,24 +44,25 @@ bool SettledLines<WideArithmetic<N>>::StoreTerm(const Prepared& line, int k)
   switch (line.kind) {
     case LineKind::kState:
       // (2) x' = f: term k of x is scale / k times term k-1 of f.
-      return StoreScaled(*kernel, *line.s, k, scaled.Of(k), DigitsOf(*line.a, k - 1));
+      return StoreScaled(*kernel, *line.s, k, scaled.Of(k), DigitsOf(*line.a, k - 1),
+                         Dropped(line.spareDigits, k));
     case LineKind::kCombination:
       return StoreCombination(line, k);
     case LineKind::kProduct:
-      kernel->sumProducts(*line.a, *line.b, 0, k, k, line.columns, sum.data());
-      return line.s->SetSettled(k, sum.data(), line.columns + 1, line.place);
+      kernel->sumProducts(*line.a, *line.b, 0, k, k, ColumnsOf(line, k), sum.data());
+      return line.s->SetSettled(k, sum.data(), ColumnsOf(line, k) + 1, line.place);
     case LineKind::kSquare:
-      kernel->sumSquare(*line.a, 0, k, line.columns, sum.data());
-      return line.s->SetSettled(k, sum.data(), line.columns + 1, line.place);
+      kernel->sumSquare(*line.a, 0, k, ColumnsOf(line, k), sum.data());
+      return line.s->SetSettled(k, sum.data(), ColumnsOf(line, k) + 1, line.place);
     case LineKind::kQuotient:
-      kernel->sumProducts(*line.b, *line.s, 1, k, k, line.columns, sum.data());
+      kernel->sumProducts(*line.b, *line.s, 1, k, k, ColumnsOf(line, k), sum.data());
       return StoreQuotient(line, k);
     case LineKind::kSquareRoot:
-      kernel->sumSquare(*line.s, 1, k, line.columns, sum.data());
+      kernel->sumSquare(*line.s, 1, k, ColumnsOf(line, k), sum.data());
       return StoreQuotient(line, k);
     case LineKind::kIntegralOfProduct:
       // (9) s' = +-b a': k s[k] = +-(sum over j = 1..k of j a[j] b[k-j])
-      kernel->sumProducts(*line.a, *line.b, 1, k, k, line.columns, sum.data());
+      kernel->sumProducts(*line.a, *line.b, 1, k, k, ColumnsOf(line, k), sum.data());
       return StoreIntegral(line, k);
     default:
       return false;
@@ -78,8 +80,8 @@ bool SettledLines<WideArithmetic<N>>::StoreCombination(const Prepared& line, int
     products[count++] = {factor.digits.data(), factor.Count(), a->Row(k) + leading,
                          column + leading};
   }
-  kernel->sumRows(products.data(), count, line.columns, sum.data());
-  return line.s->SetSettled(k, sum.data(), line.columns + 1, line.place);
+  kernel->sumRows(products.data(), count, ColumnsOf(line, k), sum.data());
+  return line.s->SetSettled(k, sum.data(), ColumnsOf(line, k) + 1, line.place);
 }
 
 /// (6), (7) s[k] = (a[k] - sum) / divisor
@@ -87,7 +89,8 @@ template <int N>
 bool SettledLines<WideArithmetic<N>>::StoreQuotient(const Prepared& line, int k)
 {
   WideDigits row;
-  return MakeRow(row, line, line.a, k) && StoreScaled(*kernel, *line.s, k, line.divisor, row);
+  return MakeRow(row, line, line.a, k) &&
+         StoreScaled(*kernel, *line.s, k, line.divisor, row, Dropped(line.spareDigits, k));
 }
 
 /// s[k] = +-sum / k
@@ -95,7 +98,8 @@ template <int N>
 bool SettledLines<WideArithmetic<N>>::StoreIntegral(const Prepared& line, int k)
 {
   WideDigits row;
-  return MakeRow(row, line, nullptr, k) && StoreScaled(*kernel, *line.s, k, reciprocals.Of(k), row);
+  return MakeRow(row, line, nullptr, k) &&
+         StoreScaled(*kernel, *line.s, k, reciprocals.Of(k), row, Dropped(line.spareDigits, k));
 }
 
 /// The sum with its sign as a row, with term k of a series added to it where there is one; false if
@@ -109,8 +113,8 @@ bool SettledLines<WideArithmetic<N>>::MakeRow(WideDigits& row, const Prepared& l
   const long front = 1 + std::max(0L, -place);                   // the first takes the carry
   if (front > kMostDigitsBefore) return false;
   std::array<std::int64_t, kMostSumDigits> digits{};
-  const auto count = static_cast<int>(front) + line.columns + 1;
-  for (int i = 0; i <= line.columns; ++i) digits[front + i] = line.isNegative ? -sum[i] : sum[i];
+  const int columns = ColumnsOf(line, k), count = static_cast<int>(front) + columns + 1;
+  for (int i = 0; i <= columns; ++i) digits[front + i] = line.isNegative ? -sum[i] : sum[i];
   if (isAdded) {
     const double* const term = a->Row(k);
     for (long i = a->leading[k]; i < a->n && front + place + i < count; ++i)
@@ -144,6 +148,10 @@ void SettledLines<WideArithmetic<N>>::Prepare(LineId id)
   line.a = row(operation.a);
   line.b = row(operation.b);
   line.isNegative = operation.negative;
+  line.missing = 0;
+  line.spareDigits = SpareDigits(*line.s, coarsestUnits[id]);
+  if (line.weighted != nullptr)
+    line.spareOfWeighted = SpareDigits(*line.weighted, coarsestUnits[id]);
   switch (operation.kind) {
     case LineKind::kState:
       line.a = row(operands.tape.rightHandSides[operation.index]);
@@ -194,6 +202,7 @@ bool SettledLines<WideArithmetic<N>>::PrepareProducts(Prepared& line, const Wide
   const long place = line.s->exponent - line.exponent;
   if (place > line.s->n || -place > line.s->n) return false;
   line.place = static_cast<int>(place);
+  line.missing = -1 - std::min(0, line.place);
   // What stands behind the digits of the line rounds them at most.
   line.columns -= std::max(0, line.place);
   return line.columns > 0;

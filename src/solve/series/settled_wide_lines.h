@@ -1,7 +1,9 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "solve/fixed/wide_settled.h"
@@ -18,6 +20,13 @@ class SettledLines<WideArithmetic<kMostDigits>> {
 
   /// A step with this scale.
   void Begin(long newScaleExponent, bool backwards);
+  /// Terms k may be wrong by 2^(k bits) times as much as the first ones, and these by units of the
+  /// line that are no coarser than 2^coarsest.
+  void DropBits(double bits, std::span<const double> coarsest)
+  {
+    rise = bits / kWideDigitBits;
+    coarsestUnits = coarsest;
+  }
   /// The exponent of a line has changed, a line has got one, or the place of its terms.
   void Rearrange() { ++arrangement; }
   /// Stores term k > 0 of the lines from the first on, weighted ones, too; returns the first line
@@ -38,12 +47,14 @@ class SettledLines<WideArithmetic<kMostDigits>> {
     LineKind kind;
     bool isNegative;      // whether the sum is taken with the other sign
     int columns;          // that are summed
+    int missing;          // columns that the sum has less than it needs, or -1: it has one more
     int place;            // in the line, of the first digit of the sum
     long exponent;        // of the sum
     WideTerms* s;         // of the line
     WideTerms* weighted;  // the same, where it is needed
     const WideTerms *a, *b;
     WideRow divisor;
+    double spareDigits, spareOfWeighted;
     std::vector<Operand> operands;  // of a combination
   };
   bool StoreTerm(const Prepared& line, int k);
@@ -51,6 +62,15 @@ class SettledLines<WideArithmetic<kMostDigits>> {
   bool StoreQuotient(const Prepared& line, int k);
   bool StoreIntegral(const Prepared& line, int k);
   bool MakeRow(WideDigits& row, const Prepared& line, const WideTerms* a, int k);
+  /// How many of the last digits of term k are not needed.
+  int Dropped(double spareDigits, int k) const { return static_cast<int>(spareDigits + k * rise); }
+  /// The columns for term k.
+  int ColumnsOf(const Prepared& line, int k) const
+  {
+    const int dropped = Dropped(line.spareDigits, k);
+    if (dropped == 0) return line.columns;
+    return std::max(1, line.columns - std::max(0, dropped - line.missing));
+  }
   void Prepare(LineId id);
   static bool PrepareSum(Prepared& line, const WideTerms& a, const WideTerms& b);
   static bool PrepareProducts(Prepared& line, const WideTerms& a, const WideTerms& b);
@@ -70,6 +90,8 @@ class SettledLines<WideArithmetic<kMostDigits>> {
   std::vector<Prepared> prepared;  // by line
   int arrangement = 0;
   long scaleExponent = 0;
+  double rise = 0;                        // in digits, by each term
+  std::span<const double> coarsestUnits;  // by line
   bool isBackwards = false;
   WideReciprocals scaled;       // scale / k
   WideReciprocals reciprocals;  // 1 / k

@@ -22,6 +22,8 @@ constexpr double kNoiseDecimals = 4;
 /// A root that may be a double one is known to half the digits: with so many decimals beyond twice
 /// those of the rows it does not matter to them.
 constexpr int kTouchGuardDigits = 5;
+/// So many times the digits of the rows may show that a sign changes which fewer leave to chance.
+constexpr int kNoiseDigitsFactor = 8;
 
 SwitchRule RuleFor(const RunSettings& settings, int digits)
 {
@@ -30,9 +32,13 @@ SwitchRule RuleFor(const RunSettings& settings, int digits)
                   .zero = {.noiseBits = settings.toleranceBits - kNoiseDecimals * kLog2Of10,
                            .zeroBits = (digits + kZeroGuardDigits) * kLog2Of10,
                            .mayDeclareZero = settings.mayDeclareZero},
-                  .touchBits = 2 * (digits + kTouchGuardDigits) * kLog2Of10};
+                  .touchBits = 2 * (digits + kTouchGuardDigits) * kLog2Of10,
+                  .noiseBits = kNoiseDigitsFactor * (digits + kTouchGuardDigits) * kLog2Of10};
   // A single run that is not verified takes what it has.
-  if (isOnlyRun) rule.touchBits = std::min(rule.touchBits, settings.toleranceBits);
+  if (isOnlyRun) {
+    rule.touchBits = std::min(rule.touchBits, settings.toleranceBits);
+    rule.noiseBits = 0;
+  }
   return rule;
 }
 

@@ -13,6 +13,8 @@ namespace {
 
 /// So many series are moved, each by other amounts.
 constexpr std::size_t kMovedSeries = 2;
+/// These have so many more bits: what rounding alone makes of a term is then another one in them.
+constexpr mpfr_prec_t kMoreBits = 64;
 /// A term stands out that moves by less than this part of it.
 constexpr double kLog2OfPart = 3;
 
@@ -37,17 +39,17 @@ FirstTerms::FirstTerms(const Piece& piece, const SwitchRule& rule, const SwitchP
   const mpfr_prec_t bits = point.BitsFrom(rule.settings.bits);
   Real start(bits + 64);
   time.Evaluate(start);
-  const auto begin = [&](const std::vector<Real>& states) {
-    auto series = MakeSeries(piece.tape, bits, rule.settings.order);
+  const auto begin = [&](const std::vector<Real>& states, mpfr_prec_t precision) {
+    auto series = MakeSeries(piece.tape, precision, rule.settings.order);
     series->Begin(start, states, point.backwards, 0);
     return series;
   };
-  exact = begin(point.states);
+  exact = begin(point.states, bits);
   for (std::size_t copy = 0; copy < kMovedSeries; ++copy) {
     std::vector<Real> states = point.states;
     for (std::size_t i = 0; i < states.size(); ++i)
       Move(states[i], point.sizes[i], rule.zero.noiseBits, 7 * copy + i);
-    moved.push_back(begin(states));
+    moved.push_back(begin(states, bits + kMoreBits));
   }
 }
 

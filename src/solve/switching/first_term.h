@@ -19,9 +19,9 @@ struct FirstTerm {
 /// The first terms of the lines of a piece at a point, which tell on which side of 0 they are just
 /// beyond it.
 ///
-/// The states at the point are known to the tolerance. What that does to a term is seen by series
-/// about states that are moved by as much: a term that does not stand out of it counts as 0, in
-/// runs that may say so.
+/// The states at the point are known to the tolerance. What that does to a term, and what rounding
+/// does, is seen by series about states that are moved by as much, with some more bits: a term that
+/// does not stand out of it counts as 0, in runs that may say so.
 class FirstTerms {
  public:
   /// Throws DomainError where a line has no series at the point.

@@ -59,6 +59,32 @@ int SignAt(const Graph& graph, NodeId expression, const SwitchPoint& point, mpfr
   return mpfr_sgn(static_cast<mpfr_srcptr>(evaluator[0]));
 }
 
+/// Whether all states have far fewer bits than there is room for: nothing was rounded then.
+bool IsExact(const SwitchPoint& point)
+{
+  return std::ranges::all_of(point.states, [](const Real& state) {
+    return static_cast<mpfr_prec_t>(mpfr_min_prec(state)) <= state.Bits() / 2;
+  });
+}
+
+/// Whether an expression is 0 at the start, as far as rounded start values tell. Throws
+/// ZeroInDoubt.
+bool IsZeroAt(const Graph& graph, NodeId expression, const SwitchPoint& point,
+              const SwitchRule& rule)
+{
+  const mpfr_prec_t bits = point.BitsFrom(rule.settings.bits) + kGuardBits;
+  Real time(bits);
+  point.time.Evaluate(time);
+  Evaluator evaluator(graph, {expression}, bits);
+  evaluator.Evaluate(time, point.states);
+  if (evaluator[0].IsZero()) return true;
+  if (IsExact(point)) return false;
+  evaluator.EvaluateSizes(point.sizes);
+  const double part = Log2Size(evaluator[0]) - evaluator.Size(0);
+  if (!rule.zero.mayDeclareZero && part < -rule.zero.noiseBits) throw ZeroInDoubt{point.time};
+  return part < -rule.zero.zeroBits;
+}
+
 }  // namespace
 
 PiecewiseRun::PiecewiseRun(Pieces& pieces, const Model& model, const SwitchRule& rule,
@@ -128,8 +154,7 @@ std::vector<RootAt> PiecewiseRun::EventsAtStart(const SwitchPoint& point) const
   }
   for (std::size_t i = 0; i < piece->events.size(); ++i) {
     const Watched& event = piece->events[i];
-    if (event.time || SignAt(piece->model.graph, event.expression, point, rule.settings.bits) != 0)
-      continue;
+    if (event.time || !IsZeroAt(piece->model.graph, event.expression, point, rule)) continue;
     const FirstTerm first = FirstTerms(*piece, rule, point).Of(event.line, 1);
     const int before = first.order % 2 == 1 ? -first.sign : first.sign;
     crossings.push_back({true, i, before, first.sign, first.order});
@@ -196,11 +221,36 @@ void PiecewiseRun::RequireCertain(const std::vector<RootAt>& crossings) const
 {
   for (const RootAt& crossing : crossings) {
     const bool isKnown = crossing.signBefore != 0 && crossing.signAfter != 0;
+    if (isKnown) RequireAboveNoise(crossing);
     if (isKnown && crossing.mostRoots == 1) continue;
     if (rule.settings.toleranceBits < rule.touchBits) throw ZeroInDoubt{latest.end};
     if (isKnown) continue;
     throw EndAt(crossing, SingularityKind::kUndecided);
   }
+}
+
+/// The sign behind a multiple root at the end of a step, which the step does not show, is that of
+/// the terms that follow. They tell where rounding blurs no digit of a row.
+void PiecewiseRun::CompleteSigns(std::vector<RootAt>& crossings) const
+{
+  if (rule.settings.toleranceBits < rule.touchBits) return;
+  for (RootAt& crossing : crossings) {
+    if (crossing.signBefore == 0 || crossing.signAfter != 0) continue;
+    try {
+      FirstTerms terms(*piece, rule, PointAtEnd({}));
+      crossing.signAfter = terms.Of(WatchedOf(*piece, crossing).line, 1).sign;
+    } catch (const DomainError&) {
+      // It stays open.
+    }
+  }
+}
+
+/// Where an expression cancels to less than what is not known of the states, its sign says nothing.
+void PiecewiseRun::RequireAboveNoise(const RootAt& crossing) const
+{
+  if (crossing.log2Part > -rule.zero.noiseBits || rule.noiseBits == 0) return;
+  if (rule.settings.toleranceBits < rule.noiseBits) throw ZeroInDoubt{latest.end};
+  throw EndAt(crossing, SingularityKind::kUndecided);
 }
 
 /// The end of a way at a root.
@@ -299,8 +349,9 @@ std::optional<SettledPiece> PiecewiseRun::OntoTouched(const std::vector<RootAt>&
 }
 
 /// Goes over to what lies behind the roots at which the latest step ended.
-void PiecewiseRun::Pass(const std::vector<RootAt>& crossings)
+void PiecewiseRun::Pass(std::vector<RootAt> crossings)
 {
+  CompleteSigns(crossings);
   RequireCertain(crossings);
   SwitchPoint point = PointAtEnd(crossings);
   std::vector<const Watch*> crossed;

@@ -40,8 +40,10 @@ class PiecewiseRun final : public Stepper {
   std::vector<RootAt> CrossingsAtEnd() const;
   std::vector<RootAt> EventsAtStart(const SwitchPoint& point) const;
   std::optional<SettledPiece> OntoTouched(const std::vector<RootAt>& crossings, SwitchPoint& point);
-  void Pass(const std::vector<RootAt>& crossings);
+  void Pass(std::vector<RootAt> crossings);
   Singularity EndAt(const RootAt& root, SingularityKind kind) const;
+  void CompleteSigns(std::vector<RootAt>& crossings) const;
+  void RequireAboveNoise(const RootAt& crossing) const;
   void RequireCertain(const std::vector<RootAt>& crossings) const;
   SwitchPoint PointAtEnd(const std::vector<RootAt>& crossings) const;
   std::vector<std::uint32_t> Firing(const std::vector<RootAt>& crossings,

@@ -6,11 +6,10 @@
 #include <utility>
 
 #include "solve/evaluation/domain_error.h"
-#include "solve/evaluation/evaluator.h"
-#include "solve/evaluation/size.h"
 #include "solve/graph/same_node.h"
 #include "solve/integration/step_series.h"
 #include "solve/switching/first_term.h"
+#include "solve/switching/leaving.h"
 
 namespace varno::solve {
 
@@ -20,8 +19,6 @@ namespace {
 constexpr int kMostRounds = 20;
 /// Of so many boundaries that meet in a point all combinations of sides are tried.
 constexpr std::size_t kMostCombined = 6;
-/// A power below 1, for all that roundings and factors make of it.
-constexpr double kLargestPower = 0.99;
 
 const Watch* Find(const Piece& piece, ConditionId condition, const Decision& boundary)
 {
@@ -113,51 +110,29 @@ SettledPiece Settling::Settle(FoundPiece found, const SwitchPoint& point)
                 *Find(*settled.piece, left.front().condition, left.front().decision), point);
 }
 
-/// Throws DomainError where a state that stays 0 has other solutions beside it: they have no series
-/// there, and lead away.
+/// Throws DomainError where an expression that stays 0 belongs to one of several solutions: others
+/// have no series there, and lead away.
 void Settling::RequireUnique(const Piece& piece, ConditionId condition, const SwitchPoint& point)
 {
   const Decision boundary = piece.mode.at(condition);
   const Watch* const watch = Find(piece, condition, boundary);
-  if (watch == nullptr || watch->sign != 0) return;
-  const Node& expression = piece.model.graph[watch->expression];
-  if (expression.operation != Operation::kState || !point.states[expression.index].IsZero()) return;
+  if (watch == nullptr || watch->sign != 0 || watch->time) return;
   for (const int side : {-1, 1}) {
     Mode mode = piece.mode;
     mode[condition] = boundary + side;
     const FoundPiece beside = PieceAt(point, mode);
+    const Watch* const left = Find(*beside.piece, condition, boundary);
+    if (left == nullptr) continue;
     try {
       [[maybe_unused]] const FirstTerms terms(*beside.piece, rule, point);
     } catch (DomainError& error) {
       if (error.outcome != Outcome::kNoSeries) continue;
-      if (!LeadsAway(*beside.piece, expression.index, side, point)) continue;
+      if (!MayLeave(*beside.piece, *left, point, rule.settings)) continue;
       error.node = SameNode(graph, beside.piece->tape.graph[error.node]);
       error.isOfModel = true;
       throw;
     }
   }
-}
-
-/// Whether a state that is nearly 0 on one side leaves that so fast that it may have been 0 a
-/// finite time ago: its derivative is like a power below 1 of it (Osgood's criterion).
-bool Settling::LeadsAway(const Piece& beside, std::uint32_t state, int side,
-                         const SwitchPoint& point) const
-{
-  const auto bits = static_cast<mpfr_prec_t>(4 * rule.settings.toleranceBits);
-  const long near = -static_cast<long>(rule.settings.toleranceBits);
-  Real time(bits);
-  point.time.Evaluate(time);
-  std::vector<Real> states = point.states;
-  Evaluator derivative(beside.model.graph, {beside.model.states[state].rightHandSide}, bits);
-  double speeds[2];
-  for (const int i : {0, 1}) {
-    mpfr_set_si_2exp(states[state], side, (i + 1) * near, MPFR_RNDN);
-    derivative.Evaluate(time, states);
-    const int sign = mpfr_sgn(static_cast<mpfr_srcptr>(derivative[0]));
-    if (sign != (point.backwards ? -side : side)) return false;
-    speeds[i] = Log2Size(derivative[0]);
-  }
-  return (speeds[1] - speeds[0]) / static_cast<double>(near) < kLargestPower;
 }
 
 /// Whether the expressions of the boundaries go to the sides that the piece is for. Adds those that

@@ -39,8 +39,8 @@ class Settling {
                                    const std::vector<const Watch*>& touched);
 
   // All of them throw ZeroInDoubt; Singularity where no piece goes on, since the field points to
-  // the same boundary from both sides; and DomainError, also where a state that stays on a boundary
-  // may leave it at any time, as y in y' = sqrt(abs(y)).
+  // the same boundary from both sides; and DomainError, also where an expression that stays on a
+  // boundary may leave it at any time, as y in y' = sqrt(abs(y)).
 
  private:
   /// A boundary that the point lies on.
@@ -55,8 +55,6 @@ class Settling {
               const std::vector<Boundary>& boundaries, Mode& staying) const;
 
   void RequireUnique(const Piece& piece, ConditionId condition, const SwitchPoint& point);
-  bool LeadsAway(const Piece& beside, std::uint32_t state, int side,
-                 const SwitchPoint& point) const;
   Singularity Sliding(const Piece& piece, const Watch& watch, const SwitchPoint& point) const;
 
   Pieces& pieces;

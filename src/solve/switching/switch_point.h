@@ -31,6 +31,9 @@ struct SwitchRule {
   RunSettings settings;
   EdgeRule zero;     ///< how near 0 an expression counts as 0, and whether it may
   double touchBits;  ///< a root that rounding blurs is believed with a tolerance of so many bits
+  /// A change of sign that what is not known of the states may have made is looked at again with
+  /// more digits, up to a tolerance of so many bits.
+  double noiseBits;
 };
 
 }  // namespace varno::solve

@@ -27,7 +27,7 @@ std::vector<WatchedLine> WatchList::Lines(const ZeroTerms& zeroTerms) const
   std::vector<WatchedLine> watched;
   for (const Entry& entry : lines) {
     const auto known = zeroTerms.find(entry.line);
-    watched.push_back({entry.line, known == zeroTerms.end() ? 0 : known->second});
+    watched.push_back({entry.line, known == zeroTerms.end() ? 0 : known->second, entry.isEvent});
   }
   return watched;
 }
@@ -37,8 +37,8 @@ std::vector<RootAt> WatchList::Of(std::span<const WatchedRoot> roots) const
   std::vector<RootAt> crossings;
   for (const WatchedRoot& root : roots) {
     const Entry& entry = lines[root.index];
-    crossings.push_back(
-        {entry.isEvent, entry.index, root.signBefore, root.signAfter, root.mostRoots});
+    crossings.push_back({entry.isEvent, entry.index, root.signBefore, root.signAfter,
+                         root.mostRoots, root.log2Part});
   }
   return crossings;
 }

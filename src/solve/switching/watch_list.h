@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <limits>
 #include <map>
 #include <optional>
 #include <span>
@@ -18,7 +19,8 @@ struct RootAt {
   std::size_t index;  ///< in Piece::events or Piece::watches
   /// The sign just before and behind it in the direction of the run; 0 where it is not certain.
   int signBefore, signAfter;
-  int mostRoots;  ///< as WatchedRoot
+  int mostRoots;                                              ///< as WatchedRoot
+  double log2Part = std::numeric_limits<double>::infinity();  ///< the same
 
   bool ChangesSign() const { return signBefore * signAfter < 0; }
 };

@@ -39,14 +39,19 @@ void RowSchedule::Replay(std::size_t count, const std::function<Moment(std::size
   for (std::size_t row = waiting.size(); row < count; ++row) waiting.push_back(timeOf(row));
 }
 
-std::optional<Moment> RowSchedule::Next(Path& path)
+std::optional<Moment> RowSchedule::NextGiven()
 {
   if (!waiting.empty()) {
     latest = waiting.front();
     waiting.pop_front();
     return latest;
   }
-  return times ? times->Next() : NextStepEnd(path);
+  return times->Next();
+}
+
+std::optional<Moment> RowSchedule::Next(Path& path)
+{
+  return IsOfSteps() && waiting.empty() ? NextStepEnd(path) : NextGiven();
 }
 
 std::optional<Moment> RowSchedule::NextStepEnd(Path& path)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <deque>
 #include <functional>
 #include <optional>
@@ -26,10 +27,14 @@ class RowSchedule {
 
   /// Whether the times depend on the steps.
   bool IsOfSteps() const { return !times; }
+  /// Whether the times are known beforehand, and at most so many.
+  bool HasAtMost(std::size_t count) const { return times && times->Count() <= count; }
   /// The times that come before the start, in order.
   const std::vector<Moment>& Early() const { return early; }
   /// The next time; none after the last. Makes steps on the path where they decide it.
   std::optional<Moment> Next(Path& path);
+  /// The next of times that do not depend on the steps; none after the last.
+  std::optional<Moment> NextGiven();
   /// The length of the longest text of a time.
   int Width(const TimeFormat& format) const;
 

@@ -153,10 +153,20 @@ void VerifiedRows::Begin()
 
 std::optional<VerifiedRow> VerifiedRows::Next()
 {
+  if (!hasBegun) quick = SolveQuickly(model, dynamics, interval, fullSchedule, wanted, poll);
+  hasBegun = true;
+  if (!quick) return NextByRuns();
+  if (quickRowsGiven == quick->rows.size()) return std::nullopt;
+  return quick->rows[quickRowsGiven++];
+}
+
+std::optional<VerifiedRow> VerifiedRows::NextByRuns()
+{
   for (;;) {
     try {
       if (attempt == nullptr) Begin();
-      return TryRow();
+      std::optional<VerifiedRow> row = TryRow();
+      if (row || end == nullptr) return row;
     } catch (const Failure& failure) {
       EndOrEscalate(failure);
     } catch (const Disagreement& disagreement) {
@@ -166,9 +176,30 @@ std::optional<VerifiedRow> VerifiedRows::Next()
     } catch (const Singularity& singularity) {
       EndOrBeginAgain(singularity);
     } catch (const DomainError&) {
-      if (attempt == nullptr || IsConfirmedEnd(attempt->Integration().Best().End(), std::nullopt))
-        throw;
+      if (attempt == nullptr) throw;
+      if (IsConfirmedEnd(attempt->Integration().Best().End(), std::nullopt))
+        EndWith(std::current_exception());
     }
+    if (end && ready.empty()) std::rethrow_exception(end);
+  }
+}
+
+void VerifiedRows::Forget()
+{
+  given.clear();
+  attempt.reset();
+}
+
+/// The rows end here, but for the events on the way from the last row.
+void VerifiedRows::EndWith(std::exception_ptr reason)
+{
+  end = std::move(reason);
+  try {
+    AddEvents(attempt->Integration().Best().End());
+  } catch (const Failure&) {
+    // Those that follow cannot be verified.
+  } catch (const Disagreement&) {
+  } catch (const ZeroInDoubt&) {
   }
 }
 
@@ -192,7 +223,7 @@ std::optional<VerifiedRow> VerifiedRows::TryRow()
 /// Adds the next row and what happens before it; false behind the last one.
 bool VerifiedRows::Fill()
 {
-  if (hasStopped) return false;
+  if (hasStopped || end) return false;
   try {
     const std::optional<Moment> time = schedule->Next(attempt->Integration());
     if (!time) return false;
@@ -299,6 +330,7 @@ VerifiedRow VerifiedRows::JudgeEvent(const Lockstep::Switches& switches, std::si
 
 std::int64_t VerifiedRows::RowsGiven() const
 {
+  if (quick) return static_cast<std::int64_t>(quickRowsGiven);
   return std::ranges::count_if(given, [](const GivenRow& row) { return !row.event; });
 }
 
@@ -472,8 +504,9 @@ bool VerifiedRows::MustComeNearer(const Singularity& end, double log10Way)
 void VerifiedRows::EndOrBeginAgain(const Singularity& singularity)
 {
   const std::optional<EndSeen> before = endSeen;
-  if (IsConfirmedEnd(singularity.time, singularity))
-    throw Agreed(singularity, before ? before->singularity : std::nullopt);
+  if (!IsConfirmedEnd(singularity.time, singularity)) return;
+  EndWith(
+      std::make_exception_ptr(Agreed(singularity, before ? before->singularity : std::nullopt)));
 }
 
 /// The ends of steps come as near to a singularity as digits can tell: when rows there fail once
@@ -521,6 +554,7 @@ void VerifiedRows::BeginAgain(double spare, const Moment& time)
 
 RunStatistics VerifiedRows::BestRun() const
 {
+  if (quick) return quick->best;
   if (attempt == nullptr) return givenUp;
   const Path& path = attempt->Integration();
   return {path.Steps(), path.Best().Order(), path.Best().Bits()};
@@ -528,6 +562,7 @@ RunStatistics VerifiedRows::BestRun() const
 
 std::optional<Moment> VerifiedRows::LastGiven() const
 {
+  if (quickRowsGiven > 0) return quick->rows[quickRowsGiven - 1].time;
   return given.empty() ? std::nullopt : std::optional(given.back().time);
 }
 

@@ -3,10 +3,9 @@
 #include <algorithm>
 #include <cstdint>
 #include <deque>
-#include <limits>
+#include <exception>
 #include <memory>
 #include <optional>
-#include <string>
 #include <vector>
 
 #include "solve/integration/path.h"
@@ -16,45 +15,11 @@
 #include "solve/verification/agreement.h"
 #include "solve/verification/attempt.h"
 #include "solve/verification/loss.h"
-#include "solve/verification/row_number.h"
+#include "solve/verification/quick_rows.h"
 #include "solve/verification/row_schedule.h"
+#include "solve/verification/rows_wanted.h"
 
 namespace varno::solve {
-
-/// What rows are asked for.
-struct RowsWanted {
-  std::vector<NodeId> columns;  ///< in the model's graph
-  int digits;                   ///< significant digits of each number
-  /// log2 of what counts as 0
-  double tinyLog2 = -std::numeric_limits<double>::infinity();
-  bool check;          ///< by two runs; else one, and nothing is verified
-  long maxBits;        ///< the highest precision to try
-  bool mayUseThreads;  ///< of two runs, one each
-  /// An event of which the times between two must have all their digits, too.
-  std::optional<std::uint32_t> periodEvent = {};
-  std::optional<double> log2Steady = {};  ///< ends it all where the solution rests: StoppingAtRest
-};
-
-struct VerifiedRow {
-  Moment time;
-  std::vector<RowNumber> numbers;
-  /// The number of the event that happens there, in the order of the file: the numbers are those
-  /// that it meets, before its assignments. None: a row that was asked for, or that of an end.
-  std::optional<std::uint32_t> event = {};
-};
-
-/// A row that both runs agree on, or else the best run's numbers.
-struct CheckedRow {
-  VerifiedRow row;
-  bool isVerified;
-};
-
-/// What the best run of an attempt did.
-struct RunStatistics {
-  std::int64_t steps = 0;
-  int order = 0;
-  mpfr_prec_t bits = 0;
-};
 
 /// A row that was given turned out to be wrong by a more exact attempt.
 struct WrongRow {
@@ -69,6 +34,9 @@ struct WrongRow {
 /// runs begin again, with at least twice the spare digits; rows already given are compared again.
 /// They begin again before they disagree where the extrapolation leaves no doubt. An end
 /// of the way is believed when a second attempt, which comes much nearer, ends in the same place.
+///
+/// Where few digits of an ordinary problem are asked for, two runs by the numbers of the hardware
+/// come before all that (SolveQuickly), and take its place if no digit is in doubt.
 class VerifiedRows {
  public:
   /// The model's parameters are bound; it and its dynamics must outlive this. `watch` is called
@@ -80,13 +48,15 @@ class VerifiedRows {
   /// events come first. Throws what Attempt throws but Disagreement,
   /// PrecisionExhausted and WrongRow.
   std::optional<VerifiedRow> Next();
+  /// The rows begin again, as exactly as the latest attempt; what was given is not compared.
+  void Forget();
 
   /// The row of a time between others, by states of the present attempt that were kept
   /// (StepRecord), and whether it is verified like the rows of Next; none where states of a run are
   /// missing. Throws RowOutOfRange.
   std::optional<CheckedRow> RowBetween(const Moment& time, const std::vector<SizedStates>& states);
 
-  /// The run behind the latest row; null before the first.
+  /// The run behind the latest row; null before the first, and where rows were solved quickly.
   const Path* Integration() const { return attempt ? &attempt->Integration() : nullptr; }
   /// Of the present attempt, or of the one that was given up last.
   RunStatistics BestRun() const;
@@ -121,9 +91,11 @@ class VerifiedRows {
     double decimalsNeeded = 0;  ///< of a run, at least, to do better
   };
 
+  std::optional<VerifiedRow> NextByRuns();
   void Begin();
   std::vector<Real> StartStates(const RunSettings& runSettings) const;
   std::optional<VerifiedRow> TryRow();
+  void EndWith(std::exception_ptr reason);
   bool Fill();
   void FillToStop(const Moment& time);
   void AddEvents(const Moment& time);
@@ -160,6 +132,9 @@ class VerifiedRows {
   StepWatch watch;
   Poll poll;
 
+  bool hasBegun = false;
+  std::optional<QuickRows> quick;  // instead of all that follows
+  std::size_t quickRowsGiven = 0;
   std::unique_ptr<Attempt> attempt;
   std::optional<RowSchedule> schedule;
   Loss loss;                 // of the present attempt, in its latest direction
@@ -178,6 +153,7 @@ class VerifiedRows {
   std::optional<Moment> timeAsked;    // of the row that comes next
   std::vector<Moment> latestReturns;  // for each run the latest time of the period's event
   bool hasStopped = false, isSteady = false;
+  std::exception_ptr end;  // what there is to say when all that is ready has been given
 };
 
 }  // namespace varno::solve

@@ -12,8 +12,8 @@ MOST_DIGITS_OF_DOUBLES = 15
 class RunEnded(RuntimeError):
     """A run that ended early; str() says how far it got and why.
 
-    reason  "singularity", "lost_domain", "out_of_range", "limit", "interrupted" or "wrong_row"
-    result  the rows before, a Result; all of them are right but with "wrong_row"
+    reason  "singularity", "lost_domain", "out_of_range", "limit" or "interrupted"
+    result  the rows before, a Result
     """
 
     def __init__(self, message, reason, result):

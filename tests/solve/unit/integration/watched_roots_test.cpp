@@ -24,6 +24,8 @@ class Functions {
  public:
   Functions() : settings(SettingsFor(20, 20)) {}
 
+  bool mayBeZero = true;
+
   Expression Time() { return equations.Time(); }
   void Add(Expression f)
   {
@@ -43,7 +45,7 @@ class Functions {
     mpfr_set_d(step, length, MPFR_RNDN);
     const std::vector<double> sizes = LineSizes(tape, *series);
     std::vector<WatchedLine> watched;
-    for (const LineId line : tape.rightHandSides) watched.push_back({line, zeroTerms});
+    for (const LineId line : tape.rightHandSides) watched.push_back({line, zeroTerms, mayBeZero});
     return FirstWatchedRoots(tape, {*series, sizes, step, settings}, watched, nearness);
   }
 
@@ -152,6 +154,32 @@ TEST(FirstWatchedRoots, TakesALineThatIsZeroThroughoutForNone)
   Functions f;
   f.Add((f.Time() * f.Time() - Power(f.Time(), 2)) * f.Time());
   EXPECT_FALSE(f.FirstRoots(1));
+}
+
+/// exp(t) exp(-t) - 1 + 2^-1000 (t - 1/2), of which 20 digits see -2^-1001 and 0 t.
+Expression BelowRounding(Functions& f)
+{
+  const Expression t = f.Time();
+  const Expression one = Function(Operation::kExp, t) * Function(Operation::kExp, t * -1);
+  return one - Rational(1) + (t - Rational(1, 2)) * Rational(Integer(1), Integer(1) << 1000);
+}
+
+TEST(FirstWatchedRoots, LeavesOpenWhatIsBelowRounding)
+{
+  Functions f;
+  f.Add(BelowRounding(f));
+  const auto ahead = f.FirstRoots(1);
+  ASSERT_TRUE(ahead);
+  EXPECT_EQ(ahead->roots[0].signBefore, 0);
+  EXPECT_EQ(ahead->place.ToDouble(), 0);
+}
+
+TEST(FirstWatchedRoots, LeavesOpenALineOfASignWhoseTermsAreAllZero)
+{
+  Functions f;
+  f.Add((f.Time() * f.Time() - Power(f.Time(), 2)) * f.Time());
+  f.mayBeZero = false;
+  EXPECT_TRUE(f.FirstRoots(1));
 }
 
 /// How many roots are first among those of t - 1/2 and t - 1/2 - 2^-30, in a step of 1.

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <span>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -159,6 +161,65 @@ TEST_P(BlockSeriesOfFormat, KnowsTermsThatVanish)
     }
   }
   EXPECT_LT(LargestError(tape, *series, kOrder, exact), 10 - static_cast<double>(format.bits));
+}
+
+/// log2 of the largest error that a term makes at the end of a step of 2^log2 units, beside the
+/// resolution of its line.
+double ErrorBesideResolution(const Tape& tape, const Series& series, double log2,
+                             const Series& exact)
+{
+  double worst = -INFINITY;
+  Real term(kReferenceBits), expected(kReferenceBits);
+  for (LineId line = 0; line < tape.lines.size(); ++line) {
+    for (int k = 1; k <= series.Order(); ++k) {
+      series.Term(line, k, term);
+      exact.Term(line, k, expected);
+      mpfr_sub(term, term, expected, MPFR_RNDN);
+      worst = std::max(worst, support::Log2(term) - series.Resolution(line) + k * log2);
+    }
+  }
+  return worst;
+}
+
+/// Over a step of half a unit term k counts 2^-k, and a line needs no more digits than its largest
+/// term of the step before tells: what is beyond that is not computed.
+TEST_P(BlockSeriesOfFormat, NeedsNoMoreDigitsThanAStep)
+{
+  const Format& format = GetParam();
+  const Tape tape = EveryLine();
+  const auto series = format.make(tape, format.bits);
+  MpfrSeries exact(tape, kReferenceBits, 20, false);
+  Real time(20);
+  mpfr_set_d(time, 0.25, MPFR_RNDN);
+  constexpr int kOrder = 120;
+  const std::vector<Real> states = States(tape, 20);
+  const auto begin = [&] {
+    series->Begin(time, states, false, -5);
+    series->ExtendTo(kOrder);
+  };
+  exact.Begin(time, states, false, -5);
+  exact.ExtendTo(kOrder);
+  begin();
+  EXPECT_EQ(0, series->ResolutionRise());
+  ASSERT_TRUE(series->IsExactFor(-1));
+  const double error = LargestError(tape, *series, kOrder, exact);
+  const std::span<const long> largest = series->LargestTerms();
+
+  series->Expect({largest.begin(), largest.end()});
+  series->ExpectStep(-1);
+  begin();
+  const double rise = series->ResolutionRise();
+  EXPECT_TRUE(series->IsExactFor(-1));
+  if (rise > 0) {
+    EXPECT_EQ(1, rise);
+    EXPECT_LE(ErrorBesideResolution(tape, *series, -1, exact), 0);
+    EXPECT_GT(LargestError(tape, *series, kOrder, exact), error + kOrder / 5.0);
+    // Over a longer step these errors count.
+    EXPECT_FALSE(series->IsExactFor(0));
+    EXPECT_EQ(0, (series->Refine(), series->ResolutionRise()));
+  } else {
+    EXPECT_EQ(error, LargestError(tape, *series, kOrder, exact));
+  }
 }
 
 const Format kFormats[] = {

@@ -1,0 +1,65 @@
+#include "solve/quick/pair.h"
+
+#include <cmath>
+#include <cstdint>
+#include <utility>
+
+namespace varno::solve::quick {
+
+namespace {
+
+/// The tolerance of the first run is above what it rounds by, and less than what it is moved by.
+constexpr RunSettings kFirst{.toleranceBits = 60, .order = 20, .disturbed = true};
+constexpr RunSettings kSecond{.toleranceBits = 63, .order = 24, .disturbed = false};
+/// The runs may be off by so many times their difference.
+constexpr Number kApartFactor = 8;
+/// Units of the last bit that both may be off by, at first and for each step.
+constexpr Number kCommonUnits = 16, kCommonUnitsOfStep = 8;
+constexpr std::int64_t kMostSteps = 5000;
+
+}  // namespace
+
+Pair::Pair(Problem given)
+    : problem(std::move(given)),
+      first(problem.disturbedProgram, kFirst, problem.way, problem.disturbedStart),
+      second(problem.program, kSecond, problem.way, problem.start),
+      firstStates(problem.start.size()),
+      secondStates(problem.start.size())
+{}
+
+bool Pair::Step()
+{
+  Run& behind = first.End() <= second.End() ? first : second;
+  if (behind.Steps() >= kMostSteps || !behind.Step()) return false;
+  if (first.Steps() > 0 && second.Steps() > 0) Compare(Reached());
+  return true;
+}
+
+void Pair::StatesAt(Number place)
+{
+  first.StatesAt(place, firstStates);
+  second.StatesAt(place, secondStates);
+}
+
+void Pair::Compare(Number place)
+{
+  StatesAt(place);
+  for (std::size_t i = 0; i < firstStates.size(); ++i)
+    AddDifference(firstStates[i] - secondStates[i], Size(i));
+}
+
+void Pair::AddDifference(Number difference, Number size)
+{
+  if (difference == 0) return;
+  // Not max: what is no number counts, too.
+  const Number parts = std::fabs(difference) / size;
+  if (!(parts <= apart)) apart = parts;
+}
+
+Number Pair::Uncertainty(Number size) const
+{
+  const Number common = kCommonUnits + kCommonUnitsOfStep * static_cast<Number>(second.Steps());
+  return size * (kApartFactor * apart + common * kUnit);
+}
+
+}  // namespace varno::solve::quick
