@@ -204,7 +204,7 @@ struct Options {
   bool check = true;  ///< two runs instead of one
   /// No row before all are there: instead of an end by kWrongRow, the rows of the better attempt.
   bool hold = false;
-  int jobs = 0;       ///< threads; 0: as many as there are processors
+  int jobs = 0;  ///< threads; 0: as many as there are processors
   std::optional<std::int64_t> maxSteps = {};
   std::optional<double> maxSeconds = {};
   long maxBits = 1L << 20;  ///< the highest precision to try
