@@ -163,8 +163,10 @@ bool SetSineAndCosine(mpfr_ptr sine, mpfr_ptr cosine, mpfr_srcptr a)
   const double size = std::abs(mpfr_get_d(a, MPFR_RNDN));
   const auto steps = static_cast<std::uint64_t>(std::lround(size * (64 / std::numbers::pi)));
   const auto rest = static_cast<Int128>(FractionOf(a) - FractionOfSteps(steps));
-  const Pair pair = Turned(OfSum(steps % kStepsOfQuadrant, rest), steps / kStepsOfQuadrant);
-  if (!IsLargeEnough(pair.sine) || !IsLargeEnough(pair.cosine)) return false;
+  const Pair inQuadrant = OfSum(steps % kStepsOfQuadrant, rest);
+  // Where neither is small, none is 1 either, which an Int128 does not hold.
+  if (!IsLargeEnough(inQuadrant.sine) || !IsLargeEnough(inQuadrant.cosine)) return false;
+  const Pair pair = Turned(inQuadrant, steps / kStepsOfQuadrant);
   SetTo(sine, isNegative ? -pair.sine : pair.sine);
   SetTo(cosine, pair.cosine);
   mpfr_set_inexflag();
