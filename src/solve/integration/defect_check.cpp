@@ -54,8 +54,8 @@ bool DefectCheck::Passes(const Step& step, std::span<const double> parts)
   return std::ranges::all_of(parts, [&](double part) { return PassesAt(step, part); });
 }
 
-/// A state and its derivative by the series.
-void DefectCheck::Evaluate(const Step& step, std::size_t state, mpfr_srcptr offset)
+/// A state and its derivative by the series, at the point looked at.
+void DefectCheck::Evaluate(const Step& step, std::size_t state)
 {
   mpfr_ptr derivative = derivatives[state];
   step.series.SumWithDerivative(static_cast<LineId>(state), offset, states[state], derivative);
@@ -115,7 +115,7 @@ bool DefectCheck::PassesAt(const Step& step, double part)
   mpfr_set_d(offset, part * std::exp2(step.lengthLog2 - whole), MPFR_RNDN);
   mpfr_mul_2si(offset, offset, static_cast<long>(whole), MPFR_RNDN);
   if (rightHandSides.UsesTime()) FindTime(step);
-  for (std::size_t i = 0; i < states.size(); ++i) Evaluate(step, i, offset);
+  for (std::size_t i = 0; i < states.size(); ++i) Evaluate(step, i);
   try {
     rightHandSides.Evaluate(time, states);
   } catch (const DomainError&) {

@@ -166,7 +166,7 @@ std::optional<VerifiedRow> VerifiedRows::NextByRuns()
     try {
       if (attempt == nullptr) Begin();
       std::optional<VerifiedRow> row = TryRow();
-      if (row || end == nullptr) return row;
+      if (row || endReason == nullptr) return row;
     } catch (const Failure& failure) {
       EndOrEscalate(failure);
     } catch (const Disagreement& disagreement) {
@@ -180,7 +180,7 @@ std::optional<VerifiedRow> VerifiedRows::NextByRuns()
       if (IsConfirmedEnd(attempt->Integration().Best().End(), std::nullopt))
         EndWith(std::current_exception());
     }
-    if (end && ready.empty()) std::rethrow_exception(end);
+    if (endReason && ready.empty()) std::rethrow_exception(endReason);
   }
 }
 
@@ -193,7 +193,7 @@ void VerifiedRows::Forget()
 /// The rows end here, but for the events on the way from the last row.
 void VerifiedRows::EndWith(std::exception_ptr reason)
 {
-  end = std::move(reason);
+  endReason = std::move(reason);
   try {
     AddEvents(attempt->Integration().Best().End());
   } catch (const Failure&) {
@@ -223,7 +223,7 @@ std::optional<VerifiedRow> VerifiedRows::TryRow()
 /// Adds the next row and what happens before it; false behind the last one.
 bool VerifiedRows::Fill()
 {
-  if (hasStopped || end) return false;
+  if (hasStopped || endReason) return false;
   try {
     const std::optional<Moment> time = schedule->Next(attempt->Integration());
     if (!time) return false;

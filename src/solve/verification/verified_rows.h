@@ -153,7 +153,7 @@ class VerifiedRows {
   std::optional<Moment> timeAsked;    // of the row that comes next
   std::vector<Moment> latestReturns;  // for each run the latest time of the period's event
   bool hasStopped = false, isSteady = false;
-  std::exception_ptr end;  // what there is to say when all that is ready has been given
+  std::exception_ptr endReason;  // what there is to say when all that is ready has been given
 };
 
 }  // namespace varno::solve

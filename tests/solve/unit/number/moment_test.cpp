@@ -39,7 +39,8 @@ TEST(Moment, SumsOfAllFractionsAreExact)
     }
     Moment twice(a), none(a);
     twice += twice;
-    none -= none;
+    const Moment& itself = none;
+    none -= itself;
     EXPECT_EQ(Rational(2 * a), twice.RationalPart());
     EXPECT_EQ(Rational(0), none.RationalPart());
   }
