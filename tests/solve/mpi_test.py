@@ -151,7 +151,8 @@ class MpiTest(unittest.TestCase):
                 self.wait_for_rows(process, rows, 5000)
                 os.kill(ranks_of(process)[victim], signal.SIGKILL)
                 process.wait(TIMEOUT)
-                self.assertLess(rows.stat().st_size, len(expected))
+                # Of the last run nothing but its first row can be there.
+                self.assertLessEqual(rows.stat().st_size, len(expected))
                 done = self.run_command([*program, "--resume", "state", "--save", "state", *limit])
                 self.assertEqual(2, done.returncode, done.stderr)
                 self.assertIn(b"run 41 (w = 10000000000000): --max-steps 2000 reached", done.stderr)
