@@ -13,7 +13,7 @@ namespace varno::solve {
 namespace {
 
 /// To start threads takes longer than many a run.
-constexpr std::chrono::milliseconds kTimeBeforeThreads{5};
+constexpr std::chrono::microseconds kTimeBeforeThreads{200};
 /// With so many bits a single step is long.
 constexpr mpfr_prec_t kBitsOfLongSteps = 2000;
 /// The times at which states jump are known to about so many bits less than the tolerance has.
@@ -78,7 +78,7 @@ bool Lockstep::AnyEnded() const
 void Lockstep::UseThreads()
 {
   mayUseThreads = false;
-  for (const Runner& run : runs) run.feed->GoAhead();
+  for (std::size_t i = 1; i < runs.size(); ++i) runs[i].feed->GoAhead();
 }
 
 void Lockstep::Advance(std::size_t run)
@@ -152,18 +152,22 @@ bool Lockstep::AreOnOneStretch(const Runner& ahead, const Runner& behind) const
   return !behind.feed->Latest().switched && ahead.passed - (endsInSwitch ? 1 : 0) == behind.passed;
 }
 
-/// A run has made a step: it or the other one, whichever is behind now, ends a step that the other
-/// one's latest step holds.
+/// A run has made a step, or the best one has: the latest step of the run may hold the end of the
+/// best one's now. To compare at the ends of the others, too, would take the series of the best run,
+/// which is in the memory of another core.
+void Lockstep::CompareWithBest(std::size_t run) const
+{
+  const DenseStep &step = Latest(run), &best = Best();
+  if (step.Steps() == 0 || best.Steps() == 0 || step.IsBehind(best.End())) return;
+  if (runs[run].end != nullptr || runs.back().end != nullptr) return;
+  if (AreOnOneStretch(runs[run], runs.back())) compare(best.End(), step, best);
+}
+
 void Lockstep::CompareAfter(std::size_t run) const
 {
-  const DenseStep& latest = Latest(run);
-  for (std::size_t i = 0; i < runs.size(); ++i) {
-    const DenseStep& other = Latest(i);
-    if (i == run || other.Steps() == 0 || runs[i].end != nullptr) continue;
-    const bool isBehind = latest.IsBehind(other.End());
-    const Runner &ahead = runs[isBehind ? i : run], &behind = runs[isBehind ? run : i];
-    if (AreOnOneStretch(ahead, behind)) compare(behind.feed->Latest().End(), latest, other);
-  }
+  const std::size_t best = runs.size() - 1;
+  if (run < best) return CompareWithBest(run);
+  for (std::size_t i = 0; i < best; ++i) CompareWithBest(i);
 }
 
 /// Whether a run has come to a time, or ended where this cannot be told from it.

@@ -48,7 +48,8 @@ struct Disagreement {
 /// and makes some steps ahead. What is watched and compared, and in which order, stays the same.
 class Lockstep {
  public:
-  /// Called when two runs have reached a time that ends a step of one of them.
+  /// Called when a run has reached the end of a step of the most exact one: with its latest step,
+  /// and that of the most exact one.
   using Compare = std::function<void(const Moment&, const DenseStep&, const DenseStep&)>;
 
   /// `make` makes the runs. `watch` is called after each step, `poll` within them.
@@ -96,6 +97,7 @@ class Lockstep {
   void NoteSwitch(std::size_t run);
   bool IsReached(const Runner& run, const Switch& what, const Moment& time) const;
   bool AreOnOneStretch(const Runner& ahead, const Runner& behind) const;
+  void CompareWithBest(std::size_t run) const;
   void CompareAfter(std::size_t run) const;
   bool AnyEnded() const;
   bool HasReached(const Runner& run, const Moment& time) const;

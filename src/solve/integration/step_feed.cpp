@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <iterator>
 #include <utility>
 
 #include "solve/number/exponent_range.h"
@@ -13,12 +14,12 @@ namespace {
 using std::chrono::milliseconds;
 
 /// So many steps may be ahead, and fewer where their series take much memory.
-constexpr double kMostAhead = 16;
+constexpr double kMostAhead = 32;
 constexpr double kFewestAhead = 2;
 constexpr double kMostBytesAhead = 1 << 25;
 /// A waiting thread is called for each so many steps, or when so much time has passed: to wake it
 /// for each step would take longer than a short step.
-constexpr std::size_t kStepsPerCall = 8;
+constexpr std::size_t kStepsPerCall = 16;
 constexpr milliseconds kTimePerCall{1};
 /// How often a waiting thread looks around by itself.
 constexpr milliseconds kLongestWait{10};
@@ -91,10 +92,12 @@ void StepFeed::MakeSteps()
   mpfr_free_cache();
 }
 
-void StepFeed::Offer(DenseStep step)
+void StepFeed::Offer(const DenseStep& step)
 {
+  DenseStep offer = TakeSpent();
+  offer = step;
   std::unique_lock lock(mutex);
-  offered.push_back(std::move(step));
+  offered.push_back(std::move(offer));
   const auto now = std::chrono::steady_clock::now();
   const bool isFull = offered.size() >= mostAhead;
   if (isFull || offered.size() % kStepsPerCall == 0 || now - latestCall > kTimePerCall) {
@@ -105,6 +108,19 @@ void StepFeed::Offer(DenseStep step)
     if (isStopped) throw Stopped();
     room.wait_for(lock, kLongestWait);
   }
+}
+
+/// A step whose memory may be used again, or a new one.
+DenseStep StepFeed::TakeSpent()
+{
+  if (spare.empty()) {
+    const std::lock_guard lock(mutex);
+    spare.swap(spent);
+  }
+  if (spare.empty()) return {};
+  DenseStep step = std::move(spare.back());
+  spare.pop_back();
+  return step;
 }
 
 void StepFeed::Finish(std::exception_ptr reason)
@@ -124,9 +140,10 @@ void StepFeed::Advance()
     run->Step();
     return;
   }
-  if (taken.empty()) TakeOffered();
-  latest = std::move(taken.front());
-  taken.pop_front();
+  if (taken == inHand.size()) TakeOffered();
+  std::swap(latest, inHand[taken]);
+  inHand[taken].series = nullptr;  // for steps to come
+  ++taken;
 }
 
 /// Waits until there are steps; throws what ended the run when there will be none.
@@ -144,7 +161,10 @@ void StepFeed::TakeOffered()
     poll();
     lock.lock();
   }
-  taken.swap(offered);
+  std::ranges::move(inHand, std::back_inserter(spent));
+  inHand.clear();
+  inHand.swap(offered);
+  taken = 0;
   room.notify_one();
 }
 

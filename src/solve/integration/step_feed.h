@@ -3,7 +3,6 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
-#include <deque>
 #include <exception>
 #include <memory>
 #include <mutex>
@@ -38,7 +37,8 @@ class StepFeed {
 
   void PollRun() const;
   void MakeSteps();
-  void Offer(DenseStep step);
+  void Offer(const DenseStep& step);
+  DenseStep TakeSpent();
   void Finish(std::exception_ptr reason);
   void TakeOffered();
 
@@ -51,16 +51,19 @@ class StepFeed {
 
   // Of the thread that asks for steps
   DenseStep latest;
-  std::deque<DenseStep> taken;
+  std::vector<DenseStep> inHand;
+  std::size_t taken = 0;  // of those in hand
 
   // What both threads touch
   std::mutex mutex;
   std::condition_variable offers, room;
-  std::deque<DenseStep> offered;
+  std::vector<DenseStep> offered;
+  std::vector<DenseStep> spent;  // their memory is used again
   std::exception_ptr end;  // of the run, behind the steps offered
   bool isFinished = false;
   // Of the thread that makes them
   std::chrono::steady_clock::time_point latestCall;
+  std::vector<DenseStep> spare;  // of those spent
 };
 
 }  // namespace varno::solve

@@ -26,7 +26,15 @@ class Real {
     number[0] = other.number[0];
     other.number->_mpfr_d = nullptr;
   }
-  Real& operator=(Real other) noexcept
+  Real& operator=(const Real& other)
+  {
+    if (number->_mpfr_d == nullptr) return *this = Real(other);
+    if (mpfr_get_prec(number) != mpfr_get_prec(other.number))
+      mpfr_set_prec(number, mpfr_get_prec(other.number));
+    mpfr_set(number, other.number, MPFR_RNDN);
+    return *this;
+  }
+  Real& operator=(Real&& other) noexcept
   {
     std::swap(number[0], other.number[0]);
     return *this;

@@ -11,7 +11,7 @@ namespace {
 /// When so many samples are kept, every other one is dropped.
 constexpr std::size_t kMostSamples = 4096;
 /// Fewer samples say nothing about what is ahead.
-constexpr std::size_t kFewestSamples = 16;
+constexpr std::size_t kFewestSamples = 8;
 /// The latter half of the way is looked at in so many pieces.
 constexpr int kPieces = 8;
 /// Of a loss that grows evenly along the way, half is lost in its latter half; of one that grows by

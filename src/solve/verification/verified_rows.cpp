@@ -232,6 +232,7 @@ bool VerifiedRows::Fill()
     AddEvents(*time);
     ready.push_back(Judge(*time, runs));
     latestTime = time;
+    if (*time == interval.to) AddLossAtEnd(*time);
   } catch (const StoppedByEvent& stop) {
     FillToStop(stop.time);
   }
@@ -376,22 +377,36 @@ VerifiedRow VerifiedRows::Judge(const Moment& time,
   return row;
 }
 
-/// At the ends of steps half the digits must agree: a run that has lost its way and came back to an
-/// attractor would agree with the other one again at the rows.
-void VerifiedRows::CompareStates(const Moment& time, const DenseStep& a, const DenseStep& b)
+/// How many decimals of all states are the same in both runs.
+double VerifiedRows::CommonDecimals(const std::vector<Real>& first, const SizedStates& best) const
 {
-  const std::vector<Real> first = a.StatesAt(time), second = b.StatesAt(time);
-  const std::vector<double>& sizes = b.StateSizes();
   Real difference(64);
   double common = std::numeric_limits<double>::infinity();
   for (std::size_t i = 0; i < first.size(); ++i) {
-    mpfr_sub(difference, first[i], second[i], MPFR_RNDN);
+    mpfr_sub(difference, first[i], best.values[i], MPFR_RNDN);
     if (difference.IsZero()) continue;
-    const double size = std::max({sizes[i], Log2Size(second[i]), wanted.tinyLog2});
+    const double size = std::max({best.sizes[i], Log2Size(best.values[i]), wanted.tinyLog2});
     common = std::min(common, (size - Log2Size(difference)) / kLog2Of10);
   }
+  return common;
+}
+
+/// At the ends of steps half the digits must agree: a run that has lost its way and came back to an
+/// attractor would agree with the other one again at the rows.
+void VerifiedRows::CompareStates(const Moment& time, const DenseStep& a, const DenseStep& best)
+{
+  const double common = CommonDecimals(a.StatesAt(time), {best.StatesAt(time), best.StateSizes()});
   AddLoss(time, common);
   if (common < wanted.digits / 2.0) throw Failure{time, common, false};
+}
+
+/// Behind the last end of a step that was compared; the row is right, whatever was lost.
+void VerifiedRows::AddLossAtEnd(const Moment& time)
+{
+  const std::vector<SizedStates> states = attempt->Integration().StatesAt(time);
+  const double distance = Distance(time);
+  if (states.size() < 2 || distance < latestDistance) return;
+  loss.Add(distance, DecimalsApart(CommonDecimals(states.front().values, states.back())));
 }
 
 std::optional<CheckedRow> VerifiedRows::RowBetween(const Moment& time,
@@ -428,9 +443,15 @@ void VerifiedRows::AddLoss(const Moment& time, double commonDecimals)
     loss = Loss();
   }
   latestDistance = distance;
-  // What agrees beyond the tolerance of the first run does so by chance.
-  loss.Add(distance, -std::min(commonDecimals, wanted.digits + spareDecimals));
+  loss.Add(distance, DecimalsApart(commonDecimals));
   if (IsDoomed(distance, commonDecimals)) throw Failure{time, commonDecimals, false};
+}
+
+/// By which power of 10 the runs are apart. What agrees beyond the tolerance of the first run does
+/// so by chance.
+double VerifiedRows::DecimalsApart(double commonDecimals) const
+{
+  return -std::min(commonDecimals, wanted.digits + spareDecimals);
 }
 
 /// Whether the last row will not agree, for all that can be said: half of the digits to spare are

@@ -104,8 +104,11 @@ class VerifiedRows {
   VerifiedRow JudgeEvent(const Lockstep::Switches& switches, std::size_t index);
   void CompareSwitches(const Lockstep::Switches& switches);
   VerifiedRow Judge(const Moment& time, const std::vector<std::vector<SizedNumber>>& runs) const;
-  void CompareStates(const Moment& time, const DenseStep& a, const DenseStep& b);
+  double CommonDecimals(const std::vector<Real>& first, const SizedStates& best) const;
+  void CompareStates(const Moment& time, const DenseStep& a, const DenseStep& best);
+  void AddLossAtEnd(const Moment& time);
   void AddLoss(const Moment& time, double commonDecimals);
+  double DecimalsApart(double commonDecimals) const;
   double Distance(const Moment& time) const;
   double WholeDistance() const;
   bool IsDoomed(double distance, double commonDecimals) const;

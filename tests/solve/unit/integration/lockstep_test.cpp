@@ -90,22 +90,21 @@ TEST_F(LockstepTest, ReachesATimeWithTheLatestStepOfEach)
   }
 }
 
-// At each end of a step, of either run, once both have come so far; in order.
-TEST_F(LockstepTest, ComparesAtEveryEndOfAStep)
+// Once the other one has come so far; in order.
+TEST_F(LockstepTest, ComparesAtEveryEndOfAStepOfTheBestRun)
 {
   Lockstep lockstep = Make(Decay, {1, 1}, Moment(50));
   lockstep.Reach(Moment(50));
-  const std::int64_t steps = lockstep.Latest(0).Steps() + lockstep.Latest(1).Steps();
-  EXPECT_EQ(watched, steps);
-  EXPECT_GE(static_cast<std::int64_t>(compared.size()), steps - 1);
+  EXPECT_EQ(watched, lockstep.Latest(0).Steps() + lockstep.Latest(1).Steps());
+  EXPECT_GE(static_cast<std::int64_t>(compared.size()), lockstep.Latest(1).Steps() - 1);
   EXPECT_TRUE(std::ranges::is_sorted(compared));
   EXPECT_LT(largestApart, 1e-15);
 }
 
 TEST_F(LockstepTest, SeesDifferentSolutions)
 {
-  Lockstep lockstep = Make(Decay, {1, 1.25}, Moment(1));
-  lockstep.Reach(Moment(1));
+  Lockstep lockstep = Make(Decay, {1, 1.25}, Moment(2));
+  lockstep.Reach(Moment(2));
   EXPECT_GT(largestApart, 0.05);
 }
 
