@@ -540,6 +540,7 @@ void VerifiedRows::EndOrEscalate(const Failure& failure)
     } catch (const Singularity& singularity) {
       EndOrBeginAgain(singularity);
       return;
+    } catch (const Failure&) {
     } catch (const Disagreement&) {
     } catch (const ZeroInDoubt&) {
     } catch (const DomainError&) {
