@@ -140,6 +140,14 @@ struct ExemptionRule::Trial {
     return cut;
   }
 
+  /// Those candidates that allow hardly longer steps than the one held.
+  std::vector<bool> ThoseInTheWay(double held, std::vector<bool> candidates) const
+  {
+    for (LineId id = 0; id < candidates.size(); ++id)
+      candidates[id] = candidates[id] && lineBounds[id] < held + kLeastGain;
+    return candidates;
+  }
+
   /// Whether there is a state, not 0, of which nobody sees the digits.
   bool HasTinyState() const
   {
@@ -180,6 +188,12 @@ struct ExemptionRule::Trial {
         return std::nullopt;
     }
     return deviation;
+  }
+
+  /// The step that a cut allows, as far as terms tell, and the way (log2).
+  double LongestPossible(const TapeCut& cut) const
+  {
+    return std::min(Bound(cut) + Scale(), point.longestLog2);
   }
 
   /// The longest step, found between two lengths (log2), of which the first must do.
@@ -238,7 +252,8 @@ std::optional<Exemption> ExemptionRule::Find(const Series& series, const StepCon
   const Trial trial{*this, series, control, point, control.LineBounds(series)};
   const double shortest = held + trial.Scale() + kLeastGain;
   if (!std::isfinite(held) || shortest > point.longestLog2) return std::nullopt;
-  std::vector<bool> candidates = trial.Plausible(held + trial.Scale());
+  const std::vector<bool> plausible = trial.Plausible(held + trial.Scale());
+  std::vector<bool> candidates = plausible;
   // All that happens to a state that is tiny still may count as 0, for a while; what makes it so
   // small may do so for longer: further cuts are behind the first.
   const int cuts = trial.HasTinyState() ? kMostCuts : 1;
@@ -248,7 +263,7 @@ std::optional<Exemption> ExemptionRule::Find(const Series& series, const StepCon
     const auto cut = trial.WorthwhileCut(held, candidates);
     if (!cut) break;
     isTried = true;
-    const double longest = std::min(trial.Bound(*cut) + trial.Scale(), point.longestLog2);
+    const double longest = trial.LongestPossible(*cut);
     auto found = trial.Longest(*cut, shortest, longest);
     if (found && (!exemption || found->longestLog2 > exemption->longestLog2))
       exemption = std::move(found);
@@ -257,6 +272,11 @@ std::optional<Exemption> ExemptionRule::Find(const Series& series, const StepCon
       candidates[id] = candidates[id] && !cut->zeroed[id];
   }
   if (!isTried) return std::nullopt;
+  // Without x^30, atan2(2, x^30) is the same whatever the 2 is; but not without both.
+  if (!exemption) {
+    const auto cut = trial.WorthwhileCut(held, trial.ThoseInTheWay(held, plausible));
+    if (cut) exemption = trial.Longest(*cut, shortest, trial.LongestPossible(*cut));
+  }
   failures = exemption ? 0 : std::min(failures + 1, kMostBackoff);
   stepsToSkip = exemption ? 0 : (1 << failures) - 1;
   return exemption;

@@ -36,6 +36,7 @@ Specialisation::Specialisation(const Pieces& pieces, const Mode& decided,
       decided(decided),
       maker(maker),
       timeForms(piece.model.graph),
+      valueRanges(piece.model.graph),
       copies(graph.Size(), kNotYet)
 {}
 
@@ -188,14 +189,15 @@ NodeId Specialisation::Replacement(NodeId id, const std::vector<Question>& asked
   }
 }
 
-/// atan2(y, x) has its cut where y = 0 and x < 0. To the left of the origin it is
-/// atan2(-y, -x) + pi for y >= 0, - pi below: that cut is on the other side.
+/// atan2(y, x) has its cut where y = 0 and x < 0: none where y is never 0. To the left of the
+/// origin it is atan2(-y, -x) + pi for y >= 0, - pi below: that cut is on the other side.
 NodeId Specialisation::ReplacementOfAngle(NodeId id, const std::vector<Question>& asked)
 {
   const Node& node = graph[id];
   Graph& to = piece.model.graph;
   const NodeId y = copies[node.operands[0]], x = copies[node.operands[1]];
-  if (DecisionOn(asked[0]) > 0) return to.Make(Operation::kAtan2, y, x, node.place);
+  if (valueRanges.SignOf(y) != 0 || DecisionOn(asked[0]) > 0)
+    return to.Make(Operation::kAtan2, y, x, node.place);
   const NodeId opposite =
       to.Make(Operation::kAtan2, Negative(y, node.place), Negative(x, node.place), node.place);
   const Operation operation = DecisionOn(asked[1]) >= 0 ? Operation::kAdd : Operation::kSubtract;
@@ -237,6 +239,9 @@ Decision Specialisation::DecideInPiece(ConditionId condition, NodeId expression)
     return DecisionOfConstant(kind, to, expression);
   const std::optional<TimeForm> form = timeForms.Of(expression);
   if (form && form->slope == 0) return DecisionOf(kind, form->constant);
+  // Nothing to watch: a root of a high order, as that of t^30, would hold the steps up.
+  if (const int sign = valueRanges.SignOf(expression); kind == ConditionKind::kSign && sign != 0)
+    return sign;
 
   Decision decision;
   const auto known = decided.find(condition);

@@ -8,6 +8,7 @@
 #include "solve/piecewise/piece.h"
 #include "solve/piecewise/pieces.h"
 #include "solve/piecewise/time_forms.h"
+#include "solve/piecewise/value_ranges.h"
 
 namespace varno::solve {
 
@@ -58,6 +59,7 @@ class Specialisation {
   const DecisionMaker& maker;
   Piece piece;
   TimeForms timeForms;
+  ValueRanges valueRanges;
   std::vector<NodeId> copies;  // by node of the model
   std::vector<NodeId> open;
   std::map<ConditionId, Decision> decisions;  // those of constant expressions, too
