@@ -37,7 +37,7 @@ double LargestTerm(const Series& series, LineId line, double lengthLog2)
 DefectCheck::DefectCheck(const Tape& tape, const RunSettings& settings, mpfr_prec_t bits)
     : tape(tape),
       allowedBits(settings.toleranceBits - kAllowedTolerances -
-                  2 * std::max(0.0, std::log2(settings.order / kOrderOfAllowed))),
+                  2 * std::max(0.0, std::log2(settings.raisedOrder / kOrderOfAllowed))),
       rightHandSides(tape.graph, RightHandSides(tape), bits, {},
                      ConstantsIn(tape.graph, RightHandSides(tape), bits)),
       offset(53),

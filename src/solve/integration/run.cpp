@@ -204,9 +204,10 @@ bool Run::PassesDefectCheck(const Stride& stride)
     defectCheck.emplace(tape, settings, series.Bits());
   }
   const std::optional<Exemption>& leftOut = series.LeftOut();
+  const int order = series.Current().Order();
+  const bool isOrdinary = order == settings.order || order == settings.raisedOrder;
   const bool isLikeLast = latest.steps > 0 && stride.log2 < latest.lengthLog2 + kAlikeLog2 &&
-                          series.Current().Order() == settings.order && !leftOut &&
-                          !series.IsAtRoot();
+                          isOrdinary && !leftOut && !series.IsAtRoot();
   const std::size_t turn = static_cast<std::size_t>(latest.steps) % kTestedParts.size();
   const DefectCheck::Step step{
       .series = series.Current(),

@@ -12,6 +12,10 @@ namespace {
 /// for its bits.
 constexpr double kMostDecimals = 1e9;
 constexpr int kLeastOrder = 12;
+/// What a step costs beside the sums of products is worth so many orders more, where they are no
+/// more than this part of the order.
+constexpr int kMostRaise = 16;
+constexpr double kRaise = 0.4;
 
 }  // namespace
 
@@ -25,6 +29,7 @@ RunSettings SettingsFor(double decimals, double placeDecimals)
   const double guardBits = 30 + 0.15 * order;
   return {.toleranceBits = toleranceBits,
           .order = order,
+          .raisedOrder = order + std::min(kMostRaise, static_cast<int>(kRaise * order)),
           .bits = static_cast<mpfr_prec_t>(std::ceil(toleranceBits + guardBits)),
           .disturbed = false,
           .mayDeclareZero = true,

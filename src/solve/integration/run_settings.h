@@ -10,6 +10,7 @@ namespace varno::solve {
 struct RunSettings {
   double toleranceBits;  ///< -log2 of the relative error that a step may make in a line
   int order;             ///< of the series, usually
+  int raisedOrder;       ///< where the terms of all states fall over the step from the start
   mpfr_prec_t bits;      ///< of the arithmetic
   bool disturbed;        ///< whether it moves what it rounds, so that unstable solutions show
   /// Whether its zeros count as such where the way goes on only if they are: else ZeroInDoubt.

@@ -12,7 +12,7 @@ namespace {
 
 /// So many doublings must divide the distance by about the same factor: times are few at first, and
 /// the steps before the approach are among them.
-constexpr std::size_t kFalls = 3;
+constexpr std::size_t kFalls = 4;
 constexpr double kMostRise = 1.5;
 /// What the factor may be: nearer to 1 the times may come to no limit, and far from it they get
 /// there, as those before a pole do.

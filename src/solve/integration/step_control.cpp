@@ -27,6 +27,11 @@ constexpr int kMostKnownOrder = 5000;
 /// term that is not 0.
 constexpr int kMostVanishingTerms = 5;
 
+/// With the raised order steps become longer by about this factor (log2).
+constexpr double kRaisedGain = 0.8;
+/// Terms that grow at all do so before this one: one that has fallen until there goes on to.
+constexpr std::size_t kTermsBeforeTheFall = 16;
+
 /// A difference of logarithms that is more than their rounding.
 constexpr double kClearly = 1e-3;
 
@@ -75,6 +80,17 @@ double LongestFall(std::span<const double> terms, double first, double tolerance
   return longest;
 }
 
+/// Whether none of the terms over a step (log2) is above the first two.
+bool FallFromTheStart(std::span<const double> terms, double step)
+{
+  const double head = std::max(terms[0], terms[1] + step);
+  const std::size_t end = std::min(terms.size(), kTermsBeforeTheFall);
+  for (std::size_t k = 2; k < end; ++k) {
+    if (terms[k] + static_cast<double>(k) * step > head) return false;
+  }
+  return true;
+}
+
 /// Whether the terms of a line end by its structure before the usual order.
 bool IsShortPolynomial(const Line& line, int order)
 {
@@ -88,6 +104,8 @@ StepControl::StepControl(const Tape& tape, const RunSettings& settings)
       settings(settings),
       flatLines(tape.lines.size(), false),
       settledLines(tape.lines.size(), false),
+      expectedLog2(kInfinity),
+      order(settings.order),
       leftOut(tape.lines.size(), false)
 {}
 
@@ -144,7 +162,7 @@ double StepControl::AccuracyBound(const Series& series, LineId id, double known)
 {
   const std::span<const double> terms = series.Logs(id);
   const double tolerance = -settings.toleranceBits;
-  const double usual = 1.0 / settings.order;
+  const double usual = 1.0 / order;
   // What rounding leaves of the line is no smaller than this, whatever its first term is.
   const double rounding = sizes[id] - static_cast<double>(settings.bits);
   const double resolution = series.Resolution(id), rise = series.ResolutionRise();
@@ -186,12 +204,33 @@ bool StepControl::Counts(const Series& series, LineId id) const
   return !leftOut[id] && !IsShortPolynomial(tape.lines[id], series.Order() + 1);
 }
 
-StepBound StepControl::Choose(Series& series, const std::vector<bool>& linesLeftOut)
+void StepControl::StepMade(double lengthLog2)
+{
+  settledLines = flatLines;
+  expectedLog2 = order > settings.order ? lengthLog2 : lengthLog2 + kRaisedGain;
+}
+
+/// Whether the terms of all states fall from the start over the step that is expected; not before
+/// there was one.
+bool StepControl::MayRaiseOrder(const Series& series, long scaleExponent) const
+{
+  if (expectedLog2 == kInfinity) return false;
+  const double step = expectedLog2 - static_cast<double>(scaleExponent);
+  for (LineId id = 0; id < tape.rightHandSides.size(); ++id) {
+    if (!FallFromTheStart(series.Logs(id), step)) return false;
+  }
+  return true;
+}
+
+StepBound StepControl::Choose(Series& series, const std::vector<bool>& linesLeftOut,
+                              long scaleExponent)
 {
   const bool wasWhole = isWhole;
   isWhole = std::ranges::find(linesLeftOut, true) == linesLeftOut.end();
   if (!isWhole || !wasWhole) leftOut = linesLeftOut;
   series.ExtendTo(settings.order);
+  order = MayRaiseOrder(series, scaleExponent) ? settings.raisedOrder : settings.order;
+  series.ExtendTo(order);
   ExtendFlatLines(series);
   sizes = LineSizes(tape, series);
 

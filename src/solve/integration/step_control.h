@@ -21,16 +21,21 @@ struct StepBound {
 /// states rest would be stepped over otherwise. The radius of convergence is estimated from the
 /// last orders of each line (Jorba and Zou 2005), as many as it takes to see five terms that are
 /// more than rounding, so that series with gaps are not mistaken for short ones.
+///
+/// A higher order than the usual one saves steps, and all that they cost beside sums of products.
+/// It is left where terms would grow before they fall: what cancels in their sums then makes zeros
+/// coarser and digits doubtful, as those of sines beside their roots.
 class StepControl {
  public:
   StepControl(const Tape& tape, const RunSettings& settings);
 
   /// Extends the series, begun, to the order that the step needs, and bounds the step. Lines that
-  /// the series leaves out do not count; one entry for each line.
-  StepBound Choose(Series& series, const std::vector<bool>& leftOut);
-  /// The step chosen last is made: lines that showed too few terms for it are left in peace in
-  /// those that follow.
-  void StepMade() { settledLines = flatLines; }
+  /// the series leaves out do not count; one entry for each line. The unit of the series is
+  /// 2^scaleExponent.
+  StepBound Choose(Series& series, const std::vector<bool>& leftOut, long scaleExponent);
+  /// The step chosen last is made, with this length (log2): lines that showed too few terms for it
+  /// are left in peace in those that follow.
+  void StepMade(double lengthLog2);
   /// The bound of the step chosen last.
   const StepBound& Bound() const { return bound; }
   /// What each line allows of the step chosen last with this series, log2 in units of its scale;
@@ -40,6 +45,7 @@ class StepControl {
   const std::vector<double>& Sizes() const { return sizes; }
 
  private:
+  bool MayRaiseOrder(const Series& series, long scaleExponent) const;
   void ExtendFlatLines(Series& series);
   int MostOrder(const Series& series, LineId id) const;
   bool NeedsMoreTerms(const Series& series, LineId id) const;
@@ -51,8 +57,10 @@ class StepControl {
   RunSettings settings;
   std::vector<bool> flatLines;     // too few terms even at the highest order
   std::vector<bool> settledLines;  // those of the steps before
+  double expectedLog2;             // of the length of a step with the raised order
   // Of the step chosen last
   StepBound bound{0, kNone};
+  int order;
   bool isWhole = true;  // nothing is left out
   std::vector<bool> leftOut, stillLines;
   std::vector<double> sizes;

@@ -100,7 +100,7 @@ std::shared_ptr<Series> StepSeries::Release()
 
 void StepSeries::StepMade(double lengthLog2, bool endsAtRoot)
 {
-  control.StepMade();
+  control.StepMade(lengthLog2);
   const std::span<const long> found = Current().LargestTerms();
   largestTerms.assign(found.begin(), found.end());
   if (atRoot) {
@@ -201,7 +201,7 @@ void StepSeries::BeginLines(mpfr_srcptr time, const std::vector<bool>& leftOut)
 /// What the series begun allows.
 StepBound StepSeries::ChooseBound(const std::vector<bool>& leftOut)
 {
-  StepBound bound = control.Choose(Current(), leftOut);
+  StepBound bound = control.Choose(Current(), leftOut, scaleExponent);
   bound.log2 += static_cast<double>(scaleExponent);
   return bound;
 }
@@ -252,7 +252,8 @@ long StepSeries::CoarseScale(mpfr_srcptr time)
     const auto shortSeries = MakeSeriesAtRoot(tape, coarse.bits, coarse.order, false, {}, poll);
     shortSeries->Begin(time, latest.states, latest.backwards, scaleExponent);
     const StepBound bound =
-        StepControl(tape, coarse).Choose(*shortSeries, std::vector<bool>(tape.lines.size(), false));
+        StepControl(tape, coarse)
+            .Choose(*shortSeries, std::vector<bool>(tape.lines.size(), false), scaleExponent);
     const double log2 = bound.log2 + static_cast<double>(scaleExponent);
     return std::isfinite(log2) ? ScaleFor(ChooseLength({log2, bound.line}).Log2()) : scaleExponent;
   } catch (const DomainError&) {

@@ -102,7 +102,50 @@ double LongestStep(const Model& model, int order)
   for (const State& state : model.states)
     states.push_back(EvaluateConstant(model.graph, state.start, settings.bits));
   series->Begin(Real(settings.bits), states, false, 0);
-  return StepControl(tape, settings).Choose(*series, std::vector<bool>(tape.lines.size())).log2;
+  return StepControl(tape, settings).Choose(*series, std::vector<bool>(tape.lines.size()), 0).log2;
+}
+
+// ---------------------------------------------------------------------------------------------
+// The raised order
+
+/// The order of a step that comes after one of this length (log2).
+int OrderAfterAStep(const Model& model, double lengthLog2)
+{
+  const Tape tape = Compile(model);
+  const RunSettings settings = SettingsFor(22, 22);
+  StepControl control(tape, settings);
+  const std::vector<bool> none(tape.lines.size());
+  std::vector<Real> states;
+  for (const State& state : model.states)
+    states.push_back(EvaluateConstant(model.graph, state.start, settings.bits));
+  const auto series = MakeSeries(tape, settings.bits, settings.order);
+  series->Begin(Real(settings.bits), states, false, 0);
+  control.Choose(*series, none, 0);
+  EXPECT_EQ(series->Order(), settings.order) << "no step was made";
+  control.StepMade(lengthLog2);
+  series->Begin(Real(settings.bits), states, false, 0);
+  control.Choose(*series, none, 0);
+  return series->Order();
+}
+
+// The terms of 1/(1 - t) are 1: over 1/8 they fall from the start.
+TEST(StepControl, RaisesTheOrderWhereTermsFall)
+{
+  Equations m;
+  const Expression x = m.Variable("x", 1);
+  m.SetDerivative(x, x * x);
+  EXPECT_EQ(OrderAfterAStep(m.Finished(), -3), SettingsFor(22, 22).raisedOrder);
+  EXPECT_GT(SettingsFor(22, 22).raisedOrder, SettingsFor(22, 22).order);
+}
+
+// Those of cos(t) and -sin(t) grow over 4 before they fall.
+TEST(StepControl, DoesNotRaiseItWhereTermsGrow)
+{
+  Equations m;
+  const Expression x = m.Variable("x", 1), v = m.Variable("v", 1);
+  m.SetDerivative(x, v);
+  m.SetDerivative(v, -x);
+  EXPECT_EQ(OrderAfterAStep(m.Finished(), 2), SettingsFor(22, 22).order);
 }
 
 // The terms of 1/(1 + t^m) are 0 but for each m-th; its series reaches to 1, whatever the order.
