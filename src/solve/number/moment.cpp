@@ -15,12 +15,22 @@ constexpr mpfr_prec_t kMostCancelledBits = 20'000;
 /// times of steps.
 void EvaluateFraction(mpq_srcptr fraction, mpfr_ptr result)
 {
-  const mp_bitcnt_t zeros = mpz_scan1(mpq_denref(fraction), 0);
-  if (mpz_sizeinbase(mpq_denref(fraction), 2) == zeros + 1) {
-    mpfr_set_z_2exp(result, mpq_numref(fraction), -static_cast<mpfr_exp_t>(zeros), MPFR_RNDN);
-  } else {
-    mpfr_set_q(result, fraction, MPFR_RNDN);
+  mpz_srcptr numerator = mpq_numref(fraction), denominator = mpq_denref(fraction);
+  const mp_bitcnt_t zeros = mpz_scan1(denominator, 0);
+  const std::size_t bits = mpz_sizeinbase(denominator, 2);
+  if (bits == zeros + 1) {
+    mpfr_set_z_2exp(result, numerator, -static_cast<mpfr_exp_t>(zeros), MPFR_RNDN);
+    return;
   }
+  // More bits of the quotient than the result has, the last of which stands for all that follow.
+  const auto wanted = static_cast<std::size_t>(mpfr_get_prec(result)) + 2 + bits;
+  const std::size_t given = mpz_sizeinbase(numerator, 2);
+  const mp_bitcnt_t up = given < wanted ? wanted - given : 0;
+  Integer quotient, rest;
+  mpz_mul_2exp(quotient.get_mpz_t(), numerator, up);
+  mpz_tdiv_qr(quotient.get_mpz_t(), rest.get_mpz_t(), quotient.get_mpz_t(), denominator);
+  if (sgn(rest) != 0 && mpz_even_p(quotient.get_mpz_t())) quotient += sgn(quotient);
+  mpfr_set_z_2exp(result, quotient.get_mpz_t(), -static_cast<mpfr_exp_t>(up), MPFR_RNDN);
 }
 
 /// The exponent of a denominator that is a power of 2; none of others.
@@ -36,6 +46,12 @@ std::optional<mp_bitcnt_t> ExponentOfDenominator(const Rational& x)
 /// denominators are powers of 2, as in the times of steps.
 void AddFraction(Rational& sum, const Rational& x, int sign)
 {
+  if (sgn(x) == 0) return;
+  if (sgn(sum) == 0) {
+    sum = x;
+    if (sign < 0) mpq_neg(sum.get_mpq_t(), sum.get_mpq_t());
+    return;
+  }
   const std::optional<mp_bitcnt_t> ofSum = ExponentOfDenominator(sum),
                                    ofX = ExponentOfDenominator(x);
   if (!ofSum || !ofX) {

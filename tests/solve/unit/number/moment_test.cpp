@@ -98,6 +98,27 @@ TEST(Moment, WhatNoPrecisionTellsFromZeroIsZero)
   EXPECT_TRUE(value.IsZero());
 }
 
+// Two ways: by the quotient of integers, and by that of MPFR.
+TEST(Moment, RoundsQuotientsAsMpfr)
+{
+  const std::vector<const char*> integers = {
+      "1", "2", "3", "7", "10", "255", "1000003", "340282366920938463463374607431768211457"};
+  for (const char* n : integers) {
+    for (const char* d : integers) {
+      for (const int sign : {1, -1}) {
+        Rational fraction(Integer(n) * sign, Integer(d));
+        fraction.canonicalize();
+        for (const mpfr_prec_t bits : {1, 2, 3, 53, 64, 65, 118, 300}) {
+          Real result(bits), expected(bits);
+          Moment(fraction).Evaluate(result);
+          mpfr_set_q(expected, fraction.get_mpq_t(), MPFR_RNDN);
+          EXPECT_TRUE(mpfr_equal_p(result, expected)) << fraction << " to " << bits;
+        }
+      }
+    }
+  }
+}
+
 TEST(Moment, RoundsFractionsToNearest)
 {
   Real value(2);
