@@ -351,6 +351,7 @@ VerifiedRow VerifiedRows::Judge(const Moment& time,
                            .tinyLog2 = wanted.tinyLog2};
   const std::vector<SizedNumber>&first = runs.front(), &best = runs.back();
   VerifiedRow row{time, {}};
+  row.numbers.reserve(best.size());
   std::optional<Failure> failure;
   for (std::size_t i = 0; i < best.size(); ++i) {
     const Agreement agreement = Compare(first[i], best[i], rule);
@@ -589,12 +590,14 @@ std::optional<Moment> VerifiedRows::LastGiven() const
 
 VerifiedRows::GivenRow VerifiedRows::Remembered(const VerifiedRow& row) const
 {
-  GivenRow remembered = row;
-  for (RowNumber& number : remembered.numbers) {
-    if (!number.value) continue;
-    Real kept(static_cast<mpfr_prec_t>(wanted.digits * kLog2Of10) + kRememberedGuardBits);
-    mpfr_set(kept, *number.value, MPFR_RNDN);
-    number.value = std::move(kept);
+  const auto bits = static_cast<mpfr_prec_t>(wanted.digits * kLog2Of10) + kRememberedGuardBits;
+  GivenRow remembered{row.time, {}, row.event};
+  remembered.numbers.reserve(row.numbers.size());
+  for (const RowNumber& number : row.numbers) {
+    RowNumber& kept = remembered.numbers.emplace_back();
+    kept.zeroUnit = number.zeroUnit;
+    kept.isAtJump = number.isAtJump;
+    if (number.value) mpfr_set(kept.value.emplace(bits), *number.value, MPFR_RNDN);
   }
   return remembered;
 }

@@ -148,7 +148,7 @@ class VerifiedRows {
   int restarts = 0;
   std::optional<EndSeen> endSeen;
   double approachDecimalsOfRow = 0;
-  std::vector<GivenRow> given;
+  std::deque<GivenRow> given;
   // Of the present attempt
   std::size_t rowsDone = 0;
   std::deque<VerifiedRow> ready;
