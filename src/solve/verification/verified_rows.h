@@ -104,7 +104,8 @@ class VerifiedRows {
   VerifiedRow JudgeEvent(const Lockstep::Switches& switches, std::size_t index);
   void CompareSwitches(const Lockstep::Switches& switches);
   VerifiedRow Judge(const Moment& time, const std::vector<std::vector<SizedNumber>>& runs) const;
-  double CommonDecimals(const std::vector<Real>& first, const SizedStates& best) const;
+  double CommonDecimals(const std::vector<Real>& first, const std::vector<Real>& best,
+                        const std::vector<double>& sizes) const;
   void CompareStates(const Moment& time, const DenseStep& a, const DenseStep& best);
   void AddLossAtEnd(const Moment& time);
   void AddLoss(const Moment& time, double commonDecimals);
