@@ -1,6 +1,7 @@
 #include "solve/number/moment.h"
 
 #include <algorithm>
+#include <bit>
 #include <optional>
 #include <utility>
 
@@ -42,6 +43,50 @@ std::optional<mp_bitcnt_t> ExponentOfDenominator(const Rational& x)
   return zeros;
 }
 
+__extension__ using Int128 = __int128;
+
+/// A fraction of two words.
+struct Words {
+  long numerator, denominator;
+};
+
+std::optional<Words> WordsOf(const Rational& x)
+{
+  if (!x.get_num().fits_slong_p() || !x.get_den().fits_slong_p()) return std::nullopt;
+  return Words{x.get_num().get_si(), x.get_den().get_si()};
+}
+
+/// sum += sign * x where all that comes fits words, and denominators are powers of 2 as in the
+/// times of steps; elsewhere nothing, and false.
+bool AddWords(Rational& sum, const Rational& x, int sign)
+{
+  const std::optional<Words> a = WordsOf(sum), b = WordsOf(x);
+  if (!a || !b) return false;
+  const auto ofA = static_cast<unsigned long>(a->denominator),
+             ofB = static_cast<unsigned long>(b->denominator);
+  if (!std::has_single_bit(ofA) || !std::has_single_bit(ofB)) return false;
+  const long common = std::max(a->denominator, b->denominator);
+  long first = 0, second = 0, total = 0;
+  if (__builtin_mul_overflow(a->numerator, common >> std::countr_zero(ofA), &first) ||
+      __builtin_mul_overflow(b->numerator, sign * (common >> std::countr_zero(ofB)), &second) ||
+      __builtin_add_overflow(first, second, &total))
+    return false;
+  const int reducible =
+      std::countr_zero(static_cast<unsigned long>(total) | static_cast<unsigned long>(common));
+  mpq_set_si(sum.get_mpq_t(), total >> reducible, static_cast<unsigned long>(common >> reducible));
+  return true;
+}
+
+/// The sign of a - b.
+int CompareFractions(const Rational& a, const Rational& b)
+{
+  const std::optional<Words> x = WordsOf(a), y = WordsOf(b);
+  if (!x || !y) return cmp(a, b);
+  const Int128 left = static_cast<Int128>(x->numerator) * y->denominator;
+  const Int128 right = static_cast<Int128>(y->numerator) * x->denominator;
+  return left < right ? -1 : left > right ? 1 : 0;
+}
+
 /// sum += sign * x: without the common divisors that a sum of any fractions asks for where both
 /// denominators are powers of 2, as in the times of steps.
 void AddFraction(Rational& sum, const Rational& x, int sign)
@@ -52,6 +97,7 @@ void AddFraction(Rational& sum, const Rational& x, int sign)
     if (sign < 0) mpq_neg(sum.get_mpq_t(), sum.get_mpq_t());
     return;
   }
+  if (AddWords(sum, x, sign)) return;
   const std::optional<mp_bitcnt_t> ofSum = ExponentOfDenominator(sum),
                                    ofX = ExponentOfDenominator(x);
   if (!ofSum || !ofX) {
@@ -169,7 +215,7 @@ int Moment::Sign() const
 /// The sign of a - b; of fractions without the difference, which takes a common divisor.
 int Moment::Compare(const Moment& a, const Moment& b)
 {
-  if (a.IsRational() && b.IsRational()) return cmp(a.rational, b.rational);
+  if (a.IsRational() && b.IsRational()) return CompareFractions(a.rational, b.rational);
   return (a - b).Sign();
 }
 
