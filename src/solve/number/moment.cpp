@@ -1,7 +1,8 @@
 #include "solve/number/moment.h"
 
 #include <algorithm>
-#include <bit>
+#include <limits>
+#include <numeric>
 #include <optional>
 #include <utility>
 
@@ -56,24 +57,42 @@ std::optional<Words> WordsOf(const Rational& x)
   return Words{x.get_num().get_si(), x.get_den().get_si()};
 }
 
-/// sum += sign * x where all that comes fits words, and denominators are powers of 2 as in the
-/// times of steps; elsewhere nothing, and false.
+bool HasNoMagnitude(long x)
+{
+  return x == std::numeric_limits<long>::min();
+}
+
+/// sum += sign * x where all that comes fits words; elsewhere nothing, and false. Knuth, The Art of
+/// Computer Programming 2, 4.5.1.
 bool AddWords(Rational& sum, const Rational& x, int sign)
 {
   const std::optional<Words> a = WordsOf(sum), b = WordsOf(x);
   if (!a || !b) return false;
-  const auto ofA = static_cast<unsigned long>(a->denominator),
-             ofB = static_cast<unsigned long>(b->denominator);
-  if (!std::has_single_bit(ofA) || !std::has_single_bit(ofB)) return false;
-  const long common = std::max(a->denominator, b->denominator);
-  long first = 0, second = 0, total = 0;
-  if (__builtin_mul_overflow(a->numerator, common >> std::countr_zero(ofA), &first) ||
-      __builtin_mul_overflow(b->numerator, sign * (common >> std::countr_zero(ofB)), &second) ||
-      __builtin_add_overflow(first, second, &total))
+  const long common = std::gcd(a->denominator, b->denominator);
+  const long ofA = a->denominator / common, ofB = b->denominator / common;
+  long first = 0, second = 0, total = 0, denominator = 0;
+  if (__builtin_mul_overflow(a->numerator, ofB, &first) ||
+      __builtin_mul_overflow(b->numerator, sign * ofA, &second) ||
+      __builtin_add_overflow(first, second, &total) || HasNoMagnitude(total))
     return false;
-  const int reducible =
-      std::countr_zero(static_cast<unsigned long>(total) | static_cast<unsigned long>(common));
-  mpq_set_si(sum.get_mpq_t(), total >> reducible, static_cast<unsigned long>(common >> reducible));
+  const long reducible = std::gcd(total, common);
+  if (__builtin_mul_overflow(ofA, b->denominator / reducible, &denominator)) return false;
+  mpq_set_si(sum.get_mpq_t(), total / reducible, static_cast<unsigned long>(denominator));
+  return true;
+}
+
+/// product *= x in the same way.
+bool MultiplyWords(Rational& product, const Rational& x)
+{
+  const std::optional<Words> a = WordsOf(product), b = WordsOf(x);
+  if (!a || !b || HasNoMagnitude(a->numerator) || HasNoMagnitude(b->numerator)) return false;
+  const long ofA = std::gcd(a->numerator, b->denominator),
+             ofB = std::gcd(b->numerator, a->denominator);
+  long numerator = 0, denominator = 0;
+  if (__builtin_mul_overflow(a->numerator / ofA, b->numerator / ofB, &numerator) ||
+      __builtin_mul_overflow(a->denominator / ofB, b->denominator / ofA, &denominator))
+    return false;
+  mpq_set_si(product.get_mpq_t(), numerator, static_cast<unsigned long>(denominator));
   return true;
 }
 
@@ -160,7 +179,7 @@ Moment& Moment::operator-=(const Moment& other)
 
 Moment& Moment::operator*=(const Rational& factor)
 {
-  rational *= factor;
+  if (!MultiplyWords(rational, factor)) rational *= factor;
   if (sgn(factor) == 0) multiples.clear();
   for (Multiple& multiple : multiples) multiple.factor *= factor;
   return *this;

@@ -46,14 +46,14 @@ TEST(Moment, SumsOfAllFractionsAreExact)
   }
 }
 
-// Fractions of words are added and compared apart from others.
+// Fractions of words are added, multiplied and compared apart from others.
 TEST(Moment, AreExactAtTheEndOfWords)
 {
   std::vector<Rational> fractions;
   for (const char* n : {"0", "1", "4611686018427387904", "4611686018427387905",
                         "9223372036854775807", "9223372036854775808", "9223372036854775809"}) {
-    for (const char* d :
-         {"1", "2", "3", "4611686018427387904", "9223372036854775807", "9223372036854775808"}) {
+    for (const char* d : {"1", "2", "3", "10", "4611686018427387904", "9223372036854775807",
+                          "9223372036854775808"}) {
       Rational fraction{Integer(n), Integer(d)};
       fraction.canonicalize();
       fractions.push_back(fraction);
@@ -64,6 +64,7 @@ TEST(Moment, AreExactAtTheEndOfWords)
     for (const Rational& b : fractions) {
       EXPECT_EQ(Rational(a + b), (Moment(a) + Moment(b)).RationalPart()) << a << " + " << b;
       EXPECT_EQ(Rational(a - b), (Moment(a) - Moment(b)).RationalPart()) << a << " - " << b;
+      EXPECT_EQ(Rational(a * b), (Moment(a) * b).RationalPart()) << a << " * " << b;
       EXPECT_EQ(a < b, Moment(a) < Moment(b)) << a << " < " << b;
       EXPECT_EQ(a == b, Moment(a) == Moment(b)) << a << " == " << b;
     }
