@@ -11,6 +11,7 @@ namespace {
 __extension__ using UInt128 = unsigned __int128;
 
 constexpr int kWordBits = 64;
+constexpr long kMostBits = 128;
 /// 5^27 is the last power below 2^63.
 constexpr int kMostFives = 27;
 constexpr double kLog10Of2 = 0.30102999566398120;
@@ -59,9 +60,9 @@ UInt128 MantissaOf(mpfr_srcptr x)
 
 std::optional<ShortDecimal> ShortDecimalOf(mpfr_srcptr x, int digits)
 {
-  if (digits > kMostShortDigits || mpfr_get_prec(x) > 2 * kWordBits) return std::nullopt;
+  if (digits > kMostShortDigits || mpfr_get_prec(x) > kMostBits) return std::nullopt;
   const mpfr_exp_t binary = mpfr_get_exp(x);  // |x| lies between 2^(binary-1) and 2^binary
-  if (std::abs(binary) > 2 * kWordBits) return std::nullopt;
+  if (std::abs(binary) > kMostBits) return std::nullopt;
   // That of the first digit, or the one below.
   long exponent = static_cast<long>(std::floor(static_cast<double>(binary - 1) * kLog10Of2));
   const UInt128 mantissa = MantissaOf(x);
@@ -69,8 +70,7 @@ std::optional<ShortDecimal> ShortDecimalOf(mpfr_srcptr x, int digits)
   for (;; ++exponent) {
     const long tens = digits - 1 - exponent;
     if (tens < 0 || tens > kMostFives) return std::nullopt;
-    const Truncated scaled =
-        Scaled(mantissa, static_cast<int>(tens), 2 * kWordBits - binary - tens);
+    const Truncated scaled = Scaled(mantissa, static_cast<int>(tens), kMostBits - binary - tens);
     if (scaled.whole >= limit) continue;
     const bool isUp = scaled.half && (scaled.more || (scaled.whole & 1) != 0);
     const std::uint64_t rounded = scaled.whole + (isUp ? 1 : 0);
