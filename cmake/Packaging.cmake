@@ -23,8 +23,8 @@ set(description "The Taylor series method with variable order and variable step,
 multiprecision arithmetic. The equations are written as on paper; the result
 is a table with as many digits as wanted, or a picture by gnuplot.")
 
-# What the programs are linked with, as dpkg-shlibdeps finds it: libgmp, libmpfr, libmpfi and the usual
-# libraries of C and, for varno, of C++.
+# What varno is linked with, as dpkg-shlibdeps finds it: libgmp and the usual libraries of C and C++.
+# varno-solve holds what it uses of its libraries, so that a new version of them asks for a new package.
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME varno)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION math)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SHLIBDEPS ON)

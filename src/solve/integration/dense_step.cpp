@@ -11,9 +11,10 @@ std::vector<Real> DenseStep::StatesAt(const Moment& time) const
   Real offset(bits);
   (backwards ? begin - time : time - begin).Evaluate(offset);
   mpfr_mul_2si(offset, offset, -scaleExponent, MPFR_RNDN);
-  std::vector<Real> sums(states.size(), Real(bits));
-  for (std::size_t i = 0; i < sums.size(); ++i)
-    series->Sum(static_cast<LineId>(i), offset, sums[i]);
+  std::vector<Real> sums;
+  sums.reserve(states.size());
+  for (std::size_t i = 0; i < states.size(); ++i)
+    series->Sum(static_cast<LineId>(i), offset, sums.emplace_back(bits));
   return sums;
 }
 

@@ -14,12 +14,12 @@ namespace {
 using std::chrono::milliseconds;
 
 /// So many steps may be ahead, and fewer where their series take much memory.
-constexpr double kMostAhead = 32;
+constexpr double kMostAhead = 12;
 constexpr double kFewestAhead = 2;
 constexpr double kMostBytesAhead = 1 << 25;
 /// A waiting thread is called for each so many steps, or when so much time has passed: to wake it
 /// for each step would take longer than a short step.
-constexpr std::size_t kStepsPerCall = 16;
+constexpr std::size_t kStepsPerCall = 6;
 constexpr milliseconds kTimePerCall{1};
 /// How often a waiting thread looks around by itself.
 constexpr milliseconds kLongestWait{10};

@@ -249,9 +249,9 @@ RunEnded Solution::Implementation::WrongRowEnd(const Moment& time) const
 
 Value Solution::Implementation::MakeValue(const RowNumber& number) const
 {
-  Real value(2);
-  mpfr_set_nan(value);
-  if (number.value) value = *number.value;
+  Real nan(2);
+  mpfr_set_nan(nan);
+  const mpfr_srcptr value = number.value ? *number.value : nan;
   if (number.zeroUnit) return {NumberFormat::ZeroText(*number.zeroUnit), value};
   return {numberFormat.Text(value), value};
 }

@@ -150,9 +150,6 @@ class Value {
   Value(std::string text, mpfr_srcptr number);
 
  private:
-  struct Clear {
-    void operator()(mpfr_ptr number) const;
-  };
   std::string text;
   std::shared_ptr<__mpfr_struct> number;
 };

@@ -2,21 +2,15 @@
 #include <utility>
 
 #include "solve/library/solve.h"
+#include "solve/number/real.h"
 
 namespace varno::solve {
 
-void Value::Clear::operator()(mpfr_ptr owned) const
-{
-  mpfr_clear(owned);
-  delete owned;
-}
-
 Value::Value(std::string text, mpfr_srcptr number) : text(std::move(text))
 {
-  auto copy = std::make_unique<__mpfr_struct>();
-  mpfr_init2(copy.get(), mpfr_get_prec(number));
-  mpfr_set(copy.get(), number, MPFR_RNDN);
-  this->number = std::shared_ptr<__mpfr_struct>(copy.release(), Clear{});
+  const auto copy = std::make_shared<Real>(mpfr_get_prec(number));
+  mpfr_set(*copy, number, MPFR_RNDN);
+  this->number = {copy, static_cast<mpfr_ptr>(*copy)};
 }
 
 mpfr_srcptr Value::Get() const

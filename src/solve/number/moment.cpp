@@ -1,6 +1,8 @@
 #include "solve/number/moment.h"
 
 #include <algorithm>
+#include <limits>
+#include <numeric>
 #include <optional>
 #include <utility>
 
@@ -15,12 +17,22 @@ constexpr mpfr_prec_t kMostCancelledBits = 20'000;
 /// times of steps.
 void EvaluateFraction(mpq_srcptr fraction, mpfr_ptr result)
 {
-  const mp_bitcnt_t zeros = mpz_scan1(mpq_denref(fraction), 0);
-  if (mpz_sizeinbase(mpq_denref(fraction), 2) == zeros + 1) {
-    mpfr_set_z_2exp(result, mpq_numref(fraction), -static_cast<mpfr_exp_t>(zeros), MPFR_RNDN);
-  } else {
-    mpfr_set_q(result, fraction, MPFR_RNDN);
+  mpz_srcptr numerator = mpq_numref(fraction), denominator = mpq_denref(fraction);
+  const mp_bitcnt_t zeros = mpz_scan1(denominator, 0);
+  const std::size_t bits = mpz_sizeinbase(denominator, 2);
+  if (bits == zeros + 1) {
+    mpfr_set_z_2exp(result, numerator, -static_cast<mpfr_exp_t>(zeros), MPFR_RNDN);
+    return;
   }
+  // More bits of the quotient than the result has, the last of which stands for all that follow.
+  const auto wanted = static_cast<std::size_t>(mpfr_get_prec(result)) + 2 + bits;
+  const std::size_t given = mpz_sizeinbase(numerator, 2);
+  const mp_bitcnt_t up = given < wanted ? wanted - given : 0;
+  Integer quotient, rest;
+  mpz_mul_2exp(quotient.get_mpz_t(), numerator, up);
+  mpz_tdiv_qr(quotient.get_mpz_t(), rest.get_mpz_t(), quotient.get_mpz_t(), denominator);
+  if (sgn(rest) != 0 && mpz_even_p(quotient.get_mpz_t())) quotient += sgn(quotient);
+  mpfr_set_z_2exp(result, quotient.get_mpz_t(), -static_cast<mpfr_exp_t>(up), MPFR_RNDN);
 }
 
 /// The exponent of a denominator that is a power of 2; none of others.
@@ -32,10 +44,79 @@ std::optional<mp_bitcnt_t> ExponentOfDenominator(const Rational& x)
   return zeros;
 }
 
+__extension__ using Int128 = __int128;
+
+/// A fraction of two words.
+struct Words {
+  long numerator, denominator;
+};
+
+std::optional<Words> WordsOf(const Rational& x)
+{
+  if (!x.get_num().fits_slong_p() || !x.get_den().fits_slong_p()) return std::nullopt;
+  return Words{x.get_num().get_si(), x.get_den().get_si()};
+}
+
+bool HasNoMagnitude(long x)
+{
+  return x == std::numeric_limits<long>::min();
+}
+
+/// sum += sign * x where all that comes fits words; elsewhere nothing, and false. Knuth, The Art of
+/// Computer Programming 2, 4.5.1.
+bool AddWords(Rational& sum, const Rational& x, int sign)
+{
+  const std::optional<Words> a = WordsOf(sum), b = WordsOf(x);
+  if (!a || !b) return false;
+  const long common = std::gcd(a->denominator, b->denominator);
+  const long ofA = a->denominator / common, ofB = b->denominator / common;
+  long first = 0, second = 0, total = 0, denominator = 0;
+  if (__builtin_mul_overflow(a->numerator, ofB, &first) ||
+      __builtin_mul_overflow(b->numerator, sign * ofA, &second) ||
+      __builtin_add_overflow(first, second, &total) || HasNoMagnitude(total))
+    return false;
+  const long reducible = std::gcd(total, common);
+  if (__builtin_mul_overflow(ofA, b->denominator / reducible, &denominator)) return false;
+  mpq_set_si(sum.get_mpq_t(), total / reducible, static_cast<unsigned long>(denominator));
+  return true;
+}
+
+/// product *= x in the same way.
+bool MultiplyWords(Rational& product, const Rational& x)
+{
+  const std::optional<Words> a = WordsOf(product), b = WordsOf(x);
+  if (!a || !b || HasNoMagnitude(a->numerator) || HasNoMagnitude(b->numerator)) return false;
+  const long ofA = std::gcd(a->numerator, b->denominator),
+             ofB = std::gcd(b->numerator, a->denominator);
+  long numerator = 0, denominator = 0;
+  if (__builtin_mul_overflow(a->numerator / ofA, b->numerator / ofB, &numerator) ||
+      __builtin_mul_overflow(a->denominator / ofB, b->denominator / ofA, &denominator))
+    return false;
+  mpq_set_si(product.get_mpq_t(), numerator, static_cast<unsigned long>(denominator));
+  return true;
+}
+
+/// The sign of a - b.
+int CompareFractions(const Rational& a, const Rational& b)
+{
+  const std::optional<Words> x = WordsOf(a), y = WordsOf(b);
+  if (!x || !y) return cmp(a, b);
+  const Int128 left = static_cast<Int128>(x->numerator) * y->denominator;
+  const Int128 right = static_cast<Int128>(y->numerator) * x->denominator;
+  return left < right ? -1 : left > right ? 1 : 0;
+}
+
 /// sum += sign * x: without the common divisors that a sum of any fractions asks for where both
 /// denominators are powers of 2, as in the times of steps.
 void AddFraction(Rational& sum, const Rational& x, int sign)
 {
+  if (sgn(x) == 0) return;
+  if (sgn(sum) == 0) {
+    sum = x;
+    if (sign < 0) mpq_neg(sum.get_mpq_t(), sum.get_mpq_t());
+    return;
+  }
+  if (AddWords(sum, x, sign)) return;
   const std::optional<mp_bitcnt_t> ofSum = ExponentOfDenominator(sum),
                                    ofX = ExponentOfDenominator(x);
   if (!ofSum || !ofX) {
@@ -98,7 +179,7 @@ Moment& Moment::operator-=(const Moment& other)
 
 Moment& Moment::operator*=(const Rational& factor)
 {
-  rational *= factor;
+  if (!MultiplyWords(rational, factor)) rational *= factor;
   if (sgn(factor) == 0) multiples.clear();
   for (Multiple& multiple : multiples) multiple.factor *= factor;
   return *this;
@@ -153,7 +234,7 @@ int Moment::Sign() const
 /// The sign of a - b; of fractions without the difference, which takes a common divisor.
 int Moment::Compare(const Moment& a, const Moment& b)
 {
-  if (a.IsRational() && b.IsRational()) return cmp(a.rational, b.rational);
+  if (a.IsRational() && b.IsRational()) return CompareFractions(a.rational, b.rational);
   return (a - b).Sign();
 }
 

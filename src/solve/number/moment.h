@@ -3,6 +3,7 @@
 #include <compare>
 #include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "solve/number/rational.h"

@@ -70,7 +70,9 @@ UncertainPolynomial Restricted(const UncertainPolynomial& polynomial, mpfr_srcpt
   for (std::size_t k = 0; k < size; ++k) {
     Real& magnitude = sizes.emplace_back(kErrorBits);
     mpfr_abs(magnitude, result.coefficients[k], MPFR_RNDU);
-    mpfr_prec_round(result.errors[k], kErrorBits, MPFR_RNDU);
+    Real error(kErrorBits);
+    mpfr_set(error, result.errors[k], MPFR_RNDU);
+    result.errors[k] = std::move(error);
   }
   Real product(bits), small(kErrorBits), beginUp(kErrorBits), widthUp(kErrorBits);
   mpfr_set(beginUp, begin, MPFR_RNDU);

@@ -77,12 +77,30 @@ std::string NumberFormat::Text(mpfr_srcptr number) const
   if (mpfr_number_p(number) == 0) return "nan";
   if (mpfr_zero_p(number) != 0) return "0";
   if (mpfr_cmpabs(number, tiny) < 0) return tinyText;
+  const bool isNegative = mpfr_signbit(number) != 0;
+  if (const auto decimal = ShortDecimalOf(number, digits)) return ShortText(isNegative, *decimal);
+  return LongText(isNegative, number);
+}
 
+std::string NumberFormat::ShortText(bool isNegative, const ShortDecimal& decimal) const
+{
+  char buffer[kMostShortDigits];
+  std::to_chars(buffer, buffer + sizeof buffer, decimal.digits);
+  std::string text;
+  text.reserve(static_cast<std::size_t>(Width(digits)));
+  if (isNegative) text += '-';
+  text += buffer[0];
+  if (digits > 1) text.append(1, '.').append(buffer + 1, buffer + digits);
+  AppendExponent(text, decimal.exponent);
+  return text;
+}
+
+std::string NumberFormat::LongText(bool isNegative, mpfr_srcptr number) const
+{
   // MPFR writes -dddd; what stands before the second digit then moves to the left by one, which
   // makes room for the point.
   const bool hasPoint = digits > 1;
   const std::size_t start = hasPoint ? 1 : 0;
-  const bool isNegative = mpfr_sgn(number) < 0;
   const std::size_t length = start + (isNegative ? 1 : 0) + static_cast<std::size_t>(digits);
 
   std::string text;

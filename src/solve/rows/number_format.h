@@ -5,6 +5,7 @@
 #include <mpfr.h>
 
 #include "solve/number/real.h"
+#include "solve/rows/short_decimal.h"
 
 namespace varno::solve {
 
@@ -31,6 +32,9 @@ class NumberFormat {
   static std::string ZeroText(long exponent);
 
  private:
+  std::string ShortText(bool isNegative, const ShortDecimal& decimal) const;
+  std::string LongText(bool isNegative, mpfr_srcptr number) const;
+
   int digits;
   Real tiny;
   std::string tinyText;

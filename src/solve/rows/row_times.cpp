@@ -146,7 +146,10 @@ std::optional<Moment> RowTimes::Next()
 Moment RowTimes::Time(const Integer& i) const
 {
   if (!list.empty()) return list[i.get_ui()];
-  return i + 1 == count ? end : start + step * Rational(i);
+  if (i + 1 == count) return end;
+  Moment time = step * Rational(i);
+  time += start;
+  return time;
 }
 
 int RowTimes::Width(const TimeFormat& format) const

@@ -1,8 +1,11 @@
 #include "solve/rows/time_format.h"
 
 #include <algorithm>
+#include <bit>
+#include <charconv>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 #include "solve/rows/number_format.h"
 
@@ -21,22 +24,53 @@ struct Decimal {
   long exponent = 0;   ///< of the first digit
 };
 
-/// Splits an integer, which is not 0, into digits without closing zeros; its value is meant times
-/// 10^-places.
-Decimal MakeDecimal(const Integer& integer, long places)
+/// Digits without closing zeros of an integer, not 0, that is meant times 10^-places.
+Decimal MakeDecimal(bool isNegative, std::string digits, long places)
 {
-  Decimal decimal;
-  decimal.isNegative = sgn(integer) < 0;
-  decimal.digits = integer.get_str();
-  if (decimal.isNegative) decimal.digits.erase(0, 1);
+  Decimal decimal{isNegative, std::move(digits)};
   decimal.exponent = static_cast<long>(decimal.digits.size()) - 1 - places;
   decimal.digits.erase(decimal.digits.find_last_not_of('0') + 1);
   return decimal;
 }
 
+/// n / d, not 0, where both and what makes it a fraction of a power of ten fit a word; none where
+/// they do not, or there is no such fraction.
+std::optional<Decimal> DecimalOfWords(const Rational& number)
+{
+  const Integer &n = number.get_num(), &d = number.get_den();
+  if (!n.fits_slong_p() || !d.fits_slong_p()) return std::nullopt;
+  long denominator = d.get_si(), scaled = n.get_si();
+  const int twos = std::countr_zero(static_cast<unsigned long>(denominator));
+  denominator >>= twos;
+  int fives = 0;
+  for (; denominator % 5 == 0; ++fives) denominator /= 5;
+  if (denominator != 1) return std::nullopt;
+  for (int i = twos; i < fives; ++i) {
+    if (__builtin_mul_overflow(scaled, 2, &scaled)) return std::nullopt;
+  }
+  for (int i = fives; i < twos; ++i) {
+    if (__builtin_mul_overflow(scaled, 5, &scaled)) return std::nullopt;
+  }
+  char text[24];
+  const char* const end = std::to_chars(text, text + sizeof text, scaled).ptr;
+  const char* const begin = text + (scaled < 0 ? 1 : 0);
+  return MakeDecimal(scaled < 0, std::string(begin, end), std::max(twos, fives));
+}
+
+/// Splits an integer, which is not 0, into digits without closing zeros; its value is meant times
+/// 10^-places.
+Decimal MakeDecimal(const Integer& integer, long places)
+{
+  std::string digits = integer.get_str();
+  const bool isNegative = sgn(integer) < 0;
+  if (isNegative) digits.erase(0, 1);
+  return MakeDecimal(isNegative, std::move(digits), places);
+}
+
 /// The decimal fraction that a number, not 0, is exactly; none when it is no such fraction.
 std::optional<Decimal> ExactDecimal(const Rational& number)
 {
+  if (auto decimal = DecimalOfWords(number)) return decimal;
   // The denominator must be 2^twos * 5^fives.
   Integer denominator = number.get_den();
   const mp_bitcnt_t twos = mpz_scan1(denominator.get_mpz_t(), 0);

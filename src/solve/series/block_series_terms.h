@@ -388,7 +388,7 @@ template <class Arithmetic>
 void BlockSeries<Arithmetic>::PreparePowers(mpfr_srcptr offset) const
 {
   if (latest.order == order && mpfr_equal_p(latest.offset, offset) != 0) return;
-  mpfr_set_prec(latest.offset, mpfr_get_prec(offset));
+  latest.offset.SetBits(mpfr_get_prec(offset));
   mpfr_set(latest.offset, offset, MPFR_RNDN);
   latest.order = order;
   latest.hasSlopes = false;

@@ -13,6 +13,7 @@ ColumnValues::ColumnValues(const Graph& graph, const std::vector<NodeId>& nodes,
     if (graph[node].operation == Operation::kState) {
       column.state = graph[node].index;
     } else {
+      hasDefinitions = true;
       const std::vector<NodeId> root{node};
       column.definition.emplace(graph, root, bits, std::span<const NodeId>(),
                                 ConstantsIn(graph, root, bits));
@@ -40,9 +41,10 @@ SizedNumber ColumnValues::Value(Column& column, mpfr_srcptr time, const Rational
 std::vector<SizedNumber> ColumnValues::At(const Moment& time, const SizedStates& states)
 {
   Real roundedTime(bits);
-  time.Evaluate(roundedTime);
+  if (hasDefinitions) time.Evaluate(roundedTime);
   const Rational* const exactTime = time.IsRational() ? &time.RationalPart() : nullptr;
   std::vector<SizedNumber> values;
+  values.reserve(columns.size());
   try {
     for (Column& column : columns) values.push_back(Value(column, roundedTime, exactTime, states));
   } catch (const DomainError& error) {

@@ -39,6 +39,7 @@ class ColumnValues {
 
   mpfr_prec_t bits;
   EdgeRule edges;
+  bool hasDefinitions = false;
   std::vector<Column> columns;
 };
 

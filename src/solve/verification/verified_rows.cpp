@@ -351,6 +351,7 @@ VerifiedRow VerifiedRows::Judge(const Moment& time,
                            .tinyLog2 = wanted.tinyLog2};
   const std::vector<SizedNumber>&first = runs.front(), &best = runs.back();
   VerifiedRow row{time, {}};
+  row.numbers.reserve(best.size());
   std::optional<Failure> failure;
   for (std::size_t i = 0; i < best.size(); ++i) {
     const Agreement agreement = Compare(first[i], best[i], rule);
@@ -378,14 +379,15 @@ VerifiedRow VerifiedRows::Judge(const Moment& time,
 }
 
 /// How many decimals of all states are the same in both runs.
-double VerifiedRows::CommonDecimals(const std::vector<Real>& first, const SizedStates& best) const
+double VerifiedRows::CommonDecimals(const std::vector<Real>& first, const std::vector<Real>& best,
+                                    const std::vector<double>& sizes) const
 {
   Real difference(64);
   double common = std::numeric_limits<double>::infinity();
   for (std::size_t i = 0; i < first.size(); ++i) {
-    mpfr_sub(difference, first[i], best.values[i], MPFR_RNDN);
+    mpfr_sub(difference, first[i], best[i], MPFR_RNDN);
     if (difference.IsZero()) continue;
-    const double size = std::max({best.sizes[i], Log2Size(best.values[i]), wanted.tinyLog2});
+    const double size = std::max({sizes[i], Log2Size(best[i]), wanted.tinyLog2});
     common = std::min(common, (size - Log2Size(difference)) / kLog2Of10);
   }
   return common;
@@ -395,7 +397,7 @@ double VerifiedRows::CommonDecimals(const std::vector<Real>& first, const SizedS
 /// attractor would agree with the other one again at the rows.
 void VerifiedRows::CompareStates(const Moment& time, const DenseStep& a, const DenseStep& best)
 {
-  const double common = CommonDecimals(a.StatesAt(time), {best.StatesAt(time), best.StateSizes()});
+  const double common = CommonDecimals(a.StatesAt(time), best.states, best.StateSizes());
   AddLoss(time, common);
   if (common < wanted.digits / 2.0) throw Failure{time, common, false};
 }
@@ -406,7 +408,8 @@ void VerifiedRows::AddLossAtEnd(const Moment& time)
   const std::vector<SizedStates> states = attempt->Integration().StatesAt(time);
   const double distance = Distance(time);
   if (states.size() < 2 || distance < latestDistance) return;
-  loss.Add(distance, DecimalsApart(CommonDecimals(states.front().values, states.back())));
+  loss.Add(distance, DecimalsApart(CommonDecimals(states.front().values, states.back().values,
+                                                  states.back().sizes)));
 }
 
 std::optional<CheckedRow> VerifiedRows::RowBetween(const Moment& time,
@@ -590,12 +593,14 @@ std::optional<Moment> VerifiedRows::LastGiven() const
 
 VerifiedRows::GivenRow VerifiedRows::Remembered(const VerifiedRow& row) const
 {
-  GivenRow remembered = row;
-  for (RowNumber& number : remembered.numbers) {
-    if (!number.value) continue;
-    Real kept(static_cast<mpfr_prec_t>(wanted.digits * kLog2Of10) + kRememberedGuardBits);
-    mpfr_set(kept, *number.value, MPFR_RNDN);
-    number.value = std::move(kept);
+  const auto bits = static_cast<mpfr_prec_t>(wanted.digits * kLog2Of10) + kRememberedGuardBits;
+  GivenRow remembered{row.time, {}, row.event};
+  remembered.numbers.reserve(row.numbers.size());
+  for (const RowNumber& number : row.numbers) {
+    RowNumber& kept = remembered.numbers.emplace_back();
+    kept.zeroUnit = number.zeroUnit;
+    kept.isAtJump = number.isAtJump;
+    if (number.value) mpfr_set(kept.value.emplace(bits), *number.value, MPFR_RNDN);
   }
   return remembered;
 }

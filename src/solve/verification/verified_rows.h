@@ -104,7 +104,8 @@ class VerifiedRows {
   VerifiedRow JudgeEvent(const Lockstep::Switches& switches, std::size_t index);
   void CompareSwitches(const Lockstep::Switches& switches);
   VerifiedRow Judge(const Moment& time, const std::vector<std::vector<SizedNumber>>& runs) const;
-  double CommonDecimals(const std::vector<Real>& first, const SizedStates& best) const;
+  double CommonDecimals(const std::vector<Real>& first, const std::vector<Real>& best,
+                        const std::vector<double>& sizes) const;
   void CompareStates(const Moment& time, const DenseStep& a, const DenseStep& best);
   void AddLossAtEnd(const Moment& time);
   void AddLoss(const Moment& time, double commonDecimals);
@@ -148,7 +149,7 @@ class VerifiedRows {
   int restarts = 0;
   std::optional<EndSeen> endSeen;
   double approachDecimalsOfRow = 0;
-  std::vector<GivenRow> given;
+  std::deque<GivenRow> given;
   // Of the present attempt
   std::size_t rowsDone = 0;
   std::deque<VerifiedRow> ready;

@@ -127,18 +127,13 @@ const std::string& Problem::Notes() const
   return implementation->notes;
 }
 
-void Value::Clear::operator()(mpfr_ptr owned) const
+Value::Value(std::string content, mpfr_srcptr source) : text(std::move(content))
 {
-  mpfr_clear(owned);
-  delete owned;
+  const auto copy = std::make_shared<Real>(mpfr_get_prec(source));
+  mpfr_set(*copy, source, MPFR_RNDN);
+  number = {copy, static_cast<mpfr_ptr>(*copy)};
 }
 
-Value::Value(std::string content, mpfr_srcptr source)
-    : text(std::move(content)), number(new __mpfr_struct, Clear())
-{
-  mpfr_init2(number.get(), mpfr_get_prec(source));
-  mpfr_set(number.get(), source, MPFR_RNDN);
-}
 double Value::ToDouble() const
 {
   return mpfr_get_d(number.get(), MPFR_RNDN);

@@ -46,6 +46,31 @@ TEST(Moment, SumsOfAllFractionsAreExact)
   }
 }
 
+// Fractions of words are added, multiplied and compared apart from others.
+TEST(Moment, AreExactAtTheEndOfWords)
+{
+  std::vector<Rational> fractions;
+  for (const char* n : {"0", "1", "4611686018427387904", "4611686018427387905",
+                        "9223372036854775807", "9223372036854775808", "9223372036854775809"}) {
+    for (const char* d : {"1", "2", "3", "10", "4611686018427387904", "9223372036854775807",
+                          "9223372036854775808"}) {
+      Rational fraction{Integer(n), Integer(d)};
+      fraction.canonicalize();
+      fractions.push_back(fraction);
+      fractions.push_back(-fraction);
+    }
+  }
+  for (const Rational& a : fractions) {
+    for (const Rational& b : fractions) {
+      EXPECT_EQ(Rational(a + b), (Moment(a) + Moment(b)).RationalPart()) << a << " + " << b;
+      EXPECT_EQ(Rational(a - b), (Moment(a) - Moment(b)).RationalPart()) << a << " - " << b;
+      EXPECT_EQ(Rational(a * b), (Moment(a) * b).RationalPart()) << a << " * " << b;
+      EXPECT_EQ(a < b, Moment(a) < Moment(b)) << a << " < " << b;
+      EXPECT_EQ(a == b, Moment(a) == Moment(b)) << a << " == " << b;
+    }
+  }
+}
+
 TEST(Moment, OrdersExactly)
 {
   const Moment third(Rational(1, 3)),
@@ -96,6 +121,27 @@ TEST(Moment, WhatNoPrecisionTellsFromZeroIsZero)
   Real value(64);
   difference.Evaluate(value);
   EXPECT_TRUE(value.IsZero());
+}
+
+// Two ways: by the quotient of integers, and by that of MPFR.
+TEST(Moment, RoundsQuotientsAsMpfr)
+{
+  const std::vector<const char*> integers = {
+      "1", "2", "3", "7", "10", "255", "1000003", "340282366920938463463374607431768211457"};
+  for (const char* n : integers) {
+    for (const char* d : integers) {
+      for (const int sign : {1, -1}) {
+        Rational fraction(Integer(n) * sign, Integer(d));
+        fraction.canonicalize();
+        for (const mpfr_prec_t bits : {1, 2, 3, 53, 64, 65, 118, 300}) {
+          Real result(bits), expected(bits);
+          Moment(fraction).Evaluate(result);
+          mpfr_set_q(expected, fraction.get_mpq_t(), MPFR_RNDN);
+          EXPECT_TRUE(mpfr_equal_p(result, expected)) << fraction << " to " << bits;
+        }
+      }
+    }
+  }
 }
 
 TEST(Moment, RoundsFractionsToNearest)

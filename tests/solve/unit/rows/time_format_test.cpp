@@ -51,6 +51,20 @@ TEST(TimeFormat, AsShortAsExact)
   EXPECT_EQ(format.Text(Fraction("3/125")), "0.024");
 }
 
+// Fractions of words and others are split into digits in two ways.
+TEST(TimeFormat, SameAtTheEndOfWords)
+{
+  const TimeFormat format(40);
+  EXPECT_EQ(format.Text(Fraction("9223372036854775807")), "9223372036854775807");
+  EXPECT_EQ(format.Text(Fraction("-9223372036854775808")), "-9223372036854775808");
+  EXPECT_EQ(format.Text(Fraction("9223372036854775808")), "9223372036854775808");
+  EXPECT_EQ(format.Text(Fraction("9223372036854775807/2")), "4611686018427387903.5");
+  EXPECT_EQ(format.Text(Fraction("1844674407370955161/2")), "922337203685477580.5");
+  EXPECT_EQ(format.Text(Fraction("-4611686018427387904/5")), "-922337203685477580.8");
+  EXPECT_EQ(format.Text(Fraction("-1/1024")), "-0.0009765625");
+  EXPECT_EQ(format.Text(Fraction("3/3125")), "0.00096");
+}
+
 TEST(TimeFormat, FewDigitsDoNotBlurExactTimes)
 {
   EXPECT_EQ(TimeFormat(1).Text(Fraction("1/4")), "0.25");
