@@ -229,16 +229,15 @@ bool LineRanges::Evaluate(const Line& line, const Box& box, const std::vector<Ra
   return false;
 }
 
-std::optional<std::vector<Range>> LineRanges::Over(const Box& box,
-                                                   const std::vector<bool>& zeroed) const
+std::optional<std::vector<Range>> LineRanges::Over(const Box& box, const HeldLines& held) const
 {
   std::vector<Range> ranges;
   ranges.reserve(tape.lines.size());
-  const Real none(2);
   for (LineId id = 0; id < tape.lines.size(); ++id) {
     Range range(bits);
     if (!Evaluate(tape.lines[id], box, ranges, range) || !range.IsBounded()) return std::nullopt;
-    if (zeroed[id]) range.Include(none);
+    if (const auto constant = held.find(id); constant != held.end())
+      range.Include(constant->second);
     ranges.push_back(std::move(range));
   }
   return ranges;

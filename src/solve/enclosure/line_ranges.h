@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "solve/enclosure/range.h"
+#include "solve/tape/held_lines.h"
 #include "solve/tape/tape.h"
 
 namespace varno::solve {
@@ -21,9 +22,9 @@ class LineRanges {
   LineRanges(const Tape& tape, mpfr_prec_t bits);
 
   /// A range for each line, by interval arithmetic line after line; none where a line may have no
-  /// value in the box, be unbounded or jump. The lines in `zeroed` take their values or 0 or
+  /// value in the box, be unbounded or jump. Held lines take their values, the constant or
   /// anything between, for those that use them. One entry for each line.
-  std::optional<std::vector<Range>> Over(const Box& box, const std::vector<bool>& zeroed) const;
+  std::optional<std::vector<Range>> Over(const Box& box, const HeldLines& held) const;
 
   /// The constants of the tape. Throws DomainError where one has no value.
   const Range& Constant(ConstantId constant) const;

@@ -193,7 +193,7 @@ StepBound StepControl::Choose(Series& series, const std::vector<bool>& linesLeft
   if (!isWhole || !wasWhole) leftOut = linesLeftOut;
   series.ExtendTo(settings.order);
   ExtendFlatLines(series);
-  sizes = LineSizes(tape, series);
+  sizes = isWhole ? LineSizes(tape, series) : LineSizes(tape, series, leftOut);
 
   const LineId likely = bound.line;
   bound = {kInfinity, kNone};

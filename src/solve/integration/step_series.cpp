@@ -175,7 +175,8 @@ void StepSeries::BeginAtRoot(mpfr_srcptr time)
   }
 }
 
-void StepSeries::BeginLines(mpfr_srcptr time, const std::vector<bool>& leftOut)
+void StepSeries::BeginLines(mpfr_srcptr time, const std::vector<bool>& leftOut,
+                            const HeldLines& held)
 {
   atRoot.reset();
   if (!zeroLines.empty()) {
@@ -184,7 +185,7 @@ void StepSeries::BeginLines(mpfr_srcptr time, const std::vector<bool>& leftOut)
   }
   try {
     hasLeftOut |= &leftOut != &none;
-    if (hasLeftOut) series->LeaveOut(leftOut);
+    if (hasLeftOut) series->LeaveOut(leftOut, held);
     series->ExpectStep(expectedStepLog2 - static_cast<double>(scaleExponent));
     series->Begin(time, latest.states, latest.backwards, scaleExponent);
   } catch (const DomainError& error) {
@@ -217,9 +218,9 @@ bool StepSeries::IsExactFor(const StepBound& bound)
 /// a scale near the step if it was far, as it is in the first step mostly, else with every term as
 /// exact as can be.
 StepBound StepSeries::BeginWithout(mpfr_srcptr time, const std::vector<bool>& leftOut,
-                                   bool mayUseBlocks)
+                                   const HeldLines& held, bool mayUseBlocks)
 {
-  BeginLines(time, leftOut);
+  BeginLines(time, leftOut, held);
   if (!mayUseBlocks) {
     Current().Refine();
     return ChooseBound(leftOut);
@@ -232,7 +233,7 @@ StepBound StepSeries::BeginWithout(mpfr_srcptr time, const std::vector<bool>& le
   }
   if (std::isfinite(bound.log2)) {
     SetScale(ChooseLength(bound).Log2());
-    BeginLines(time, leftOut);
+    BeginLines(time, leftOut, held);
     bound = ChooseBound(leftOut);
     if (IsExactFor(bound)) return bound;
   }
@@ -273,7 +274,7 @@ StepBound StepSeries::BeginWithBits()
     expectedStepLog2 = static_cast<double>(scaleExponent);
   }
   // What is left out is chosen by terms with all their digits.
-  StepBound bound = BeginWithout(time, none, mayUseBlocks && !exemption);
+  StepBound bound = BeginWithout(time, none, {}, mayUseBlocks && !exemption);
   exemption.reset();
   if (atRoot) return bound;
   const ExemptionRule::Point point{.time = time,
@@ -289,7 +290,7 @@ StepBound StepSeries::BeginWithBits()
   exemption = exemptionRule->Find(*series, control, point);
   if (!exemption) return bound;
   SetScale(std::min(exemption->longestLog2, point.longestLog2));
-  const StepBound longer = BeginWithout(time, exemption->leftOut, mayUseBlocks);
+  const StepBound longer = BeginWithout(time, exemption->leftOut, exemption->held, mayUseBlocks);
   return {std::min(longer.log2, exemption->longestLog2), bound.line};
 }
 

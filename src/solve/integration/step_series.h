@@ -81,11 +81,12 @@ class StepSeries {
  private:
   StepBound BeginWithBits();
   long CoarseScale(mpfr_srcptr time);
-  StepBound BeginWithout(mpfr_srcptr time, const std::vector<bool>& leftOut, bool mayUseBlocks);
+  StepBound BeginWithout(mpfr_srcptr time, const std::vector<bool>& leftOut, const HeldLines& held,
+                         bool mayUseBlocks);
   StepBound ChooseBound(const std::vector<bool>& leftOut);
   bool IsExactFor(const StepBound& bound);
   void SetScale(double lengthLog2, double growth = 0);
-  void BeginLines(mpfr_srcptr time, const std::vector<bool>& leftOut);
+  void BeginLines(mpfr_srcptr time, const std::vector<bool>& leftOut, const HeldLines& held);
   void BeginAtRoot(mpfr_srcptr time);
   bool NoteZeroLines(const DomainError& error);
   void RequireBits(double wanted);
