@@ -172,7 +172,7 @@ bool IsInside(const Bounds& needed, const Bounds& radii)
 std::optional<Deviation> DeviationOver(const Tape& tape, const LineRanges& lines,
                                        const TubeStep& step, const HeldLines& held)
 {
-  const auto atStart = lines.Over({step.time, step.start}, held);
+  const auto atStart = lines.Over({step.time, step.start}, held, step.known);
   if (!atStart) return std::nullopt;
   Bounds speeds;
   for (const LineId rightHandSide : tape.rightHandSides)
@@ -180,7 +180,7 @@ std::optional<Deviation> DeviationOver(const Tape& tape, const LineRanges& lines
 
   Bounds radii(step.start.size(), Real(step.time.Bits()));
   for (int pass = 0; pass < kMostBoxes; ++pass) {
-    const auto ranges = pass == 0 ? atStart : lines.Over(BoxAbout(step, radii), held);
+    const auto ranges = pass == 0 ? atStart : lines.Over(BoxAbout(step, radii), held, step.known);
     if (!ranges) return std::nullopt;
     Derivatives derivatives = DerivativesOver(tape, lines, *ranges, held, step.backwards);
     const Growth growth{derivatives.byStates, step.length};

@@ -13,6 +13,7 @@ struct TubeStep {
   Range length;              ///< of the step, above 0
   std::vector<Range> start;  ///< the states
   bool backwards;            ///< whether the time falls
+  KnownRanges known = {};    ///< of lines over the time
 };
 
 /// How far held lines take a solution.

@@ -216,27 +216,6 @@ struct ExemptionRule::Trial {
     });
   }
 
-  TubeStep StepOf(double lengthLog2) const
-  {
-    const mpfr_prec_t bits = rule.lines.Bits();
-    Real length(bits), first(bits), last(bits);
-    mpfr_set_d(length, lengthLog2, MPFR_RNDU);
-    mpfr_exp2(length, length, MPFR_RNDU);
-    mpfr_set(first, point.time, MPFR_RNDN);
-    last = first;
-    if (point.backwards) {
-      mpfr_sub(first, first, length, MPFR_RNDD);
-    } else {
-      mpfr_add(last, last, length, MPFR_RNDU);
-    }
-    mpfr_nextbelow(first);
-    mpfr_nextabove(last);
-    TubeStep step{Range(bits), Range(bits, length), {}, point.backwards};
-    mpfi_interv_fr(step.time, first, last);
-    for (const Real& state : point.states) step.start.emplace_back(bits, state);
-    return step;
-  }
-
   /// What the lines at a cut count as.
   HeldLines Held(const TapeCut& cut, const std::vector<bool>& still) const
   {
@@ -252,7 +231,8 @@ struct ExemptionRule::Trial {
   /// The bounds for a step of this length, where they allow it.
   std::optional<Deviation> Allowed(const HeldLines& held, double lengthLog2) const
   {
-    auto deviation = DeviationOver(rule.tape, rule.lines, StepOf(lengthLog2), held);
+    auto deviation = DeviationOver(rule.tape, rule.lines,
+                                   TubeStepFrom(point, lengthLog2, rule.lines.Bits()), held);
     if (!deviation) return std::nullopt;
     for (std::size_t i = 0; i < deviation->states.size(); ++i) {
       if (deviation->states[i].IsZero()) continue;
@@ -349,6 +329,26 @@ std::optional<Exemption> ExemptionRule::Find(const Series& series, const StepCon
   failures = exemption ? 0 : std::min(failures + 1, kMostBackoff);
   stepsToSkip = exemption ? 0 : (1 << failures) - 1;
   return exemption;
+}
+
+TubeStep TubeStepFrom(const ExemptionRule::Point& point, double lengthLog2, mpfr_prec_t bits)
+{
+  Real length(bits), first(bits), last(bits);
+  mpfr_set_d(length, lengthLog2, MPFR_RNDU);
+  mpfr_exp2(length, length, MPFR_RNDU);
+  mpfr_set(first, point.time, MPFR_RNDN);
+  last = first;
+  if (point.backwards) {
+    mpfr_sub(first, first, length, MPFR_RNDD);
+  } else {
+    mpfr_add(last, last, length, MPFR_RNDU);
+  }
+  mpfr_nextbelow(first);
+  mpfr_nextabove(last);
+  TubeStep step{Range(bits), Range(bits, length), {}, point.backwards};
+  mpfi_interv_fr(step.time, first, last);
+  for (const Real& state : point.states) step.start.emplace_back(bits, state);
+  return step;
 }
 
 }  // namespace varno::solve

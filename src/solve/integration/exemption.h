@@ -20,6 +20,9 @@ struct Exemption {
   std::vector<bool> leftOut;  ///< these lines, and what is needed for them only
   double longestLog2;         ///< the length of the longest step that this holds for
   Deviation deviation;        ///< bounds of what it changes in such a step
+  /// log2 of what the states count as at least from then on, beside which the bounds are nothing;
+  /// empty: of what they are.
+  std::vector<double> leastSizes = {};
 };
 
 /// Finds lines that hold a step back without being worth it: a pulse that is far away still, the
@@ -44,6 +47,8 @@ class ExemptionRule {
 
   ExemptionRule(const Tape& tape, const RunSettings& settings, mpfr_prec_t bits);
 
+  const LineRanges& Ranges() const { return lines; }
+
   /// Whether it is worth a trial, to judge by the first terms, after `control` has looked at the
   /// series; once for each step.
   bool IsWorthTrying(const Series& series, const StepControl& control, const Point& point);
@@ -63,5 +68,8 @@ class ExemptionRule {
   int failures = 0;            // in a row
   int stepsToSkip = 0;         // before the next trial
 };
+
+/// A step of this length (log2).
+TubeStep TubeStepFrom(const ExemptionRule::Point& point, double lengthLog2, mpfr_prec_t bits);
 
 }  // namespace varno::solve

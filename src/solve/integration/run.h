@@ -89,6 +89,7 @@ class Run final : public Stepper {
   void SumToEnd(mpfr_srcptr offset);
   void FindStateSizes(double lengthLog2);
   void ShiftByExemption();
+  void RaiseLeastSizes(const std::vector<double>& sizes);
   void Shift(std::size_t state, const Real& bound);
 
   const Tape& tape;
@@ -105,6 +106,7 @@ class Run final : public Stepper {
   std::optional<Moment> watchedTime;
   std::vector<WatchedRoot> rootsAtEnd;
   std::vector<double> largest;        // log2 of the largest sizes of the states on the way
+  std::vector<double> leastSizes;     // log2 of what states count as at least; empty: nothing
   std::vector<Real> sums;             // scratch
   std::optional<Singularity> wayEnd;  // which the latest step ended on, or just before
 };

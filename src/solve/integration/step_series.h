@@ -80,6 +80,10 @@ class StepSeries {
 
  private:
   StepBound BeginWithBits();
+  StepBound BeginWhole(mpfr_srcptr time, bool mayUseBlocks);
+  StepBound BeginExempt(mpfr_srcptr time, bool mayUseBlocks);
+  bool FindLeap(mpfr_srcptr time);
+  ExemptionRule::Point PointAt(mpfr_srcptr time) const;
   long CoarseScale(mpfr_srcptr time);
   StepBound BeginWithout(mpfr_srcptr time, const std::vector<bool>& leftOut, const HeldLines& held,
                          bool mayUseBlocks);
