@@ -24,6 +24,10 @@ constexpr double kMostToleranceFactor = 4;
 /// The length is found to this factor (log2).
 constexpr double kLengthAccuracy = 0.1;
 
+/// A step onto an edge is bounded to a little behind it (log2), whatever rounding does to its
+/// length.
+constexpr double kBeyondEnd = 1e-9;
+
 /// The ranges of lines of the time alone over a step, and where the tape is cut in it.
 struct EdgeCut {
   TapeCut cut;
@@ -40,11 +44,12 @@ struct Leap {
   const Tape& tape;
   const LineRanges& lines;
   const std::vector<LineId>& zeroLines;
+  bool isOnto;  // whether they are 0 at the end of the step, not at its start
 
   bool IsZeroLine(LineId id) const { return std::ranges::find(zeroLines, id) != zeroLines.end(); }
 
-  /// Makes the range of a zero line end at 0; false where it is not 0 at the start of the step, or
-  /// may come back to it.
+  /// Makes the range of a zero line end at 0; false where it is not 0 in the step, or may be so
+  /// twice.
   bool EndAtZero(LineId id, std::vector<Range>& ranges, bool backwards) const
   {
     if (!ranges[id].HasZero()) return false;
@@ -53,7 +58,7 @@ struct Leap {
     for (LineId line = 0; line <= id; ++line) {
       if (tape.lines[line].kind == LineKind::kTime) slope = slope + derivatives[line];
     }
-    if (backwards) slope = -slope;
+    if (backwards != isOnto) slope = -slope;
     Real zero(2);
     if (slope.IsPositive()) {
       mpfi_interv_fr(ranges[id], zero, ranges[id].Right());
@@ -139,6 +144,33 @@ bool IsSmall(const Exemption& exemption, const std::vector<double>& sizes, doubl
   return true;
 }
 
+/// The lines of the time alone that are 0 at a time, and must not be.
+std::vector<LineId> ZeroLinesAt(const Tape& tape, const LineRanges& lines, const TubeStep& step)
+{
+  std::vector<bool> isDomain(tape.lines.size());
+  for (const Line& line : tape.lines) {
+    const LineId domain = DomainOf(line);
+    if (domain != kNone && !tape.lines[domain].dependsOnStates) isDomain[domain] = true;
+  }
+  std::vector<LineId> zeroLines;
+  if (std::ranges::find(isDomain, true) == isDomain.end()) return zeroLines;
+  std::vector<Range> ranges(tape.lines.size(), Range(lines.Bits()));
+  std::vector<bool> hasNone(tape.lines.size());
+  for (LineId id = 0; id < ranges.size(); ++id) {
+    const Line& line = tape.lines[id];
+    hasNone[id] = line.dependsOnStates;
+    ForEachOperand(tape, line,
+                   [&](LineId operand) { hasNone[id] = hasNone[id] || hasNone[operand]; });
+    if (hasNone[id]) continue;
+    std::optional<Range> range = lines.UpToEdge(id, {step.time, step.start}, ranges);
+    hasNone[id] = !range;
+    if (!range) continue;
+    ranges[id] = *std::move(range);
+    if (isDomain[id] && ranges[id].HasZero()) zeroLines.push_back(id);
+  }
+  return zeroLines;
+}
+
 /// Whether the lines that are held have ranges that become narrow in a much shorter step: those of
 /// sin(1/t) do not, and no steps lead away from there.
 bool HaveLimits(const BoundedStep& shortest, const BoundedStep& longest)
@@ -160,7 +192,7 @@ std::optional<Exemption> LeapFromEdge(const Tape& tape, const LineRanges& lines,
                                       const ExemptionRule::Point& point,
                                       const std::vector<LineId>& zeroLines)
 {
-  const Leap leap{tape, lines, zeroLines};
+  const Leap leap{tape, lines, zeroLines, false};
   double longest = point.longestLog2;
   std::optional<BoundedStep> whole = leap.Over(point, longest);
   while (!whole && longest > point.longestLog2 + kLeastPartLog2)
@@ -187,6 +219,29 @@ std::optional<Exemption> LeapFromEdge(const Tape& tape, const LineRanges& lines,
     }
   }
   found->exemption.leastSizes = std::move(sizes);
+  return std::move(found->exemption);
+}
+
+std::optional<Exemption> LeapOntoEdge(const Tape& tape, const LineRanges& lines,
+                                      const RunSettings& settings,
+                                      const ExemptionRule::Point& point, mpfr_srcptr end)
+{
+  ExemptionRule::Point atEnd = point;
+  atEnd.time = end;
+  const double shortest = point.longestLog2 - kMostToleranceFactor * settings.toleranceBits;
+  const std::vector<LineId> zeroLines =
+      ZeroLinesAt(tape, lines, TubeStepFrom(atEnd, shortest, lines.Bits()));
+  if (zeroLines.empty()) return std::nullopt;
+  Real length(lines.Bits());
+  mpfr_sub(length, end, point.time, MPFR_RNDA);
+  std::vector<double> sizes;
+  for (const Real& state : point.states)
+    sizes.push_back(std::max(settings.tinyLog2, Log2Size(state)));
+  auto found = Leap{tape, lines, zeroLines, true}.Over(point, Log2Size(length) + kBeyondEnd);
+  if (!found || !IsSmall(found->exemption, sizes, settings.toleranceBits)) return std::nullopt;
+  found->exemption.endsAtEdge = true;
+  // No step goes beyond the time watched, and none should end just before it.
+  found->exemption.longestLog2 += 1;
   return std::move(found->exemption);
 }
 

@@ -28,4 +28,11 @@ std::optional<Exemption> LeapFromEdge(const Tape& tape, const LineRanges& lines,
                                       const ExemptionRule::Point& point,
                                       const std::vector<LineId>& zeroLines);
 
+/// The step onto such a time, `end`, which the run must not pass: for functions that are flat
+/// there, as exp(-1/(1 - t)) is at 1. What it changes lies below the tolerance beside the states.
+/// None where no line of the time alone is 0 there that must not be.
+std::optional<Exemption> LeapOntoEdge(const Tape& tape, const LineRanges& lines,
+                                      const RunSettings& settings,
+                                      const ExemptionRule::Point& point, mpfr_srcptr end);
+
 }  // namespace varno::solve

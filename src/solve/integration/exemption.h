@@ -23,6 +23,7 @@ struct Exemption {
   /// log2 of what the states count as at least from then on, beside which the bounds are nothing;
   /// empty: of what they are.
   std::vector<double> leastSizes = {};
+  bool endsAtEdge = false;  ///< whether the lines have no value at the end of the step
 };
 
 /// Finds lines that hold a step back without being worth it: a pulse that is far away still, the

@@ -217,7 +217,8 @@ bool Run::PassesDefectCheck(const Stride& stride)
       .leftOut = leftOut ? std::span<const Real>(leftOut->deviation.rightHandSides)
                          : std::span<const Real>()};
   const std::span<const double> parts = kTestedParts;
-  if (!series.ZeroLines().empty() || !rootsAtEnd.empty())
+  const bool endsAtEdge = leftOut && leftOut->endsAtEdge;
+  if (endsAtEdge || !series.ZeroLines().empty() || !rootsAtEnd.empty())
     return defectCheck->Passes(step, parts.first(parts.size() - 1));
   return defectCheck->Passes(step, isLikeLast ? parts.subspan(turn, 1) : parts);
 }

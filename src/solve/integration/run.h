@@ -46,7 +46,11 @@ class Run final : public Stepper {
   /// `wayBegin` has left them.
   void Watch(std::vector<WatchedLine> lines, const Moment& wayBegin);
   /// From now on a step ends at the time, if there is one, which must lie ahead.
-  void WatchUntil(std::optional<Moment> time) { watchedTime = std::move(time); }
+  void WatchUntil(std::optional<Moment> time)
+  {
+    watchedTime = std::move(time);
+    series.TimeWatched(watchedTime);
+  }
   /// The roots at which the latest step ended; the lines begin with them in the next one.
   const std::vector<WatchedRoot>& RootsAtEnd() const { return rootsAtEnd; }
   /// Whether there is a solution behind the latest step, for all that the series there tells.

@@ -283,7 +283,7 @@ StepBound StepSeries::BeginWithBits()
     series->Refine();
     bound = ChooseBound(none);
   }
-  exemption = exemptionRule->Find(*series, control, point);
+  if (!FindLeapOntoEdge(point)) exemption = exemptionRule->Find(*series, control, point);
   if (!exemption) return bound;
   const StepBound longer = BeginExempt(time, mayUseBlocks);
   return {longer.log2, bound.line};
@@ -322,6 +322,16 @@ bool StepSeries::FindLeap(mpfr_srcptr time)
   if (!settings.mayDeclareZero) throw ZeroInDoubt{latest.end};
   zeroLines.clear();
   return true;
+}
+
+/// Finds what may be left out of a step to the time watched, if functions have an edge there.
+bool StepSeries::FindLeapOntoEdge(const ExemptionRule::Point& point)
+{
+  if (!watchedTime) return false;
+  Real end(bits);
+  watchedTime->Evaluate(end);
+  exemption = LeapOntoEdge(tape, exemptionRule->Ranges(), settings, point, end);
+  return exemption.has_value();
 }
 
 /// The series without what is exempt, and what it allows.

@@ -49,6 +49,9 @@ class StepSeries {
   /// Begins the series; gives what it allows, as a length in time. Throws DomainError, Singularity,
   /// ZeroInDoubt or PrecisionExhausted.
   StepBound Begin();
+  /// Steps from now on may end at this time, if there is one; where functions have an edge there,
+  /// one may go onto it.
+  void TimeWatched(std::optional<Moment> time) { watchedTime = std::move(time); }
   /// The longest step that a bound allows, and the end of the way.
   StepLength ChooseLength(const StepBound& bound) const;
   /// The series goes to whom it is given: the next step has another one.
@@ -83,6 +86,7 @@ class StepSeries {
   StepBound BeginWhole(mpfr_srcptr time, bool mayUseBlocks);
   StepBound BeginExempt(mpfr_srcptr time, bool mayUseBlocks);
   bool FindLeap(mpfr_srcptr time);
+  bool FindLeapOntoEdge(const ExemptionRule::Point& point);
   ExemptionRule::Point PointAt(mpfr_srcptr time) const;
   long CoarseScale(mpfr_srcptr time);
   StepBound BeginWithout(mpfr_srcptr time, const std::vector<bool>& leftOut, const HeldLines& held,
@@ -102,6 +106,7 @@ class StepSeries {
   RunSettings settings;
   const DenseStep& latest;
   Moment reach;
+  std::optional<Moment> watchedTime;
   Poll poll;
   bool usesTime;
   std::vector<bool> none;  // of the lines
