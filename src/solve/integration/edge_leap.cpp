@@ -71,8 +71,8 @@ struct Leap {
     return false;
   }
 
-  /// Where to cut the tape in a step; none where the lines that are made of zero lines are not
-  /// bounded, or of states, too.
+  /// Where to cut the tape in a step. Lines at the edge that no cut leaves out, because they depend
+  /// on states, say, have no range afterwards.
   std::optional<EdgeCut> Cut(const TubeStep& step) const
   {
     const Box box{step.time, step.start};
@@ -80,14 +80,11 @@ struct Leap {
     std::vector<bool> unbounded(ranges.size()), candidates(ranges.size());
     for (LineId id = 0; id < ranges.size(); ++id) {
       const Line& line = tape.lines[id];
+      if (line.dependsOnStates) continue;
       const LineId domain = DomainOf(line);
       bool isAtEdge = domain != kNone && IsZeroLine(domain);
       ForEachOperand(tape, line,
                      [&](LineId operand) { isAtEdge = isAtEdge || unbounded[operand]; });
-      if (line.dependsOnStates) {
-        if (isAtEdge || IsZeroLine(id)) return std::nullopt;
-        continue;
-      }
       std::optional<Range> range = lines.UpToEdge(id, box, ranges);
       if (!range) return std::nullopt;
       ranges[id] = *std::move(range);
@@ -103,11 +100,7 @@ struct Leap {
   {
     EdgeCut found{CutAt(tape, std::move(candidates)), {}, {}};
     for (LineId id = 0; id < ranges.size(); ++id) {
-      const LineId domain = DomainOf(tape.lines[id]);
-      if (!found.cut.leftOut[id]) {
-        if (domain != kNone && IsZeroLine(domain)) return std::nullopt;
-        continue;
-      }
+      if (!found.cut.leftOut[id]) continue;
       if (!found.cut.held[id]) {
         found.known.emplace(id, Range(lines.Bits()));
         continue;
