@@ -96,9 +96,9 @@ struct ExemptionRule::Trial {
     for (std::size_t i = 0; i < point.states.size(); ++i)
       weights.push_back(lengthLog2 - StateSize(i, lengthLog2));
     const std::vector<double> effects = LineEffects(rule.tape, series, weights);
-    const std::size_t lines = rule.tape.lines.size();
-    Candidates plausible(lines);
-    for (LineId id = static_cast<LineId>(point.states.size()); id < lines; ++id) {
+    const std::size_t count = rule.tape.lines.size();
+    Candidates plausible(count);
+    for (LineId id = static_cast<LineId>(point.states.size()); id < count; ++id) {
       if (!rule.cuttable[id]) continue;
       const double allowed = AllowedLog2() - effects[id];
       const bool isNothing = control.Sizes()[id] < allowed;
