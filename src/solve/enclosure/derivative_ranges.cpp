@@ -86,7 +86,7 @@ struct Reverse {
 }  // namespace
 
 std::vector<Range> DerivativeRanges(const Tape& tape, const LineRanges& lines,
-                                    const std::vector<Range>& ranges, const std::vector<bool>& cut,
+                                    const std::vector<Range>& ranges, const HeldLines& held,
                                     LineId of)
 {
   std::vector<Range> derivatives(tape.lines.size(), Range(lines.Bits()));
@@ -94,7 +94,7 @@ std::vector<Range> DerivativeRanges(const Tape& tape, const LineRanges& lines,
   const Reverse reverse{tape, lines, ranges, derivatives};
   for (LineId id = static_cast<LineId>(tape.lines.size()); id-- > 0;) {
     // A copy: operands may be the line's own neighbours in memory, but never the line itself.
-    if (!cut[id] && !derivatives[id].IsZero()) reverse.Line(id, derivatives[id]);
+    if (!derivatives[id].IsZero() && !held.contains(id)) reverse.Line(id, derivatives[id]);
   }
   return derivatives;
 }

@@ -143,6 +143,12 @@ bool Function(Operation function, const Range& a, Range& result)
   }
 }
 
+/// Whether a range ends at 0.
+bool IsOnOneSide(const Range& a)
+{
+  return mpfr_sgn(a.Left()) == 0 || mpfr_sgn(a.Right()) == 0;
+}
+
 /// a^exponent = exp(exponent ln a)
 void RealPower(const Range& a, const Range& exponent, Range& result)
 {
@@ -229,19 +235,36 @@ bool LineRanges::Evaluate(const Line& line, const Box& box, const std::vector<Ra
   return false;
 }
 
-std::optional<std::vector<Range>> LineRanges::Over(const Box& box,
-                                                   const std::vector<bool>& zeroed) const
+std::optional<std::vector<Range>> LineRanges::Over(const Box& box, const HeldLines& held,
+                                                   const KnownRanges& known) const
 {
   std::vector<Range> ranges;
   ranges.reserve(tape.lines.size());
-  const Real none(2);
   for (LineId id = 0; id < tape.lines.size(); ++id) {
     Range range(bits);
-    if (!Evaluate(tape.lines[id], box, ranges, range) || !range.IsBounded()) return std::nullopt;
-    if (zeroed[id]) range.Include(none);
+    if (const auto found = known.find(id); found != known.end()) {
+      range = found->second;
+    } else if (!Evaluate(tape.lines[id], box, ranges, range) || !range.IsBounded()) {
+      return std::nullopt;
+    }
+    if (const auto constant = held.find(id); constant != held.end())
+      range.Include(constant->second);
     ranges.push_back(std::move(range));
   }
   return ranges;
+}
+
+std::optional<Range> LineRanges::UpToEdge(LineId id, const Box& box,
+                                          const std::vector<Range>& ranges) const
+{
+  const Line& line = tape.lines[id];
+  Range range(bits);
+  bool hasRange = Evaluate(line, box, ranges, range);
+  if (line.kind == LineKind::kQuotient) hasRange = hasRange || IsOnOneSide(ranges[line.b]);
+  if (line.kind == LineKind::kSquareRoot || line.kind == LineKind::kPower)
+    hasRange = hasRange || mpfr_sgn(ranges[line.a].Left()) == 0;
+  if (!hasRange || mpfi_nan_p(range) != 0) return std::nullopt;
+  return range;
 }
 
 }  // namespace varno::solve

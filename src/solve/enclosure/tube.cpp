@@ -121,29 +121,29 @@ struct Growth {
   }
 };
 
-/// The derivatives of the right-hand sides over a box, by the states and by zeroed lines.
+/// The derivatives of the right-hand sides over a box, by the states and by held lines.
 struct Derivatives {
   Matrix byStates;
-  Bounds zeroedEffects;  // on each right-hand side
+  Bounds heldEffects;  // on each right-hand side
 };
 
 Derivatives DerivativesOver(const Tape& tape, const LineRanges& lines,
-                            const std::vector<Range>& ranges, const std::vector<bool>& zeroed,
-                            bool backwards)
+                            const std::vector<Range>& ranges, const HeldLines& held, bool backwards)
 {
   Derivatives result;
   const std::size_t count = tape.rightHandSides.size();
   for (const LineId rightHandSide : tape.rightHandSides) {
-    const std::vector<Range> all = DerivativeRanges(tape, lines, ranges, zeroed, rightHandSide);
+    const std::vector<Range> all = DerivativeRanges(tape, lines, ranges, held, rightHandSide);
     std::vector<Range>& row = result.byStates.emplace_back();
     for (std::size_t j = 0; j < count; ++j) row.push_back(backwards ? -all[j] : all[j]);
     Range effect(lines.Bits());
-    for (LineId id = 0; id < zeroed.size(); ++id) {
-      if (!zeroed[id] || all[id].IsZero()) continue;
-      effect = effect + Range(lines.Bits(), all[id].Magnitude()) *
-                            Range(lines.Bits(), ranges[id].Magnitude());
+    for (const auto& [id, constant] : held) {
+      if (all[id].IsZero()) continue;
+      const Range change = ranges[id] - Range(lines.Bits(), constant);
+      effect = effect +
+               Range(lines.Bits(), all[id].Magnitude()) * Range(lines.Bits(), change.Magnitude());
     }
-    result.zeroedEffects.push_back(Right(effect));
+    result.heldEffects.push_back(Right(effect));
   }
   return result;
 }
@@ -170,9 +170,9 @@ bool IsInside(const Bounds& needed, const Bounds& radii)
 }  // namespace
 
 std::optional<Deviation> DeviationOver(const Tape& tape, const LineRanges& lines,
-                                       const TubeStep& step, const std::vector<bool>& zeroed)
+                                       const TubeStep& step, const HeldLines& held)
 {
-  const auto atStart = lines.Over({step.time, step.start}, zeroed);
+  const auto atStart = lines.Over({step.time, step.start}, held, step.known);
   if (!atStart) return std::nullopt;
   Bounds speeds;
   for (const LineId rightHandSide : tape.rightHandSides)
@@ -180,18 +180,18 @@ std::optional<Deviation> DeviationOver(const Tape& tape, const LineRanges& lines
 
   Bounds radii(step.start.size(), Real(step.time.Bits()));
   for (int pass = 0; pass < kMostBoxes; ++pass) {
-    const auto ranges = pass == 0 ? atStart : lines.Over(BoxAbout(step, radii), zeroed);
+    const auto ranges = pass == 0 ? atStart : lines.Over(BoxAbout(step, radii), held, step.known);
     if (!ranges) return std::nullopt;
-    Derivatives derivatives = DerivativesOver(tape, lines, *ranges, zeroed, step.backwards);
+    Derivatives derivatives = DerivativesOver(tape, lines, *ranges, held, step.backwards);
     const Growth growth{derivatives.byStates, step.length};
     const Bounds moved = growth.Of(speeds);
-    Bounds deviations = growth.Of(derivatives.zeroedEffects);
+    Bounds deviations = growth.Of(derivatives.heldEffects);
 
     Bounds needed(moved.size(), Real(step.time.Bits()));
     for (std::size_t i = 0; i < needed.size(); ++i)
       mpfr_add(needed[i], moved[i], deviations[i], MPFR_RNDU);
     if (IsInside(needed, radii))
-      return Deviation{std::move(deviations), std::move(derivatives.zeroedEffects)};
+      return Deviation{std::move(deviations), std::move(derivatives.heldEffects)};
     for (std::size_t i = 0; i < needed.size(); ++i) mpfr_mul_2ui(radii[i], needed[i], 1, MPFR_RNDU);
   }
   return std::nullopt;

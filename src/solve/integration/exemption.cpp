@@ -34,19 +34,37 @@ constexpr int kMostBackoff = 6;
 constexpr std::size_t kMostStatesTimesLines = 100'000;
 constexpr std::size_t kMostLines = 5'000;
 
-/// Whether each line is one of these or is made of them.
+/// Whether each line is one of these or is made of them, as tanh is of its derivative.
 std::vector<bool> Dependents(const Tape& tape, std::vector<bool> lines)
 {
   // A second pass, for lines that are made of later ones.
   for (int pass = 0; pass < 2; ++pass) {
-    for (LineId id = 0; id < lines.size(); ++id)
+    for (LineId id = 0; id < lines.size(); ++id) {
       ForEachOperand(tape, tape.lines[id],
                      [&](LineId operand) { lines[id] = lines[id] || lines[operand]; });
+      const LineId auxiliary = AuxiliaryOf(tape, id);
+      lines[id] = lines[id] || (auxiliary != kNone && lines[auxiliary]);
+    }
   }
   return lines;
 }
 
+/// Only such lines are held at what they are: bounds of sums over a step are wider than the sums.
+bool IsFunction(const Line& line)
+{
+  return line.kind == LineKind::kIntegralOfProduct || line.kind == LineKind::kIntegralOfQuotient ||
+         line.kind == LineKind::kAngle;
+}
+
 }  // namespace
+
+/// Lines that might count as constants.
+struct ExemptionRule::Candidates {
+  explicit Candidates(std::size_t lines) : all(lines), still(lines) {}
+
+  std::vector<bool> all;
+  std::vector<bool> still;  // those that are not small, but hardly move; not all are left in `all`
+};
 
 /// What one attempt to find exempt lines knows.
 struct ExemptionRule::Trial {
@@ -71,26 +89,35 @@ struct ExemptionRule::Trial {
   double AllowedLog2() const { return -rule.settings.toleranceBits - kBelowTolerance; }
 
   /// Lines that would not be missed, to judge by the start of the step.
-  std::vector<bool> Plausible(double lengthLog2) const
+  Candidates Plausible(double lengthLog2) const
   {
     std::vector<double> weights;
     weights.reserve(point.states.size());
     for (std::size_t i = 0; i < point.states.size(); ++i)
       weights.push_back(lengthLog2 - StateSize(i, lengthLog2));
     const std::vector<double> effects = LineEffects(rule.tape, series, weights);
-    std::vector<bool> plausible(rule.tape.lines.size(), false);
-    for (LineId id = static_cast<LineId>(point.states.size()); id < plausible.size(); ++id)
-      plausible[id] = rule.cuttable[id] && effects[id] + control.Sizes()[id] < AllowedLog2();
+    const std::size_t count = rule.tape.lines.size();
+    Candidates plausible(count);
+    for (LineId id = static_cast<LineId>(point.states.size()); id < count; ++id) {
+      if (!rule.cuttable[id]) continue;
+      const double allowed = AllowedLog2() - effects[id];
+      const bool isNothing = control.Sizes()[id] < allowed;
+      const bool isStill = !isNothing && IsFunction(rule.tape.lines[id]) && IsStill(id, allowed);
+      if (isStill) plausible.still[id] = true;
+      if (isNothing || isStill) plausible.all[id] = true;
+    }
     // These stay in any cut.
-    for (const LineId id : rule.tape.watched) plausible[id] = false;
+    for (const LineId id : rule.tape.watched) plausible.all[id] = false;
     return plausible;
   }
 
   /// Whether a line moves by nothing beside what counts as 0 in a row, in the step as it is.
-  bool IsStill(LineId id) const
+  bool IsStill(LineId id) const { return IsStill(id, rule.settings.tinyLog2 + AllowedLog2()); }
+
+  /// Whether each term behind the first of a line is below this (log2) in the step as it is.
+  bool IsStill(LineId id, double nothing) const
   {
     const double held = control.Bound().log2;
-    const double nothing = rule.settings.tinyLog2 + AllowedLog2();
     for (int k = 1; k <= series.Order(); ++k) {
       if (!(series.Log2(id, k) + k * held < nothing)) return false;
     }
@@ -112,39 +139,80 @@ struct ExemptionRule::Trial {
     return bound;
   }
 
+  /// The step that each line allows with all that it is made of but for what is left out.
+  std::vector<double> BoundsWithOperands(const std::vector<bool>& leftOut) const
+  {
+    std::vector<double> bounds = lineBounds;
+    for (LineId id = 0; id < bounds.size(); ++id) {
+      if (leftOut[id]) bounds[id] = kInfinity;
+    }
+    // A second pass, for lines that are made of later ones.
+    for (int pass = 0; pass < 2; ++pass) {
+      for (LineId id = 0; id < bounds.size(); ++id) {
+        if (leftOut[id]) continue;
+        const auto lower = [&](LineId operand) {
+          bounds[id] = std::min(bounds[id], bounds[operand]);
+        };
+        ForEachOperand(rule.tape, rule.tape.lines[id], lower);
+        if (const LineId auxiliary = AuxiliaryOf(rule.tape, id); auxiliary != kNone)
+          lower(auxiliary);
+      }
+    }
+    return bounds;
+  }
+
   /// The step that the lines of a cut allow that still move, as far as their terms tell: not sin(u)
-  /// where u is left out.
-  double Bound(const TapeCut& cut) const
+  /// where u is left out. What a function that hardly moves is made of counts as long as it stays.
+  double Bound(const TapeCut& cut, const Candidates& candidates) const
   {
     const std::vector<bool> still = StillLines(rule.tape, cut.leftOut);
     double bound = kInfinity;
     for (LineId id = 0; id < still.size(); ++id) {
       if (!still[id]) Lower(bound, id);
     }
+    if (std::ranges::find(candidates.still, true) == candidates.still.end()) return bound;
+    const std::vector<double> bounds = BoundsWithOperands(cut.leftOut);
+    for (LineId id = 0; id < bounds.size(); ++id) {
+      if (candidates.still[id]) bound = std::min(bound, bounds[id]);
+    }
     return bound;
   }
 
-  /// A cut at some of the candidates for a step that is worth it, at no more places than it takes.
-  std::optional<TapeCut> WorthwhileCut(double held, std::vector<bool> candidates) const
+  /// Of the functions at a cut that hardly move, the one that could stay in the longest step; kNone
+  /// where there are none.
+  LineId LeastHolding(const TapeCut& cut, const std::vector<bool>& still) const
   {
+    LineId least = kNone;
+    const std::vector<double> bounds =
+        BoundsWithOperands(std::vector<bool>(cut.leftOut.size(), false));
+    for (LineId id = 0; id < still.size(); ++id) {
+      if (cut.held[id] && still[id] && (least == kNone || bounds[id] > bounds[least])) least = id;
+    }
+    return least;
+  }
+
+  /// A cut at some of the candidates for a step that is worth it, at no more places than it takes.
+  std::optional<TapeCut> WorthwhileCut(double held, const Candidates& plausible) const
+  {
+    std::vector<bool> candidates = plausible.all;
     if (std::ranges::find(candidates, true) == candidates.end()) return std::nullopt;
-    const double bound = Bound(CutAt(rule.tape, candidates));
+    const double bound = Bound(CutAt(rule.tape, candidates), plausible);
     if (bound < held + kLeastGain) return std::nullopt;
     std::vector<bool> holding(candidates.size());
     for (LineId id = 0; id < holding.size(); ++id) holding[id] = lineBounds[id] < bound;
     holding = Dependents(rule.tape, std::move(holding));
     for (LineId id = 0; id < holding.size(); ++id) candidates[id] = candidates[id] && holding[id];
     TapeCut cut = CutAt(rule.tape, std::move(candidates));
-    if (std::ranges::find(cut.zeroed, true) == cut.zeroed.end()) return std::nullopt;
-    if (Bound(cut) < held + kLeastGain) return std::nullopt;
+    if (std::ranges::find(cut.held, true) == cut.held.end()) return std::nullopt;
+    if (Bound(cut, plausible) < held + kLeastGain) return std::nullopt;
     return cut;
   }
 
   /// Those candidates that allow hardly longer steps than the one held.
-  std::vector<bool> ThoseInTheWay(double held, std::vector<bool> candidates) const
+  Candidates ThoseInTheWay(double held, Candidates candidates) const
   {
-    for (LineId id = 0; id < candidates.size(); ++id)
-      candidates[id] = candidates[id] && lineBounds[id] < held + kLeastGain;
+    for (LineId id = 0; id < candidates.all.size(); ++id)
+      candidates.all[id] = candidates.all[id] && lineBounds[id] < held + kLeastGain;
     return candidates;
   }
 
@@ -156,31 +224,23 @@ struct ExemptionRule::Trial {
     });
   }
 
-  TubeStep StepOf(double lengthLog2) const
+  /// What the lines at a cut count as.
+  HeldLines Held(const TapeCut& cut, const std::vector<bool>& still) const
   {
-    const mpfr_prec_t bits = rule.lines.Bits();
-    Real length(bits), first(bits), last(bits);
-    mpfr_set_d(length, lengthLog2, MPFR_RNDU);
-    mpfr_exp2(length, length, MPFR_RNDU);
-    mpfr_set(first, point.time, MPFR_RNDN);
-    last = first;
-    if (point.backwards) {
-      mpfr_sub(first, first, length, MPFR_RNDD);
-    } else {
-      mpfr_add(last, last, length, MPFR_RNDU);
+    HeldLines held;
+    for (LineId id = 0; id < still.size(); ++id) {
+      if (!cut.held[id]) continue;
+      Real& constant = held.try_emplace(id, rule.lines.Bits()).first->second;
+      if (still[id]) series.Term(id, 0, constant);
     }
-    mpfr_nextbelow(first);
-    mpfr_nextabove(last);
-    TubeStep step{Range(bits), Range(bits, length), {}, point.backwards};
-    mpfi_interv_fr(step.time, first, last);
-    for (const Real& state : point.states) step.start.emplace_back(bits, state);
-    return step;
+    return held;
   }
 
   /// The bounds for a step of this length, where they allow it.
-  std::optional<Deviation> Allowed(const TapeCut& cut, double lengthLog2) const
+  std::optional<Deviation> Allowed(const HeldLines& held, double lengthLog2) const
   {
-    auto deviation = DeviationOver(rule.tape, rule.lines, StepOf(lengthLog2), cut.zeroed);
+    auto deviation = DeviationOver(rule.tape, rule.lines,
+                                   TubeStepFrom(point, lengthLog2, rule.lines.Bits()), held);
     if (!deviation) return std::nullopt;
     for (std::size_t i = 0; i < deviation->states.size(); ++i) {
       if (deviation->states[i].IsZero()) continue;
@@ -191,28 +251,36 @@ struct ExemptionRule::Trial {
   }
 
   /// The step that a cut allows, as far as terms tell, and the way (log2).
-  double LongestPossible(const TapeCut& cut) const
+  double LongestPossible(const TapeCut& cut, const Candidates& candidates) const
   {
-    return std::min(Bound(cut) + Scale(), point.longestLog2);
+    return std::min(Bound(cut, candidates) + Scale(), point.longestLog2);
   }
 
-  /// The longest step, found between two lengths (log2), of which the first must do.
-  std::optional<Exemption> Longest(const TapeCut& cut, double shortest, double longest) const
+  /// The longest step with a cut, found between two lengths (log2), of which the first must do.
+  std::optional<Exemption> Longest(const TapeCut& cut, const Candidates& candidates,
+                                   double shortest, double longest) const
   {
-    if (auto whole = Allowed(cut, longest))
-      return Exemption{cut.leftOut, longest, *std::move(whole)};
-    auto found = Allowed(cut, shortest);
+    auto found = Longest(Held(cut, candidates.still), shortest, longest);
+    if (found) found->leftOut = cut.leftOut;
+    return found;
+  }
+
+  std::optional<Exemption> Longest(HeldLines held, double shortest, double longest) const
+  {
+    if (auto whole = Allowed(held, longest))
+      return Exemption{std::move(held), {}, longest, *std::move(whole)};
+    auto found = Allowed(held, shortest);
     if (!found) return std::nullopt;
     for (int trial = 0; trial < kMostTrials && longest - shortest > kLengthAccuracy; ++trial) {
       const double middle = (shortest + longest) / 2;
-      if (auto longer = Allowed(cut, middle)) {
+      if (auto longer = Allowed(held, middle)) {
         found = std::move(longer);
         shortest = middle;
       } else {
         longest = middle;
       }
     }
-    return Exemption{cut.leftOut, shortest, *std::move(found)};
+    return Exemption{std::move(held), {}, shortest, *std::move(found)};
   }
 };
 
@@ -237,12 +305,12 @@ bool ExemptionRule::IsWorthTrying(const Series& series, const StepControl& contr
   }
   Trial trial{*this, series, control, point, {}};
   if (held + trial.Scale() + kLeastGain > point.longestLog2) return false;
-  const std::vector<bool> plausible = trial.Plausible(held + trial.Scale());
-  if (std::ranges::find(plausible, true) == plausible.end()) return false;
+  const Candidates plausible = trial.Plausible(held + trial.Scale());
+  if (std::ranges::find(plausible.all, true) == plausible.all.end()) return false;
   trial.lineBounds = control.LineBounds(series);
   // States stay in any cut, too.
   if (trial.BoundOfStates() <= held + kLeastHope) return false;
-  return trial.Bound(CutAt(tape, plausible)) > held + kLeastHope;
+  return trial.Bound(CutAt(tape, plausible.all), plausible) > held + kLeastHope;
 }
 
 std::optional<Exemption> ExemptionRule::Find(const Series& series, const StepControl& control,
@@ -252,34 +320,62 @@ std::optional<Exemption> ExemptionRule::Find(const Series& series, const StepCon
   const Trial trial{*this, series, control, point, control.LineBounds(series)};
   const double shortest = held + trial.Scale() + kLeastGain;
   if (!std::isfinite(held) || shortest > point.longestLog2) return std::nullopt;
-  const std::vector<bool> plausible = trial.Plausible(held + trial.Scale());
-  std::vector<bool> candidates = plausible;
+  const Candidates plausible = trial.Plausible(held + trial.Scale());
+  Candidates candidates = plausible;
   // All that happens to a state that is tiny still may count as 0, for a while; what makes it so
   // small may do so for longer: further cuts are behind the first.
-  const int cuts = trial.HasTinyState() ? kMostCuts : 1;
+  int cuts = trial.HasTinyState() ? kMostCuts : 1;
   std::optional<Exemption> exemption;
   bool isTried = false;
   for (int i = 0; i < cuts; ++i) {
     const auto cut = trial.WorthwhileCut(held, candidates);
     if (!cut) break;
     isTried = true;
-    const double longest = trial.LongestPossible(*cut);
-    auto found = trial.Longest(*cut, shortest, longest);
+    const double longest = trial.LongestPossible(*cut, candidates);
+    auto found = trial.Longest(*cut, candidates, shortest, longest);
     if (found && (!exemption || found->longestLog2 > exemption->longestLog2))
       exemption = std::move(found);
     if (exemption && exemption->longestLog2 == longest) break;
-    for (LineId id = 0; id < candidates.size(); ++id)
-      candidates[id] = candidates[id] && !cut->zeroed[id];
+    // Without a function that soon moves, others may be held for longer.
+    if (const LineId least = trial.LeastHolding(*cut, candidates.still); least != kNone) {
+      candidates.all[least] = false;
+      cuts = std::min(cuts + 1, kMostCuts);
+      continue;
+    }
+    for (LineId id = 0; id < candidates.all.size(); ++id)
+      candidates.all[id] = candidates.all[id] && !cut->held[id];
   }
   if (!isTried) return std::nullopt;
   // Without x^30, atan2(2, x^30) is the same whatever the 2 is; but not without both.
   if (!exemption) {
-    const auto cut = trial.WorthwhileCut(held, trial.ThoseInTheWay(held, plausible));
-    if (cut) exemption = trial.Longest(*cut, shortest, trial.LongestPossible(*cut));
+    const Candidates inTheWay = trial.ThoseInTheWay(held, plausible);
+    const auto cut = trial.WorthwhileCut(held, inTheWay);
+    if (cut)
+      exemption = trial.Longest(*cut, inTheWay, shortest, trial.LongestPossible(*cut, inTheWay));
   }
   failures = exemption ? 0 : std::min(failures + 1, kMostBackoff);
   stepsToSkip = exemption ? 0 : (1 << failures) - 1;
   return exemption;
+}
+
+TubeStep TubeStepFrom(const ExemptionRule::Point& point, double lengthLog2, mpfr_prec_t bits)
+{
+  Real length(bits), first(bits), last(bits);
+  mpfr_set_d(length, lengthLog2, MPFR_RNDU);
+  mpfr_exp2(length, length, MPFR_RNDU);
+  mpfr_set(first, point.time, MPFR_RNDN);
+  last = first;
+  if (point.backwards) {
+    mpfr_sub(first, first, length, MPFR_RNDD);
+  } else {
+    mpfr_add(last, last, length, MPFR_RNDU);
+  }
+  mpfr_nextbelow(first);
+  mpfr_nextabove(last);
+  TubeStep step{Range(bits), Range(bits, length), {}, point.backwards};
+  mpfi_interv_fr(step.time, first, last);
+  for (const Real& state : point.states) step.start.emplace_back(bits, state);
+  return step;
 }
 
 }  // namespace varno::solve

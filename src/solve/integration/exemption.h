@@ -13,20 +13,28 @@
 
 namespace varno::solve {
 
-/// Lines that count as 0 in a step, since that changes the solution by less than the tolerance.
+/// Lines that count as constants in a step, since that changes the solution by less than the
+/// tolerance.
 struct Exemption {
+  HeldLines held;
   std::vector<bool> leftOut;  ///< these lines, and what is needed for them only
   double longestLog2;         ///< the length of the longest step that this holds for
   Deviation deviation;        ///< bounds of what it changes in such a step
+  /// log2 of what the states count as at least from then on, beside which the bounds are nothing;
+  /// empty: of what they are.
+  std::vector<double> leastSizes = {};
+  bool endsAtEdge = false;  ///< whether the lines have no value at the end of the step
 };
 
-/// Finds lines that hold a step back without being worth it: a pulse that is far away still, or the
-/// neighbourhood of a high root.
+/// Finds lines that hold a step back without being worth it: a pulse that is far away still, the
+/// neighbourhood of a high root, or a function far from where it moves, as tanh is -1 there.
 ///
-/// A line that is small now may be large at the end of a step. It is exempt only where its largest
-/// value over the whole step, times the largest derivatives of the right-hand sides by it, moves
-/// no state by more than a small part of the tolerance; both are bounds by interval arithmetic
-/// (enclosure/). Tried where that would make the step several times longer.
+/// What is small now counts as 0, a function that hardly moves as what it is at the start of the
+/// step. But it may be large at the end of a step, or move there. It is exempt only where its
+/// largest distance over the whole step from what it counts as, times the largest derivatives of
+/// the right-hand sides by it, moves no state by more than a small part of the tolerance; both are
+/// bounds by interval arithmetic (enclosure/). Tried where that would make the step several times
+/// longer.
 class ExemptionRule {
  public:
   /// The start of a step.
@@ -40,6 +48,8 @@ class ExemptionRule {
 
   ExemptionRule(const Tape& tape, const RunSettings& settings, mpfr_prec_t bits);
 
+  const LineRanges& Ranges() const { return lines; }
+
   /// Whether it is worth a trial, to judge by the first terms, after `control` has looked at the
   /// series; once for each step.
   bool IsWorthTrying(const Series& series, const StepControl& control, const Point& point);
@@ -48,6 +58,7 @@ class ExemptionRule {
                                 const Point& point);
 
  private:
+  struct Candidates;
   struct Trial;
 
   const Tape& tape;
@@ -58,5 +69,8 @@ class ExemptionRule {
   int failures = 0;            // in a row
   int stepsToSkip = 0;         // before the next trial
 };
+
+/// A step of this length (log2).
+TubeStep TubeStepFrom(const ExemptionRule::Point& point, double lengthLog2, mpfr_prec_t bits);
 
 }  // namespace varno::solve

@@ -73,12 +73,18 @@ struct SizeRules {
 
 }  // namespace
 
-std::vector<double> LineSizes(const Tape& tape, const Series& series)
+std::vector<double> LineSizes(const Tape& tape, const Series& series,
+                              const std::vector<bool>& leftOut)
 {
   std::vector<double> sizes;
   sizes.reserve(tape.lines.size());
   const SizeRules rules{tape, series, sizes};
   for (LineId id = 0; id < tape.lines.size(); ++id) {
+    if (!leftOut.empty() && leftOut[id]) {
+      // Its operands may be missing: u/b would be infinite without b.
+      sizes.push_back(rules.Value(id));
+      continue;
+    }
     if (const int order = series.CommonRootOrder(id); order > 0) {
       // What it is divided by is 0; its terms tell how large it is.
       double largest = rules.Value(id);

@@ -13,7 +13,9 @@ namespace varno::solve {
 /// in 2^b anywhere above it shows in it as about size * 2^-b. A sum has the largest size of its
 /// parts, a product a b the larger of size(a) |b| and |a| size(b), a function f(u) the larger of
 /// |f| and |f'| size(u); a constant, t and a state their own magnitude. -infinity for what is 0
-/// with nothing behind it.
-std::vector<double> LineSizes(const Tape& tape, const Series& series);
+/// with nothing behind it. Lines that the series leaves out count as the constants that they are;
+/// one entry for each line, none if nothing is left out.
+std::vector<double> LineSizes(const Tape& tape, const Series& series,
+                              const std::vector<bool>& leftOut = {});
 
 }  // namespace varno::solve

@@ -153,8 +153,8 @@ bool Lockstep::AreOnOneStretch(const Runner& ahead, const Runner& behind) const
 }
 
 /// A run has made a step, or the best one has: the latest step of the run may hold the end of the
-/// best one's now. To compare at the ends of the others, too, would take the series of the best run,
-/// which is in the memory of another core.
+/// best one's now. To compare at the ends of the others, too, would take the series of the best
+/// run, which is in the memory of another core.
 void Lockstep::CompareWithBest(std::size_t run) const
 {
   const DenseStep &step = Latest(run), &best = Best();

@@ -218,7 +218,8 @@ bool Run::PassesDefectCheck(const Stride& stride)
       .leftOut = leftOut ? std::span<const Real>(leftOut->deviation.rightHandSides)
                          : std::span<const Real>()};
   const std::span<const double> parts = kTestedParts;
-  if (!series.ZeroLines().empty() || !rootsAtEnd.empty())
+  const bool endsAtEdge = leftOut && leftOut->endsAtEdge;
+  if (endsAtEdge || !series.ZeroLines().empty() || !rootsAtEnd.empty())
     return defectCheck->Passes(step, parts.first(parts.size() - 1));
   return defectCheck->Passes(step, isLikeLast ? parts.subspan(turn, 1) : parts);
 }
@@ -336,6 +337,15 @@ void Run::ShiftByExemption()
     const Real& bound = series.LeftOut()->deviation.states[i];
     if (!bound.IsZero()) Shift(i, bound);
   }
+  RaiseLeastSizes(series.LeftOut()->leastSizes);
+}
+
+/// From now on states count as that large at least (log2).
+void Run::RaiseLeastSizes(const std::vector<double>& sizes)
+{
+  if (sizes.empty()) return;
+  leastSizes.resize(sizes.size(), -kInfinity);
+  for (std::size_t i = 0; i < sizes.size(); ++i) leastSizes[i] = std::max(leastSizes[i], sizes[i]);
 }
 
 /// Moves a state by what it may be wrong by, in the disturbed run upwards.
@@ -355,6 +365,7 @@ void Run::FindStateSizes(double lengthLog2)
   const double offset = lengthLog2 - static_cast<double>(series.ScaleExponent());
   for (LineId state = 0; state < latest.states.size(); ++state) {
     double size = series.Sizes()[tape.rightHandSides[state]] + lengthLog2;
+    if (!leastSizes.empty()) size = std::max(size, leastSizes[state]);
     double power = 0;
     for (const double term : series.Current().Logs(state)) {
       size = std::max(size, term + power);

@@ -46,7 +46,11 @@ class Run final : public Stepper {
   /// `wayBegin` has left them.
   void Watch(std::vector<WatchedLine> lines, const Moment& wayBegin);
   /// From now on a step ends at the time, if there is one, which must lie ahead.
-  void WatchUntil(std::optional<Moment> time) { watchedTime = std::move(time); }
+  void WatchUntil(std::optional<Moment> time)
+  {
+    watchedTime = std::move(time);
+    series.TimeWatched(watchedTime);
+  }
   /// The roots at which the latest step ended; the lines begin with them in the next one.
   const std::vector<WatchedRoot>& RootsAtEnd() const { return rootsAtEnd; }
   /// Whether there is a solution behind the latest step, for all that the series there tells.
@@ -89,6 +93,7 @@ class Run final : public Stepper {
   void SumToEnd(mpfr_srcptr offset);
   void FindStateSizes(double lengthLog2);
   void ShiftByExemption();
+  void RaiseLeastSizes(const std::vector<double>& sizes);
   void Shift(std::size_t state, const Real& bound);
 
   const Tape& tape;
@@ -105,6 +110,7 @@ class Run final : public Stepper {
   std::optional<Moment> watchedTime;
   std::vector<WatchedRoot> rootsAtEnd;
   std::vector<double> largest;        // log2 of the largest sizes of the states on the way
+  std::vector<double> leastSizes;     // log2 of what states count as at least; empty: nothing
   std::vector<Real> sums;             // scratch
   std::optional<Singularity> wayEnd;  // which the latest step ended on, or just before
 };

@@ -232,7 +232,7 @@ StepBound StepControl::Choose(Series& series, const std::vector<bool>& linesLeft
   order = MayRaiseOrder(series, scaleExponent) ? settings.raisedOrder : settings.order;
   series.ExtendTo(order);
   ExtendFlatLines(series);
-  sizes = LineSizes(tape, series);
+  sizes = isWhole ? LineSizes(tape, series) : LineSizes(tape, series, leftOut);
 
   const LineId likely = bound.line;
   bound = {kInfinity, kNone};

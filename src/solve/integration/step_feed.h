@@ -59,7 +59,7 @@ class StepFeed {
   std::condition_variable offers, room;
   std::vector<DenseStep> offered;
   std::vector<DenseStep> spent;  // their memory is used again
-  std::exception_ptr end;  // of the run, behind the steps offered
+  std::exception_ptr end;        // of the run, behind the steps offered
   bool isFinished = false;
   // Of the thread that makes them
   std::chrono::steady_clock::time_point latestCall;

@@ -9,6 +9,7 @@
 #include "solve/evaluation/size.h"
 #include "solve/integration/common_roots.h"
 #include "solve/integration/domains.h"
+#include "solve/integration/edge_leap.h"
 #include "solve/integration/resolution.h"
 
 namespace varno::solve {
@@ -175,7 +176,8 @@ void StepSeries::BeginAtRoot(mpfr_srcptr time)
   }
 }
 
-void StepSeries::BeginLines(mpfr_srcptr time, const std::vector<bool>& leftOut)
+void StepSeries::BeginLines(mpfr_srcptr time, const std::vector<bool>& leftOut,
+                            const HeldLines& held)
 {
   atRoot.reset();
   if (!zeroLines.empty()) {
@@ -184,7 +186,7 @@ void StepSeries::BeginLines(mpfr_srcptr time, const std::vector<bool>& leftOut)
   }
   try {
     hasLeftOut |= &leftOut != &none;
-    if (hasLeftOut) series->LeaveOut(leftOut);
+    if (hasLeftOut) series->LeaveOut(leftOut, held);
     series->ExpectStep(expectedStepLog2 - static_cast<double>(scaleExponent));
     series->Begin(time, latest.states, latest.backwards, scaleExponent);
   } catch (const DomainError& error) {
@@ -217,9 +219,9 @@ bool StepSeries::IsExactFor(const StepBound& bound)
 /// a scale near the step if it was far, as it is in the first step mostly, else with every term as
 /// exact as can be.
 StepBound StepSeries::BeginWithout(mpfr_srcptr time, const std::vector<bool>& leftOut,
-                                   bool mayUseBlocks)
+                                   const HeldLines& held, bool mayUseBlocks)
 {
-  BeginLines(time, leftOut);
+  BeginLines(time, leftOut, held);
   if (!mayUseBlocks) {
     Current().Refine();
     return ChooseBound(leftOut);
@@ -232,7 +234,7 @@ StepBound StepSeries::BeginWithout(mpfr_srcptr time, const std::vector<bool>& le
   }
   if (std::isfinite(bound.log2)) {
     SetScale(ChooseLength(bound).Log2());
-    BeginLines(time, leftOut);
+    BeginLines(time, leftOut, held);
     bound = ChooseBound(leftOut);
     if (IsExactFor(bound)) return bound;
   }
@@ -274,24 +276,71 @@ StepBound StepSeries::BeginWithBits()
     expectedStepLog2 = static_cast<double>(scaleExponent);
   }
   // What is left out is chosen by terms with all their digits.
-  StepBound bound = BeginWithout(time, none, mayUseBlocks && !exemption);
-  exemption.reset();
-  if (atRoot) return bound;
-  const ExemptionRule::Point point{.time = time,
-                                   .states = latest.states,
-                                   .backwards = latest.backwards,
-                                   .scaleExponent = scaleExponent,
-                                   .longestLog2 = longestStepLog2};
+  StepBound bound = BeginWhole(time, mayUseBlocks && !exemption);
+  if (atRoot || exemption) return bound;
+  const ExemptionRule::Point point = PointAt(time);
   if (!exemptionRule->IsWorthTrying(*series, control, point)) return bound;
   if (!series->IsRefined()) {
     series->Refine();
     bound = ChooseBound(none);
   }
-  exemption = exemptionRule->Find(*series, control, point);
+  if (!FindLeapOntoEdge(point)) exemption = exemptionRule->Find(*series, control, point);
   if (!exemption) return bound;
-  SetScale(std::min(exemption->longestLog2, point.longestLog2));
-  const StepBound longer = BeginWithout(time, exemption->leftOut, mayUseBlocks);
-  return {std::min(longer.log2, exemption->longestLog2), bound.line};
+  const StepBound longer = BeginExempt(time, mayUseBlocks);
+  return {longer.log2, bound.line};
+}
+
+ExemptionRule::Point StepSeries::PointAt(mpfr_srcptr time) const
+{
+  return {.time = time,
+          .states = latest.states,
+          .backwards = latest.backwards,
+          .scaleExponent = scaleExponent,
+          .longestLog2 = longestStepLog2};
+}
+
+/// The series without anything exempt; but where it has none, because lines of the time alone are
+/// 0, the one for a leap from there.
+StepBound StepSeries::BeginWhole(mpfr_srcptr time, bool mayUseBlocks)
+{
+  exemption.reset();
+  try {
+    return BeginWithout(time, none, {}, mayUseBlocks);
+  } catch (const DomainError&) {
+    if (!FindLeap(time)) throw;
+  } catch (const Singularity&) {
+    if (!FindLeap(time)) throw;
+  }
+  return BeginExempt(time, mayUseBlocks);
+}
+
+/// Finds what may be left out where the zero lines let no series begin.
+bool StepSeries::FindLeap(mpfr_srcptr time)
+{
+  if (zeroLines.empty()) return false;
+  exemption = LeapFromEdge(tape, exemptionRule->Ranges(), settings, PointAt(time), zeroLines);
+  if (!exemption) return false;
+  if (!settings.mayDeclareZero) throw ZeroInDoubt{latest.end};
+  zeroLines.clear();
+  return true;
+}
+
+/// Finds what may be left out of a step to the time watched, if functions have an edge there.
+bool StepSeries::FindLeapOntoEdge(const ExemptionRule::Point& point)
+{
+  if (!watchedTime) return false;
+  Real end(bits);
+  watchedTime->Evaluate(end);
+  exemption = LeapOntoEdge(tape, exemptionRule->Ranges(), settings, point, end);
+  return exemption.has_value();
+}
+
+/// The series without what is exempt, and what it allows.
+StepBound StepSeries::BeginExempt(mpfr_srcptr time, bool mayUseBlocks)
+{
+  SetScale(std::min(exemption->longestLog2, longestStepLog2));
+  const StepBound bound = BeginWithout(time, exemption->leftOut, exemption->held, mayUseBlocks);
+  return {std::min(bound.log2, exemption->longestLog2), bound.line};
 }
 
 /// Where nothing bounds the step it may go well beyond the end, but not for ever: a power of 2, so

@@ -49,6 +49,9 @@ class StepSeries {
   /// Begins the series; gives what it allows, as a length in time. Throws DomainError, Singularity,
   /// ZeroInDoubt or PrecisionExhausted.
   StepBound Begin();
+  /// Steps from now on may end at this time, if there is one; where functions have an edge there,
+  /// one may go onto it.
+  void TimeWatched(std::optional<Moment> time) { watchedTime = std::move(time); }
   /// The longest step that a bound allows, and the end of the way.
   StepLength ChooseLength(const StepBound& bound) const;
   /// The series goes to whom it is given: the next step has another one.
@@ -80,12 +83,18 @@ class StepSeries {
 
  private:
   StepBound BeginWithBits();
+  StepBound BeginWhole(mpfr_srcptr time, bool mayUseBlocks);
+  StepBound BeginExempt(mpfr_srcptr time, bool mayUseBlocks);
+  bool FindLeap(mpfr_srcptr time);
+  bool FindLeapOntoEdge(const ExemptionRule::Point& point);
+  ExemptionRule::Point PointAt(mpfr_srcptr time) const;
   long CoarseScale(mpfr_srcptr time);
-  StepBound BeginWithout(mpfr_srcptr time, const std::vector<bool>& leftOut, bool mayUseBlocks);
+  StepBound BeginWithout(mpfr_srcptr time, const std::vector<bool>& leftOut, const HeldLines& held,
+                         bool mayUseBlocks);
   StepBound ChooseBound(const std::vector<bool>& leftOut);
   bool IsExactFor(const StepBound& bound);
   void SetScale(double lengthLog2, double growth = 0);
-  void BeginLines(mpfr_srcptr time, const std::vector<bool>& leftOut);
+  void BeginLines(mpfr_srcptr time, const std::vector<bool>& leftOut, const HeldLines& held);
   void BeginAtRoot(mpfr_srcptr time);
   bool NoteZeroLines(const DomainError& error);
   void RequireBits(double wanted);
@@ -97,6 +106,7 @@ class StepSeries {
   RunSettings settings;
   const DenseStep& latest;
   Moment reach;
+  std::optional<Moment> watchedTime;
   Poll poll;
   bool usesTime;
   std::vector<bool> none;  // of the lines

@@ -100,7 +100,7 @@ TapeCut CutAt(const Tape& tape, std::vector<bool> candidates)
   while (TakeBackAuxiliaries(tape, met, candidates)) met = Met(tape, candidates);
   TapeCut cut{std::vector<bool>(met.size(), false), std::vector<bool>(met.size(), false)};
   for (LineId id = static_cast<LineId>(tape.rightHandSides.size()); id < met.size(); ++id) {
-    cut.zeroed[id] = met[id] && candidates[id];
+    cut.held[id] = met[id] && candidates[id];
     cut.leftOut[id] = !met[id] || candidates[id];
   }
   return cut;

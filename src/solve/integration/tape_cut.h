@@ -6,9 +6,9 @@
 
 namespace varno::solve {
 
-/// A tape of which some lines count as 0.
+/// A tape of which some lines count as constants.
 struct TapeCut {
-  std::vector<bool> zeroed;   ///< these lines; what uses them is still needed
+  std::vector<bool> held;     ///< these lines; what uses them is still needed
   std::vector<bool> leftOut;  ///< these, and what is needed for them only
 };
 

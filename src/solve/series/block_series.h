@@ -61,9 +61,9 @@ class BlockSeries final : public Series {
     ConvertConstants();
   }
 
-  void LeaveOut(const std::vector<bool>& lines) override
+  void LeaveOut(const std::vector<bool>& lines, const HeldLines& held) override
   {
-    precise.LeaveOut(lines);
+    precise.LeaveOut(lines, held);
     leftOut = lines;
   }
 

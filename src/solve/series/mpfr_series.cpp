@@ -162,7 +162,12 @@ void MpfrSeries::StartLines(mpfr_srcptr time, std::span<const Real> states)
 void MpfrSeries::StartLine(LineId id, mpfr_srcptr time, std::span<const Real> states)
 {
   if (leftOut[id]) {
-    mpfr_set_zero(Terms(id), 1);
+    const auto constant = held.find(id);
+    if (constant == held.end()) {
+      mpfr_set_zero(Terms(id), 1);
+    } else {
+      mpfr_set(Terms(id), constant->second, kNearest);
+    }
     return;
   }
   mpfr_clear_underflow();

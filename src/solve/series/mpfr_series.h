@@ -19,7 +19,11 @@ class MpfrSeries final : public Series {
   MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder, bool disturbed, Poll poll = {},
              const std::vector<CommonRoot>& roots = {});
 
-  void LeaveOut(const std::vector<bool>& lines) override { leftOut = lines; }
+  void LeaveOut(const std::vector<bool>& lines, const HeldLines& constants) override
+  {
+    leftOut = lines;
+    held = constants;
+  }
   void Begin(mpfr_srcptr time, std::span<const Real> states, bool backwards,
              long scaleExponent) override;
   void ExtendTo(int order) override;
@@ -87,6 +91,7 @@ class MpfrSeries final : public Series {
   const Tape& tape;
   mpfr_prec_t bits;
   std::vector<bool> leftOut;  // by line
+  HeldLines held;             // of these
   TermStore terms;
   std::vector<std::uint32_t> derivativeRows;  // kNone where a line needs none
   TermStore derivatives;

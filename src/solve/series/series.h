@@ -7,6 +7,7 @@
 
 #include "solve/number/real.h"
 #include "solve/series/poll.h"
+#include "solve/tape/held_lines.h"
 #include "solve/tape/tape.h"
 
 namespace varno::solve {
@@ -21,9 +22,10 @@ class Series {
  public:
   virtual ~Series() = default;
 
-  /// From the next Begin on, the lines marked count as 0 in all their terms and are not computed.
-  /// One entry for each line, none of them a state; at first no line is left out.
-  virtual void LeaveOut(const std::vector<bool>& lines) = 0;
+  /// From the next Begin on, the lines marked are not computed, but count as constants: as these
+  /// where they are held, as 0 else. One entry for each line, none of them a state; at first no
+  /// line is left out.
+  virtual void LeaveOut(const std::vector<bool>& lines, const HeldLines& held) = 0;
   /// Forgets all terms and computes term 0 of every line. Throws DomainError where a line has no
   /// value or, at a root or power of 0, no Taylor series.
   virtual void Begin(mpfr_srcptr time, std::span<const Real> states, bool backwards,

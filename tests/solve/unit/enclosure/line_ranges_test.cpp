@@ -111,7 +111,7 @@ void ExpectEnclosed(const std::string& name, const Model& model, double low, dou
 {
   const Tape tape = Compile(model);
   const LineRanges lines(tape, kBits);
-  const std::vector<bool> none(tape.lines.size(), false);
+  const HeldLines none;
   Evaluator evaluator(model.graph, {model.states[0].rightHandSide}, kReferenceBits);
   const auto value = [&](const Real& time, const Real& x) {
     evaluator.Evaluate(time, std::vector<Real>{x});
@@ -168,8 +168,7 @@ TEST(LineRanges, EndAtTheDomain)
   const auto hasRange = [](const Model& model, double low, double high) {
     const Tape tape = Compile(model);
     const LineRanges lines(tape, kBits);
-    return lines.Over({Between(0, 1), {Between(low, high)}}, std::vector<bool>(tape.lines.size()))
-        .has_value();
+    return lines.Over({Between(0, 1), {Between(low, high)}}, {}).has_value();
   };
   for (const Operation function :
        {Operation::kSqrt, Operation::kCbrt, Operation::kLn, Operation::kCot, Operation::kAcot,
@@ -191,8 +190,7 @@ TEST(LineRanges, KeepTheirExponents)
 {
   const Tape tape = Compile(With(Operation::kExp));
   const LineRanges lines(tape, kBits);
-  const auto ranges =
-      lines.Over({Between(0, 1), {Between(-1e6, -1e6)}}, std::vector<bool>(tape.lines.size()));
+  const auto ranges = lines.Over({Between(0, 1), {Between(-1e6, -1e6)}}, {});
   Real exact(kReferenceBits);
   mpfr_set_d(exact, -1e6, MPFR_RNDN);
   mpfr_exp(exact, exact, MPFR_RNDN);
@@ -218,8 +216,7 @@ TEST(LineRanges, OfAnglesNearZero)
     const auto expectHeld = [&](const Real& left, const Real& right) {
       Range angle(kBits);
       mpfi_interv_fr(angle, left, right);
-      const auto ranges =
-          lines.Over({Between(0, 1), {angle}}, std::vector<bool>(tape.lines.size()));
+      const auto ranges = lines.Over({Between(0, 1), {angle}}, {});
       ASSERT_TRUE(ranges);
       for (const Real& x : {left, right}) {
         evaluator.Evaluate(Number(0), std::vector<Real>{x});
@@ -249,30 +246,33 @@ TEST(LineRanges, OfAnglesBeyondManyDigitsOfPi)
        {Operation::kSin, Operation::kCos, Operation::kTan, Operation::kCot}) {
     const Tape tape = Compile(With(function));
     const LineRanges lines(tape, kBits);
-    EXPECT_FALSE(lines.Over({Between(0, 1), {angle}}, std::vector<bool>(tape.lines.size())))
-        << FunctionName(function);
+    EXPECT_FALSE(lines.Over({Between(0, 1), {angle}}, {})) << FunctionName(function);
   }
 }
 
-// What uses a zeroed line sees 0 and its values.
-TEST(LineRanges, WidenZeroedLines)
+// What uses a held line sees the constant and its values.
+TEST(LineRanges, WidenHeldLines)
 {
   Equations m;
   const Expression x = m.Variable("x", 1);
   m.SetDerivative(x, Function(Operation::kExp, x) + 5);
   const Tape tape = Compile(m.Finished());
   const LineRanges lines(tape, kBits);
-  std::vector<bool> zeroed(tape.lines.size(), false);
-  for (LineId id = 0; id < zeroed.size(); ++id)
-    zeroed[id] = tape.lines[id].kind == LineKind::kIntegralOfProduct;
-  const auto ranges = lines.Over({Between(0, 1), {Between(1, 2)}}, zeroed);
-  const Range& range = (*ranges)[tape.rightHandSides[0]];
-  EXPECT_TRUE(Holds(range, Number(5)));
-  EXPECT_TRUE(Holds(range, Number(5 + 7)));
-  EXPECT_FALSE(Holds(range, Number(13)));
-  // They are independent variables: the derivative by the state does not go through them.
-  const auto derivatives = DerivativeRanges(tape, lines, *ranges, zeroed, tape.rightHandSides[0]);
-  EXPECT_TRUE(derivatives[0].IsZero());
+  for (const double constant : {0.0, 2.0, -3.0}) {
+    HeldLines held;
+    for (LineId id = 0; id < tape.lines.size(); ++id) {
+      if (tape.lines[id].kind == LineKind::kIntegralOfProduct) held.emplace(id, Number(constant));
+    }
+    const auto ranges = lines.Over({Between(0, 1), {Between(1, 2)}}, held);
+    const Range& range = (*ranges)[tape.rightHandSides[0]];
+    EXPECT_TRUE(Holds(range, Number(5 + constant)));
+    EXPECT_TRUE(Holds(range, Number(5 + 7)));
+    EXPECT_FALSE(Holds(range, Number(13)));
+    EXPECT_FALSE(Holds(range, Number(1.9)));
+    // They are independent variables: the derivative by the state does not go through them.
+    const auto derivatives = DerivativeRanges(tape, lines, *ranges, held, tape.rightHandSides[0]);
+    EXPECT_TRUE(derivatives[0].IsZero());
+  }
 }
 
 }  // namespace

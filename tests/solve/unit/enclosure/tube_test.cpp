@@ -1,4 +1,4 @@
-// Bounds of what zeroed lines do to a solution, against closed forms.
+// Bounds of what held lines do to a solution, against closed forms.
 
 #include "solve/enclosure/tube.h"
 
@@ -19,9 +19,10 @@ using support::Function;
 constexpr mpfr_prec_t kBits = 100;
 
 /// The deviation over a step of a model's tape from its start values, rational numbers, at t = 0,
-/// with every exponential zeroed.
+/// with every line of a function held.
 std::optional<Deviation> Over(const Equations& equations, double length,
-                              const std::vector<double>& start, bool backwards = false)
+                              const std::vector<double>& start, bool backwards = false,
+                              Operation function = Operation::kExp, double constant = 0)
 {
   const Tape tape = Compile(equations.Finished());
   const LineRanges lines(tape, kBits);
@@ -32,10 +33,15 @@ std::optional<Deviation> Over(const Equations& equations, double length,
     Range& state = step.start.emplace_back(kBits);
     mpfi_set_d(state, value);
   }
-  std::vector<bool> zeroed;
-  for (const Line& line : tape.lines)
-    zeroed.push_back(line.function == Operation::kExp && line.kind == LineKind::kIntegralOfProduct);
-  return DeviationOver(tape, lines, step, zeroed);
+  HeldLines held;
+  for (LineId id = 0; id < tape.lines.size(); ++id) {
+    const Line& line = tape.lines[id];
+    if (line.function != function) continue;
+    if (line.kind != LineKind::kIntegralOfProduct && line.kind != LineKind::kIntegralOfQuotient)
+      continue;
+    mpfr_set_d(held.try_emplace(id, kBits).first->second, constant, MPFR_RNDN);
+  }
+  return DeviationOver(tape, lines, step, held);
 }
 
 /// A line exp(u) with u = t - 20, between exp(-20) and exp(h - 20).
@@ -106,6 +112,24 @@ TEST(Tube, FactorsCountWhereTheyAreLargest)
   EXPECT_GE(deviation->states[0].ToDouble(), std::exp(-20) * (std::exp(4) - 1) / 4);
   EXPECT_LE(deviation->states[0].ToDouble(), std::exp(-20) * std::exp(4) * 10);
   EXPECT_TRUE(deviation->states[1].IsZero());
+}
+
+// x' = 1 - x + tanh(t - 20) with tanh held at -1 + 2^-50: what counts is how far it goes from that.
+TEST(Tube, LinesHeldAtAConstantCountByTheirDistanceFromIt)
+{
+  Equations m;
+  const Expression x = m.Variable("x", 1);
+  m.SetDerivative(x, 1 - x + Function(Operation::kTanh, m.Time() - 20));
+  const double distance = std::exp2(-50);
+  const auto deviation = Over(m, 10, {0}, false, Operation::kTanh, -1 + distance);
+  ASSERT_TRUE(deviation);
+  // 1 + tanh(-10) at the end
+  const double expected = 2 / (1 + std::exp(20)) - distance;
+  EXPECT_NEAR(expected, deviation->rightHandSides[0].ToDouble(), 1e-6 * expected);
+  EXPECT_LE(deviation->states[0].ToDouble(), 1.01 * expected);
+  // the integral of exp(s - 10) (1 + tanh(s - 20)), with 1 + tanh(u) = 2 exp(2 u) but for a part in
+  // exp(20)
+  EXPECT_GE(deviation->states[0].ToDouble(), 2.0 / 3 * std::exp(-20) * 0.999);
 }
 
 // Two lines together: both count.

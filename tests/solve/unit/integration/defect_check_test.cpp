@@ -29,7 +29,7 @@ class FaultySeries final : public Series {
   FaultySeries(const Series& right, LineId line, int term)
       : right(right), faultyLine(line), faultyTerm(term)
   {}
-  void LeaveOut(const std::vector<bool>&) override {}
+  void LeaveOut(const std::vector<bool>&, const HeldLines&) override {}
   void Begin(mpfr_srcptr, std::span<const Real>, bool, long) override {}
   void ExtendTo(int) override {}
   int Order() const override { return right.Order(); }

@@ -65,5 +65,27 @@ TEST(LineSizes, AreNothingForAnExactZero)
   EXPECT_TRUE(std::isinf(SizeOf([](Expression x) { return x * 3; }, 0)));
 }
 
+// x atan(x) with atan held: x/(1 + x^2) would be infinite without its divisor.
+TEST(LineSizes, OfLinesLeftOutAreThoseOfTheirConstants)
+{
+  Equations m;
+  const Expression x = m.Variable("x", 1);
+  m.SetDerivative(x, x * support::Function(Operation::kAtan, x));
+  const Tape tape = Compile(m.Finished());
+  const auto series = MakeSeries(tape, kBits, 4);
+  std::vector<Real> states(1, Real(kBits));
+  mpfr_set_ui(states[0], 1, MPFR_RNDN);
+  std::vector<bool> leftOut(tape.lines.size(), true);
+  leftOut[0] = leftOut[tape.rightHandSides[0]] = false;
+  HeldLines held;
+  for (LineId id = 0; id < tape.lines.size(); ++id) {
+    if (tape.lines[id].kind == LineKind::kIntegralOfQuotient)
+      held.emplace(id, Real(kBits)).first->second = states[0];
+  }
+  series->LeaveOut(leftOut, held);
+  series->Begin(Real(kBits), states, false, 0);
+  EXPECT_NEAR(LineSizes(tape, *series, leftOut)[tape.rightHandSides[0]], 0, 1e-9);
+}
+
 }  // namespace
 }  // namespace varno::solve

@@ -45,7 +45,7 @@ TEST(TapeCut, LeavesOutWhatIsNeededForZeroedLinesOnly)
   m.SetDerivative(x, x + Function(Operation::kExp, -(m.Time() * m.Time())));
   const Tape tape = Compile(m.Finished());
   const TapeCut cut = CutAt(tape, LinesOf(tape, Operation::kExp));
-  EXPECT_EQ(LinesOf(tape, Operation::kExp), cut.zeroed);
+  EXPECT_EQ(LinesOf(tape, Operation::kExp), cut.held);
   EXPECT_EQ(4U, Count(cut.leftOut));
   for (LineId id = 0; id < tape.lines.size(); ++id) {
     if (tape.lines[id].kind != LineKind::kTime) continue;
@@ -63,7 +63,7 @@ TEST(TapeCut, KeepsWhatRecurrencesNeed)
   EXPECT_EQ(0U, Count(CutAt(tape, LinesOf(tape, Operation::kCos)).leftOut));
   // The square of cos can.
   const TapeCut cut = CutAt(tape, LinesOf(tape, LineKind::kSquare));
-  EXPECT_EQ(LinesOf(tape, LineKind::kSquare), cut.zeroed);
+  EXPECT_EQ(LinesOf(tape, LineKind::kSquare), cut.held);
   EXPECT_EQ(1U, Count(cut.leftOut));
 }
 
@@ -96,7 +96,7 @@ TEST(TapeCut, LiesAtCuttableLinesOnly)
         std::vector<bool> some = all;
         for (std::size_t id = 0; id < some.size(); ++id) some[id] = some[id] && cuttable[id];
         const TapeCut cut = CutAt(tape, all), same = CutAt(tape, some);
-        ASSERT_EQ(cut.zeroed, same.zeroed) << static_cast<int>(function) << ", lines " << mask;
+        ASSERT_EQ(cut.held, same.held) << static_cast<int>(function) << ", lines " << mask;
         ASSERT_EQ(cut.leftOut, same.leftOut) << static_cast<int>(function) << ", lines " << mask;
       }
     }
@@ -118,7 +118,7 @@ TEST(TapeCut, KeepsDerivativesOfFunctions)
   }
   ASSERT_EQ(1U, Count(squareOfBell));
   EXPECT_EQ(0U, Count(CutAt(tape, squareOfBell).leftOut));
-  EXPECT_EQ(LinesOf(tape, Operation::kExp), CutAt(tape, LinesOf(tape, Operation::kExp)).zeroed);
+  EXPECT_EQ(LinesOf(tape, Operation::kExp), CutAt(tape, LinesOf(tape, Operation::kExp)).held);
 }
 
 // x' = pulse does not move, nor does y' = x - 1 behind it; z does.

@@ -298,7 +298,7 @@ TEST(MpfrSeries, LinesLeftOutAreZero)
   mpfr_set_ui(offset, 1, MPFR_RNDN);
   const std::vector<Real> states(1, offset);
 
-  series->LeaveOut(leftOut);
+  series->LeaveOut(leftOut, {});
   series->Begin(time, states, false, 0);
   series->ExtendTo(5);
   series->Sum(0, offset, value);
@@ -307,8 +307,42 @@ TEST(MpfrSeries, LinesLeftOutAreZero)
     for (int k = 0; leftOut[id] && k <= 5; ++k) EXPECT_EQ(-INFINITY, series->Log2(id, k));
   }
 
-  series->LeaveOut(std::vector<bool>(leftOut.size(), false));
+  series->LeaveOut(std::vector<bool>(leftOut.size(), false), {});
   EXPECT_THROW(series->Begin(time, states, false, 0), DomainError);
+}
+
+// y' = t tanh(1000 t - 1) + 1/t with tanh held at -3 and without 1/t: -3 t.
+TEST(MpfrSeries, HeldLinesAreConstants)
+{
+  for (const mpfr_prec_t bits : {100, 200, 1000, 5000}) {
+    Equations m;
+    const Expression t = m.Time();
+    const Expression switching = support::Function(Operation::kTanh, 1000 * t - 1);
+    m.SetDerivative(m.Variable("y", 1), t * switching + 1 / t);
+    const Tape tape = Compile(m.Finished());
+    const auto series = MakeSeries(tape, bits, 5);
+    std::vector<bool> leftOut;
+    HeldLines held;
+    for (const Line& line : tape.lines) {
+      const auto id = static_cast<LineId>(leftOut.size());
+      leftOut.push_back(line.kind == LineKind::kIntegralOfProduct ||
+                        line.kind == LineKind::kIntegralOfQuotient ||
+                        line.kind == LineKind::kQuotient);
+      if (line.kind == LineKind::kIntegralOfQuotient)
+        mpfr_set_si(held.try_emplace(id, 50).first->second, -3, MPFR_RNDN);
+    }
+    ASSERT_EQ(1U, held.size());
+    Real time(2), offset(2), value(100);
+    mpfr_set_ui(offset, 1, MPFR_RNDN);
+    series->LeaveOut(leftOut, held);
+    series->Begin(time, std::vector<Real>(1, offset), false, 0);
+    series->ExtendTo(5);
+    series->Sum(0, offset, value);
+    EXPECT_EQ(1 - 1.5, value.ToDouble());
+    const LineId line = held.begin()->first;
+    EXPECT_NEAR(std::log2(3), series->Log2(line, 0), 1e-8);
+    for (int k = 1; k <= 5; ++k) EXPECT_EQ(-INFINITY, series->Log2(line, k));
+  }
 }
 
 }  // namespace
