@@ -19,6 +19,7 @@
 #include "solve/number/moment.h"
 #include "solve/series/series.h"
 #include "solve/tape/tape.h"
+#include "solve/team/team.h"
 
 namespace varno::solve {
 
@@ -102,6 +103,7 @@ class StepSeries {
   std::vector<bool> none;  // of the lines
   mpfr_prec_t bits;
   StepControl control;
+  std::shared_ptr<Team> team;        // that shares the work; null: one thread does it
   std::shared_ptr<SeriesPool> pool;  // of series with these bits
   std::shared_ptr<Series> series;    // null once released
   std::unique_ptr<Series> atRoot;    // of a step that begins at a root, instead
