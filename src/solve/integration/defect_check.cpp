@@ -54,13 +54,14 @@ bool DefectCheck::Passes(const Step& step, std::span<const double> parts)
   return std::ranges::all_of(parts, [&](double part) { return PassesAt(step, part); });
 }
 
-/// A state and its derivative by the series, at the point looked at.
-void DefectCheck::Evaluate(const Step& step, std::size_t state)
+/// The states and their derivatives by the series, at the point looked at.
+void DefectCheck::Evaluate(const Step& step)
 {
-  mpfr_ptr derivative = derivatives[state];
-  step.series.SumWithDerivative(static_cast<LineId>(state), offset, states[state], derivative);
-  mpfr_mul_2si(derivative, derivative, -step.scaleExponent, MPFR_RNDN);
-  if (step.backwards) mpfr_neg(derivative, derivative, MPFR_RNDN);
+  step.series.SumStatesWithDerivatives(offset, states, derivatives);
+  for (Real& derivative : derivatives) {
+    mpfr_mul_2si(derivative, derivative, -step.scaleExponent, MPFR_RNDN);
+    if (step.backwards) mpfr_neg(derivative, derivative, MPFR_RNDN);
+  }
 }
 
 /// The sizes of the right-hand sides at the point looked at, of states as large as their largest
@@ -115,7 +116,7 @@ bool DefectCheck::PassesAt(const Step& step, double part)
   mpfr_set_d(offset, part * std::exp2(step.lengthLog2 - whole), MPFR_RNDN);
   mpfr_mul_2si(offset, offset, static_cast<long>(whole), MPFR_RNDN);
   if (rightHandSides.UsesTime()) FindTime(step);
-  for (std::size_t i = 0; i < states.size(); ++i) Evaluate(step, i);
+  Evaluate(step);
   try {
     rightHandSides.Evaluate(time, states);
   } catch (const DomainError&) {

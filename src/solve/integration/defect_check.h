@@ -40,7 +40,7 @@ class DefectCheck {
 
  private:
   bool PassesAt(const Step& step, double part);
-  void Evaluate(const Step& step, std::size_t state);
+  void Evaluate(const Step& step);
   void FindTime(const Step& step);
   bool IsSmall(std::size_t state) const;
   void ComputeSizes(const Step& step);

@@ -62,8 +62,6 @@ class BlockSeries final : public Series {
       weightedRows[id] = static_cast<std::uint32_t>(weightedTerms.size());
       weightedTerms.emplace_back();
     }
-    latest.sum = Real(bits + 64);
-    latest.roundedSum = Real(bits);
     for (int member = 0; member < schedule.MemberCount(); ++member)
       members.push_back(
           std::make_unique<Member>(Operands(), schedule.Lines(member), bits, PollOf(member, poll)));
@@ -80,7 +78,11 @@ class BlockSeries final : public Series {
   void Begin(mpfr_srcptr time, std::span<const Real> states, bool backwards,
              long newScaleExponent) override
   {
-    precise.Begin(time, states, backwards, newScaleExponent);
+    if (team != nullptr) {
+      precise.BeginTogether(time, states, backwards, newScaleExponent, *team, schedule);
+    } else {
+      precise.Begin(time, states, backwards, newScaleExponent);
+    }
     isRefined = false;
     rise = expectedRise;
     isBackwards = backwards;
@@ -121,10 +123,22 @@ class BlockSeries final : public Series {
   double Log2Constant(ConstantId constant) const override { return precise.Log2Constant(constant); }
   std::span<const double> FactorLogs() const override { return precise.FactorLogs(); }
 
-  void Sum(LineId line, mpfr_srcptr offset, mpfr_ptr result) const override;
+  void Sum(LineId line, mpfr_srcptr offset, mpfr_ptr result) const override
+  {
+    SumBy(members.front()->latest, line, offset, result);
+  }
 
   void SumWithDerivative(LineId line, mpfr_srcptr offset, mpfr_ptr value,
-                         mpfr_ptr derivative) const override;
+                         mpfr_ptr derivative) const override
+  {
+    SumWithDerivativeBy(members.front()->latest, line, offset, value, derivative);
+  }
+
+  void SumStates(mpfr_srcptr offset, std::span<Real> results,
+                 std::span<unsigned char> areRounded) const override;
+
+  void SumStatesWithDerivatives(mpfr_srcptr offset, std::span<Real> values,
+                                std::span<Real> derivatives) const override;
 
   void Term(LineId line, int k, mpfr_ptr result) const override
   {
@@ -190,13 +204,29 @@ class BlockSeries final : public Series {
   /// By how many bits the second half of the terms may be larger than the first: rounding that is
   /// left of a cancellation stays about the same.
   static constexpr double kMostRiseBits = 8;
+  /// The powers of an offset, and their derivatives, as terms: each sum over a step is one of
+  /// products with these.
+  struct Powers {
+    Real offset;
+    int order = -1;
+    Terms powers;  // term order - j is offset^j
+    bool hasSlopes = false;
+    Terms slopes;             // term order - j is j offset^(j - 1)
+    NarrowPowers ofFraction;  // the same of an offset that has few digits
+    Real sum, roundedSum;     // scratch, with more bits than numbers have, and as many
+  };
+
   /// What a member of the team makes terms with.
   struct Member {
     Member(const LineOperands<Arithmetic>& operands, std::span<const LineId> lines,
            mpfr_prec_t bits, Poll poll)
         : recurrences(operands, lines, bits, std::move(poll)), reciprocal(bits + 64)
-    {}
+    {
+      latest.sum = Real(bits + 64);
+      latest.roundedSum = Real(bits);
+    }
     BlockRecurrences<Arithmetic> recurrences;
+    Powers latest;    // of the offset summed at last
     Real reciprocal;  // scratch
   };
 
@@ -212,7 +242,7 @@ class BlockSeries final : public Series {
   }
   /// Does part(member) for all members, on as many threads.
   template <class Part>
-  void Together(const Part& part)
+  void Together(const Part& part) const
   {
     if (team == nullptr) {
       part(0);
@@ -230,24 +260,27 @@ class BlockSeries final : public Series {
   void FindLogs(LineId id, int first, int last);
   Terms& Weighted(LineId line) { return weightedTerms[weightedRows[line]]; }
 
-  /// The powers of an offset, and their derivatives, as terms: each sum over a step is one of
-  /// products with these.
-  struct Powers {
-    Real offset;
-    int order = -1;
-    Terms powers;  // term order - j is offset^j
-    bool hasSlopes = false;
-    Terms slopes;             // term order - j is j offset^(j - 1)
-    NarrowPowers ofFraction;  // the same of an offset that has few digits
-    Real sum, roundedSum;     // scratch, with more bits than numbers have, and as many
-  };
-
-  Value SumBehindFirst(LineId line, mpfr_srcptr offset) const;
+  void SumBy(Powers& by, LineId line, mpfr_srcptr offset, mpfr_ptr result) const;
+  void SumWithDerivativeBy(Powers& by, LineId line, mpfr_srcptr offset, mpfr_ptr value,
+                           mpfr_ptr derivative) const;
+  Value SumBehindFirst(Powers& by, LineId line, mpfr_srcptr offset) const;
   Value SumByHorner(LineId line, mpfr_srcptr offset) const;
   Value SlopeByHorner(LineId line, mpfr_srcptr offset) const;
-  void PreparePowers(mpfr_srcptr offset) const;
-  void PrepareSlopes() const;
-  void AddFirstTerm(LineId line, const Value& others, mpfr_ptr result) const;
+  void PreparePowers(Powers& by, mpfr_srcptr offset) const;
+  void PrepareSlopes(Powers& by) const;
+  void AddFirstTerm(Powers& by, LineId line, const Value& others, mpfr_ptr result) const;
+  /// Calls visit(state, powers) for all states, each member with powers of its own.
+  template <class Visit>
+  void ForEachState(const Visit& visit) const
+  {
+    const std::size_t count = tape.rightHandSides.size();
+    Together([&](int number) {
+      const auto member = static_cast<std::size_t>(number);
+      for (std::size_t i = count * member / members.size();
+           i < count * (member + 1) / members.size(); ++i)
+        visit(i, members[member]->latest);
+    });
+  }
   bool FindLargest(double log2);
   void FindResolutions() const;
   double OwnResolution(LineId id) const;
@@ -277,7 +310,6 @@ class BlockSeries final : public Series {
   mutable std::vector<double> resolutions;
   std::vector<double> sizes;  // by line: log2 of the largest term
   mutable int resolvedOrder = -1;
-  mutable Powers latest;   // of the offset summed at last
   bool isStarted = false;  // whether the terms 0 are in `terms`
   bool isRefined = false;
   bool isBackwards = false;

@@ -156,52 +156,82 @@ void BlockSeries<Arithmetic>::FindLogs(LineId id, int first, int last)
 // What others ask
 
 template <class Arithmetic>
-void BlockSeries<Arithmetic>::Sum(LineId line, mpfr_srcptr offset, mpfr_ptr result) const
+void BlockSeries<Arithmetic>::SumStates(mpfr_srcptr offset, std::span<Real> results,
+                                        std::span<unsigned char> areRounded) const
+{
+  if (isRefined) {
+    Series::SumStates(offset, results, areRounded);
+    return;
+  }
+  ForEachState([&](std::size_t state, Powers& by) {
+    mpfr_clear_inexflag();
+    SumBy(by, static_cast<LineId>(state), offset, results[state]);
+    areRounded[state] = mpfr_inexflag_p() != 0 ? 1 : 0;
+  });
+}
+
+template <class Arithmetic>
+void BlockSeries<Arithmetic>::SumStatesWithDerivatives(mpfr_srcptr offset, std::span<Real> values,
+                                                       std::span<Real> derivatives) const
+{
+  if (isRefined) {
+    Series::SumStatesWithDerivatives(offset, values, derivatives);
+    return;
+  }
+  ForEachState([&](std::size_t state, Powers& by) {
+    SumWithDerivativeBy(by, static_cast<LineId>(state), offset, values[state], derivatives[state]);
+  });
+}
+
+template <class Arithmetic>
+void BlockSeries<Arithmetic>::SumBy(Powers& by, LineId line, mpfr_srcptr offset,
+                                    mpfr_ptr result) const
 {
   if (isRefined) {
     precise.Sum(line, offset, result);
   } else if (kIsRelaxed<Arithmetic> || !terms[line].inexact) {
-    AddFirstTerm(line, SumByHorner(line, offset), result);
+    AddFirstTerm(by, line, SumByHorner(line, offset), result);
   } else {
-    AddFirstTerm(line, SumBehindFirst(line, offset), result);
+    AddFirstTerm(by, line, SumBehindFirst(by, line, offset), result);
   }
 }
 
 /// The sum of a line that has lost bits, but for its first term.
 template <class Arithmetic>
-auto BlockSeries<Arithmetic>::SumBehindFirst(LineId line, mpfr_srcptr offset) const -> Value
+auto BlockSeries<Arithmetic>::SumBehindFirst(Powers& by, LineId line, mpfr_srcptr offset) const
+    -> Value
 {
   if constexpr (kIsNarrow) {
-    if (latest.ofFraction.Set(offset, order)) return latest.ofFraction.Sum(terms[line], order);
+    if (by.ofFraction.Set(offset, order)) return by.ofFraction.Sum(terms[line], order);
   }
-  PreparePowers(offset);
-  return arithmetic.Convolve(terms[line], latest.powers, 1, order, order);
+  PreparePowers(by, offset);
+  return arithmetic.Convolve(terms[line], by.powers, 1, order, order);
 }
 
 template <class Arithmetic>
-void BlockSeries<Arithmetic>::SumWithDerivative(LineId line, mpfr_srcptr offset, mpfr_ptr value,
-                                                mpfr_ptr derivative) const
+void BlockSeries<Arithmetic>::SumWithDerivativeBy(Powers& by, LineId line, mpfr_srcptr offset,
+                                                  mpfr_ptr value, mpfr_ptr derivative) const
 {
   if (isRefined) {
     Series::SumWithDerivative(line, offset, value, derivative);
     return;
   }
   if constexpr (kIsNarrow) {
-    if (order <= NarrowPowers::kMostTermsOfSlopes && latest.ofFraction.Set(offset, order)) {
-      const auto [sum, slope] = latest.ofFraction.SumAndSlope(terms[line], order);
-      AddFirstTerm(line, sum, value);
+    if (order <= NarrowPowers::kMostTermsOfSlopes && by.ofFraction.Set(offset, order)) {
+      const auto [sum, slope] = by.ofFraction.SumAndSlope(terms[line], order);
+      AddFirstTerm(by, line, sum, value);
       arithmetic.ToNumber(slope, derivative);
       return;
     }
   }
-  Sum(line, offset, value);
+  SumBy(by, line, offset, value);
   if (kIsRelaxed<Arithmetic>) {
     arithmetic.ToNumber(SlopeByHorner(line, offset), derivative);
     return;
   }
-  PreparePowers(offset);
-  PrepareSlopes();
-  arithmetic.ToNumber(arithmetic.Convolve(terms[line], latest.slopes, 1, order, order), derivative);
+  PreparePowers(by, offset);
+  PrepareSlopes(by);
+  arithmetic.ToNumber(arithmetic.Convolve(terms[line], by.slopes, 1, order, order), derivative);
 }
 
 /// Horner's scheme on the terms behind the first. Where these are exact the sum may be, too: those
@@ -235,61 +265,62 @@ auto BlockSeries<Arithmetic>::SlopeByHorner(LineId line, mpfr_srcptr offset) con
 }
 
 template <class Arithmetic>
-void BlockSeries<Arithmetic>::PreparePowers(mpfr_srcptr offset) const
+void BlockSeries<Arithmetic>::PreparePowers(Powers& by, mpfr_srcptr offset) const
 {
-  if (latest.order == order && mpfr_equal_p(latest.offset, offset) != 0) return;
-  mpfr_set_prec(latest.offset, mpfr_get_prec(offset));
-  mpfr_set(latest.offset, offset, MPFR_RNDN);
-  latest.order = order;
-  latest.hasSlopes = false;
+  if (by.order == order && mpfr_equal_p(by.offset, offset) != 0) return;
+  mpfr_set_prec(by.offset, mpfr_get_prec(offset));
+  mpfr_set(by.offset, offset, MPFR_RNDN);
+  by.order = order;
+  by.hasSlopes = false;
   const double size = Log2Size(offset);
   const double largestPower =
       mpfr_zero_p(offset) != 0 ? 0 : std::ceil(std::max(size, size * order));
-  arithmetic.Reserve(latest.powers, order + 1);
-  arithmetic.Reset(latest.powers, arithmetic.ExponentFor(static_cast<long>(largestPower)));
+  arithmetic.Reserve(by.powers, order + 1);
+  arithmetic.Reset(by.powers, arithmetic.ExponentFor(static_cast<long>(largestPower)));
   const Value first = arithmetic.FromNumber(offset);
   const Factor r = arithmetic.ToFactor(first);
-  arithmetic.Store(latest.powers, order - 1, first);
+  arithmetic.Store(by.powers, order - 1, first);
   // That they may be exact changes nothing for sums with lines that are not.
-  latest.powers.inexact = true;
-  const int stored = StoreSettledPowers(latest.powers, order - 1, r);
+  by.powers.inexact = true;
+  const int stored = StoreSettledPowers(by.powers, order - 1, r);
   for (int k = order - 2 - stored; k >= 0; --k) {
     // From the line, where the exponent is that of the largest: a product has one of its own, which
     // grows with each factor above 1, and leaves less behind the point.
-    Value power = arithmetic.Load(latest.powers, k + 1);
+    Value power = arithmetic.Load(by.powers, k + 1);
     arithmetic.Multiply(power, r);
-    arithmetic.Store(latest.powers, k, power);
+    arithmetic.Store(by.powers, k, power);
   }
 }
 
 /// The derivatives of the powers that are there.
 template <class Arithmetic>
-void BlockSeries<Arithmetic>::PrepareSlopes() const
+void BlockSeries<Arithmetic>::PrepareSlopes(Powers& by) const
 {
-  if (latest.hasSlopes) return;
-  latest.hasSlopes = true;
-  const double largestPower = std::max(0.0, Log2Size(latest.offset) * (order - 1));
+  if (by.hasSlopes) return;
+  by.hasSlopes = true;
+  const double largestPower = std::max(0.0, Log2Size(by.offset) * (order - 1));
   const double largestSlope = std::ceil(largestPower + std::log2(order));
-  arithmetic.Reserve(latest.slopes, order + 1);
-  arithmetic.Reset(latest.slopes, arithmetic.ExponentFor(static_cast<long>(largestSlope)));
+  arithmetic.Reserve(by.slopes, order + 1);
+  arithmetic.Reset(by.slopes, arithmetic.ExponentFor(static_cast<long>(largestSlope)));
   Real one(2);
   mpfr_set_ui(one, 1, MPFR_RNDN);
-  arithmetic.Store(latest.slopes, order - 1, arithmetic.FromNumber(one));
-  latest.slopes.inexact = true;
+  arithmetic.Store(by.slopes, order - 1, arithmetic.FromNumber(one));
+  by.slopes.inexact = true;
   for (int j = 2; j <= order; ++j) {
-    if (StoreSettledMultiple(latest.slopes, order - j, j, latest.powers, order - j + 1)) continue;
-    Value slope = arithmetic.Load(latest.powers, order - j + 1);
+    if (StoreSettledMultiple(by.slopes, order - j, j, by.powers, order - j + 1)) continue;
+    Value slope = arithmetic.Load(by.powers, order - j + 1);
     arithmetic.MultiplyBy(slope, j);
-    arithmetic.Store(latest.slopes, order - j, slope);
+    arithmetic.Store(by.slopes, order - j, slope);
   }
 }
 
 template <class Arithmetic>
-void BlockSeries<Arithmetic>::AddFirstTerm(LineId line, const Value& others, mpfr_ptr result) const
+void BlockSeries<Arithmetic>::AddFirstTerm(Powers& by, LineId line, const Value& others,
+                                           mpfr_ptr result) const
 {
-  mpfr_ptr sum = latest.sum;
+  mpfr_ptr sum = by.sum;
   // With operands of the same precision MPFR takes a third of the time.
-  if constexpr (kIsNarrow) sum = latest.roundedSum;
+  if constexpr (kIsNarrow) sum = by.roundedSum;
   arithmetic.ToNumber(others, sum);
   mpfr_add(result, precise.Number(line, 0), sum, MPFR_RNDN);
   if (others.lost || others.inexact) mpfr_set_inexflag();

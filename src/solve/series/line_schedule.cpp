@@ -84,8 +84,8 @@ std::vector<double> Places(const Tape& tape)
 {
   constexpr int kPasses = 12;
   std::vector<double> places(tape.lines.size(), 0);
-  std::iota(places.begin(), places.begin() + static_cast<std::ptrdiff_t>(tape.rightHandSides.size()),
-            0.0);
+  std::iota(places.begin(),
+            places.begin() + static_cast<std::ptrdiff_t>(tape.rightHandSides.size()), 0.0);
   for (int pass = 0; pass < kPasses; ++pass) {
     for (LineId id = 0; id < tape.lines.size(); ++id) {
       const bool isState = tape.lines[id].kind == LineKind::kState;

@@ -49,6 +49,13 @@ class Series {
   /// The same with the derivative by the offset.
   virtual void SumWithDerivative(LineId line, mpfr_srcptr offset, mpfr_ptr value,
                                  mpfr_ptr derivative) const;
+  /// Sum of all states, which are the first lines, with whether each is rounded; called where a
+  /// series may be extended.
+  virtual void SumStates(mpfr_srcptr offset, std::span<Real> results,
+                         std::span<unsigned char> areRounded) const;
+  /// The same with the derivatives by the offset.
+  virtual void SumStatesWithDerivatives(mpfr_srcptr offset, std::span<Real> values,
+                                        std::span<Real> derivatives) const;
   /// Sets result to term k.
   virtual void Term(LineId line, int k, mpfr_ptr result) const = 0;
   /// The order of the common root that the line begins with: MakeSeriesAtRoot.
