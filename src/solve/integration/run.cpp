@@ -201,7 +201,7 @@ bool Run::PassesDefectCheck(const Stride& stride)
   // One of no length lands on a root at its start.
   if (settings.disturbed || stride.log2 == -kInfinity) return true;
   if (!defectCheck || defectCheck->Bits() != series.Bits()) {
-    defectCheck.emplace(tape, settings, series.Bits());
+    defectCheck.emplace(tape, settings, series.Bits(), series.Sharing());
   }
   const std::optional<Exemption>& leftOut = series.LeftOut();
   const bool isLikeLast = latest.steps > 0 && stride.log2 < latest.lengthLog2 + kAlikeLog2 &&

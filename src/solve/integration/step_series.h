@@ -63,6 +63,8 @@ class StepSeries {
   /// log2 of the sizes of all lines at the start of the step.
   const std::vector<double>& Sizes() const { return control.Sizes(); }
   mpfr_prec_t Bits() const { return bits; }
+  /// The team that shares the work of a step; null: there is none.
+  Team* Sharing() const { return team.get(); }
 
   /// The unit of the series, in which its terms should fall: a power of 2.
   long ScaleExponent() const { return scaleExponent; }

@@ -273,13 +273,11 @@ class BlockSeries final : public Series {
   template <class Visit>
   void ForEachState(const Visit& visit) const
   {
-    const std::size_t count = tape.rightHandSides.size();
-    Together([&](int number) {
-      const auto member = static_cast<std::size_t>(number);
-      for (std::size_t i = count * member / members.size();
-           i < count * (member + 1) / members.size(); ++i)
-        visit(i, members[member]->latest);
-    });
+    const auto visitAll = [&](int member, std::size_t first, std::size_t last) {
+      Powers& latest = members[static_cast<std::size_t>(member)]->latest;
+      for (std::size_t state = first; state < last; ++state) visit(state, latest);
+    };
+    ForEachStretch(team.get(), tape.rightHandSides.size(), visitAll);
   }
   bool FindLargest(double log2);
   void FindResolutions() const;

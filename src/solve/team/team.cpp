@@ -10,9 +10,9 @@ namespace varno::solve {
 
 namespace {
 
-/// To wake a thread takes some tens of microseconds: about as long it is waited for without sleep,
-/// where each member has a processor of its own.
-constexpr int kMostLooks = 2000;
+/// Some hundred microseconds: to wake a thread takes a tenth of it, and what one thread does between
+/// two jobs mostly less. Only where each member has a processor of its own.
+constexpr int kMostLooks = 20000;
 
 /// Lets a processor rest for a moment.
 void Pause()

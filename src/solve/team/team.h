@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <exception>
 #include <functional>
@@ -59,5 +60,21 @@ class Team {
   std::atomic<bool> isDismissed = false;
   std::vector<std::thread> threads;
 };
+
+/// Cuts 0..count-1 into stretches of about the same length and calls visit(member, first, last) for
+/// each, of those before `last`: one for each member of the team, or, without one, the whole.
+template <class Visit>
+void ForEachStretch(Team* team, std::size_t count, const Visit& visit)
+{
+  if (team == nullptr) {
+    visit(0, std::size_t{0}, count);
+    return;
+  }
+  const auto members = static_cast<std::size_t>(team->MemberCount());
+  team->Run([&](int member) {
+    const auto number = static_cast<std::size_t>(member);
+    visit(member, count * number / members, count * (number + 1) / members);
+  });
+}
 
 }  // namespace varno::solve
