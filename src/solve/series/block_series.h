@@ -102,8 +102,7 @@ class BlockSeries final : public Series {
     }
     Reserve(wanted + 1);
     if (wanted <= order) return;
-    const int first = order + 1;
-    Together([this, first, wanted](int member) { StoreTerms(member, first, wanted); });
+    ComputeTerms(order + 1, wanted);
     order = wanted;
   }
 
@@ -240,15 +239,15 @@ class BlockSeries final : public Series {
     if (member == 0) return poll;
     return [asked = team.get()] { asked->StopIfFailed(); };
   }
-  /// Does part(member) for all members, on as many threads.
+  /// Does part(member, round) for all members and rounds, on as many threads.
   template <class Part>
-  void Together(const Part& part) const
+  void Together(std::size_t rounds, const Part& part) const
   {
-    if (team == nullptr) {
-      part(0);
-    } else {
-      team->Run(part);
+    if (team != nullptr) {
+      team->Run(rounds, part);
+      return;
     }
+    for (std::size_t round = 0; round < rounds; ++round) part(0, round);
   }
 
   void Reserve(int count);
@@ -256,7 +255,7 @@ class BlockSeries final : public Series {
   void StartLines();
   bool StartLine(LineId id);
   void StartDivisor(LineId id, mpfr_ptr reciprocal);
-  void StoreTerms(int member, int first, int last);
+  void ComputeTerms(int first, int last);
   void FindLogs(LineId id, int first, int last);
   Terms& Weighted(LineId line) { return weightedTerms[weightedRows[line]]; }
 

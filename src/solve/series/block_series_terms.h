@@ -34,7 +34,7 @@ void BlockSeries<Arithmetic>::StartLines()
   isStarted = true;
   Reserve(1);
   std::atomic<bool> fits = true;
-  Together([this, &fits](int number) {
+  Together(1, [this, &fits](int number, std::size_t) {
     Member& member = *members[static_cast<std::size_t>(number)];
     member.recurrences.Begin(scaleExponent, isBackwards);
     if constexpr (Arithmetic::kDropsDigits) member.recurrences.DropBits(rise, coarsest);
@@ -118,22 +118,19 @@ void BlockSeries<Arithmetic>::StartDivisor(LineId id, mpfr_ptr reciprocal)
 // ---------------------------------------------------------------------------------------------
 // Term k > 0
 
-/// The part of a member.
 template <class Arithmetic>
-void BlockSeries<Arithmetic>::StoreTerms(int member, int first, int last)
+void BlockSeries<Arithmetic>::ComputeTerms(int first, int last)
 {
-  BlockRecurrences<Arithmetic>& recurrences =
-      members[static_cast<std::size_t>(member)]->recurrences;
-  for (int k = first; k <= last; ++k) {
-    std::size_t begin = 0;
-    for (std::size_t phase = 0; phase < schedule.PhaseCount(); ++phase) {
-      const std::size_t end = schedule.End(member, phase);
-      recurrences.StoreTerms(begin, end, k);
-      begin = end;
-      if (team != nullptr) team->Meet();
-    }
-  }
-  for (const LineId id : schedule.Lines(member)) FindLogs(id, first, last);
+  const std::size_t phases = schedule.PhaseCount();
+  const std::size_t rounds = phases * static_cast<std::size_t>(last - first + 1);
+  Together(rounds, [&](int member, std::size_t round) {
+    const std::size_t phase = round % phases;
+    const int k = first + static_cast<int>(round / phases);
+    members[static_cast<std::size_t>(member)]->recurrences.StoreTerms(
+        schedule.Begin(member, phase), schedule.End(member, phase), k);
+    if (round + 1 < rounds) return;
+    for (const LineId id : schedule.Lines(member)) FindLogs(id, first, last);
+  });
 }
 
 /// The logs of the terms first..last, and the largest of all.

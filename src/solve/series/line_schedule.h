@@ -28,7 +28,17 @@ class LineSchedule {
   std::size_t PhaseCount() const { return members.front().ends.size(); }
   /// The lines of a member, in the order in which it makes them.
   std::span<const LineId> Lines(int member) const { return Of(member).lines; }
-  /// How many of these there are up to the end of a phase.
+  /// Those of a phase.
+  std::span<const LineId> Lines(int member, std::size_t phase) const
+  {
+    const std::size_t begin = Begin(member, phase);
+    return Lines(member).subspan(begin, End(member, phase) - begin);
+  }
+  /// How many of them there are up to the begin or the end of a phase.
+  std::size_t Begin(int member, std::size_t phase) const
+  {
+    return phase == 0 ? 0 : End(member, phase - 1);
+  }
   std::size_t End(int member, std::size_t phase) const { return Of(member).ends[phase]; }
   /// Whether so many members clearly need less time than one.
   bool IsWorthwhile() const { return seconds < kWorthwhilePart * secondsOfOne; }

@@ -146,17 +146,13 @@ void MpfrSeries::BeginTogether(mpfr_srcptr time, std::span<const Real> states, b
                                long scaleExponent, Team& team, const LineSchedule& schedule)
 {
   Forget(backwards, scaleExponent);
-  const auto start = [&](int member) {
-    Real scratch(bits);
-    const std::span<const LineId> lines = schedule.Lines(member);
-    std::size_t i = 0;
-    for (std::size_t phase = 0; phase < schedule.PhaseCount(); ++phase) {
-      for (; i < schedule.End(member, phase); ++i) StartLine(lines[i], time, states, scratch);
-      team.Meet();
-    }
+  std::vector<Real> scratch(static_cast<std::size_t>(schedule.MemberCount()), Real(bits));
+  const auto start = [&](int member, std::size_t phase) {
+    for (const LineId id : schedule.Lines(member, phase))
+      StartLine(id, time, states, scratch[static_cast<std::size_t>(member)]);
   };
   try {
-    team.Run(start);
+    team.Run(schedule.PhaseCount(), start);
   } catch (const DomainError&) {
     // Of several errors that of the first line counts.
     Begin(time, states, backwards, scaleExponent);

@@ -1,6 +1,7 @@
 #include "solve/team/team.h"
 
 #include <algorithm>
+#include <chrono>
 
 #include <mpfr.h>
 
@@ -10,9 +11,9 @@ namespace varno::solve {
 
 namespace {
 
-/// Some hundred microseconds: to wake a thread takes a tenth of it, and what one thread does between
-/// two jobs mostly less. Only where each member has a processor of its own.
-constexpr int kMostLooks = 20000;
+/// How often a member looks before it sleeps: for some hundred microseconds, more than one thread
+/// needs mostly between two jobs. To wake another one takes a tenth of that.
+constexpr int kMostLooks = 8000;
 
 /// Lets a processor rest for a moment.
 void Pause()
@@ -26,8 +27,6 @@ void Pause()
 
 Team::Team(int memberCount) : errors(static_cast<std::size_t>(memberCount))
 {
-  const unsigned processors = std::thread::hardware_concurrency();
-  mostLooks = static_cast<unsigned>(memberCount) <= processors ? kMostLooks : 1;
   try {
     for (int member = 1; member < memberCount; ++member)
       threads.emplace_back([this, member] { Serve(member); });
@@ -50,20 +49,40 @@ void Team::Dismiss()
   for (std::thread& thread : threads) thread.join();
 }
 
-void Team::WaitForChange(const Counter& counter, std::uint32_t known) const
+void Team::WaitForChange(const Counter& counter, std::uint32_t known)
 {
-  for (int look = 0; look < mostLooks; ++look) {
+  for (int look = 0; look < kMostLooks; ++look) {
     if (counter.load(std::memory_order_acquire) != known) return;
     Pause();
   }
   counter.wait(known, std::memory_order_acquire);
 }
 
-void Team::Run(const Job& wanted)
+void Team::Run(std::size_t roundCount, const Job& wanted)
 {
   // All others wait for the next job: nobody looks at any of this.
   job = &wanted;
+  rounds = roundCount;
   hasFailed = false;
+  const auto begin = std::chrono::steady_clock::now();
+  if (pace.IsTogether()) {
+    RunTogether();
+  } else {
+    RunAlone();
+  }
+  pace.Took(rounds,
+            std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count());
+}
+
+void Team::RunAlone()
+{
+  for (std::size_t round = 0; round < rounds; ++round) {
+    for (int member = 0; member < MemberCount(); ++member) (*job)(member, round);
+  }
+}
+
+void Team::RunTogether()
+{
   arrived = 0;
   done = 0;
   std::ranges::fill(errors, nullptr);
@@ -94,7 +113,10 @@ void Team::Serve(int member)
 void Team::DoPart(int member)
 {
   try {
-    (*job)(member);
+    for (std::size_t round = 0; round < rounds; ++round) {
+      if (round > 0) Meet();
+      (*job)(member, round);
+    }
   } catch (const Stopped&) {
     // Another member tells why.
   } catch (...) {
@@ -105,6 +127,7 @@ void Team::DoPart(int member)
   }
 }
 
+/// Waits for all others.
 void Team::Meet()
 {
   const std::uint32_t known = meetings.load(std::memory_order_acquire);

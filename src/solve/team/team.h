@@ -8,17 +8,20 @@
 #include <thread>
 #include <vector>
 
+#include "solve/team/pace.h"
+
 namespace varno::solve {
 
 /// Some threads that do one job together: the one that asks for it, which is member 0, and others
 /// that wait for jobs as long as the team lives.
 ///
-/// Members that wait look again and again for some microseconds, and then sleep. They have the
-/// widest range of exponents of MPFR (ScopedExponentRange); that of member 0 is its own affair.
+/// Members that wait look again and again for some hundred microseconds, and then sleep. Where the
+/// machine has other work and a job takes longer so, member 0 does all parts (Pace). Members have
+/// the widest range of exponents of MPFR (ScopedExponentRange); that of member 0 is its own affair.
 /// One thread may ask for jobs at a time, and no job for another one.
 class Team {
  public:
-  using Job = std::function<void(int member)>;
+  using Job = std::function<void(int member, std::size_t round)>;
 
   /// Starts memberCount - 1 threads; throws std::system_error where there are none to be had.
   explicit Team(int memberCount);
@@ -28,14 +31,12 @@ class Team {
 
   int MemberCount() const { return static_cast<int>(threads.size()) + 1; }
 
-  /// Has every member call job(member); returns when all are done. Throws what a member threw, that
-  /// with the lowest number if there are several; the others are stopped where they meet or ask.
-  void Run(const Job& job);
-
-  /// Within a job, of all members alike: waits for the others. What they did before is seen
-  /// behind. Throws to end this member's part where another one has thrown.
-  void Meet();
-  /// The same without waiting.
+  /// Has job(member, round) called for every member and round: a round for all members at a time,
+  /// and the next one when all are through. What was done in a round is seen in the next. Throws
+  /// what a member threw, that with the lowest number if there are several; the others are stopped
+  /// between two rounds, or where they ask.
+  void Run(std::size_t rounds, const Job& job);
+  /// Within a job: throws to end this member's part where another one has thrown.
   void StopIfFailed() const;
 
  private:
@@ -44,13 +45,17 @@ class Team {
   /// What wakes those that wait.
   using Counter = std::atomic<std::uint32_t>;
 
-  void WaitForChange(const Counter& counter, std::uint32_t known) const;
+  static void WaitForChange(const Counter& counter, std::uint32_t known);
+  void RunTogether();
+  void RunAlone();
+  void Meet();
   void Serve(int member);
   void DoPart(int member);
   void Dismiss();
 
-  int mostLooks;  // of a member that waits, before it sleeps
   const Job* job = nullptr;
+  std::size_t rounds = 0;  // of the job
+  Pace pace;
   std::vector<std::exception_ptr> errors;  // by member
   Counter jobs = 0;                        // that were asked for
   Counter done = 0;                        // parts of the latest job, by others than member 0
@@ -71,7 +76,7 @@ void ForEachStretch(Team* team, std::size_t count, const Visit& visit)
     return;
   }
   const auto members = static_cast<std::size_t>(team->MemberCount());
-  team->Run([&](int member) {
+  team->Run(1, [&](int member, std::size_t) {
     const auto number = static_cast<std::size_t>(member);
     visit(member, count * number / members, count * (number + 1) / members);
   });

@@ -16,36 +16,36 @@ TEST(Team, HasEachMemberDoItsPart)
   Team team(3);
   EXPECT_EQ(team.MemberCount(), 3);
   std::vector<int> calls(3, 0);
-  for (int job = 0; job < 1000; ++job) team.Run([&](int member) { ++calls[member]; });
-  EXPECT_EQ(calls, std::vector<int>(3, 1000));
+  for (int job = 0; job < 1000; ++job)
+    team.Run(2, [&](int member, std::size_t round) { calls[member] += round == 0 ? 1 : 2; });
+  EXPECT_EQ(calls, std::vector<int>(3, 3000));
 }
 
 TEST(Team, OfOneIsTheCaller)
 {
   Team team(1);
   int calls = 0;
-  team.Run([&](int member) {
-    team.Meet();
-    calls += member + 1;
-  });
-  EXPECT_EQ(calls, 1);
+  team.Run(3, [&](int member, std::size_t) { calls += member + 1; });
+  EXPECT_EQ(calls, 3);
 }
 
-// Each member reads what its neighbour wrote before the meeting.
-TEST(Team, SeesBehindAMeetingWhatWasDoneBefore)
+// Each member reads what its neighbour wrote in the round before; some jobs are done by one member.
+TEST(Team, SeesInARoundWhatWasDoneBefore)
 {
-  constexpr int kMembers = 3, kRounds = 1000;
+  constexpr int kMembers = 3, kJobs = 200;
+  constexpr std::size_t kRounds = 50;
   Team team(kMembers);
-  std::vector<int> written(kMembers, 0);
+  std::vector<std::size_t> written(kMembers, 0);
   std::atomic<int> wrong = 0;
-  team.Run([&](int member) {
-    for (int round = 1; round <= kRounds; ++round) {
-      written[member] = round;
-      team.Meet();
-      if (written[(member + 1) % kMembers] != round) ++wrong;
-      team.Meet();
-    }
-  });
+  for (int job = 0; job < kJobs; ++job) {
+    team.Run(2 * kRounds, [&](int member, std::size_t round) {
+      if (round % 2 == 0) {
+        written[member] = round;
+      } else if (written[(member + 1) % kMembers] + 1 != round) {
+        ++wrong;
+      }
+    });
+  }
   EXPECT_EQ(wrong, 0);
 }
 
@@ -53,19 +53,18 @@ TEST(Team, StopsAllWhereOneThrows)
 {
   Team team(3);
   for (int thrower = 0; thrower < 3; ++thrower) {
-    const auto job = [&](int member) {
+    const auto job = [&](int member, std::size_t) {
       if (member == thrower) throw std::runtime_error("no");
-      for (;;) team.Meet();
     };
-    EXPECT_THROW(team.Run(job), std::runtime_error);
-    const auto asking = [&](int member) {
+    EXPECT_THROW(team.Run(1000000000, job), std::runtime_error);
+    const auto asking = [&](int member, std::size_t) {
       if (member == thrower) throw std::runtime_error("no");
       for (;;) team.StopIfFailed();
     };
-    EXPECT_THROW(team.Run(asking), std::runtime_error);
+    EXPECT_THROW(team.Run(1, asking), std::runtime_error);
   }
   int calls = 0;
-  team.Run([&](int member) { calls += member == 0 ? 1 : 0; });
+  team.Run(1, [&](int member, std::size_t) { calls += member == 0 ? 1 : 0; });
   EXPECT_EQ(calls, 1);
 }
 
@@ -75,7 +74,7 @@ TEST(Team, ThrowsWhatTheFirstMemberThrew)
   for (int i = 0; i < 100; ++i) {
     std::atomic<int> thrown = 0;
     try {
-      team.Run([&](int member) {
+      team.Run(1, [&](int member, std::size_t) {
         if (member == 0) return;
         ++thrown;
         while (thrown < 2) {
@@ -93,7 +92,7 @@ TEST(Team, HasTheWidestRangeOfExponents)
 {
   Team team(2);
   bool isWide = false;
-  team.Run([&](int member) {
+  team.Run(1, [&](int member, std::size_t) {
     if (member == 1) isWide = mpfr_get_emax() == mpfr_get_emax_max();
   });
   EXPECT_TRUE(isWide);
