@@ -64,7 +64,9 @@ TEST(Team, StopsAllWhereOneThrows)
     EXPECT_THROW(team.Run(1, asking), std::runtime_error);
   }
   int calls = 0;
-  team.Run(1, [&](int member, std::size_t) { calls += member == 0 ? 1 : 0; });
+  team.Run(1, [&](int member, std::size_t) {
+    if (member == 0) ++calls;
+  });
   EXPECT_EQ(calls, 1);
 }
 
