@@ -34,12 +34,12 @@ double LargestTerm(const Series& series, LineId line, double lengthLog2)
 
 }  // namespace
 
-DefectCheck::DefectCheck(const Tape& tape, const RunSettings& settings, mpfr_prec_t bits)
+DefectCheck::DefectCheck(const Tape& tape, const RunSettings& settings, mpfr_prec_t bits,
+                         Team* team)
     : tape(tape),
       allowedBits(settings.toleranceBits - kAllowedTolerances -
                   2 * std::max(0.0, std::log2(settings.raisedOrder / kOrderOfAllowed))),
-      rightHandSides(tape.graph, RightHandSides(tape), bits, {},
-                     ConstantsIn(tape.graph, RightHandSides(tape), bits)),
+      team(team),
       offset(53),
       time(bits),
       advance(bits),
@@ -47,20 +47,33 @@ DefectCheck::DefectCheck(const Tape& tape, const RunSettings& settings, mpfr_pre
       derivatives(states),
       derivativeSizes(states.size()),
       bits(bits)
-{}
+{
+  const std::vector<NodeId> nodes = RightHandSides(tape);
+  const auto constants = ConstantsIn(tape.graph, nodes, bits);
+  const std::size_t count = team == nullptr ? 1 : static_cast<std::size_t>(team->MemberCount());
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::size_t first = nodes.size() * i / count, last = nodes.size() * (i + 1) / count;
+    const std::vector<NodeId> some(nodes.begin() + static_cast<std::ptrdiff_t>(first),
+                                   nodes.begin() + static_cast<std::ptrdiff_t>(last));
+    parts.push_back({first, last, Evaluator(tape.graph, some, bits, {}, constants), true, true});
+  }
+  usesTime =
+      std::ranges::any_of(parts, [](const Part& part) { return part.rightHandSides.UsesTime(); });
+}
 
 bool DefectCheck::Passes(const Step& step, std::span<const double> parts)
 {
   return std::ranges::all_of(parts, [&](double part) { return PassesAt(step, part); });
 }
 
-/// A state and its derivative by the series, at the point looked at.
-void DefectCheck::Evaluate(const Step& step, std::size_t state)
+/// The states and their derivatives by the series, at the point looked at.
+void DefectCheck::Evaluate(const Step& step)
 {
-  mpfr_ptr derivative = derivatives[state];
-  step.series.SumWithDerivative(static_cast<LineId>(state), offset, states[state], derivative);
-  mpfr_mul_2si(derivative, derivative, -step.scaleExponent, MPFR_RNDN);
-  if (step.backwards) mpfr_neg(derivative, derivative, MPFR_RNDN);
+  step.series.SumStatesWithDerivatives(offset, states, derivatives);
+  for (Real& derivative : derivatives) {
+    mpfr_mul_2si(derivative, derivative, -step.scaleExponent, MPFR_RNDN);
+    if (step.backwards) mpfr_neg(derivative, derivative, MPFR_RNDN);
+  }
 }
 
 /// The sizes of the right-hand sides at the point looked at, of states as large as their largest
@@ -70,10 +83,12 @@ void DefectCheck::ComputeSizes(const Step& step)
   std::vector<double> stateSizes;
   for (LineId state = 0; state < states.size(); ++state)
     stateSizes.push_back(LargestTerm(step.series, state, step.lengthLog2));
-  rightHandSides.EvaluateSizes(stateSizes);
-  for (std::size_t i = 0; i < states.size(); ++i) {
-    const double terms = LargestTerm(step.series, tape.rightHandSides[i], step.lengthLog2);
-    derivativeSizes[i] = std::max(rightHandSides.Size(i), terms);
+  for (Part& part : parts) {
+    part.rightHandSides.EvaluateSizes(stateSizes);
+    for (std::size_t i = part.first; i < part.last; ++i) {
+      const double terms = LargestTerm(step.series, tape.rightHandSides[i], step.lengthLog2);
+      derivativeSizes[i] = std::max(part.rightHandSides.Size(i - part.first), terms);
+    }
   }
 }
 
@@ -98,9 +113,8 @@ void DefectCheck::FindTime(const Step& step)
 
 /// Whether a difference is allowed beside the value of the right-hand side, which is at most its
 /// size.
-bool DefectCheck::IsSmall(std::size_t state) const
+bool DefectCheck::IsSmall(mpfr_srcptr difference, mpfr_srcptr value) const
 {
-  mpfr_srcptr difference = derivatives[state], value = rightHandSides[state];
   if (mpfr_zero_p(difference) != 0) return true;
   if (mpfr_regular_p(difference) == 0 || mpfr_regular_p(value) == 0) return false;
   // Exponents bound the logarithms, which are seldom needed.
@@ -109,24 +123,35 @@ bool DefectCheck::IsSmall(std::size_t state) const
          Log2Size(difference) <= Log2Size(value) - allowedBits;
 }
 
+/// Makes the derivatives of the states of a part what they differ from its right-hand sides by.
+void DefectCheck::Compare(Part& part)
+{
+  part.hasValues = part.isSmall = true;
+  try {
+    part.rightHandSides.Evaluate(time, states);
+  } catch (const DomainError&) {
+    part.hasValues = false;
+    return;
+  }
+  for (std::size_t i = part.first; i < part.last; ++i) {
+    mpfr_srcptr value = part.rightHandSides[i - part.first];
+    mpfr_sub(derivatives[i], derivatives[i], value, MPFR_RNDN);
+    part.isSmall = part.isSmall && IsSmall(derivatives[i], value);
+  }
+}
+
 bool DefectCheck::PassesAt(const Step& step, double part)
 {
   const double whole = std::floor(step.lengthLog2);
   mpfr_set_d(offset, part * std::exp2(step.lengthLog2 - whole), MPFR_RNDN);
   mpfr_mul_2si(offset, offset, static_cast<long>(whole), MPFR_RNDN);
-  if (rightHandSides.UsesTime()) FindTime(step);
-  for (std::size_t i = 0; i < states.size(); ++i) Evaluate(step, i);
-  try {
-    rightHandSides.Evaluate(time, states);
-  } catch (const DomainError&) {
-    return false;
-  }
-  bool isSmall = true;
-  for (std::size_t i = 0; i < states.size(); ++i) {
-    mpfr_sub(derivatives[i], derivatives[i], rightHandSides[i], MPFR_RNDN);
-    isSmall = isSmall && IsSmall(i);
-  }
-  if (isSmall) return true;
+  if (usesTime) FindTime(step);
+  Evaluate(step);
+  ForEachStretch(team, parts.size(), [this](int member, std::size_t, std::size_t) {
+    Compare(parts[static_cast<std::size_t>(member)]);
+  });
+  if (!std::ranges::all_of(parts, &Part::hasValues)) return false;
+  if (std::ranges::all_of(parts, &Part::isSmall)) return true;
   ComputeSizes(step);
   for (std::size_t i = 0; i < states.size(); ++i) {
     if (derivatives[i].IsZero()) continue;

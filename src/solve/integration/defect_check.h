@@ -8,6 +8,7 @@
 #include "solve/number/moment.h"
 #include "solve/series/series.h"
 #include "solve/tape/tape.h"
+#include "solve/team/team.h"
 
 namespace varno::solve {
 
@@ -32,23 +33,35 @@ class DefectCheck {
     std::span<const Real> leftOut;
   };
 
-  DefectCheck(const Tape& tape, const RunSettings& settings, mpfr_prec_t bits);
+  /// The members of a team, if there is one, share the work.
+  DefectCheck(const Tape& tape, const RunSettings& settings, mpfr_prec_t bits,
+              Team* team = nullptr);
 
   /// Whether the step passes at these parts of its length.
   bool Passes(const Step& step, std::span<const double> parts);
   mpfr_prec_t Bits() const { return bits; }
 
  private:
+  /// The right-hand sides of some states, one behind the other.
+  struct Part {
+    std::size_t first, last;  // behind it
+    Evaluator rightHandSides;
+    bool hasValues, isSmall;
+  };
+
   bool PassesAt(const Step& step, double part);
-  void Evaluate(const Step& step, std::size_t state);
+  void Evaluate(const Step& step);
   void FindTime(const Step& step);
-  bool IsSmall(std::size_t state) const;
+  void Compare(Part& part);
+  bool IsSmall(mpfr_srcptr difference, mpfr_srcptr value) const;
   void ComputeSizes(const Step& step);
   double AllowedLog2(const Step& step, std::size_t state) const;
 
   const Tape& tape;
   double allowedBits;  // -log2 of the defect allowed, relative to the size
-  Evaluator rightHandSides;
+  Team* team;
+  std::vector<Part> parts;  // by member of the team
+  bool usesTime;
   Real offset, time, advance;             // the point looked at
   std::vector<Real> states, derivatives;  // of the series there
   std::vector<double> derivativeSizes;    // log2

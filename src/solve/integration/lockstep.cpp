@@ -24,16 +24,18 @@ constexpr double kNoiseBits = 14;
 Lockstep::Lockstep(const MakeStepper& make, const std::vector<RunSettings>& settings,
                    const Moment& start, const std::vector<std::vector<Real>>& states,
                    const Moment& reach, StepWatch watch, const Poll& poll, Compare compare,
-                   bool mayUseThreads)
+                   int threads)
     : start(start),
-      mayUseThreads(mayUseThreads && settings.size() > 1),
+      mayUseThreads(threads > 1 && settings.size() > 1),
       reach(reach),
       watch(std::move(watch)),
       compare(std::move(compare))
 {
   for (std::size_t i = 0; i < settings.size(); ++i) {
-    runs.push_back({std::make_unique<StepFeed>(make, settings[i], start, states[i], reach, poll),
-                    nullptr, settings[i]});
+    RunSettings own = settings[i];
+    own.threads = std::max(1, threads / static_cast<int>(settings.size()));
+    runs.push_back(
+        {std::make_unique<StepFeed>(make, own, start, states[i], reach, poll), nullptr, own});
     NoteSwitch(i);
   }
   threadsFrom = std::chrono::steady_clock::now();

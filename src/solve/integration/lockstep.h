@@ -53,10 +53,10 @@ class Lockstep {
   using Compare = std::function<void(const Moment&, const DenseStep&, const DenseStep&)>;
 
   /// `make` makes the runs. `watch` is called after each step, `poll` within them.
-  /// `mayUseThreads`: of several runs.
+  /// `threads`: how many may be used, which several runs share.
   Lockstep(const MakeStepper& make, const std::vector<RunSettings>& settings, const Moment& start,
            const std::vector<std::vector<Real>>& states, const Moment& reach, StepWatch watch,
-           const Poll& poll, Compare compare, bool mayUseThreads);
+           const Poll& poll, Compare compare, int threads);
 
   /// Integrates until every run has reached the time; the latest steps of all of them hold it then,
   /// if times come in order. Throws DomainError or Singularity where all runs end alike,

@@ -13,7 +13,7 @@ Path::Path(Problem given, std::vector<Moment> earlyTimes)
 void Path::Depart(const Moment& reach)
 {
   lockstep.emplace(problem.makeRun, problem.settings, problem.interval.start, problem.startStates,
-                   reach, problem.watch, problem.poll, problem.compare, problem.mayUseThreads);
+                   reach, problem.watch, problem.poll, problem.compare, problem.threads);
 }
 
 std::vector<SizedStates> Path::LatestStates(const Moment& time) const

@@ -21,7 +21,7 @@ class Path {
     StepWatch watch;
     Poll poll;
     Lockstep::Compare compare;
-    bool mayUseThreads;
+    int threads;  ///< Lockstep
   };
 
   /// `early` are the times before the start that will be asked for, in order.

@@ -201,7 +201,7 @@ bool Run::PassesDefectCheck(const Stride& stride)
   // One of no length lands on a root at its start.
   if (settings.disturbed || stride.log2 == -kInfinity) return true;
   if (!defectCheck || defectCheck->Bits() != series.Bits()) {
-    defectCheck.emplace(tape, settings, series.Bits());
+    defectCheck.emplace(tape, settings, series.Bits(), series.Sharing());
   }
   const std::optional<Exemption>& leftOut = series.LeftOut();
   const int order = series.Current().Order();
@@ -317,13 +317,14 @@ void Run::SumToEnd(mpfr_srcptr offset)
 {
   // Apart from the states, which stay when a sum is interrupted.
   sums.resize(latest.states.size());
-  for (LineId state = 0; state < latest.states.size(); ++state) {
-    Real& sum = sums[state];
+  areRounded.resize(sums.size());
+  for (Real& sum : sums) {
     if (sum.Bits() != series.Bits()) sum = Real(series.Bits());
-    mpfr_clear_inexflag();
-    series.Current().Sum(state, offset, sum);
-    if (!settings.disturbed || mpfr_inexflag_p() == 0) continue;
-    Disturb(sum, static_cast<std::uint64_t>(latest.steps) * latest.states.size() + state);
+  }
+  series.Current().SumStates(offset, sums, areRounded);
+  for (std::size_t state = 0; state < sums.size(); ++state) {
+    if (!settings.disturbed || areRounded[state] == 0) continue;
+    Disturb(sums[state], static_cast<std::uint64_t>(latest.steps) * sums.size() + state);
   }
   latest.states.swap(sums);
 }

@@ -109,10 +109,11 @@ class Run final : public Stepper {
   Moment wayBegin;
   std::optional<Moment> watchedTime;
   std::vector<WatchedRoot> rootsAtEnd;
-  std::vector<double> largest;        // log2 of the largest sizes of the states on the way
-  std::vector<double> leastSizes;     // log2 of what states count as at least; empty: nothing
-  std::vector<Real> sums;             // scratch
-  std::optional<Singularity> wayEnd;  // which the latest step ended on, or just before
+  std::vector<double> largest;            // log2 of the largest sizes of the states on the way
+  std::vector<double> leastSizes;         // log2 of what states count as at least; empty: nothing
+  std::vector<Real> sums;                 // scratch
+  std::vector<unsigned char> areRounded;  // which of these
+  std::optional<Singularity> wayEnd;      // which the latest step ended on, or just before
 };
 
 /// Makes runs of a tape, which must outlive them.

@@ -11,6 +11,7 @@
 #include "solve/integration/domains.h"
 #include "solve/integration/edge_leap.h"
 #include "solve/integration/resolution.h"
+#include "solve/series/line_schedule.h"
 
 namespace varno::solve {
 
@@ -63,8 +64,10 @@ void StepSeries::RequireBits(double wanted)
   if (pool != nullptr && wanted <= static_cast<double>(bits)) return;
   if (wanted > static_cast<double>(settings.mostBits)) throw PrecisionExhausted{latest.end};
   bits = std::max(bits, static_cast<mpfr_prec_t>(std::ceil(wanted)));
+  if (team == nullptr && IsWorthSharing(tape, bits, settings.order, settings.threads))
+    team = std::make_shared<Team>(settings.threads);
   pool = std::make_shared<SeriesPool>([this, precision = bits] {
-    return MakeSeries(tape, precision, settings.order, settings.disturbed, poll);
+    return MakeSeries(tape, precision, settings.order, settings.disturbed, poll, team);
   });
   series = pool->Take();
   exemptionRule.emplace(tape, settings, bits);

@@ -19,6 +19,7 @@
 #include "solve/number/moment.h"
 #include "solve/series/series.h"
 #include "solve/tape/tape.h"
+#include "solve/team/team.h"
 
 namespace varno::solve {
 
@@ -65,6 +66,8 @@ class StepSeries {
   /// log2 of the sizes of all lines at the start of the step.
   const std::vector<double>& Sizes() const { return control.Sizes(); }
   mpfr_prec_t Bits() const { return bits; }
+  /// The team that shares the work of a step; null: there is none.
+  Team* Sharing() const { return team.get(); }
 
   /// The unit of the series, in which its terms should fall: a power of 2.
   long ScaleExponent() const { return scaleExponent; }
@@ -112,6 +115,7 @@ class StepSeries {
   std::vector<bool> none;  // of the lines
   mpfr_prec_t bits;
   StepControl control;
+  std::shared_ptr<Team> team;        // that shares the work; null: one thread does it
   std::shared_ptr<SeriesPool> pool;  // of series with these bits
   std::shared_ptr<Series> series;    // null once released
   std::unique_ptr<Series> atRoot;    // of a step that begins at a root, instead

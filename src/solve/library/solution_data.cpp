@@ -65,7 +65,7 @@ Solution::Implementation::Implementation(CompiledProblem problem, Options given)
   rows.emplace(
       model, dynamics, interval, schedule,
       RowsWanted{columns, options.digits, Log2Size(numberFormat.Tiny()), options.check,
-                 options.maxBits, MayUseThreads(), PeriodEvent(), Log2Steady(), MayBeQuick()},
+                 options.maxBits, Threads(), PeriodEvent(), Log2Steady(), MayBeQuick()},
       [this](std::size_t run, const DenseStep& step) { Watch(run, step); },
       [this] { EndWhereAsked(); });
   if (options.hold) heldRows.emplace(*rows);
@@ -145,9 +145,10 @@ double Solution::Implementation::SecondsSinceBegin() const
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 }
 
-bool Solution::Implementation::MayUseThreads() const
+int Solution::Implementation::Threads() const
 {
-  return options.jobs == 0 ? std::thread::hardware_concurrency() > 1 : options.jobs > 1;
+  if (options.jobs > 0) return options.jobs;
+  return static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
 }
 
 /// Without steps there is nothing to keep, to count or to show.

@@ -48,7 +48,7 @@ struct Solution::Implementation {
   Moment Reached() const;
   std::optional<Moment> RowsBeyond(const Moment& time) const;
   RunEnded AtLimit(const std::string& limit, const Moment& time) const;
-  bool MayUseThreads() const;
+  int Threads() const;
   bool MayBeQuick() const;
   Row MakeRow(const VerifiedRow& row) const;
   std::optional<Row> AddReturn(const VerifiedRow& row);

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <algorithm>
-#include <array>
+#include <atomic>
 #include <cmath>
+#include <cstdint>
 #include <limits>
+#include <memory>
 #include <span>
 #include <type_traits>
 #include <utility>
@@ -13,10 +15,12 @@
 #include "solve/fixed/log2.h"
 #include "solve/fixed/narrow.h"
 #include "solve/fixed/narrow_powers.h"
+#include "solve/series/block_recurrences.h"
+#include "solve/series/line_operands.h"
+#include "solve/series/line_schedule.h"
 #include "solve/series/mpfr_series.h"
-#include "solve/series/settled_lines.h"
-#include "solve/series/settled_wide_lines.h"
 #include "solve/series/weighted_lines.h"
+#include "solve/team/team.h"
 
 namespace varno::solve {
 
@@ -25,28 +29,31 @@ namespace varno::solve {
 ///
 /// Errors are small beside the largest term of a line, not beside each term. Where a step asks for
 /// more, or what happens in it does not fit the numbers, the terms are those of MpfrSeries, which
-/// also computes all terms 0. The numbers in parentheses are those of docs/solve/recurrences.md.
+/// also computes all terms 0.
 template <class Arithmetic>
 class BlockSeries final : public Series {
  public:
-  BlockSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder, bool disturbed, Poll poll = {})
+  /// With a team, whose members share the lines, all but `poll` may be called on several threads.
+  BlockSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder, bool disturbed,
+              const Poll& poll = {}, std::shared_ptr<Team> givenTeam = nullptr)
       : tape(tape),
         bits(bits),
         mostCancelledBits(kMostCancelledBits +
                           kCancelledBitsPerOrder * std::min(usualOrder, kMostOrderCounted)),
         precise(tape, bits, 0, disturbed, poll),
-        poll(std::move(poll)),
+        team(std::move(givenTeam)),
+        schedule(team ? LineSchedule(tape, bits, usualOrder, team->MemberCount())
+                      : LineSchedule(tape)),
         leftOut(tape.lines.size(), false),
         arithmetic(bits),
         terms(tape.lines.size()),
         logs(tape.lines.size()),
         largest(tape.lines.size(), kUnknown),
         divisors(tape.lines.size()),
-        settled({tape, terms, weightedTerms, weightedRows, constants, divisors}),
         resolutions(tape.lines.size()),
         sizes(tape.lines.size())
   {
-    if constexpr (kIsRelaxed) convolutions.resize(tape.lines.size());
+    if constexpr (kIsRelaxed<Arithmetic>) convolutions.resize(tape.lines.size());
     if constexpr (Arithmetic::kDropsDigits) coarsest.assign(tape.lines.size(), -kInfinity);
     const std::vector<bool> weighted = LinesNeedingWeights(tape);
     weightedRows.assign(weighted.size(), kNone);
@@ -55,8 +62,9 @@ class BlockSeries final : public Series {
       weightedRows[id] = static_cast<std::uint32_t>(weightedTerms.size());
       weightedTerms.emplace_back();
     }
-    latest.sum = Real(bits + 64);
-    latest.roundedSum = Real(bits);
+    for (int member = 0; member < schedule.MemberCount(); ++member)
+      members.push_back(
+          std::make_unique<Member>(Operands(), schedule.Lines(member), bits, PollOf(member, poll)));
     Reserve(usualOrder + 2);
     ConvertConstants();
   }
@@ -70,7 +78,11 @@ class BlockSeries final : public Series {
   void Begin(mpfr_srcptr time, std::span<const Real> states, bool backwards,
              long newScaleExponent) override
   {
-    precise.Begin(time, states, backwards, newScaleExponent);
+    if (team != nullptr) {
+      precise.BeginTogether(time, states, backwards, newScaleExponent, *team, schedule);
+    } else {
+      precise.Begin(time, states, backwards, newScaleExponent);
+    }
     isRefined = false;
     rise = expectedRise;
     isBackwards = backwards;
@@ -89,9 +101,9 @@ class BlockSeries final : public Series {
       return;
     }
     Reserve(wanted + 1);
-    const int first = order + 1;
-    for (; order < wanted; ++order) ComputeTerms(order + 1);
-    for (LineId id = 0; id < tape.lines.size(); ++id) FindLogs(id, first);
+    if (wanted <= order) return;
+    ComputeTerms(order + 1, wanted);
+    order = wanted;
   }
 
   int Order() const override { return isRefined ? precise.Order() : order; }
@@ -110,10 +122,22 @@ class BlockSeries final : public Series {
   double Log2Constant(ConstantId constant) const override { return precise.Log2Constant(constant); }
   std::span<const double> FactorLogs() const override { return precise.FactorLogs(); }
 
-  void Sum(LineId line, mpfr_srcptr offset, mpfr_ptr result) const override;
+  void Sum(LineId line, mpfr_srcptr offset, mpfr_ptr result) const override
+  {
+    SumBy(members.front()->latest, line, offset, result);
+  }
 
   void SumWithDerivative(LineId line, mpfr_srcptr offset, mpfr_ptr value,
-                         mpfr_ptr derivative) const override;
+                         mpfr_ptr derivative) const override
+  {
+    SumWithDerivativeBy(members.front()->latest, line, offset, value, derivative);
+  }
+
+  void SumStates(mpfr_srcptr offset, std::span<Real> results,
+                 std::span<unsigned char> areRounded) const override;
+
+  void SumStatesWithDerivatives(mpfr_srcptr offset, std::span<Real> values,
+                                std::span<Real> derivatives) const override;
 
   void Term(LineId line, int k, mpfr_ptr result) const override
   {
@@ -163,11 +187,7 @@ class BlockSeries final : public Series {
   using Factor = typename Arithmetic::Factor;
   using Terms = typename Arithmetic::Terms;
 
-  /// Whether sums of products are made of blocks, of which each sum finds what earlier ones left.
-  static constexpr bool kIsRelaxed = !std::is_empty_v<typename Arithmetic::Product>;
   static constexpr bool kIsNarrow = std::is_same_v<Arithmetic, NarrowArithmetic>;
-  /// A recurrence has so many of them at most.
-  static constexpr int kMostConvolutions = 3;
 
   static constexpr double kInfinity = std::numeric_limits<double>::infinity();
   static constexpr long kUnknown = std::numeric_limits<long>::min();
@@ -183,53 +203,6 @@ class BlockSeries final : public Series {
   /// By how many bits the second half of the terms may be larger than the first: rounding that is
   /// left of a cancellation stays about the same.
   static constexpr double kMostRiseBits = 8;
-  /// So many products of terms may pass between two polls: some milliseconds at most.
-  static constexpr int kBlockProductsPerPoll = 4096;
-
-  void Reserve(int count);
-  void ConvertConstants();
-  void StartLines();
-  void StartLine(LineId id);
-  void StartDivisor(const Line& line, LineId id);
-  void ComputeTerms(int k);
-  void CountProducts(int count);
-  void FindLogs(LineId id, int first);
-  void ComputeTerm(LineId id, int k);
-  void StoreAndNote(Terms& row, int k, const Value& value);
-  void StoreWeighted(LineId id, int k);
-  Value StateTerm(const Line& line, int k);
-  Value TermOf(const Line& line, LineId id, int k);
-  Value Combination(const Line& line, int k);
-  Value Scaled(const varno::solve::Factor& factor, int k);
-  Value IntegralOfQuotient(const Line& line, LineId id, int k);
-  Value Angle(const Line& line, LineId id, int k);
-  Value Power(const Line& line, LineId id, int k);
-  Value Difference(Value a, Value b) const
-  {
-    arithmetic.Negate(b);
-    arithmetic.Add(a, b);
-    return a;
-  }
-  /// The sum over j = first..last of a[j] b[k-j] that stands at place `which` of a recurrence
-  Value Convolve(LineId id, int which, const Terms& a, const Terms& b, int first, int last, int k)
-  {
-    if constexpr (kIsRelaxed) {
-      return arithmetic.Convolve(convolutions[id][which], a, b, first, last, k, poll);
-    } else {
-      return arithmetic.Convolve(a, b, first, last, k);
-    }
-  }
-  /// The sum over j = first..k-first of a[j] a[k-j] of a recurrence
-  Value ConvolveSelf(LineId id, const Terms& a, int first, int k)
-  {
-    if constexpr (kIsRelaxed) {
-      return Convolve(id, 0, a, a, first, k - first, k);
-    } else {
-      return arithmetic.ConvolveSelf(a, first, k);
-    }
-  }
-  Terms& Weighted(LineId line) { return weightedTerms[weightedRows[line]]; }
-
   /// The powers of an offset, and their derivatives, as terms: each sum over a step is one of
   /// products with these.
   struct Powers {
@@ -242,12 +215,69 @@ class BlockSeries final : public Series {
     Real sum, roundedSum;     // scratch, with more bits than numbers have, and as many
   };
 
-  Value SumBehindFirst(LineId line, mpfr_srcptr offset) const;
+  /// What a member of the team makes terms with.
+  struct Member {
+    Member(const LineOperands<Arithmetic>& operands, std::span<const LineId> lines,
+           mpfr_prec_t bits, Poll poll)
+        : recurrences(operands, lines, bits, std::move(poll)), reciprocal(bits + 64)
+    {
+      latest.sum = Real(bits + 64);
+      latest.roundedSum = Real(bits);
+    }
+    BlockRecurrences<Arithmetic> recurrences;
+    Powers latest;    // of the offset summed at last
+    Real reciprocal;  // scratch
+  };
+
+  LineOperands<Arithmetic> Operands()
+  {
+    return {tape,      leftOut,          terms,    weightedTerms, weightedRows,
+            constants, exponentsPlusOne, divisors, convolutions,  arrangement};
+  }
+  Poll PollOf(int member, const Poll& poll) const
+  {
+    if (member == 0) return poll;
+    return [asked = team.get()] { asked->StopIfFailed(); };
+  }
+  /// Does part(member, round) for all members and rounds, on as many threads.
+  template <class Part>
+  void Together(std::size_t rounds, const Part& part) const
+  {
+    if (team != nullptr) {
+      team->Run(rounds, part);
+      return;
+    }
+    for (std::size_t round = 0; round < rounds; ++round) part(0, round);
+  }
+
+  void Reserve(int count);
+  void ConvertConstants();
+  void StartLines();
+  bool StartLine(LineId id);
+  void StartDivisor(LineId id, mpfr_ptr reciprocal);
+  void ComputeTerms(int first, int last);
+  void FindLogs(LineId id, int first, int last);
+  Terms& Weighted(LineId line) { return weightedTerms[weightedRows[line]]; }
+
+  void SumBy(Powers& by, LineId line, mpfr_srcptr offset, mpfr_ptr result) const;
+  void SumWithDerivativeBy(Powers& by, LineId line, mpfr_srcptr offset, mpfr_ptr value,
+                           mpfr_ptr derivative) const;
+  Value SumBehindFirst(Powers& by, LineId line, mpfr_srcptr offset) const;
   Value SumByHorner(LineId line, mpfr_srcptr offset) const;
   Value SlopeByHorner(LineId line, mpfr_srcptr offset) const;
-  void PreparePowers(mpfr_srcptr offset) const;
-  void PrepareSlopes() const;
-  void AddFirstTerm(LineId line, const Value& others, mpfr_ptr result) const;
+  void PreparePowers(Powers& by, mpfr_srcptr offset) const;
+  void PrepareSlopes(Powers& by) const;
+  void AddFirstTerm(Powers& by, LineId line, const Value& others, mpfr_ptr result) const;
+  /// Calls visit(state, powers) for all states, each member with powers of its own.
+  template <class Visit>
+  void ForEachState(const Visit& visit) const
+  {
+    const auto visitAll = [&](int member, std::size_t first, std::size_t last) {
+      Powers& latest = members[static_cast<std::size_t>(member)]->latest;
+      for (std::size_t state = first; state < last; ++state) visit(state, latest);
+    };
+    ForEachStretch(team.get(), tape.rightHandSides.size(), visitAll);
+  }
   bool FindLargest(double log2);
   void FindResolutions() const;
   double OwnResolution(LineId id) const;
@@ -258,8 +288,8 @@ class BlockSeries final : public Series {
   mpfr_prec_t bits;
   double mostCancelledBits;
   MpfrSeries precise;
-  Poll poll;
-  int products = 0;           // since the latest poll
+  std::shared_ptr<Team> team;  // null: one thread
+  LineSchedule schedule;
   std::vector<bool> leftOut;  // by line
   Arithmetic arithmetic;
   std::vector<Terms> terms;
@@ -268,15 +298,15 @@ class BlockSeries final : public Series {
   std::vector<Terms> weightedTerms;         // j times term j
   std::vector<Factor> constants;            // by constant
   std::vector<Factor> exponentsPlusOne;     // by constant
-  std::vector<std::array<typename Arithmetic::Product, kMostConvolutions>> convolutions;  // by line
+  std::vector<typename LineOperands<Arithmetic>::Products> convolutions;  // by line
   std::vector<long> largest;     // by line: log2 of the largest term of the step before
   std::vector<double> coarsest;  // by line: log2 of what is small enough for a unit
   std::vector<Factor> divisors;  // by line: the reciprocal of what its terms divide by
-  SettledLines<Arithmetic> settled;
+  std::atomic<std::int64_t> arrangement = 0;
+  std::vector<std::unique_ptr<Member>> members;
   mutable std::vector<double> resolutions;
   std::vector<double> sizes;  // by line: log2 of the largest term
   mutable int resolvedOrder = -1;
-  mutable Powers latest;   // of the offset summed at last
   bool isStarted = false;  // whether the terms 0 are in `terms`
   bool isRefined = false;
   bool isBackwards = false;

@@ -11,7 +11,7 @@ void BlockSeries<Arithmetic>::Reserve(int count)
   reserved = count;
   for (Terms& row : terms) arithmetic.Reserve(row, count);
   for (Terms& row : weightedTerms) arithmetic.Reserve(row, count);
-  settled.Rearrange();
+  Operands().Rearrange();
   for (std::vector<double>& row : logs) row.resize(std::max<std::size_t>(row.size(), count));
 }
 
@@ -32,18 +32,18 @@ template <class Arithmetic>
 void BlockSeries<Arithmetic>::StartLines()
 {
   isStarted = true;
-  settled.Begin(scaleExponent, isBackwards);
-  if constexpr (Arithmetic::kDropsDigits) {
-    for (LineId id = 0; id < tape.lines.size(); ++id) {
-      const double most = kMostLostBits - kSparedBits - Arithmetic::kErrorBits;
-      coarsest[id] = largest[id] == kUnknown
-                         ? -kInfinity
-                         : static_cast<double>(largest[id] - 1) + most - static_cast<double>(bits);
-    }
-    settled.DropBits(rise, coarsest);
-  }
   Reserve(1);
-  for (LineId id = 0; id < tape.lines.size(); ++id) StartLine(id);
+  std::atomic<bool> fits = true;
+  Together(1, [this, &fits](int number, std::size_t) {
+    Member& member = *members[static_cast<std::size_t>(number)];
+    member.recurrences.Begin(scaleExponent, isBackwards);
+    if constexpr (Arithmetic::kDropsDigits) member.recurrences.DropBits(rise, coarsest);
+    for (const LineId id : schedule.Lines(number)) {
+      if (!StartLine(id)) fits = false;
+      if (!leftOut[id]) StartDivisor(id, member.reciprocal);
+    }
+  });
+  if (!fits) Refine();
 }
 
 /// log2 |x| as of other terms.
@@ -57,10 +57,16 @@ inline double Log2OfFirst(mpfr_srcptr x)
                   mpfr_get_exp(x) - kDoubleBits);
 }
 
+/// Whether the number fits the arithmetic.
 template <class Arithmetic>
-void BlockSeries<Arithmetic>::StartLine(LineId id)
+bool BlockSeries<Arithmetic>::StartLine(LineId id)
 {
-  const Line& line = tape.lines[id];
+  if constexpr (Arithmetic::kDropsDigits) {
+    const double most = kMostLostBits - kSparedBits - Arithmetic::kErrorBits;
+    coarsest[id] = largest[id] == kUnknown
+                       ? -kInfinity
+                       : static_cast<double>(largest[id] - 1) + most - static_cast<double>(bits);
+  }
   const Value first = arithmetic.FromNumber(precise.Number(id, 0));
   const long least = largest[id] == kUnknown ? kUnknown : arithmetic.ExponentFor(largest[id]);
   arithmetic.Reset(terms[id], least);
@@ -74,17 +80,17 @@ void BlockSeries<Arithmetic>::StartLine(LineId id)
     arithmetic.Reset(Weighted(id), least);
     arithmetic.Store(Weighted(id), 0, Value());
   }
-  if constexpr (kIsRelaxed) {
+  if constexpr (kIsRelaxed<Arithmetic>) {
     for (auto& product : convolutions[id]) product.Reset();
   }
-  if (!leftOut[id]) StartDivisor(line, id);
-  if (std::abs(first.exponent) > Arithmetic::kMostExponent) Refine();
+  return std::abs(first.exponent) <= Arithmetic::kMostExponent;
 }
 
 /// The reciprocal of term 0 of a divisor, of twice the root, of a base.
 template <class Arithmetic>
-void BlockSeries<Arithmetic>::StartDivisor(const Line& line, LineId id)
+void BlockSeries<Arithmetic>::StartDivisor(LineId id, mpfr_ptr reciprocal)
 {
+  const Line& line = tape.lines[id];
   LineId divisor = kNone;
   switch (line.kind) {
     case LineKind::kQuotient:
@@ -103,8 +109,7 @@ void BlockSeries<Arithmetic>::StartDivisor(const Line& line, LineId id)
     default:
       return;
   }
-  // More bits than the number has: its conversion rounds at once to what a factor holds.
-  Real& reciprocal = latest.sum;
+  // It has more bits than the number: its conversion rounds at once to what a factor holds.
   mpfr_ui_div(reciprocal, 1, precise.Number(divisor, 0), MPFR_RNDN);
   if (line.kind == LineKind::kSquareRoot) mpfr_div_2ui(reciprocal, reciprocal, 1, MPFR_RNDN);
   divisors[id] = arithmetic.ToFactor(arithmetic.FromNumber(reciprocal));
@@ -114,48 +119,25 @@ void BlockSeries<Arithmetic>::StartDivisor(const Line& line, LineId id)
 // Term k > 0
 
 template <class Arithmetic>
-void BlockSeries<Arithmetic>::ComputeTerms(int k)
+void BlockSeries<Arithmetic>::ComputeTerms(int first, int last)
 {
-  const auto count = static_cast<LineId>(tape.lines.size());
-  for (LineId id = 0;; ++id) {
-    const LineId next = settled.StoreTerms(id, k);
-    CountProducts(static_cast<int>(next - id + 1) * (k + 1));
-    if (next == count) return;
-    id = next;
-    ComputeTerm(id, k);
-    if (weightedRows[id] != kNone) StoreWeighted(id, k);
-  }
+  const std::size_t phases = schedule.PhaseCount();
+  const std::size_t rounds = phases * static_cast<std::size_t>(last - first + 1);
+  Together(rounds, [&](int member, std::size_t round) {
+    const std::size_t phase = round % phases;
+    const int k = first + static_cast<int>(round / phases);
+    members[static_cast<std::size_t>(member)]->recurrences.StoreTerms(
+        schedule.Begin(member, phase), schedule.End(member, phase), k);
+    if (round + 1 < rounds) return;
+    for (const LineId id : schedule.Lines(member)) FindLogs(id, first, last);
+  });
 }
 
+/// The logs of the terms first..last, and the largest of all.
 template <class Arithmetic>
-void BlockSeries<Arithmetic>::ComputeTerm(LineId id, int k)
+void BlockSeries<Arithmetic>::FindLogs(LineId id, int first, int last)
 {
-  StoreAndNote(terms[id], k, leftOut[id] ? Value() : TermOf(tape.lines[id], id, k));
-}
-
-/// Stores a term; what is prepared for lines that are settled depends on exponents.
-template <class Arithmetic>
-void BlockSeries<Arithmetic>::StoreAndNote(Terms& row, int k, const Value& value)
-{
-  const bool hadExponent = row.started;
-  const long exponent = row.exponent;
-  arithmetic.Store(row, k, value);
-  if (!hadExponent || row.exponent != exponent) settled.Rearrange();
-}
-
-template <class Arithmetic>
-void BlockSeries<Arithmetic>::StoreWeighted(LineId id, int k)
-{
-  Value weighted = arithmetic.Load(terms[id], k);
-  arithmetic.MultiplyBy(weighted, k);
-  StoreAndNote(Weighted(id), k, weighted);
-}
-
-/// The logs of the terms from the first on, and the largest of all.
-template <class Arithmetic>
-void BlockSeries<Arithmetic>::FindLogs(LineId id, int first)
-{
-  const auto begin = static_cast<std::size_t>(first), end = static_cast<std::size_t>(order) + 1;
+  const auto begin = static_cast<std::size_t>(first), end = static_cast<std::size_t>(last) + 1;
   const std::span found = std::span(logs[id]).subspan(begin, end - begin);
   if constexpr (requires { arithmetic.FindLogs(terms[id], first, found); }) {
     sizes[id] = std::max(sizes[id], arithmetic.FindLogs(terms[id], first, found));
@@ -167,191 +149,86 @@ void BlockSeries<Arithmetic>::FindLogs(LineId id, int first)
   }
 }
 
-template <class Arithmetic>
-void BlockSeries<Arithmetic>::CountProducts(int count)
-{
-  products += count;
-  if (products < kBlockProductsPerPoll) return;
-  products = 0;
-  if (poll) poll();
-}
-
-template <class Arithmetic>
-auto BlockSeries<Arithmetic>::TermOf(const Line& line, LineId id, int k) -> Value
-{
-  switch (line.kind) {
-    case LineKind::kConstant:
-      return {};
-    case LineKind::kState:
-      return StateTerm(line, k);
-    case LineKind::kTime: {
-      if (k > 1) return {};
-      Real scale(2);
-      mpfr_set_si_2exp(scale, isBackwards ? -1 : 1, scaleExponent, MPFR_RNDN);
-      return arithmetic.FromNumber(scale);
-    }
-    case LineKind::kCombination:
-      return Combination(line, k);
-    case LineKind::kProduct:
-      return Convolve(id, 0, terms[line.a], terms[line.b], 0, k, k);
-    case LineKind::kSquare:
-      return ConvolveSelf(id, terms[line.a], 0, k);
-    case LineKind::kQuotient: {
-      // (6) s b = a: s[k] = (a[k] - sum over j = 1..k of b[j] s[k-j]) / b[0]
-      Value s = Difference(arithmetic.Load(terms[line.a], k),
-                           Convolve(id, 0, terms[line.b], terms[id], 1, k, k));
-      arithmetic.Multiply(s, divisors[id]);
-      return s;
-    }
-    case LineKind::kSquareRoot: {
-      // (7) s^2 = a: s[k] = (a[k] - sum over j = 1..k-1 of s[j] s[k-j]) / (2 s[0])
-      Value s = Difference(arithmetic.Load(terms[line.a], k), ConvolveSelf(id, terms[id], 1, k));
-      arithmetic.Multiply(s, divisors[id]);
-      return s;
-    }
-    case LineKind::kPower:
-      return Power(line, id, k);
-    case LineKind::kIntegralOfProduct: {
-      // (9) s' = +-b a': k s[k] = +-(sum over j = 1..k of j a[j] b[k-j])
-      Value s = Convolve(id, 0, Weighted(line.a), terms[line.b], 1, k, k);
-      arithmetic.DivideBy(s, k);
-      if (line.negative) arithmetic.Negate(s);
-      return s;
-    }
-    case LineKind::kIntegralOfQuotient:
-      return IntegralOfQuotient(line, id, k);
-    case LineKind::kAngle:
-      return Angle(line, id, k);
-  }
-  return {};
-}
-
-/// (2) x' = f: term k of x is scale / k times term k-1 of f.
-template <class Arithmetic>
-auto BlockSeries<Arithmetic>::StateTerm(const Line& line, int k) -> Value
-{
-  Value x = arithmetic.Load(terms[tape.rightHandSides[line.index]], k - 1);
-  arithmetic.Shift(x, scaleExponent);
-  if (isBackwards) arithmetic.Negate(x);
-  arithmetic.DivideBy(x, k);
-  return x;
-}
-
-/// (3) s[k] = sum of factor * a[k]
-template <class Arithmetic>
-auto BlockSeries<Arithmetic>::Combination(const Line& line, int k) -> Value
-{
-  if (line.factorCount == 0) return {};
-  const auto* factor = &tape.factors[line.firstFactor];
-  Value sum = Scaled(*factor, k);
-  for (std::uint32_t i = 1; i < line.factorCount; ++i) arithmetic.Add(sum, Scaled(*++factor, k));
-  return sum;
-}
-
-/// factor * a[k]
-template <class Arithmetic>
-inline auto BlockSeries<Arithmetic>::Scaled(const varno::solve::Factor& factor, int k) -> Value
-{
-  Value a = arithmetic.Load(terms[factor.line], k);
-  if (factor.whole == 1 || a.IsExactZero()) return a;
-  if (factor.whole == -1) {
-    arithmetic.Negate(a);
-  } else if (factor.whole != 0) {
-    arithmetic.MultiplyByWhole(a, factor.whole);
-  } else {
-    arithmetic.Multiply(a, constants[factor.constant]);
-  }
-  return a;
-}
-
-/// (8) a s' = e s a': k a[0] s[k] = sum over j = 1..k of ((e + 1) j - k) a[j] s[k-j]
-template <class Arithmetic>
-auto BlockSeries<Arithmetic>::Power(const Line& line, LineId id, int k) -> Value
-{
-  Value s = Convolve(id, 0, Weighted(line.a), terms[id], 1, k, k);
-  if (line.constant != kNone) arithmetic.Multiply(s, exponentsPlusOne[line.constant]);
-  arithmetic.DivideBy(s, k);
-  s = Difference(s, Convolve(id, 1, terms[line.a], terms[id], 1, k, k));
-  arithmetic.Multiply(s, divisors[id]);
-  return s;
-}
-
-/// (10) b s' = +-a': k b[0] s[k] = +-k a[k] - sum over j = 1..k-1 of j s[j] b[k-j]
-template <class Arithmetic>
-auto BlockSeries<Arithmetic>::IntegralOfQuotient(const Line& line, LineId id, int k) -> Value
-{
-  Value s = arithmetic.Load(terms[line.a], k);
-  arithmetic.MultiplyBy(s, k);
-  if (line.negative) arithmetic.Negate(s);
-  s = Difference(s, Convolve(id, 0, Weighted(id), terms[line.b], 1, k - 1, k));
-  arithmetic.Multiply(s, divisors[id]);
-  arithmetic.DivideBy(s, k);
-  return s;
-}
-
-/// (11) c s' = b a' - a b' with c = a^2 + b^2: k c[0] s[k] =
-/// sum over j = 1..k of (j a[j] b[k-j] - j b[j] a[k-j]) - sum over j = 1..k-1 of j s[j] c[k-j]
-template <class Arithmetic>
-auto BlockSeries<Arithmetic>::Angle(const Line& line, LineId id, int k) -> Value
-{
-  Value s = Difference(Convolve(id, 0, Weighted(line.a), terms[line.b], 1, k, k),
-                       Convolve(id, 1, Weighted(line.b), terms[line.a], 1, k, k));
-  s = Difference(s, Convolve(id, 2, Weighted(id), terms[line.c], 1, k - 1, k));
-  arithmetic.Multiply(s, divisors[id]);
-  arithmetic.DivideBy(s, k);
-  return s;
-}
-
 // ---------------------------------------------------------------------------------------------
 // What others ask
 
 template <class Arithmetic>
-void BlockSeries<Arithmetic>::Sum(LineId line, mpfr_srcptr offset, mpfr_ptr result) const
+void BlockSeries<Arithmetic>::SumStates(mpfr_srcptr offset, std::span<Real> results,
+                                        std::span<unsigned char> areRounded) const
+{
+  if (isRefined) {
+    Series::SumStates(offset, results, areRounded);
+    return;
+  }
+  ForEachState([&](std::size_t state, Powers& by) {
+    mpfr_clear_inexflag();
+    SumBy(by, static_cast<LineId>(state), offset, results[state]);
+    areRounded[state] = mpfr_inexflag_p() != 0 ? 1 : 0;
+  });
+}
+
+template <class Arithmetic>
+void BlockSeries<Arithmetic>::SumStatesWithDerivatives(mpfr_srcptr offset, std::span<Real> values,
+                                                       std::span<Real> derivatives) const
+{
+  if (isRefined) {
+    Series::SumStatesWithDerivatives(offset, values, derivatives);
+    return;
+  }
+  ForEachState([&](std::size_t state, Powers& by) {
+    SumWithDerivativeBy(by, static_cast<LineId>(state), offset, values[state], derivatives[state]);
+  });
+}
+
+template <class Arithmetic>
+void BlockSeries<Arithmetic>::SumBy(Powers& by, LineId line, mpfr_srcptr offset,
+                                    mpfr_ptr result) const
 {
   if (isRefined) {
     precise.Sum(line, offset, result);
-  } else if (kIsRelaxed || !terms[line].inexact) {
-    AddFirstTerm(line, SumByHorner(line, offset), result);
+  } else if (kIsRelaxed<Arithmetic> || !terms[line].inexact) {
+    AddFirstTerm(by, line, SumByHorner(line, offset), result);
   } else {
-    AddFirstTerm(line, SumBehindFirst(line, offset), result);
+    AddFirstTerm(by, line, SumBehindFirst(by, line, offset), result);
   }
 }
 
 /// The sum of a line that has lost bits, but for its first term.
 template <class Arithmetic>
-auto BlockSeries<Arithmetic>::SumBehindFirst(LineId line, mpfr_srcptr offset) const -> Value
+auto BlockSeries<Arithmetic>::SumBehindFirst(Powers& by, LineId line, mpfr_srcptr offset) const
+    -> Value
 {
   if constexpr (kIsNarrow) {
-    if (latest.ofFraction.Set(offset, order)) return latest.ofFraction.Sum(terms[line], order);
+    if (by.ofFraction.Set(offset, order)) return by.ofFraction.Sum(terms[line], order);
   }
-  PreparePowers(offset);
-  return arithmetic.Convolve(terms[line], latest.powers, 1, order, order);
+  PreparePowers(by, offset);
+  return arithmetic.Convolve(terms[line], by.powers, 1, order, order);
 }
 
 template <class Arithmetic>
-void BlockSeries<Arithmetic>::SumWithDerivative(LineId line, mpfr_srcptr offset, mpfr_ptr value,
-                                                mpfr_ptr derivative) const
+void BlockSeries<Arithmetic>::SumWithDerivativeBy(Powers& by, LineId line, mpfr_srcptr offset,
+                                                  mpfr_ptr value, mpfr_ptr derivative) const
 {
   if (isRefined) {
     Series::SumWithDerivative(line, offset, value, derivative);
     return;
   }
   if constexpr (kIsNarrow) {
-    if (order <= NarrowPowers::kMostTermsOfSlopes && latest.ofFraction.Set(offset, order)) {
-      const auto [sum, slope] = latest.ofFraction.SumAndSlope(terms[line], order);
-      AddFirstTerm(line, sum, value);
+    if (order <= NarrowPowers::kMostTermsOfSlopes && by.ofFraction.Set(offset, order)) {
+      const auto [sum, slope] = by.ofFraction.SumAndSlope(terms[line], order);
+      AddFirstTerm(by, line, sum, value);
       arithmetic.ToNumber(slope, derivative);
       return;
     }
   }
-  Sum(line, offset, value);
-  if (kIsRelaxed) {
+  SumBy(by, line, offset, value);
+  if (kIsRelaxed<Arithmetic>) {
     arithmetic.ToNumber(SlopeByHorner(line, offset), derivative);
     return;
   }
-  PreparePowers(offset);
-  PrepareSlopes();
-  arithmetic.ToNumber(arithmetic.Convolve(terms[line], latest.slopes, 1, order, order), derivative);
+  PreparePowers(by, offset);
+  PrepareSlopes(by);
+  arithmetic.ToNumber(arithmetic.Convolve(terms[line], by.slopes, 1, order, order), derivative);
 }
 
 /// Horner's scheme on the terms behind the first. Where these are exact the sum may be, too: those
@@ -385,61 +262,62 @@ auto BlockSeries<Arithmetic>::SlopeByHorner(LineId line, mpfr_srcptr offset) con
 }
 
 template <class Arithmetic>
-void BlockSeries<Arithmetic>::PreparePowers(mpfr_srcptr offset) const
+void BlockSeries<Arithmetic>::PreparePowers(Powers& by, mpfr_srcptr offset) const
 {
-  if (latest.order == order && mpfr_equal_p(latest.offset, offset) != 0) return;
-  latest.offset.SetBits(mpfr_get_prec(offset));
-  mpfr_set(latest.offset, offset, MPFR_RNDN);
-  latest.order = order;
-  latest.hasSlopes = false;
+  if (by.order == order && mpfr_equal_p(by.offset, offset) != 0) return;
+  by.offset.SetBits(mpfr_get_prec(offset));
+  mpfr_set(by.offset, offset, MPFR_RNDN);
+  by.order = order;
+  by.hasSlopes = false;
   const double size = Log2Size(offset);
   const double largestPower =
       mpfr_zero_p(offset) != 0 ? 0 : std::ceil(std::max(size, size * order));
-  arithmetic.Reserve(latest.powers, order + 1);
-  arithmetic.Reset(latest.powers, arithmetic.ExponentFor(static_cast<long>(largestPower)));
+  arithmetic.Reserve(by.powers, order + 1);
+  arithmetic.Reset(by.powers, arithmetic.ExponentFor(static_cast<long>(largestPower)));
   const Value first = arithmetic.FromNumber(offset);
   const Factor r = arithmetic.ToFactor(first);
-  arithmetic.Store(latest.powers, order - 1, first);
+  arithmetic.Store(by.powers, order - 1, first);
   // That they may be exact changes nothing for sums with lines that are not.
-  latest.powers.inexact = true;
-  const int stored = StoreSettledPowers(latest.powers, order - 1, r);
+  by.powers.inexact = true;
+  const int stored = StoreSettledPowers(by.powers, order - 1, r);
   for (int k = order - 2 - stored; k >= 0; --k) {
     // From the line, where the exponent is that of the largest: a product has one of its own, which
     // grows with each factor above 1, and leaves less behind the point.
-    Value power = arithmetic.Load(latest.powers, k + 1);
+    Value power = arithmetic.Load(by.powers, k + 1);
     arithmetic.Multiply(power, r);
-    arithmetic.Store(latest.powers, k, power);
+    arithmetic.Store(by.powers, k, power);
   }
 }
 
 /// The derivatives of the powers that are there.
 template <class Arithmetic>
-void BlockSeries<Arithmetic>::PrepareSlopes() const
+void BlockSeries<Arithmetic>::PrepareSlopes(Powers& by) const
 {
-  if (latest.hasSlopes) return;
-  latest.hasSlopes = true;
-  const double largestPower = std::max(0.0, Log2Size(latest.offset) * (order - 1));
+  if (by.hasSlopes) return;
+  by.hasSlopes = true;
+  const double largestPower = std::max(0.0, Log2Size(by.offset) * (order - 1));
   const double largestSlope = std::ceil(largestPower + std::log2(order));
-  arithmetic.Reserve(latest.slopes, order + 1);
-  arithmetic.Reset(latest.slopes, arithmetic.ExponentFor(static_cast<long>(largestSlope)));
+  arithmetic.Reserve(by.slopes, order + 1);
+  arithmetic.Reset(by.slopes, arithmetic.ExponentFor(static_cast<long>(largestSlope)));
   Real one(2);
   mpfr_set_ui(one, 1, MPFR_RNDN);
-  arithmetic.Store(latest.slopes, order - 1, arithmetic.FromNumber(one));
-  latest.slopes.inexact = true;
+  arithmetic.Store(by.slopes, order - 1, arithmetic.FromNumber(one));
+  by.slopes.inexact = true;
   for (int j = 2; j <= order; ++j) {
-    if (StoreSettledMultiple(latest.slopes, order - j, j, latest.powers, order - j + 1)) continue;
-    Value slope = arithmetic.Load(latest.powers, order - j + 1);
+    if (StoreSettledMultiple(by.slopes, order - j, j, by.powers, order - j + 1)) continue;
+    Value slope = arithmetic.Load(by.powers, order - j + 1);
     arithmetic.MultiplyBy(slope, j);
-    arithmetic.Store(latest.slopes, order - j, slope);
+    arithmetic.Store(by.slopes, order - j, slope);
   }
 }
 
 template <class Arithmetic>
-void BlockSeries<Arithmetic>::AddFirstTerm(LineId line, const Value& others, mpfr_ptr result) const
+void BlockSeries<Arithmetic>::AddFirstTerm(Powers& by, LineId line, const Value& others,
+                                           mpfr_ptr result) const
 {
-  mpfr_ptr sum = latest.sum;
+  mpfr_ptr sum = by.sum;
   // With operands of the same precision MPFR takes a third of the time.
-  if constexpr (kIsNarrow) sum = latest.roundedSum;
+  if constexpr (kIsNarrow) sum = by.roundedSum;
   arithmetic.ToNumber(others, sum);
   mpfr_add(result, precise.Number(line, 0), sum, MPFR_RNDN);
   if (others.lost || others.inexact) mpfr_set_inexflag();

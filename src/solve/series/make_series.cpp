@@ -7,30 +7,18 @@
 
 namespace varno::solve {
 
-namespace {
-
-template <class Arithmetic>
-std::unique_ptr<Series> MakeBlockSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder,
-                                        bool disturbed, Poll poll)
-{
-  return std::make_unique<BlockSeries<Arithmetic>>(tape, bits, usualOrder, disturbed,
-                                                   std::move(poll));
-}
-
-}  // namespace
-
 std::unique_ptr<Series> MakeSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder,
-                                   bool disturbed, Poll poll)
+                                   bool disturbed, const Poll& poll, std::shared_ptr<Team> team)
 {
-  if (bits <= NarrowArithmetic::kMostBits)
-    return MakeBlockSeries<NarrowArithmetic>(tape, bits, usualOrder, disturbed, std::move(poll));
-  if (bits <= WideArithmetic<8>::kMostBits)
-    return MakeBlockSeries<WideArithmetic<8>>(tape, bits, usualOrder, disturbed, std::move(poll));
-  if (bits <= WideArithmetic<24>::kMostBits)
-    return MakeBlockSeries<WideArithmetic<24>>(tape, bits, usualOrder, disturbed, std::move(poll));
-  if (bits <= WideArithmetic<42>::kMostBits)
-    return MakeBlockSeries<WideArithmetic<42>>(tape, bits, usualOrder, disturbed, std::move(poll));
-  return MakeBlockSeries<LongArithmetic>(tape, bits, usualOrder, disturbed, std::move(poll));
+  const auto make = [&]<class Arithmetic>() -> std::unique_ptr<Series> {
+    return std::make_unique<BlockSeries<Arithmetic>>(tape, bits, usualOrder, disturbed, poll,
+                                                     std::move(team));
+  };
+  if (bits <= NarrowArithmetic::kMostBits) return make.operator()<NarrowArithmetic>();
+  if (bits <= WideArithmetic<8>::kMostBits) return make.operator()<WideArithmetic<8>>();
+  if (bits <= WideArithmetic<24>::kMostBits) return make.operator()<WideArithmetic<24>>();
+  if (bits <= WideArithmetic<42>::kMostBits) return make.operator()<WideArithmetic<42>>();
+  return make.operator()<LongArithmetic>();
 }
 
 std::unique_ptr<Series> MakeSeriesAtRoot(const Tape& tape, mpfr_prec_t bits, int usualOrder,

@@ -12,8 +12,10 @@
 #include "solve/evaluation/elementary.h"
 #include "solve/evaluation/evaluator.h"
 #include "solve/evaluation/size.h"
+#include "solve/series/line_schedule.h"
 #include "solve/series/weighted_lines.h"
 #include "solve/tape/below.h"
+#include "solve/team/team.h"
 
 namespace varno::solve {
 
@@ -128,9 +130,7 @@ void MpfrSeries::CountProduct() const
 void MpfrSeries::Begin(mpfr_srcptr time, std::span<const Real> states, bool backwards,
                        long scaleExponent)
 {
-  mpfr_set_si_2exp(scale, backwards ? -1 : 1, scaleExponent, kNearest);
-  order = 0;
-  for (std::vector<double>& line : logs) line.clear();
+  Forget(backwards, scaleExponent);
   try {
     StartLines(time, states);
   } catch (const DomainError& error) {
@@ -142,11 +142,35 @@ void MpfrSeries::Begin(mpfr_srcptr time, std::span<const Real> states, bool back
   }
 }
 
+void MpfrSeries::BeginTogether(mpfr_srcptr time, std::span<const Real> states, bool backwards,
+                               long scaleExponent, Team& team, const LineSchedule& schedule)
+{
+  Forget(backwards, scaleExponent);
+  std::vector<Real> scratch(static_cast<std::size_t>(schedule.MemberCount()), Real(bits));
+  const auto start = [&](int member, std::size_t phase) {
+    for (const LineId id : schedule.Lines(member, phase))
+      StartLine(id, time, states, scratch[static_cast<std::size_t>(member)]);
+  };
+  try {
+    team.Run(schedule.PhaseCount(), start);
+  } catch (const DomainError&) {
+    // Of several errors that of the first line counts.
+    Begin(time, states, backwards, scaleExponent);
+  }
+}
+
+void MpfrSeries::Forget(bool backwards, long scaleExponent)
+{
+  mpfr_set_si_2exp(scale, backwards ? -1 : 1, scaleExponent, kNearest);
+  order = 0;
+  for (std::vector<double>& line : logs) line.clear();
+}
+
 void MpfrSeries::StartLines(mpfr_srcptr time, std::span<const Real> states)
 {
   if (!fedQuotients.empty()) {
     SolveFedQuotients(0, [&] {
-      for (LineId id = 0; id < tape.lines.size(); ++id) StartLine(id, time, states);
+      for (LineId id = 0; id < tape.lines.size(); ++id) StartLine(id, time, states, product);
     });
     return;
   }
@@ -154,12 +178,13 @@ void MpfrSeries::StartLines(mpfr_srcptr time, std::span<const Real> states)
     for (LineId id = 0; id < tape.lines.size(); ++id) {
       const int term = k + headStarts[id];
       if (term > 0) ComputeTerm(id, term);
-      if (term == 0) StartLine(id, time, states);
+      if (term == 0) StartLine(id, time, states, product);
     }
   }
 }
 
-void MpfrSeries::StartLine(LineId id, mpfr_srcptr time, std::span<const Real> states)
+void MpfrSeries::StartLine(LineId id, mpfr_srcptr time, std::span<const Real> states,
+                           mpfr_ptr scratch)
 {
   if (leftOut[id]) {
     const auto constant = held.find(id);
@@ -171,11 +196,11 @@ void MpfrSeries::StartLine(LineId id, mpfr_srcptr time, std::span<const Real> st
     return;
   }
   mpfr_clear_underflow();
-  Start(id, time, states);
+  Start(id, time, states, scratch);
   Check(tape.lines[id], Terms(id));
 }
 
-void MpfrSeries::Start(LineId id, mpfr_srcptr time, std::span<const Real> states)
+void MpfrSeries::Start(LineId id, mpfr_srcptr time, std::span<const Real> states, mpfr_ptr scratch)
 {
   const Line& line = tape.lines[id];
   mpfr_ptr s = Terms(id);
@@ -190,7 +215,7 @@ void MpfrSeries::Start(LineId id, mpfr_srcptr time, std::span<const Real> states
       mpfr_set(s, states[line.index], kNearest);
       return;
     case LineKind::kCombination:
-      Combination(line, s, 0);
+      Combination(line, s, 0, scratch);
       if (line.constant != kNone) mpfr_add(s, s, constants[line.constant], kNearest);
       return;
     case LineKind::kProduct:
@@ -336,7 +361,7 @@ void MpfrSeries::Recurrence(LineId id, mpfr_ptr s, int k)
       AdvanceState(line, s, k);
       return;
     case LineKind::kCombination:
-      Combination(line, s + k, k);
+      Combination(line, s + k, k, product);
       return;
     case LineKind::kProduct:
       Convolve(Terms(line.a), Terms(line.b), 0, k, k, s + k);
@@ -395,7 +420,7 @@ void MpfrSeries::SetScaled(const Factor& factor, mpfr_ptr result, mpfr_srcptr a)
   }
 }
 
-void MpfrSeries::AddScaled(const Factor& factor, mpfr_ptr result, int k)
+void MpfrSeries::AddScaled(const Factor& factor, mpfr_ptr result, int k, mpfr_ptr scratch)
 {
   mpfr_srcptr a = Terms(factor.line) + k;
   if (mpfr_zero_p(a) != 0) return;
@@ -411,21 +436,21 @@ void MpfrSeries::AddScaled(const Factor& factor, mpfr_ptr result, int k)
       mpfr_sub(result, result, a, kNearest);
       return;
     case 0:
-      mpfr_mul(product, a, constants[factor.constant], kNearest);
+      mpfr_mul(scratch, a, constants[factor.constant], kNearest);
       break;
     default:
-      mpfr_mul_si(product, a, factor.whole, kNearest);
+      mpfr_mul_si(scratch, a, factor.whole, kNearest);
       break;
   }
-  mpfr_add(result, result, product, kNearest);
+  mpfr_add(result, result, scratch, kNearest);
 }
 
 /// (3) s[k] = sum of factor * a[k]; the constant belongs to term 0 only.
-void MpfrSeries::Combination(const Line& line, mpfr_ptr s, int k)
+void MpfrSeries::Combination(const Line& line, mpfr_ptr s, int k, mpfr_ptr scratch)
 {
   mpfr_set_zero(s, 1);
   for (std::uint32_t i = 0; i < line.factorCount; ++i)
-    AddScaled(tape.factors[line.firstFactor + i], s, k);
+    AddScaled(tape.factors[line.firstFactor + i], s, k, scratch);
 }
 
 /// (5) s[k] = 2 (sum over j < k/2 of a[j] a[k-j]) + a[k/2]^2, the last for even k

@@ -10,6 +10,8 @@
 namespace varno::solve {
 
 enum class Outcome;
+class LineSchedule;
+class Team;
 
 /// The Taylor terms of a tape with one MPFR number for each term, all of the same precision.
 ///
@@ -26,6 +28,9 @@ class MpfrSeries final : public Series {
   }
   void Begin(mpfr_srcptr time, std::span<const Real> states, bool backwards,
              long scaleExponent) override;
+  /// The same by the members of a team, for a series without common roots.
+  void BeginTogether(mpfr_srcptr time, std::span<const Real> states, bool backwards,
+                     long scaleExponent, Team& team, const LineSchedule& schedule);
   void ExtendTo(int order) override;
   int Order() const override { return order; }
   double Log2(LineId line, int k) const override;
@@ -49,9 +54,10 @@ class MpfrSeries final : public Series {
   void SetHeadStarts();
   void CountProduct() const;
 
+  void Forget(bool backwards, long scaleExponent);
   void StartLines(mpfr_srcptr time, std::span<const Real> states);
-  void StartLine(LineId id, mpfr_srcptr time, std::span<const Real> states);
-  void Start(LineId id, mpfr_srcptr time, std::span<const Real> states);
+  void StartLine(LineId id, mpfr_srcptr time, std::span<const Real> states, mpfr_ptr scratch);
+  void Start(LineId id, mpfr_srcptr time, std::span<const Real> states, mpfr_ptr scratch);
   void StartQuotient(const Line& line, int rootOrder, mpfr_ptr s);
   void StartRoot(const Line& line, int rootOrder, mpfr_ptr s);
   void StartFunction(const Line& line, mpfr_ptr s);
@@ -68,9 +74,9 @@ class MpfrSeries final : public Series {
   std::vector<Real> Residuals(int k, const std::vector<Real>& guesses,
                               const std::function<void()>& computeTerms);
   void Recurrence(LineId id, mpfr_ptr s, int k);
-  void Combination(const Line& line, mpfr_ptr s, int k);
+  void Combination(const Line& line, mpfr_ptr s, int k, mpfr_ptr scratch);
   void SetScaled(const Factor& factor, mpfr_ptr result, mpfr_srcptr a);
-  void AddScaled(const Factor& factor, mpfr_ptr sum, int k);
+  void AddScaled(const Factor& factor, mpfr_ptr sum, int k, mpfr_ptr scratch);
   void Square(mpfr_srcptr a, mpfr_ptr s, int k);
   void Quotient(const Line& line, int rootOrder, mpfr_ptr s, int k);
   void SquareRoot(const Line& line, int rootOrder, mpfr_ptr s, int k);

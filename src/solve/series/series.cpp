@@ -19,4 +19,21 @@ void Series::SumWithDerivative(LineId line, mpfr_srcptr offset, mpfr_ptr value,
   }
 }
 
+void Series::SumStates(mpfr_srcptr offset, std::span<Real> results,
+                       std::span<unsigned char> areRounded) const
+{
+  for (std::size_t state = 0; state < results.size(); ++state) {
+    mpfr_clear_inexflag();
+    Sum(static_cast<LineId>(state), offset, results[state]);
+    areRounded[state] = mpfr_inexflag_p() != 0 ? 1 : 0;
+  }
+}
+
+void Series::SumStatesWithDerivatives(mpfr_srcptr offset, std::span<Real> values,
+                                      std::span<Real> derivatives) const
+{
+  for (std::size_t state = 0; state < values.size(); ++state)
+    SumWithDerivative(static_cast<LineId>(state), offset, values[state], derivatives[state]);
+}
+
 }  // namespace varno::solve

@@ -12,6 +12,8 @@
 
 namespace varno::solve {
 
+class Team;
+
 /// The Taylor terms of all lines of a tape about one point in time.
 ///
 /// Term k of a line u is scale^k u^(k) / k!, where scale = +-2^exponent is the unit in which time
@@ -49,6 +51,13 @@ class Series {
   /// The same with the derivative by the offset.
   virtual void SumWithDerivative(LineId line, mpfr_srcptr offset, mpfr_ptr value,
                                  mpfr_ptr derivative) const;
+  /// Sum of all states, which are the first lines, with whether each is rounded; called where a
+  /// series may be extended.
+  virtual void SumStates(mpfr_srcptr offset, std::span<Real> results,
+                         std::span<unsigned char> areRounded) const;
+  /// The same with the derivatives by the offset.
+  virtual void SumStatesWithDerivatives(mpfr_srcptr offset, std::span<Real> values,
+                                        std::span<Real> derivatives) const;
   /// Sets result to term k.
   virtual void Term(LineId line, int k, mpfr_ptr result) const = 0;
   /// The order of the common root that the line begins with: MakeSeriesAtRoot.
@@ -96,9 +105,12 @@ struct CommonRoot {
 /// A series for a tape, which must outlive it, with at least this precision. Throws DomainError
 /// where a constant of the tape has no value. `disturbed` moves constants that are rounded
 /// (evaluation/disturbance.h). `poll`, if there is one, is called while terms are computed or
-/// summed; what it throws leaves the series to be begun again.
+/// summed; what it throws leaves the series to be begun again. The members of a team share the
+/// work, for the same terms; none: one thread does it. Then a series may be begun and extended only
+/// where a job of the team may be.
 std::unique_ptr<Series> MakeSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder,
-                                   bool disturbed = false, Poll poll = {});
+                                   bool disturbed = false, const Poll& poll = {},
+                                   std::shared_ptr<Team> team = nullptr);
 
 /// The same about a point where lines begin at common roots: what their operands have there, in
 /// the terms that are 0 but for rounding, is left out, and the terms that follow are divided, or

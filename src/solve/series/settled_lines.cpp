@@ -9,32 +9,36 @@ namespace varno::solve {
 
 using Lines = SettledLines<NarrowArithmetic>;
 
-Lines::SettledLines(const LineOperands<NarrowArithmetic>& operands)
-    : operands(operands), prepared(operands.tape.lines.size())
+Lines::SettledLines(const LineOperands<NarrowArithmetic>& operands, std::span<const LineId> lines)
+    : operands(operands), lines(lines), prepared(lines.size())
 {}
 
 void Lines::Begin(long newScaleExponent, bool backwards)
 {
   scaleExponent = newScaleExponent;
   isBackwards = backwards;
-  Rearrange();
+  operands.Rearrange();
 }
 
 // ---------------------------------------------------------------------------------------------
 // The recurrences: numbers in parentheses are those of docs/solve/recurrences.md.
 
-LineId Lines::StoreTerms(LineId first, int k)
+std::size_t Lines::StoreTerms(std::size_t first, std::size_t last, int k)
 {
-  Prepared *const begin = prepared.data(), *const end = begin + prepared.size();
-  Prepared* line = begin + first;
-  for (; line != end; ++line) {
-    if (line->kind == kUnprepared) Prepare(static_cast<LineId>(line - begin), k);
-    if (StoreTerm(*line, k)) continue;
+  // What changes in other lines meanwhile does not concern these.
+  const std::int64_t arrangement = operands.Arrangement();
+  for (std::size_t i = first; i < last; ++i) {
+    Prepared& line = prepared[i];
+    if (line.arrangement != arrangement) {
+      Prepare(line, lines[i], k);
+      line.arrangement = arrangement;
+    }
+    if (StoreTerm(line, k)) continue;
     // What is not settled yet may be so after this term, which is to be computed in another way.
-    if (!line->s->inexact) line->kind = kUnprepared;
-    break;
+    if (!line.s->inexact) line.arrangement = kUnprepared;
+    return i;
   }
-  return static_cast<LineId>(line - begin);
+  return last;
 }
 
 /// Stores term k, and the weighted one; false if that is to be done in another way.
@@ -98,9 +102,8 @@ LineId Lines::StoreTerms(LineId first, int k)
 // ---------------------------------------------------------------------------------------------
 // What is constant while the exponents stay
 
-void Lines::Prepare(LineId id, int k)
+void Lines::Prepare(Prepared& line, LineId id, int k)
 {
-  Prepared& line = prepared[id];
   line.s = &operands.terms[id];
   line.weighted = Weighted(id);
   line.kind = kOtherKind;

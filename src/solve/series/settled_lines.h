@@ -1,24 +1,16 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "solve/fixed/narrow.h"
 #include "solve/fixed/narrow_scaled_sum.h"
+#include "solve/series/line_operands.h"
 #include "solve/tape/tape.h"
 
 namespace varno::solve {
-
-/// What the terms of a tape's lines are made of. All outlives who is given it.
-template <class Arithmetic>
-struct LineOperands {
-  const Tape& tape;
-  std::vector<typename Arithmetic::Terms>& terms;             ///< by line
-  std::vector<typename Arithmetic::Terms>& weighted;          ///< j times term j
-  const std::vector<std::uint32_t>& weightedRows;             ///< by line, in `weighted`
-  const std::vector<typename Arithmetic::Factor>& constants;  ///< by constant
-  const std::vector<typename Arithmetic::Factor>& divisors;   ///< by line: a reciprocal
-};
 
 /// The terms of lines that are settled: most of all terms, in a fraction of the time.
 ///
@@ -30,38 +22,40 @@ struct LineOperands {
 ///
 /// Where this does not do, a term is computed like those of other lines. An arithmetic without
 /// settled lines has none.
+///
+/// An object serves one thread, for the lines whose terms that makes, which stand in their order.
 template <class Arithmetic>
 class SettledLines {
  public:
-  explicit SettledLines(const LineOperands<Arithmetic>& /*operands*/) {}
+  SettledLines(const LineOperands<Arithmetic>& /*operands*/, std::span<const LineId> /*lines*/) {}
   void Begin(long /*scaleExponent*/, bool /*isBackwards*/) {}
-  void Rearrange() {}
-  static LineId StoreTerms(LineId first, int /*k*/) { return first; }
+  static std::size_t StoreTerms(std::size_t first, std::size_t /*last*/, int /*k*/)
+  {
+    return first;
+  }
 };
 
 template <>
 class SettledLines<NarrowArithmetic> {
  public:
-  explicit SettledLines(const LineOperands<NarrowArithmetic>& operands);
+  SettledLines(const LineOperands<NarrowArithmetic>& operands, std::span<const LineId> lines);
 
   /// A step with this scale.
   void Begin(long newScaleExponent, bool backwards);
-  /// The exponent of a line has changed, a line has got one, or the place of its terms.
-  void Rearrange()
-  {
-    for (Prepared& line : prepared) line.kind = kUnprepared;
-  }
-  /// Stores term k > 0 of the lines from the first on, weighted ones, too; returns the first line
-  /// of which it is to be computed in another way, or the number of lines.
-  LineId StoreTerms(LineId first, int k);
+  /// Stores term k > 0 of the lines first..last-1 in their order, weighted ones, too; returns the
+  /// first of which it is to be computed in another way, or `last`.
+  std::size_t StoreTerms(std::size_t first, std::size_t last, int k);
 
  private:
-  /// Stand for those whose terms are not made here, and that are to be prepared.
-  static constexpr LineKind kOtherKind = LineKind::kConstant, kUnprepared = LineKind::kTime;
+  /// Stands for those whose terms are not made here.
+  static constexpr LineKind kOtherKind = LineKind::kConstant;
+  /// Of a line that is to be prepared.
+  static constexpr std::int64_t kUnprepared = -1;
 
   /// What is prepared of a line.
   struct Prepared {
-    LineKind kind = kUnprepared;
+    std::int64_t arrangement = kUnprepared;  // for which this is
+    LineKind kind;
     bool isNegative;          // of a state and an integral
     narrow::TermShift shift;  // from the units counted in
     NarrowTerms* s;           // of the line
@@ -72,7 +66,7 @@ class SettledLines<NarrowArithmetic> {
   };
 
   static bool StoreTerm(const Prepared& line, int k);
-  void Prepare(LineId id, int k);
+  void Prepare(Prepared& line, LineId id, int k);
   bool LosesBits(LineId id, int k) const;
   bool SetUp(Prepared& line, LineId id) const;
   static bool SetUnits(Prepared& line, long exponent);
@@ -86,7 +80,8 @@ class SettledLines<NarrowArithmetic> {
   }
 
   LineOperands<NarrowArithmetic> operands;
-  std::vector<Prepared> prepared;  // by line
+  std::span<const LineId> lines;
+  std::vector<Prepared> prepared;  // by place in `lines`
   long scaleExponent = 0;
   bool isBackwards = false;
 };

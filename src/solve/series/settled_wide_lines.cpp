@@ -6,8 +6,9 @@
 namespace varno::solve {
 
 template <int N>
-SettledLines<WideArithmetic<N>>::SettledLines(const LineOperands<WideArithmetic<N>>& operands)
-    : operands(operands), kernel(&BestColumnKernel()), prepared(operands.tape.lines.size())
+SettledLines<WideArithmetic<N>>::SettledLines(const LineOperands<WideArithmetic<N>>& operands,
+                                              std::span<const LineId> lines)
+    : operands(operands), kernel(&BestColumnKernel()), lines(lines), prepared(lines.size())
 {}
 
 template <int N>
@@ -15,27 +16,28 @@ void SettledLines<WideArithmetic<N>>::Begin(long newScaleExponent, bool backward
 {
   scaleExponent = newScaleExponent;
   isBackwards = backwards;
-  Rearrange();
+  operands.Rearrange();
 }
 
 // ---------------------------------------------------------------------------------------------
 // The recurrences: numbers in parentheses are those of docs/solve/recurrences.md.
 
 template <int N>
-LineId SettledLines<WideArithmetic<N>>::StoreTerms(LineId first, int k)
+std::size_t SettledLines<WideArithmetic<N>>::StoreTerms(std::size_t first, std::size_t last, int k)
 {
   order.digits[0] = k;
-  const auto count = static_cast<LineId>(prepared.size());
-  for (LineId id = first; id < count; ++id) {
-    const Prepared& line = prepared[id];
-    if (line.arrangement != arrangement) Prepare(id);
-    if (!line.isUsable || !StoreTerm(line, k)) return id;
+  // What changes in other lines meanwhile does not concern these.
+  const std::int64_t arrangement = operands.Arrangement();
+  for (std::size_t i = first; i < last; ++i) {
+    Prepared& line = prepared[i];
+    if (line.arrangement != arrangement) Prepare(line, lines[i], arrangement);
+    if (!line.isUsable || !StoreTerm(line, k)) return i;
     if (line.weighted != nullptr &&
         !StoreScaled(*kernel, *line.weighted, k, order, DigitsOf(*line.s, k),
                      Dropped(line.spareOfWeighted, k)))
-      return id;
+      return i;
   }
-  return count;
+  return last;
 }
 
 template <int N>
@@ -133,11 +135,10 @@ bool SettledLines<WideArithmetic<N>>::MakeRow(WideDigits& row, const Prepared& l
 // What is constant while the exponents stay
 
 template <int N>
-void SettledLines<WideArithmetic<N>>::Prepare(LineId id)
+void SettledLines<WideArithmetic<N>>::Prepare(Prepared& line, LineId id, std::int64_t arrangement)
 {
   const Line& operation = operands.tape.lines[id];
   const auto row = [this](LineId line) { return line == kNone ? nullptr : &operands.terms[line]; };
-  Prepared& line = prepared[id];
   line.s = row(id);
   line.weighted = Weighted(id);
   line.isUsable = false;

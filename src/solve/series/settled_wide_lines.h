@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -16,7 +17,8 @@ namespace varno::solve {
 template <int kMostDigits>
 class SettledLines<WideArithmetic<kMostDigits>> {
  public:
-  explicit SettledLines(const LineOperands<WideArithmetic<kMostDigits>>& operands);
+  SettledLines(const LineOperands<WideArithmetic<kMostDigits>>& operands,
+               std::span<const LineId> lines);
 
   /// A step with this scale.
   void Begin(long newScaleExponent, bool backwards);
@@ -27,11 +29,9 @@ class SettledLines<WideArithmetic<kMostDigits>> {
     rise = bits / kWideDigitBits;
     coarsestUnits = coarsest;
   }
-  /// The exponent of a line has changed, a line has got one, or the place of its terms.
-  void Rearrange() { ++arrangement; }
-  /// Stores term k > 0 of the lines from the first on, weighted ones, too; returns the first line
-  /// of which it is to be computed in another way, or the number of lines.
-  LineId StoreTerms(LineId first, int k);
+  /// Stores term k > 0 of the lines first..last-1 in their order, weighted ones, too; returns the
+  /// first of which it is to be computed in another way, or `last`.
+  std::size_t StoreTerms(std::size_t first, std::size_t last, int k);
 
  private:
   /// A factor times a series, whose digits 0 meet in this column.
@@ -42,7 +42,7 @@ class SettledLines<WideArithmetic<kMostDigits>> {
   };
   /// What is prepared of a line.
   struct Prepared {
-    int arrangement = -1;
+    std::int64_t arrangement = -1;  // for which this is
     bool isUsable = false;
     LineKind kind;
     bool isNegative;      // whether the sum is taken with the other sign
@@ -71,7 +71,7 @@ class SettledLines<WideArithmetic<kMostDigits>> {
     if (dropped == 0) return line.columns;
     return std::max(1, line.columns - std::max(0, dropped - line.missing));
   }
-  void Prepare(LineId id);
+  void Prepare(Prepared& line, LineId id, std::int64_t arrangement);
   static bool PrepareSum(Prepared& line, const WideTerms& a, const WideTerms& b);
   static bool PrepareProducts(Prepared& line, const WideTerms& a, const WideTerms& b);
   bool PrepareQuotient(Prepared& line, LineId id, const WideTerms& b) const;
@@ -87,8 +87,8 @@ class SettledLines<WideArithmetic<kMostDigits>> {
 
   LineOperands<WideArithmetic<kMostDigits>> operands;
   const ColumnKernel* kernel;
-  std::vector<Prepared> prepared;  // by line
-  int arrangement = 0;
+  std::span<const LineId> lines;
+  std::vector<Prepared> prepared;  // by place in `lines`
   long scaleExponent = 0;
   double rise = 0;                        // in digits, by each term
   std::span<const double> coarsestUnits;  // by line

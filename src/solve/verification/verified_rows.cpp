@@ -129,7 +129,7 @@ void VerifiedRows::Begin()
                         .poll = poll,
                         .compare = [this](const Moment& time, const DenseStep& a,
                                           const DenseStep& b) { CompareStates(time, a, b); },
-                        .mayUseThreads = wanted.mayUseThreads};
+                        .threads = wanted.threads};
   if (problem.settings.back().bits > wanted.maxBits) throw PrecisionExhausted{interval.start};
   for (const RunSettings& settings : problem.settings)
     problem.startStates.push_back(StartStates(settings));

@@ -31,7 +31,7 @@ class LockstepTest : public testing::Test {
  protected:
   template <class RightHandSide>
   Lockstep Make(RightHandSide rightHandSide, const std::vector<double>& starts, const Moment& reach,
-                bool mayUseThreads = false)
+                int threads = 1)
   {
     Equations m;
     const Expression x = m.Variable("x", 1);
@@ -54,7 +54,7 @@ class LockstepTest : public testing::Test {
               const Real first = a.StatesAt(time)[0], second = b.StatesAt(time)[0];
               largestApart = std::max(largestApart, std::abs(first.ToDouble() - second.ToDouble()));
             },
-            mayUseThreads};
+            threads};
   }
 
   Tape tape;
@@ -156,20 +156,20 @@ TEST_F(LockstepTest, TheWatchMayEndIt)
 TEST_F(LockstepTest, ThreadsChangeNothing)
 {
   const Moment reach(2000);
-  const auto run = [&](bool mayUseThreads) {
+  const auto run = [&](int threads) {
     watched = 0;
     compared.clear();
     const auto oscillating = [](Expression x) {
       return support::Function(Operation::kSin, x) + Rational(3, 2);
     };
-    Lockstep lockstep = Make(oscillating, {1, 1}, reach, mayUseThreads);
+    Lockstep lockstep = Make(oscillating, {1, 1}, reach, threads);
     lockstep.Reach(reach);
     return lockstep.Best().StatesAt(reach)[0];
   };
-  const Real serial = run(false);
+  const Real serial = run(1);
   const std::vector<Moment> comparedBefore = compared;
   const int watchedBefore = watched;
-  const Real threaded = run(true);
+  const Real threaded = run(2);
   EXPECT_NE(mpfr_equal_p(serial, threaded), 0);
   EXPECT_EQ(watched, watchedBefore);
   EXPECT_EQ(compared, comparedBefore);

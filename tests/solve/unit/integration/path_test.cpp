@@ -38,7 +38,7 @@ class PathTest : public testing::Test {
              .watch = [](std::size_t, const DenseStep&) {},
              .poll = {},
              .compare = [](const Moment&, const DenseStep&, const DenseStep&) {},
-             .mayUseThreads = false},
+             .threads = 1},
             early};
   }
 

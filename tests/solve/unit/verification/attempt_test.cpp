@@ -35,7 +35,7 @@ TEST(Attempt, HasARowForEachRunAndANumberForEachColumn)
                    .watch = [](std::size_t, const DenseStep&) {},
                    .poll = {},
                    .compare = [](const Moment&, const DenseStep&, const DenseStep&) {},
-                   .mayUseThreads = false},
+                   .threads = 1},
                   {});
 
   const auto row = attempt.RowAt(Moment(Rational(3, 4)));

@@ -36,7 +36,7 @@ class ChangedStart : public testing::Test {
                    .digits = 15,
                    .check = true,
                    .maxBits = 4096,
-                   .mayUseThreads = false},
+                   .threads = 1},
         [this](std::size_t, const DenseStep&) { model.states.front().start = two; }, Poll());
   }
 

@@ -28,7 +28,7 @@ std::optional<QuickRows> Solve(const Model& model, std::vector<NodeId> columns,
                     .digits = request.digits,
                     .check = true,
                     .maxBits = 1 << 20,
-                    .mayUseThreads = false,
+                    .threads = 1,
                     .mayBeQuick = true};
   request.change(wanted);
   const Dynamics dynamics(model, Compile(model));
@@ -153,7 +153,7 @@ TEST(QuickRows, MayBeInterrupted)
                           .digits = 5,
                           .check = true,
                           .maxBits = 1 << 20,
-                          .mayUseThreads = false,
+                          .threads = 1,
                           .mayBeQuick = true};
   EXPECT_THROW(
       SolveQuickly(model, dynamics, interval, schedule, wanted, [] { throw Interrupted(); }),

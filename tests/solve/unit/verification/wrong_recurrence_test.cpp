@@ -29,7 +29,7 @@ std::optional<VerifiedRow> RowAtOne(const Model& model, const Tape& tape)
                      .digits = 15,
                      .check = true,
                      .maxBits = 4096,
-                     .mayUseThreads = false},
+                     .threads = 1},
                     [](std::size_t, const DenseStep&) {}, {});
   return rows.Next();
 }

@@ -1,0 +1,170 @@
+#include "solve/series/line_schedule.h"
+
+#include <algorithm>
+#include <numeric>
+
+#include "solve/tape/below.h"
+
+namespace varno::solve {
+
+namespace {
+
+/// Measured, in seconds, on one processor of 2.6 GHz: a product of two terms with few digits, one
+/// of digits, what any term takes besides, a meeting.
+constexpr double kProductSeconds = 1e-9, kDigitProductSeconds = 4e-10, kTermSeconds = 2e-8,
+                 kMeetingSeconds = 1e-6;
+constexpr double kDigitBits = 51;
+/// What takes less is not shared.
+constexpr double kLeastSharedSeconds = 3 * kMeetingSeconds;
+
+/// How many products stand in a term k of a line.
+double ProductsIn(const Line& line, double k)
+{
+  switch (line.kind) {
+    case LineKind::kConstant:
+    case LineKind::kTime:
+      return 0;
+    case LineKind::kState:
+      return 1;
+    case LineKind::kCombination:
+      return line.factorCount;
+    case LineKind::kSquare:
+    case LineKind::kSquareRoot:
+      return k / 2;
+    case LineKind::kProduct:
+    case LineKind::kQuotient:
+    case LineKind::kIntegralOfProduct:
+    case LineKind::kIntegralOfQuotient:
+      return k;
+    case LineKind::kPower:
+      return 2 * k;
+    case LineKind::kAngle:
+      return 3 * k;
+  }
+  return 0;
+}
+
+/// The seconds that a term of each line takes on average.
+std::vector<double> Costs(const Tape& tape, mpfr_prec_t bits, int order)
+{
+  const double digits = static_cast<double>(bits) / kDigitBits;
+  const double product = kProductSeconds + kDigitProductSeconds * digits * digits;
+  std::vector<double> costs;
+  for (const Line& line : tape.lines)
+    costs.push_back(kTermSeconds + product * ProductsIn(line, order / 2.0));
+  return costs;
+}
+
+/// The lines in levels: of a line and one that it is made of, that which the tape has later stands
+/// in a later level. Within a level no line touches what another one does.
+std::vector<std::vector<LineId>> Levels(const Tape& tape)
+{
+  std::vector<std::size_t> level(tape.lines.size(), 0);
+  std::vector<std::vector<LineId>> levels;
+  for (LineId id = 0; id < tape.lines.size(); ++id) {
+    const std::vector<LineId> operands = Operands(tape, id);
+    for (const LineId operand : operands) {
+      if (operand < id) level[id] = std::max(level[id], level[operand] + 1);
+    }
+    for (const LineId operand : operands) {
+      if (operand > id) level[operand] = std::max(level[operand], level[id] + 1);
+    }
+    levels.resize(std::max(levels.size(), level[id] + 1));
+    levels[level[id]].push_back(id);
+  }
+  return levels;
+}
+
+/// Numbers by which the lines stand in a row, each near to those that it is made of: what it costs
+/// most to share is terms that another processor has just written.
+///
+/// The states begin in their order. That each goes to the middle of its neighbours, again and
+/// again, leaves of this what varies most slowly from neighbour to neighbour.
+std::vector<double> Places(const Tape& tape)
+{
+  constexpr int kPasses = 12;
+  std::vector<double> places(tape.lines.size(), 0);
+  std::iota(places.begin(),
+            places.begin() + static_cast<std::ptrdiff_t>(tape.rightHandSides.size()), 0.0);
+  for (int pass = 0; pass < kPasses; ++pass) {
+    for (LineId id = 0; id < tape.lines.size(); ++id) {
+      const bool isState = tape.lines[id].kind == LineKind::kState;
+      if (isState && pass == 0) continue;
+      const std::vector<LineId> operands = Operands(tape, id);
+      double sum = isState ? places[id] : 0;
+      for (const LineId operand : operands) sum += places[operand];
+      const std::size_t count = operands.size() + (isState ? 1 : 0);
+      if (count > 0) places[id] = sum / static_cast<double>(count);
+    }
+  }
+  return places;
+}
+
+}  // namespace
+
+LineSchedule::LineSchedule(const Tape& tape) : members(1)
+{
+  members.front().lines.resize(tape.lines.size());
+  std::iota(members.front().lines.begin(), members.front().lines.end(), LineId{0});
+  EndPhase();
+}
+
+LineSchedule::LineSchedule(const Tape& tape, mpfr_prec_t bits, int order, int memberCount)
+    : members(static_cast<std::size_t>(memberCount))
+{
+  const std::vector<double> costs = Costs(tape, bits, order);
+  bool isShared = true;  // what the phase that is not ended yet holds
+  const std::vector<double> places = Places(tape);
+  for (std::vector<LineId>& level : Levels(tape)) {
+    double cost = 0;
+    for (const LineId id : level) cost += costs[id];
+    secondsOfOne += cost;
+    const bool wasShared = isShared;
+    isShared = cost >= kLeastSharedSeconds;
+    // Small levels, one behind the other, are one phase of the first member.
+    if ((isShared || wasShared) && !members.front().lines.empty()) EndPhase();
+    if (isShared) {
+      std::ranges::stable_sort(level, {}, [&places](LineId id) { return places[id]; });
+      Share(level, costs, cost);
+    } else {
+      AddToFirst(level);
+      seconds += cost;
+    }
+  }
+  EndPhase();
+}
+
+void LineSchedule::AddToFirst(std::span<const LineId> lines)
+{
+  std::vector<LineId>& first = members.front().lines;
+  first.insert(first.end(), lines.begin(), lines.end());
+}
+
+/// Gives each member a stretch of lines that costs about the same.
+void LineSchedule::Share(std::span<const LineId> lines, const std::vector<double>& costs,
+                         double cost)
+{
+  const auto memberCount = static_cast<double>(members.size());
+  double before = 0, largest = 0;
+  for (const LineId id : lines) {
+    const double middle = before + costs[id] / 2;
+    const auto member = static_cast<std::size_t>(middle / cost * memberCount);
+    members[std::min(member, members.size() - 1)].lines.push_back(id);
+    before += costs[id];
+    largest = std::max(largest, costs[id]);
+  }
+  seconds += std::max(cost / memberCount, largest);
+}
+
+void LineSchedule::EndPhase()
+{
+  for (Member& member : members) member.ends.push_back(member.lines.size());
+  seconds += kMeetingSeconds;
+}
+
+bool IsWorthSharing(const Tape& tape, mpfr_prec_t bits, int order, int threadCount)
+{
+  return threadCount > 1 && LineSchedule(tape, bits, order, threadCount).IsWorthwhile();
+}
+
+}  // namespace varno::solve

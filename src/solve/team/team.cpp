@@ -1,0 +1,150 @@
+#include "solve/team/team.h"
+
+#include <algorithm>
+#include <chrono>
+
+#include <mpfr.h>
+
+#include "solve/number/exponent_range.h"
+
+namespace varno::solve {
+
+namespace {
+
+/// How often a member looks before it sleeps: for some hundred microseconds, more than one thread
+/// needs mostly between two jobs. To wake another one takes a tenth of that.
+constexpr int kMostLooks = 8000;
+
+/// Lets a processor rest for a moment.
+void Pause()
+{
+#if defined(__x86_64__) || defined(__i386__)
+  __builtin_ia32_pause();
+#endif
+}
+
+}  // namespace
+
+Team::Team(int memberCount) : errors(static_cast<std::size_t>(memberCount))
+{
+  try {
+    for (int member = 1; member < memberCount; ++member)
+      threads.emplace_back([this, member] { Serve(member); });
+  } catch (...) {
+    Dismiss();
+    throw;
+  }
+}
+
+Team::~Team()
+{
+  Dismiss();
+}
+
+void Team::Dismiss()
+{
+  isDismissed = true;
+  ++jobs;
+  jobs.notify_all();
+  for (std::thread& thread : threads) thread.join();
+}
+
+void Team::WaitForChange(const Counter& counter, std::uint32_t known)
+{
+  for (int look = 0; look < kMostLooks; ++look) {
+    if (counter.load(std::memory_order_acquire) != known) return;
+    Pause();
+  }
+  counter.wait(known, std::memory_order_acquire);
+}
+
+void Team::Run(std::size_t roundCount, const Job& wanted)
+{
+  // All others wait for the next job: nobody looks at any of this.
+  job = &wanted;
+  rounds = roundCount;
+  hasFailed = false;
+  const auto begin = std::chrono::steady_clock::now();
+  if (pace.IsTogether()) {
+    RunTogether();
+  } else {
+    RunAlone();
+  }
+  pace.Took(rounds,
+            std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count());
+}
+
+void Team::RunAlone()
+{
+  for (std::size_t round = 0; round < rounds; ++round) {
+    for (int member = 0; member < MemberCount(); ++member) (*job)(member, round);
+  }
+}
+
+void Team::RunTogether()
+{
+  arrived = 0;
+  done = 0;
+  std::ranges::fill(errors, nullptr);
+  ++jobs;
+  jobs.notify_all();
+  DoPart(0);
+  for (std::uint32_t count = done; count < threads.size(); count = done) WaitForChange(done, count);
+  for (const std::exception_ptr& error : errors) {
+    if (error != nullptr) std::rethrow_exception(error);
+  }
+}
+
+/// What a thread of the team does while it lives.
+void Team::Serve(int member)
+{
+  {
+    const ScopedExponentRange range;
+    for (std::uint32_t known = 0;; ++known) {
+      WaitForChange(jobs, known);
+      if (isDismissed) break;
+      DoPart(member);
+      if (++done == threads.size()) done.notify_one();
+    }
+  }
+  mpfr_free_cache();  // which belongs to the thread
+}
+
+void Team::DoPart(int member)
+{
+  try {
+    for (std::size_t round = 0; round < rounds; ++round) {
+      if (round > 0) Meet();
+      (*job)(member, round);
+    }
+  } catch (const Stopped&) {
+    // Another member tells why.
+  } catch (...) {
+    errors[static_cast<std::size_t>(member)] = std::current_exception();
+    hasFailed = true;
+    ++meetings;
+    meetings.notify_all();
+  }
+}
+
+/// Waits for all others.
+void Team::Meet()
+{
+  const std::uint32_t known = meetings.load(std::memory_order_acquire);
+  StopIfFailed();
+  if (arrived.fetch_add(1, std::memory_order_acq_rel) + 1 == MemberCount()) {
+    arrived.store(0, std::memory_order_relaxed);
+    meetings.fetch_add(1, std::memory_order_acq_rel);
+    meetings.notify_all();
+  } else {
+    WaitForChange(meetings, known);
+  }
+  StopIfFailed();
+}
+
+void Team::StopIfFailed() const
+{
+  if (hasFailed.load(std::memory_order_acquire)) throw Stopped();
+}
+
+}  // namespace varno::solve

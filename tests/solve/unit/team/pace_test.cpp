@@ -1,0 +1,58 @@
+#include "solve/team/pace.h"
+
+#include <gtest/gtest.h>
+
+namespace varno::solve {
+namespace {
+
+constexpr std::size_t kRounds = 100;
+
+/// How many of so many jobs are done together where these take so long.
+int JobsTogether(Pace& pace, int jobs, double secondsTogether, double secondsAlone)
+{
+  int together = 0;
+  for (int job = 0; job < jobs; ++job) {
+    if (pace.IsTogether()) ++together;
+    pace.Took(kRounds, pace.IsTogether() ? secondsTogether : secondsAlone);
+  }
+  return together;
+}
+
+TEST(Pace, StaysTogetherWhereThatPays)
+{
+  Pace pace;
+  const int together = JobsTogether(pace, 1000, 0.6, 1);
+  EXPECT_GT(together, 970);
+  // One alone must tell.
+  EXPECT_LT(together, 1000);
+}
+
+TEST(Pace, IsAloneWhereThatIsFaster)
+{
+  Pace pace;
+  EXPECT_LT(JobsTogether(pace, 1000, 20, 1), 15);
+}
+
+TEST(Pace, FollowsWhatElseTheMachineDoes)
+{
+  Pace pace;
+  JobsTogether(pace, 1000, 20, 1);
+  JobsTogether(pace, 300, 0.6, 1);
+  EXPECT_GT(JobsTogether(pace, 1000, 0.6, 1), 970);
+  JobsTogether(pace, 20, 20, 1);
+  EXPECT_LT(JobsTogether(pace, 1000, 20, 1), 15);
+}
+
+TEST(Pace, TimesLongJobsAlikeOnly)
+{
+  Pace pace;
+  pace.Took(1, 1);
+  pace.Took(kRounds, 1);
+  for (int i = 0; i < 100; ++i) pace.Took(kRounds + 1, 100);
+  EXPECT_EQ(pace.IsTogether(), Pace(pace).IsTogether());
+  pace.Took(1, 100);
+  EXPECT_GT(JobsTogether(pace, 100, 0.6, 1), 90);
+}
+
+}  // namespace
+}  // namespace varno::solve
