@@ -61,9 +61,9 @@ DefectCheck::DefectCheck(const Tape& tape, const RunSettings& settings, mpfr_pre
       std::ranges::any_of(parts, [](const Part& part) { return part.rightHandSides.UsesTime(); });
 }
 
-bool DefectCheck::Passes(const Step& step, std::span<const double> parts)
+bool DefectCheck::Passes(const Step& step, std::span<const double> places)
 {
-  return std::ranges::all_of(parts, [&](double part) { return PassesAt(step, part); });
+  return std::ranges::all_of(places, [&](double place) { return PassesAt(step, place); });
 }
 
 /// The states and their derivatives by the series, at the point looked at.

@@ -38,7 +38,7 @@ class DefectCheck {
               Team* team = nullptr);
 
   /// Whether the step passes at these parts of its length.
-  bool Passes(const Step& step, std::span<const double> parts);
+  bool Passes(const Step& step, std::span<const double> places);
   mpfr_prec_t Bits() const { return bits; }
 
  private:

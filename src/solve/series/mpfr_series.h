@@ -21,10 +21,10 @@ class MpfrSeries final : public Series {
   MpfrSeries(const Tape& tape, mpfr_prec_t bits, int usualOrder, bool disturbed, Poll poll = {},
              const std::vector<CommonRoot>& roots = {});
 
-  void LeaveOut(const std::vector<bool>& lines, const HeldLines& constants) override
+  void LeaveOut(const std::vector<bool>& lines, const HeldLines& values) override
   {
     leftOut = lines;
-    held = constants;
+    held = values;
   }
   void Begin(mpfr_srcptr time, std::span<const Real> states, bool backwards,
              long scaleExponent) override;
