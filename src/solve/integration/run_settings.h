@@ -27,7 +27,7 @@ struct RunSettings {
   /// log2 of what counts as 0 in a row: of smaller states nobody sees the digits.
   double tinyLog2 = -std::numeric_limits<double>::infinity();
   long mostBits = 1L << 20;  ///< what the arithmetic may take where a step needs more
-  int threads = 1;  ///< that may share the work of a step: the numbers are the same
+  int threads = 1;           ///< that may share the work of a step: the numbers are the same
 };
 
 inline constexpr double kLeastDecimals = 12;

@@ -25,8 +25,9 @@ void Pause()
 
 }  // namespace
 
-Team::Team(int memberCount) : errors(static_cast<std::size_t>(memberCount))
+Team::Team(int memberCount)
 {
+  errors.resize(static_cast<std::size_t>(memberCount));
   try {
     for (int member = 1; member < memberCount; ++member)
       threads.emplace_back([this, member] { Serve(member); });

@@ -17,9 +17,9 @@ struct RowsWanted {
   int digits;                   ///< significant digits of each number
   /// log2 of what counts as 0
   double tinyLog2 = -std::numeric_limits<double>::infinity();
-  bool check;          ///< by two runs; else one, and nothing is verified
-  long maxBits;        ///< the highest precision to try
-  int threads;         ///< at most, of all runs: Lockstep
+  bool check;    ///< by two runs; else one, and nothing is verified
+  long maxBits;  ///< the highest precision to try
+  int threads;   ///< at most, of all runs: Lockstep
   /// An event of which the times between two must have all their digits, too.
   std::optional<std::uint32_t> periodEvent = {};
   std::optional<double> log2Steady = {};  ///< ends it all where the solution rests: StoppingAtRest

@@ -32,11 +32,7 @@ class ChangedStart : public testing::Test {
     rows.emplace(
         model, *dynamics, interval,
         RowSchedule(interval, RowTimes::Points(interval.from, interval.to, 2)),
-        RowsWanted{.columns = columns,
-                   .digits = 15,
-                   .check = true,
-                   .maxBits = 4096,
-                   .threads = 1},
+        RowsWanted{.columns = columns, .digits = 15, .check = true, .maxBits = 4096, .threads = 1},
         [this](std::size_t, const DenseStep&) { model.states.front().start = two; }, Poll());
   }
 
