@@ -97,7 +97,8 @@ bool Function(Operation function, const Range& a, Range& result)
     case Operation::kTan:
       return IsSmallAngle(a) && mpfi_tan(result, Angle(a)) >= 0;
     case Operation::kCot:
-      return IsSmallAngle(a) && mpfi_cot(result, Angle(a)) >= 0;
+      // Of 0 alone there is no cotangent, and MPFI 1.5 would lose memory over it.
+      return IsSmallAngle(a) && !a.IsZero() && mpfi_cot(result, Angle(a)) >= 0;
     case Operation::kAsin:
       return IsWithin(a, 1) && mpfi_asin(result, a) >= 0;
     case Operation::kAcos:
