@@ -140,10 +140,10 @@ void DefectCheck::Compare(Part& part)
   }
 }
 
-bool DefectCheck::PassesAt(const Step& step, double part)
+bool DefectCheck::PassesAt(const Step& step, double place)
 {
   const double whole = std::floor(step.lengthLog2);
-  mpfr_set_d(offset, part * std::exp2(step.lengthLog2 - whole), MPFR_RNDN);
+  mpfr_set_d(offset, place * std::exp2(step.lengthLog2 - whole), MPFR_RNDN);
   mpfr_mul_2si(offset, offset, static_cast<long>(whole), MPFR_RNDN);
   if (usesTime) FindTime(step);
   Evaluate(step);

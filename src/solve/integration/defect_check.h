@@ -37,7 +37,7 @@ class DefectCheck {
   DefectCheck(const Tape& tape, const RunSettings& settings, mpfr_prec_t bits,
               Team* team = nullptr);
 
-  /// Whether the step passes at these parts of its length.
+  /// Whether the step passes at these places, in parts of its length.
   bool Passes(const Step& step, std::span<const double> places);
   mpfr_prec_t Bits() const { return bits; }
 
@@ -49,7 +49,7 @@ class DefectCheck {
     bool hasValues, isSmall;
   };
 
-  bool PassesAt(const Step& step, double part);
+  bool PassesAt(const Step& step, double place);
   void Evaluate(const Step& step);
   void FindTime(const Step& step);
   void Compare(Part& part);

@@ -51,31 +51,43 @@ Range Through(int (*function)(mpfi_ptr, mpfi_srcptr), const Range& argument)
 
 }  // namespace
 
-const Range& ValueRanges::Of(NodeId id)
+const std::optional<Range>& ValueRanges::Of(NodeId id)
 {
   while (ranges.size() <= id) {
-    Range range = RangeOf(graph[static_cast<NodeId>(ranges.size())]);
+    std::optional<Range> range = RangeOf(static_cast<NodeId>(ranges.size()));
     // An end that comes of infinite ones may be none.
-    ranges.push_back(mpfi_nan_p(range) != 0 ? Everything() : std::move(range));
+    if (range && mpfi_nan_p(*range) != 0) range = Everything();
+    ranges.push_back(std::move(range));
   }
   return ranges[id];
 }
 
 int ValueRanges::SignOf(NodeId id)
 {
-  const Range& range = Of(id);
-  if (mpfr_sgn(range.Left()) > 0) return 1;
-  return mpfr_sgn(range.Right()) < 0 ? -1 : 0;
+  const std::optional<Range>& range = Of(id);
+  if (!range) return 0;
+  if (mpfr_sgn(range->Left()) > 0) return 1;
+  return mpfr_sgn(range->Right()) < 0 ? -1 : 0;
 }
 
-Range ValueRanges::RangeOf(const Node& node) const
+std::optional<Range> ValueRanges::RangeOf(NodeId id) const
 {
-  const auto operand = [&](int i) -> const Range& { return ranges[node.operands[i]]; };
+  const Node& node = graph[id];
+  for (int i = 0; i < node.operandCount; ++i) {
+    if (!ranges[node.operands[i]]) return std::nullopt;
+  }
+  const auto operand = [&](int i) -> const Range& { return *ranges[node.operands[i]]; };
   switch (node.operation) {
     case Operation::kNumber:
-      return RangeOfNumber(graph.Value(static_cast<NodeId>(ranges.size())));
+      return RangeOfNumber(graph.Value(id));
     case Operation::kPi:
       return RangeOfPi();
+    case Operation::kTime:
+    case Operation::kState:
+    case Operation::kParameter:
+    case Operation::kSinh:
+    case Operation::kAsinh:
+      return Everything();
     case Operation::kNegate:
       return -operand(0);
     case Operation::kAdd:
@@ -83,13 +95,16 @@ Range ValueRanges::RangeOf(const Node& node) const
     case Operation::kSubtract:
       return operand(0) - operand(1);
     case Operation::kMultiply:
-      return ProductOf(node);
+      if (node.operands[0] == node.operands[1]) return Through(mpfi_sqr, operand(0));
+      return operand(0) * operand(1);
     case Operation::kDivide:
+      if (operand(1).HasZero()) return std::nullopt;
       return operand(0) / operand(1);
     case Operation::kPower:
-      return PowerOf(node);
+      return RangeOfPower(node);
     case Operation::kSqrt:
-      return Unsigned();
+      if (mpfr_sgn(operand(0).Left()) < 0) return std::nullopt;
+      return Through(mpfi_sqrt, operand(0));
     case Operation::kAbs:
       return Through(mpfi_abs, operand(0));
     case Operation::kExp:
@@ -105,24 +120,18 @@ Range ValueRanges::RangeOf(const Node& node) const
     case Operation::kTanh:
       return Through(mpfi_tanh, operand(0));
     default:
-      return Everything();
+      return std::nullopt;
   }
 }
 
-Range ValueRanges::ProductOf(const Node& node) const
-{
-  const Range &a = ranges[node.operands[0]], &b = ranges[node.operands[1]];
-  return node.operands[0] == node.operands[1] ? Through(mpfi_sqr, a) : a * b;
-}
-
 /// Of squares and other even powers.
-Range ValueRanges::PowerOf(const Node& node) const
+std::optional<Range> ValueRanges::RangeOfPower(const Node& node) const
 {
-  if (!graph.IsNumber(node.operands[1])) return Everything();
+  if (!graph.IsNumber(node.operands[1])) return std::nullopt;
   const Rational& exponent = graph.Value(node.operands[1]);
-  if (exponent == 2) return Through(mpfi_sqr, ranges[node.operands[0]]);
-  const bool isEven = exponent.get_den() == 1 && mpz_even_p(exponent.get_num_mpz_t()) != 0;
-  return isEven ? Unsigned() : Everything();
+  if (exponent.get_den() != 1 || exponent < 0) return std::nullopt;
+  if (exponent == 2) return Through(mpfi_sqr, *ranges[node.operands[0]]);
+  return mpz_even_p(exponent.get_num_mpz_t()) != 0 ? Unsigned() : Everything();
 }
 
 }  // namespace varno::solve

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "solve/enclosure/range.h"
@@ -13,19 +14,17 @@ class ValueRanges {
  public:
   explicit ValueRanges(const Graph& graph) : graph(graph) {}
 
-  /// Unbounded where nothing is known. Where an operation is not defined it has no value, which
-  /// need not lie in the range.
-  const Range& Of(NodeId id);
-  /// 1 or -1 where all values have this sign, and none is 0; else 0.
+  /// None where there may be no value, as of 2 + sqrt(x); whole where nothing else is known.
+  const std::optional<Range>& Of(NodeId id);
+  /// 1 or -1 where there are always values, which all have this sign, and none is 0; else 0.
   int SignOf(NodeId id);
 
  private:
-  Range RangeOf(const Node& node) const;
-  Range ProductOf(const Node& node) const;
-  Range PowerOf(const Node& node) const;
+  std::optional<Range> RangeOf(NodeId id) const;
+  std::optional<Range> RangeOfPower(const Node& node) const;
 
   const Graph& graph;
-  std::vector<Range> ranges;  // of the first nodes
+  std::vector<std::optional<Range>> ranges;  // of the first nodes
 };
 
 }  // namespace varno::solve

@@ -232,7 +232,7 @@ bool VerifiedRows::Fill()
     AddEvents(*time);
     ready.push_back(Judge(*time, runs));
     latestTime = time;
-    if (*time == interval.to) AddLossAtEnd(*time);
+    if (*time == interval.to && !interval.IsEarly(*time)) AddLossAtEnd(*time);
   } catch (const StoppedByEvent& stop) {
     FillToStop(stop.time);
   }

@@ -20,7 +20,7 @@ TEST(ValueRanges, SignsOfWhatIsNeverZero)
   for (const char* expression :
        {"5/4 + cos(x*t)", "1 + x^2", "1/100 + (x - 1)*(x - 1)", "pi - 3 + sin(x)/8", "cosh(x)",
         "exp(x) + 1/7", "1/(2 + sin(t))", "t^30 + 1e-30", "2 - tanh(x)", "8/5 + atan(x)",
-        "1 + abs(x)", "1 + sqrt(x)", "3*(2 - sin(x))"})
+        "1 + abs(x)", "1 + sqrt(2 + x^2)", "3*(2 - sin(x))"})
     EXPECT_EQ(SignOf(expression), 1) << expression;
   for (const char* expression : {"cos(x) - 5/4", "-1 - x^4", "1/(sin(t) - 2)"})
     EXPECT_EQ(SignOf(expression), -1) << expression;
@@ -32,6 +32,15 @@ TEST(ValueRanges, OthersHaveNone)
   for (const char* expression : {"x", "t", "1 + x^3", "x^2", "1 + cos(x)", "1 - 1/x", "exp(x)",
                                  "1 + x^(1/2) - 1", "x^2 - x^2", "1 + ln(x)", "x/x", "abs(x)",
                                  "0*x", "pi - 355/113 + 1e-6*sin(x)", "tan(x)", "x^-2"})
+    EXPECT_EQ(SignOf(expression), 0) << expression;
+}
+
+// Where an operand has no value, neither has the whole.
+TEST(ValueRanges, NoneWhereThereMayBeNoValue)
+{
+  for (const char* expression :
+       {"2 + sqrt(x)", "2 + sin(1/x)", "2 + sin(ln(x))", "2 + cos(x^-2)", "2 + sin(x^(1/2))",
+        "2 + sin(tan(x))", "2 + sin(asin(x))", "1 + (1/x)^2"})
     EXPECT_EQ(SignOf(expression), 0) << expression;
 }
 
