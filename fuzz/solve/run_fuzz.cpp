@@ -21,6 +21,8 @@ using namespace varno::solve;
 constexpr std::int64_t kMostSteps = 6;
 constexpr long kMostBits = 400;
 constexpr int kMostRows = 50;
+/// A series may need thousands of terms, a hundred times as slow here; a run must heed the limit.
+constexpr double kMostSeconds = 10;
 
 class Chooser {
  public:
@@ -67,6 +69,7 @@ Options ChooseOptions(std::string_view bytes)
   options.check = chooser.Choose(4) != 3;
   options.maxSteps = kMostSteps;
   options.maxBits = kMostBits;
+  options.maxSeconds = kMostSeconds;
   return options;
 }
 

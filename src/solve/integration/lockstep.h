@@ -44,8 +44,9 @@ struct Disagreement {
 /// one behind makes the next step, so that all of them are within one step of one another and can
 /// be compared anywhere on the way.
 ///
-/// Once they have run for a while, each of several gets a thread of its own where that is allowed,
-/// and makes some steps ahead. What is watched and compared, and in which order, stays the same.
+/// Once they have run for a while, all but the first one make steps ahead on threads of their own,
+/// where that is allowed. The thread that asks makes the first one's steps and compares. What is
+/// watched and compared, and in which order, stays the same.
 class Lockstep {
  public:
   /// Called when a run has reached the end of a step of the most exact one: with its latest step,
@@ -53,7 +54,8 @@ class Lockstep {
   using Compare = std::function<void(const Moment&, const DenseStep&, const DenseStep&)>;
 
   /// `make` makes the runs. `watch` is called after each step, `poll` within them.
-  /// `threads`: how many may be used, which several runs share.
+  /// `threads`: how many may be used in all, that of the caller included; each run has an equal
+  /// part of them, at least one, for its steps.
   Lockstep(const MakeStepper& make, const std::vector<RunSettings>& settings, const Moment& start,
            const std::vector<std::vector<Real>>& states, const Moment& reach, StepWatch watch,
            const Poll& poll, Compare compare, int threads);
