@@ -568,13 +568,13 @@ void VerifiedRows::Escalate(const Failure& failure)
   BeginAgain(std::max(2 * spareDecimals, spare), failure.time);
 }
 
-void VerifiedRows::BeginAgain(double spare, const Moment& time)
+void VerifiedRows::BeginAgain(double spare, Moment time)
 {
   spareDecimals = spare;
   ++restarts;
   givenUp = BestRun();
   attempt.reset();
-  if (Settings().back().bits > wanted.maxBits) throw PrecisionExhausted{time};
+  if (Settings().back().bits > wanted.maxBits) throw PrecisionExhausted{std::move(time)};
 }
 
 RunStatistics VerifiedRows::BestRun() const

@@ -120,7 +120,8 @@ class VerifiedRows {
   double DecimalsOfConstants() const;
   double DecimalsOfLastRow(const Moment& end) const;
   double WayLog2(const Moment& time) const;
-  void BeginAgain(double spare, const Moment& time);
+  /// The time may be one of the attempt that ends here.
+  void BeginAgain(double spare, Moment time);
   double PlaceDecimals() const;
   double ApproachDecimals() const;
   bool MustComeNearer(const Singularity& end, double log10Way);
