@@ -82,8 +82,13 @@ const ColumnKernel kIntegerColumns = {SumProducts, SumSquare, SumRows};
 
 const ColumnKernel& BestColumnKernel()
 {
-  const ColumnKernel* const vector = VectorColumnKernel();
-  return vector != nullptr ? *vector : kIntegerColumns;
+  static const ColumnKernel* const best = [] {
+    for (const ColumnKernel* kernel : {PlaneColumnKernel(), VectorColumnKernel()}) {
+      if (kernel != nullptr) return kernel;
+    }
+    return &kIntegerColumns;
+  }();
+  return *best;
 }
 
 }  // namespace varno::solve

@@ -28,6 +28,8 @@ struct ColumnKernel {
   void (*sumSquare)(const WideTerms& a, int first, int k, int columns, std::int64_t* digits);
   /// At most kMostRowProducts of them
   void (*sumRows)(const RowProduct* products, int count, int columns, std::int64_t* digits);
+  /// Whether products of terms that keep planes are made faster.
+  bool readsPlanes = false;
 };
 
 inline constexpr int kMostRowProducts = 50;
@@ -42,5 +44,7 @@ extern const ColumnKernel kIntegerColumns;
 const ColumnKernel& BestColumnKernel();
 /// For processors with AVX2 and FMA; null on others.
 const ColumnKernel* VectorColumnKernel();
+/// For those that multiply integers of 52 bits, eight at a time, besides; null on others.
+const ColumnKernel* PlaneColumnKernel();
 
 }  // namespace varno::solve

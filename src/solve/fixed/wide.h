@@ -56,6 +56,11 @@ class WideArithmetic {
   static long ExponentFor(long log2);
 
   void Reserve(Terms& terms, int count) const { terms.Reserve(n, count); }
+  /// Of series whose sums of products will be asked for, again and again.
+  void PrepareForProducts(Terms& terms) const
+  {
+    if (kernel->readsPlanes) terms.KeepPlanes();
+  }
   static void Reset(Terms& terms, long leastExponent) { terms.Reset(leastExponent); }
   void Store(Terms& terms, int k, const Value& value) const;
   Value Load(const Terms& terms, int k) const;

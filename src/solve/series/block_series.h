@@ -19,6 +19,7 @@
 #include "solve/series/line_operands.h"
 #include "solve/series/line_schedule.h"
 #include "solve/series/mpfr_series.h"
+#include "solve/series/multiplied_lines.h"
 #include "solve/series/weighted_lines.h"
 #include "solve/team/team.h"
 
@@ -62,6 +63,7 @@ class BlockSeries final : public Series {
       weightedRows[id] = static_cast<std::uint32_t>(weightedTerms.size());
       weightedTerms.emplace_back();
     }
+    PrepareForProducts();
     for (int member = 0; member < schedule.MemberCount(); ++member)
       members.push_back(
           std::make_unique<Member>(Operands(), schedule.Lines(member), bits, PollOf(member, poll)));
@@ -250,6 +252,7 @@ class BlockSeries final : public Series {
     for (std::size_t round = 0; round < rounds; ++round) part(0, round);
   }
 
+  void PrepareForProducts();
   void Reserve(int count);
   void ConvertConstants();
   void StartLines();

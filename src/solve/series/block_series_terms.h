@@ -5,6 +5,18 @@
 namespace varno::solve {
 
 template <class Arithmetic>
+void BlockSeries<Arithmetic>::PrepareForProducts()
+{
+  if constexpr (requires { arithmetic.PrepareForProducts(terms[0]); }) {
+    const std::vector<bool> multiplied = LinesMultiplied(tape);
+    for (LineId id = 0; id < multiplied.size(); ++id) {
+      if (multiplied[id]) arithmetic.PrepareForProducts(terms[id]);
+    }
+    for (Terms& row : weightedTerms) arithmetic.PrepareForProducts(row);
+  }
+}
+
+template <class Arithmetic>
 void BlockSeries<Arithmetic>::Reserve(int count)
 {
   if (count <= reserved) return;

@@ -18,6 +18,7 @@ WideTerms Reserved(int n, int count)
 {
   WideTerms terms;
   terms.Reserve(n, count);
+  terms.KeepPlanes();
   terms.started = true;
   return terms;
 }
@@ -199,8 +200,57 @@ TEST_P(Columns, AreExactForRows)
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Plain, Columns, testing::Values(&kIntegerColumns));
-INSTANTIATE_TEST_SUITE_P(Best, Columns, testing::Values(&BestColumnKernel()));
+// Terms that fall and rise again, and zeros among them: what a kernel leaves out of eight terms is
+// zeros of all of them.
+TEST_P(Columns, AreExactForTermsOfAnySize)
+{
+  std::mt19937_64 random(20240303);
+  for (const int n : {3, 7, 8, 11, 20}) {
+    const auto digit = [&](int k, int i) -> std::int64_t {
+      const int zeros = k % 5 == 4 ? n : static_cast<int>(random() % 2) + std::abs(k - 15) / 3;
+      if (i < zeros) return 0;
+      return static_cast<std::int64_t>(random() % (2 * kLargest)) - kLargest;
+    };
+    const WideTerms a = Filled(n, 40, digit), b = Filled(n, 40, digit);
+    for (int k = 2; k < 40; ++k) {
+      for (const int columns : {1, n / 2 + 1, n, n + 1}) {
+        ExpectExact(*GetParam(), a, b, 0, k, k, columns);
+        ExpectExact(*GetParam(), a, b, 1, k, k, columns);
+        ExpectExactSquare(*GetParam(), a, 0, k, columns);
+        ExpectExactSquare(*GetParam(), a, 1, k, columns);
+      }
+    }
+  }
+}
+
+// Where one of them keeps no planes, as the powers of an offset.
+TEST_P(Columns, NeedNoPlanes)
+{
+  const auto digit = [](int k, int i) { return std::int64_t{1000} * k - i; };
+  const WideTerms a = Filled(6, 9, digit);
+  WideTerms b = a;
+  b.planes.reset();
+  ExpectExact(*GetParam(), a, b, 0, 8, 8, 7);
+  ExpectExact(*GetParam(), b, a, 0, 8, 8, 7);
+  ExpectExactSquare(*GetParam(), b, 0, 8, 7);
+}
+
+/// All that this processor can do.
+std::vector<const ColumnKernel*> Kernels()
+{
+  std::vector<const ColumnKernel*> kernels{&kIntegerColumns};
+  for (const ColumnKernel* kernel : {VectorColumnKernel(), PlaneColumnKernel()}) {
+    if (kernel != nullptr) kernels.push_back(kernel);
+  }
+  return kernels;
+}
+
+INSTANTIATE_TEST_SUITE_P(Kernels, Columns, testing::ValuesIn(Kernels()));
+
+TEST(BestColumnKernel, IsTheLastOneThatIsThere)
+{
+  EXPECT_EQ(Kernels().back(), &BestColumnKernel());
+}
 
 }  // namespace
 }  // namespace varno::solve
