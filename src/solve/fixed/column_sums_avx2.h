@@ -140,13 +140,10 @@ struct ColumnSums {
   void ToDigits(std::int64_t* digits, int columns) const
   {
     const std::int64_t *const highs = high.data() + kLanes, *const lows = low.data() + kLanes;
-    std::int64_t sum = lows[columns - 1];
-    for (int c = columns; c > 0; --c) {
-      const std::int64_t carry = wide::CarryOf(sum);
-      digits[c] = wide::Rest(sum, carry);
-      sum = carry + highs[c - 1] + (c > 1 ? lows[c - 2] : 0);
-    }
-    digits[0] = sum;
+    std::int64_t carry = 0;
+    digits[columns] = wide::Balanced(lows[columns - 1], carry);
+    for (int c = columns - 1; c > 0; --c) digits[c] = wide::Balanced(highs[c] + lows[c - 1], carry);
+    digits[0] = highs[0] + carry;
   }
 };
 

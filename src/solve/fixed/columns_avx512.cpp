@@ -67,6 +67,7 @@ class PlaneSums {
   void Clear();
   void Collect(int begin, int end);
   void AddDigitSums(int begin, int end);
+  void AddDifferences(const std::uint64_t* with, const std::uint64_t* without);
   void SumBlocks();
   void SumParts(std::int64_t* sums) const;
   void Flush();
@@ -117,22 +118,26 @@ void PlaneSums::Collect(int begin, int end)
 }
 
 /// Adds the digits of the terms begin..end-1 of a and of those of b that they meet, as patterns.
-[[VARNO_AVX512]] void PlaneSums::AddDigitSums(int begin, int end)
+void PlaneSums::AddDigitSums(int begin, int end)
 {
-  for (int i = 0; i < reached; i += kAtOnce) {
-    __m512i sum = _mm512_loadu_si512(&digitSums[i]);
-    for (int j = begin; j < end; j += kAtOnce) {
-      const int firstOfA = FirstOfA(j), after = std::min(end, j + kAtOnce);
-      const std::uint64_t *const aTo = a.SumsBefore(after), *const aFrom = a.SumsBefore(j);
-      const std::uint64_t *const bTo = b.SumsBefore(k + 1 - j), *const bFrom =
-                                                                    b.SumsBefore(k + 1 - after);
-      const std::ptrdiff_t ofA = firstOfA + i, ofB = firstColumn - firstOfA + i;
-      sum = _mm512_add_epi64(
-          sum, _mm512_sub_epi64(_mm512_loadu_si512(aTo + ofA), _mm512_loadu_si512(aFrom + ofA)));
-      sum = _mm512_add_epi64(
-          sum, _mm512_sub_epi64(_mm512_loadu_si512(bTo + ofB), _mm512_loadu_si512(bFrom + ofB)));
-    }
-    _mm512_storeu_si512(&digitSums[i], sum);
+  for (int j = begin; j < end;) {
+    const int firstOfA = FirstOfA(j), first = j;
+    do j += kAtOnce;
+    while (j < end && FirstOfA(j) == firstOfA);
+    const int after = std::min(j, end), firstOfB = firstColumn - firstOfA;
+    AddDifferences(a.SumsBefore(after) + firstOfA, a.SumsBefore(first) + firstOfA);
+    AddDifferences(b.SumsBefore(k + 1 - first) + firstOfB, b.SumsBefore(k + 1 - after) + firstOfB);
+  }
+}
+
+[[VARNO_AVX512]] void PlaneSums::AddDifferences(const std::uint64_t* with,
+                                                const std::uint64_t* without)
+{
+  for (int c = 0; c < reached; c += kAtOnce) {
+    const __m512i difference =
+        _mm512_sub_epi64(_mm512_loadu_si512(with + c), _mm512_loadu_si512(without + c));
+    std::uint64_t* const place = &digitSums[c];
+    _mm512_storeu_si512(place, _mm512_add_epi64(_mm512_loadu_si512(place), difference));
   }
 }
 
@@ -212,14 +217,12 @@ void PlaneSums::Flush()
   std::array<std::int64_t, kRoomForColumns> sums;
   SumParts(sums.data());
   std::int64_t carry = 0;
-  const auto add = [&carry](std::int64_t& digit, std::int64_t number) {
-    const std::int64_t sum = digit + number + carry;
-    carry = wide::CarryOf(sum);
-    digit = wide::Rest(sum, carry);
-  };
-  for (int c = reached; c > 0; --c) add(digits[firstColumn + c], sums[c]);
+  for (int c = reached; c > 0; --c) {
+    std::int64_t& digit = digits[firstColumn + c];
+    digit = wide::Balanced(digit + sums[c], carry);
+  }
   carry += sums[0];
-  for (int c = firstColumn; c > 0 && carry != 0; --c) add(digits[c], 0);
+  for (int c = firstColumn; c > 0 && carry != 0; --c) digits[c] = wide::Balanced(digits[c], carry);
   digits[0] += carry;
   groupCount = doubledGroups = 0;
   isFlushed = true;

@@ -343,17 +343,6 @@ auto WideArithmetic<kMostDigits>::Load(const Terms& terms, int k) const -> Value
   return value;
 }
 
-template <int kMostDigits>
-double WideArithmetic<kMostDigits>::Log2(const Terms& terms, int k) const
-{
-  if (terms.exactZero[k] != 0) return -std::numeric_limits<double>::infinity();
-  const int i = terms.leading[k];
-  if (i == n) return UnitLog2(terms.exponent);
-  const double* const row = terms.Row(k);
-  const double size = row[i] + row[i + 1] * 0x1p-51;
-  return FastLog2(std::abs(size), kBits * (terms.exponent - 1 - i));
-}
-
 /// Whether every product of a sum has a factor that is exactly 0.
 static bool AllExactZeros(const WideTerms& a, const WideTerms& b, int first, int last, int k)
 {

@@ -2,11 +2,13 @@
 
 #include <array>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include <mpfr.h>
 
 #include "solve/fixed/columns.h"
+#include "solve/fixed/wide_logs.h"
 
 namespace varno::solve {
 
@@ -64,7 +66,11 @@ class WideArithmetic {
   static void Reset(Terms& terms, long leastExponent) { terms.Reset(leastExponent); }
   void Store(Terms& terms, int k, const Value& value) const;
   Value Load(const Terms& terms, int k) const;
-  double Log2(const Terms& terms, int k) const;
+  /// log2 of the terms from the first on, and the largest of these.
+  static double FindLogs(const Terms& terms, int first, std::span<double> logs)
+  {
+    return wide::FindLogs(terms, first, logs);
+  }
 
   Value FromNumber(mpfr_srcptr x) const;
   /// With a leading digit that is not 0.

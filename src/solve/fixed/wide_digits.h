@@ -21,15 +21,20 @@ inline std::int64_t Rest(std::int64_t x, std::int64_t carry)
   return x - carry * (std::int64_t{1} << kWideDigitBits);
 }
 
+/// The balanced digit of number + carry, which becomes the next carry: that waits for an addition
+/// and a shift only.
+inline std::int64_t Balanced(std::int64_t number, std::int64_t& carry)
+{
+  const std::int64_t sum = (number + kHalfDigit) + carry;
+  carry = sum >> kWideDigitBits;
+  return (sum & ((std::int64_t{1} << kWideDigitBits) - 1)) - kHalfDigit;
+}
+
 /// Makes digits 1..last balanced, which may be up to 2^63 - 2^52 before; digit 0 takes the carry.
 inline void CarryUp(std::int64_t* digits, int last)
 {
   std::int64_t carry = 0;
-  for (int i = last; i > 0; --i) {
-    const std::int64_t digit = digits[i] + carry;
-    carry = CarryOf(digit);
-    digits[i] = Rest(digit, carry);
-  }
+  for (int i = last; i > 0; --i) digits[i] = Balanced(digits[i], carry);
   digits[0] += carry;
 }
 

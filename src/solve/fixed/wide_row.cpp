@@ -6,7 +6,13 @@
 
 namespace varno::solve {
 
-bool StoreScaled(const ColumnKernel& kernel, WideTerms& terms, int k, const WideRow& factor,
+/// The bits of a shift beyond whole digits
+static long PartOf(long shift)
+{
+  return (shift % kWideDigitBits + kWideDigitBits) % kWideDigitBits;
+}
+
+bool StoreScaled(const ColumnKernel& kernel, WideTerms& terms, int k, WideRowView factor,
                  const WideDigits& digits, int dropped)
 {
   // Digits 0 of both make the digit `place` of the term, and may carry to those before.
@@ -16,7 +22,7 @@ bool StoreScaled(const ColumnKernel& kernel, WideTerms& terms, int k, const Wide
   if (!terms.IsSettled() || before > kMostDigitsBefore || place + digits.leading > last)
     return false;
   const int columns = last + 1 + static_cast<int>(before);
-  const RowProduct product{factor.digits.data(), factor.Count(), digits.digits + digits.leading,
+  const RowProduct product{factor.digits, factor.count, digits.digits + digits.leading,
                            static_cast<int>(place + before) + digits.leading};
   std::array<std::int64_t, kMostColumns + 1> sum;
   kernel.sumRows(&product, 1, columns, sum.data());
@@ -25,15 +31,20 @@ bool StoreScaled(const ColumnKernel& kernel, WideTerms& terms, int k, const Wide
 
 void WideReciprocals::Use(int digitsBehind, long newShift, bool negative)
 {
-  if (n == digitsBehind && shift == newShift && isNegative == negative) return;
+  if (used != nullptr && n == digitsBehind && shift == newShift && isNegative == negative) return;
+  if (n != digitsBehind || isNegative != negative) tables.clear();
   n = digitsBehind;
   shift = newShift;
   isNegative = negative;
-  rows.clear();
+  const long part = PartOf(shift), wholeDigits = (shift - part) / kWideDigitBits;
+  used = &tables[part];
+  for (WideRow& row : used->rows) row.exponent += wholeDigits - used->wholeDigits;
+  used->wholeDigits = wholeDigits;
 }
 
 const WideRow& WideReciprocals::Of(int k)
 {
+  std::vector<WideRow>& rows = used->rows;
   const auto place = static_cast<std::size_t>(k);
   if (rows.size() <= place) rows.resize(place + 1);
   if (rows[place].digits.empty()) rows[place] = Computed(k);
@@ -43,7 +54,7 @@ const WideRow& WideReciprocals::Of(int k)
 /// By long division, so that the last digit is wrong by less than 1.
 WideRow WideReciprocals::Computed(int k) const
 {
-  const long part = (shift % kWideDigitBits + kWideDigitBits) % kWideDigitBits;
+  const long part = PartOf(shift);
   const std::int64_t numerator = std::int64_t{1} << part;
   // Balanced digits may need one before the quotient's first.
   std::vector<std::int64_t> digits{0, numerator / k};

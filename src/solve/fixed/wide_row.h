@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <vector>
 
 #include "solve/fixed/wide.h"
@@ -14,6 +15,19 @@ struct WideRow {
   long exponent = 1;
 
   int Count() const { return static_cast<int>(digits.size()); }
+};
+
+/// The same, of digits that are somewhere.
+struct WideRowView {
+  const double* digits;
+  int count;
+  long exponent = 1;
+
+  WideRowView(const WideRow& row)
+      : digits(row.digits.data()), count(row.Count()), exponent(row.exponent)
+  {}
+  /// A whole number
+  explicit WideRowView(const double& whole) : digits(&whole), count(1) {}
 };
 
 /// A factor with n + 1 digits; zeros behind are left out.
@@ -50,23 +64,30 @@ inline WideDigits DigitsOf(const WideTerms& terms, int k)
 /// Stores factor * digits, with the zeros around them that a term has, as a term of a settled
 /// series, without as many of its last digits as are dropped. False, and nothing is stored, if the
 /// series is not settled or the term 0 or too large.
-bool StoreScaled(const ColumnKernel& kernel, WideTerms& terms, int k, const WideRow& factor,
+bool StoreScaled(const ColumnKernel& kernel, WideTerms& terms, int k, WideRowView factor,
                  const WideDigits& digits, int dropped = 0);
 
-/// 2^shift / k or its negative for k = 1, 2, ..., each computed when it is asked for.
+/// 2^shift / k or its negative for k = 1, 2, ..., each computed when it is asked for, and kept for
+/// other shifts by whole digits from this one.
 class WideReciprocals {
  public:
-  /// Of this shift and sign, with n digits behind the first. What there is of others is forgotten.
+  /// Of this shift and sign, with n digits behind the first. What there is of other n and signs is
+  /// forgotten.
   void Use(int n, long shift, bool negative);
   const WideRow& Of(int k);
 
  private:
+  struct Table {
+    long wholeDigits = 0;
+    std::vector<WideRow> rows;  // by k
+  };
   WideRow Computed(int k) const;
 
   int n = 0;
   long shift = 0;
   bool isNegative = false;
-  std::vector<WideRow> rows;  // by k
+  std::map<long, Table> tables;  // by the bits of the shift beyond whole digits
+  Table* used = nullptr;
 };
 
 }  // namespace varno::solve

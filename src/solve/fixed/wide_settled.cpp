@@ -4,7 +4,8 @@ namespace varno::solve {
 
 bool StoreSettledMultiple(WideTerms& terms, int m, int whole, const WideTerms& from, int k)
 {
-  return StoreScaled(BestColumnKernel(), terms, m, RowOf(whole), DigitsOf(from, k));
+  const double digit = whole;
+  return StoreScaled(BestColumnKernel(), terms, m, WideRowView(digit), DigitsOf(from, k));
 }
 
 int StoreSettledPowers(WideTerms& terms, int first, const WideRow& factor)
