@@ -8,23 +8,27 @@
 #include <cstdint>
 #include <immintrin.h>
 
+#include "solve/fixed/digit_tiles.h"
+
 #define VARNO_AVX512 gnu::target("avx512f,avx512dq,avx512ifma")
 
 namespace varno::solve::avx512 {
 
-/// Eight products a[j] b[k-j]: where the first digits of a[j] and b[k-j-7] stand in their first
-/// planes, and which of the eight are asked for.
+/// Eight products a[j] b[k-j], j = 8 t..8 t + 7: the first digits that are asked for of these terms
+/// of a, and of the terms of b from the tile on which that of k - 8 t - 7 stands in; and which of
+/// the eight are asked for.
 struct Group {
   const double *a, *b;
   __mmask8 asked;
 };
 
-/// Groups whose products are summed, from one plane of a factor to the next.
+/// Groups whose products are summed.
 struct Groups {
   const Group* groups;
   std::ptrdiff_t count;
   std::ptrdiff_t doubled;  // so many of the first count twice
-  std::ptrdiff_t aStride, bStride;
+  std::ptrdiff_t bStride;  // from one tile of b to the next
+  int bPlace;              // of the term k - 8 t - 7 in its tile
 };
 
 /// Low 52 bits and the bits above of each product are summed by themselves.
@@ -65,13 +69,16 @@ struct Digits {
   __m512i vectors[kSide];
 };
 
+inline constexpr std::ptrdiff_t kDigitStride = DigitTiles::kTerms;
+
 template <int kSide, int kFirst = 0>
 [[VARNO_AVX512, gnu::always_inline]] inline void Load(Digits<kSide>& digits, __mmask8 asked,
-                                                      const double* place, std::ptrdiff_t stride)
+                                                      const double* a)
 {
   if constexpr (kFirst < kSide) {
-    digits.vectors[kFirst] = _mm512_castpd_si512(_mm512_maskz_loadu_pd(asked, place));
-    Load<kSide, kFirst + 1>(digits, asked, place + stride, stride);
+    digits.vectors[kFirst] =
+        _mm512_castpd_si512(_mm512_maskz_loadu_pd(asked, a + kFirst * kDigitStride));
+    Load<kSide, kFirst + 1>(digits, asked, a);
   }
 }
 
@@ -88,32 +95,33 @@ template <int kColumns, int m, int kSide, int kFirst = 0>
   }
 }
 
-/// The digits m = kFirst.. of b, whose terms come backwards, times all of a.
+/// The digits m = kFirst.. of b times all of a. Terms of b are picked backwards from two tiles.
 template <int kColumns, int kSide, int kFirst = 0>
 [[VARNO_AVX512, gnu::always_inline]] inline void AddDigits(BlockSums<kColumns>& sums,
                                                            const Digits<kSide>& a, const double* b,
-                                                           std::ptrdiff_t stride)
+                                                           std::ptrdiff_t stride, __m512i picked)
 {
   if constexpr (kFirst < kSide) {
-    const __m512i backwards = _mm512_setr_epi64(7, 6, 5, 4, 3, 2, 1, 0);
-    const __m512i digits =
-        _mm512_permutexvar_epi64(backwards, _mm512_castpd_si512(_mm512_loadu_pd(b)));
+    const double* const place = b + kFirst * kDigitStride;
+    const __m512i digits = _mm512_castpd_si512(
+        _mm512_permutex2var_pd(_mm512_loadu_pd(place), picked, _mm512_loadu_pd(place + stride)));
     AddProducts<kColumns, kFirst>(sums, a, digits);
-    AddDigits<kColumns, kSide, kFirst + 1>(sums, a, b + stride, stride);
+    AddDigits<kColumns, kSide, kFirst + 1>(sums, a, b, stride, picked);
   }
 }
 
 template <int kSide, int kColumns>
 [[VARNO_AVX512, gnu::always_inline]] inline void AddGroups(BlockSums<kColumns>& sums,
                                                            const Groups& all, std::ptrdiff_t first,
-                                                           std::ptrdiff_t end, std::ptrdiff_t aSkip,
-                                                           std::ptrdiff_t bSkip)
+                                                           std::ptrdiff_t end, int i, int m)
 {
+  const __m512i picked = _mm512_sub_epi64(_mm512_set1_epi64(all.bPlace + DigitTiles::kTerms - 1),
+                                          _mm512_setr_epi64(0, 1, 2, 3, 4, 5, 6, 7));
   for (std::ptrdiff_t g = first; g < end; ++g) {
     const Group& group = all.groups[g];
     Digits<kSide> a;
-    Load(a, group.asked, group.a + aSkip, all.aStride);
-    AddDigits<kColumns>(sums, a, group.b + bSkip, all.bStride);
+    Load(a, group.asked, group.a + i * kDigitStride);
+    AddDigits<kColumns>(sums, a, group.b + m * kDigitStride, all.bStride, picked);
   }
 }
 
@@ -160,17 +168,16 @@ template <int kCount>
   if constexpr (kCount > 8) AddSumsOfLanes<kCount - 8>(v + 8, sums + 8);
 }
 
-/// Adds a block that begins so many values behind the first digits of each group to the sums of
-/// its columns.
+/// Adds the block of the digits i and m on of each group to the sums of its columns.
 template <int kSide, int kColumns>
-[[VARNO_AVX512]] void SumBlock(const Groups& all, std::ptrdiff_t aSkip, std::ptrdiff_t bSkip,
-                               std::uint64_t* lows, std::uint64_t* highs)
+[[VARNO_AVX512]] void SumBlock(const Groups& all, int i, int m, std::uint64_t* lows,
+                               std::uint64_t* highs)
 {
   BlockSums<kColumns> sums;
   Clear(sums);
-  AddGroups<kSide>(sums, all, 0, all.doubled, aSkip, bSkip);
+  AddGroups<kSide>(sums, all, 0, all.doubled, i, m);
   if (all.doubled > 0) Double(sums);
-  AddGroups<kSide>(sums, all, all.doubled, all.count, aSkip, bSkip);
+  AddGroups<kSide>(sums, all, all.doubled, all.count, i, m);
   AddSumsOfLanes<kColumns>(sums.low, lows);
   AddSumsOfLanes<kColumns>(sums.high, highs);
 }

@@ -83,7 +83,7 @@ const ColumnKernel kIntegerColumns = {SumProducts, SumSquare, SumRows};
 const ColumnKernel& BestColumnKernel()
 {
   static const ColumnKernel* const best = [] {
-    for (const ColumnKernel* kernel : {PlaneColumnKernel(), VectorColumnKernel()}) {
+    for (const ColumnKernel* kernel : {TileColumnKernel(), VectorColumnKernel()}) {
       if (kernel != nullptr) return kernel;
     }
     return &kIntegerColumns;

@@ -28,8 +28,8 @@ struct ColumnKernel {
   void (*sumSquare)(const WideTerms& a, int first, int k, int columns, std::int64_t* digits);
   /// At most kMostRowProducts of them
   void (*sumRows)(const RowProduct* products, int count, int columns, std::int64_t* digits);
-  /// Whether products of terms that keep planes are made faster.
-  bool readsPlanes = false;
+  /// Whether products of terms that keep tiles are made faster.
+  bool readsTiles = false;
 };
 
 inline constexpr int kMostRowProducts = 50;
@@ -45,6 +45,6 @@ const ColumnKernel& BestColumnKernel();
 /// For processors with AVX2 and FMA; null on others.
 const ColumnKernel* VectorColumnKernel();
 /// For those that multiply integers of 52 bits, eight at a time, besides; null on others.
-const ColumnKernel* PlaneColumnKernel();
+const ColumnKernel* TileColumnKernel();
 
 }  // namespace varno::solve

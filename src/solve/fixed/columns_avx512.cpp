@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "solve/fixed/columns.h"
-#include "solve/fixed/digit_planes.h"
+#include "solve/fixed/digit_tiles.h"
 
 #if defined(__x86_64__)
 
@@ -16,16 +16,15 @@ namespace {
 
 using namespace avx512;
 
-constexpr int kAtOnce = DigitPlanes::kAtOnce;
+constexpr int kTerms = DigitTiles::kTerms;
 /// Low parts have 52 bits, and a column has one for each term and each of its digits. So many are
 /// added in 64 bits, even if doubled.
 constexpr int kMostParts = 2000;
-constexpr int kMostGroups = kMostParts / kAtOnce;
+constexpr int kMostGroups = kMostParts / kTerms;
 /// A number for each column and one more, in whole vectors.
-constexpr int kRoomForColumns = (kMostColumns / kAtOnce + 2) * kAtOnce;
+constexpr int kRoomForColumns = (kMostColumns / kTerms + 2) * kTerms;
 
-using SumBlockFunction = void (*)(const Groups&, std::ptrdiff_t, std::ptrdiff_t, std::uint64_t*,
-                                  std::uint64_t*);
+using SumBlockFunction = void (*)(const Groups&, int, int, std::uint64_t*, std::uint64_t*);
 /// By the number of columns: all of them, and those of a square.
 constexpr std::array<SumBlockFunction, kMostColumnsOfOne> kSumAll = {
     SumBlock<1, 1>, SumBlock<2, 2>, SumBlock<3, 3>, SumBlock<4, 4>, SumBlock<5, 5>,
@@ -35,9 +34,9 @@ constexpr std::array<SumBlockFunction, kMostColumnsOfSquare> kSumSquare = {
     SumBlock<6, 7>, SumBlock<6, 8>, SumBlock<6, 9>, SumBlock<6, 10>, SumBlock<6, 11>};
 
 /// Sums products a[j] b[k-j], exactly, in the columns before `columns`.
-class PlaneSums {
+class TileSums {
  public:
-  PlaneSums(const DigitPlanes& a, const DigitPlanes& b, int k, int columns, std::int64_t* digits)
+  TileSums(const DigitTiles& a, const DigitTiles& b, int k, int columns, std::int64_t* digits)
       : a(a), b(b), k(k), columns(columns), firstColumn(columns), digits(digits)
   {
     std::fill_n(digits, columns + 1, 0);
@@ -47,8 +46,8 @@ class PlaneSums {
   /// left out.
   void Expect(int first, int last)
   {
-    for (int j = first; j <= last; j += kAtOnce)
-      firstColumn = std::min(firstColumn, a.LeastLeading(j) + b.LeastLeading(LastOfB(j)));
+    for (int t = first / kTerms; t * kTerms <= last; ++t)
+      firstColumn = std::min(firstColumn, a.LeastLeading(t * kTerms) + b.LeastLeading(LastOfB(t)));
     reached = columns - firstColumn;
   }
 
@@ -61,18 +60,26 @@ class PlaneSums {
   void Finish() { Flush(); }
 
  private:
-  int LastOfB(int j) const { return k - j - (kAtOnce - 1); }
-  /// The digits of the factors that meet in the first column.
-  int FirstOfA(int j) const { return std::max(0, firstColumn - b.LeastLeading(LastOfB(j))); }
+  /// Terms of a with their digits from the same place on: sums of these up to both ends, and of
+  /// those of b that they meet.
+  struct Stretch {
+    const std::uint64_t *aWith, *aWithout, *bWith, *bWithout;
+  };
+
+  /// The last term of b that a tile of a meets
+  int LastOfB(int t) const { return k - t * kTerms - (kTerms - 1); }
+  /// The digits of a tile of a from which on they meet digits of b in the first column.
+  int FirstOfA(int t) const { return std::max(0, firstColumn - b.LeastLeading(LastOfB(t))); }
   void Clear();
   void Collect(int begin, int end);
-  void AddDigitSums(int begin, int end);
-  void AddDifferences(const std::uint64_t* with, const std::uint64_t* without);
+  Group GroupOf(int t, int firstOfA, int begin, int end) const;
+  Stretch StretchOf(int firstOfA, int begin, int end) const;
+  void AddDigitSums(int stretchCount);
   void SumBlocks();
   void SumParts(std::int64_t* sums) const;
   void Flush();
 
-  const DigitPlanes &a, &b;
+  const DigitTiles &a, &b;
   int k, columns, firstColumn, reached = 0;
   std::int64_t* digits;
   bool isFlushed = false;
@@ -80,25 +87,26 @@ class PlaneSums {
   std::int64_t termCount = 0;                            // doubled ones counted twice
   std::array<std::uint64_t, kRoomForColumns> digitSums;  // of both factors, by place
   std::array<std::uint64_t, kRoomForColumns> lows, highs;
-  std::array<Group, kMostGroups + 1> groups;
+  std::array<Group, kMostGroups> groups;
+  std::array<Stretch, kMostGroups> stretches;
 };
 
-void PlaneSums::Add(int first, int last)
+void TileSums::Add(int first, int last)
 {
   if (reached <= 0) return;
-  const int most = std::max(1, kMostParts / (kAtOnce * reached));
+  const int most = std::clamp(kMostParts / (kTerms * reached), 1, kMostGroups);
   for (int begin = first; begin <= last;) {
     if (groupCount == 0) Clear();
-    const int end = std::min(last + 1, begin + kAtOnce * (most - groupCount));
+    const int end = std::min(last + 1, (begin / kTerms + most - groupCount) * kTerms);
     Collect(begin, end);
     begin = end;
     if (groupCount == most) Flush();
   }
 }
 
-[[VARNO_AVX512]] void PlaneSums::Clear()
+[[VARNO_AVX512]] void TileSums::Clear()
 {
-  for (int c = 0; c <= reached; c += kAtOnce) {
+  for (int c = 0; c <= reached; c += kTerms) {
     _mm512_storeu_si512(&digitSums[c], _mm512_setzero_si512());
     _mm512_storeu_si512(&lows[c], _mm512_setzero_si512());
     _mm512_storeu_si512(&highs[c], _mm512_setzero_si512());
@@ -106,42 +114,52 @@ void PlaneSums::Add(int first, int last)
   termCount = 0;
 }
 
-void PlaneSums::Collect(int begin, int end)
+/// Adds the products j = begin..end-1 to the groups.
+void TileSums::Collect(int begin, int end)
 {
-  for (int j = begin; j < end; j += kAtOnce) {
-    const int firstOfA = FirstOfA(j);
-    groups[groupCount++] = {a.Plane(firstOfA) + j, b.Plane(firstColumn - firstOfA) + LastOfB(j),
-                            static_cast<__mmask8>((1 << std::min(kAtOnce, end - j)) - 1)};
+  int stretchCount = 0;
+  for (int t = begin / kTerms, from = begin; t * kTerms < end; ++t) {
+    const int firstOfA = FirstOfA(t), next = (t + 1) * kTerms;
+    groups[groupCount++] = GroupOf(t, firstOfA, begin, end);
+    if (next < end && FirstOfA(t + 1) == firstOfA) continue;
+    stretches[stretchCount++] = StretchOf(firstOfA, from, std::min(next, end));
+    from = next;
   }
-  AddDigitSums(begin, end);
+  AddDigitSums(stretchCount);
   termCount += end - begin;
 }
 
-/// Adds the digits of the terms begin..end-1 of a and of those of b that they meet, as patterns.
-void PlaneSums::AddDigitSums(int begin, int end)
+Group TileSums::GroupOf(int t, int firstOfA, int begin, int end) const
 {
-  for (int j = begin; j < end;) {
-    const int firstOfA = FirstOfA(j), first = j;
-    do j += kAtOnce;
-    while (j < end && FirstOfA(j) == firstOfA);
-    const int after = std::min(j, end), firstOfB = firstColumn - firstOfA;
-    AddDifferences(a.SumsBefore(after) + firstOfA, a.SumsBefore(first) + firstOfA);
-    AddDifferences(b.SumsBefore(k + 1 - first) + firstOfB, b.SumsBefore(k + 1 - after) + firstOfB);
+  const int first = std::max(0, begin - t * kTerms), behind = std::min(kTerms, end - t * kTerms);
+  return {a.Tile(t, firstOfA), b.Tile((LastOfB(t) + kTerms) / kTerms - 1, firstColumn - firstOfA),
+          static_cast<__mmask8>((1 << behind) - (1 << first))};
+}
+
+auto TileSums::StretchOf(int firstOfA, int begin, int end) const -> Stretch
+{
+  const int firstOfB = firstColumn - firstOfA;
+  return {a.SumsBefore(end) + firstOfA, a.SumsBefore(begin) + firstOfA,
+          b.SumsBefore(k + 1 - begin) + firstOfB, b.SumsBefore(k + 1 - end) + firstOfB};
+}
+
+[[VARNO_AVX512]] void TileSums::AddDigitSums(int stretchCount)
+{
+  for (int c = 0; c < reached; c += kTerms) {
+    __m512i sum = _mm512_loadu_si512(&digitSums[c]);
+    for (int i = 0; i < stretchCount; ++i) {
+      const auto& [aWith, aWithout, bWith, bWithout] = stretches[i];
+      const __m512i with =
+          _mm512_add_epi64(_mm512_loadu_si512(aWith + c), _mm512_loadu_si512(bWith + c));
+      const __m512i without =
+          _mm512_add_epi64(_mm512_loadu_si512(aWithout + c), _mm512_loadu_si512(bWithout + c));
+      sum = _mm512_add_epi64(sum, _mm512_sub_epi64(with, without));
+    }
+    _mm512_storeu_si512(&digitSums[c], sum);
   }
 }
 
-[[VARNO_AVX512]] void PlaneSums::AddDifferences(const std::uint64_t* with,
-                                                const std::uint64_t* without)
-{
-  for (int c = 0; c < reached; c += kAtOnce) {
-    const __m512i difference =
-        _mm512_sub_epi64(_mm512_loadu_si512(with + c), _mm512_loadu_si512(without + c));
-    std::uint64_t* const place = &digitSums[c];
-    _mm512_storeu_si512(place, _mm512_add_epi64(_mm512_loadu_si512(place), difference));
-  }
-}
-
-void PlaneSums::Double()
+void TileSums::Double()
 {
   if (isFlushed) {
     for (int c = 0; c <= columns; ++c) digits[c] *= 2;
@@ -153,9 +171,9 @@ void PlaneSums::Double()
   doubledGroups = groupCount;
 }
 
-void PlaneSums::SumBlocks()
+void TileSums::SumBlocks()
 {
-  const Groups all{groups.data(), groupCount, doubledGroups, a.Stride(), b.Stride()};
+  const Groups all{groups.data(), groupCount, doubledGroups, b.Stride(), (k + 1) % kTerms};
   if (reached <= kMostColumnsOfOne) {
     kSumAll[reached - 1](all, 0, 0, lows.data(), highs.data());
     return;
@@ -163,7 +181,7 @@ void PlaneSums::SumBlocks()
   for (int i = 0; i < reached; i += kMostSide) {
     for (int m = 0; i + m < reached; m += kMostSide) {
       const int count = std::min(reached - i - m, kMostColumnsOfSquare);
-      kSumSquare[count - 1](all, i * all.aStride, m * all.bStride, &lows[i + m], &highs[i + m]);
+      kSumSquare[count - 1](all, i, m, &lows[i + m], &highs[i + m]);
     }
   }
 }
@@ -176,17 +194,17 @@ void PlaneSums::SumBlocks()
 
 /// The sums of products, as numbers in units of the digits from that of the first column on:
 /// sum x y = sum (x + 2^50) (y + 2^50) - 2^50 sum (x + y) - 2^100 count.
-[[VARNO_AVX512]] void PlaneSums::SumParts(std::int64_t* sums) const
+[[VARNO_AVX512]] void TileSums::SumParts(std::int64_t* sums) const
 {
   const __m512i zero = _mm512_setzero_si512();
   const __m512i digit = _mm512_set1_epi64((1LL << kWideDigitBits) - 1);
-  const __m512i biases = _mm512_set1_epi64(static_cast<long long>(
-      2 * static_cast<std::uint64_t>(termCount) * DigitPlanes::kBiasPattern));
+  const __m512i biases = _mm512_set1_epi64(
+      static_cast<long long>(2 * static_cast<std::uint64_t>(termCount) * DigitTiles::kBiasPattern));
   const __m512i products = _mm512_set1_epi64(static_cast<long long>(termCount) << 49);
   __m512i counts = _mm512_setr_epi64(1, 2, 3, 4, 5, 6, 7, 8);
   __m512i lowBefore = zero, prefixBefore = zero;
-  for (int c = 0; c <= reached; c += kAtOnce) {
-    const auto there = static_cast<__mmask8>((1 << std::min(kAtOnce, reached - c)) - 1);
+  for (int c = 0; c <= reached; c += kTerms) {
+    const auto there = static_cast<__mmask8>((1 << std::min(kTerms, reached - c)) - 1);
     const __m512i low = _mm512_loadu_si512(&lows[c]), high = _mm512_loadu_si512(&highs[c]);
     // The sums of the digits up to each place
     __m512i prefix = _mm512_maskz_sub_epi64(there, _mm512_loadu_si512(&digitSums[c]), biases);
@@ -203,14 +221,14 @@ void PlaneSums::SumBlocks()
     sum = _mm512_sub_epi64(sum, _mm512_srai_epi64(prefix, 1));
     sum = _mm512_mask_sub_epi64(sum, there, sum, _mm512_mullo_epi64(counts, products));
     _mm512_storeu_si512(sums + c, sum);
-    counts = _mm512_add_epi64(counts, _mm512_set1_epi64(kAtOnce));
+    counts = _mm512_add_epi64(counts, _mm512_set1_epi64(kTerms));
     lowBefore = low;
     prefixBefore = prefix;
   }
 }
 
 /// Adds what has been collected to the digits.
-void PlaneSums::Flush()
+void TileSums::Flush()
 {
   if (groupCount == 0) return;
   SumBlocks();
@@ -228,20 +246,20 @@ void PlaneSums::Flush()
   isFlushed = true;
 }
 
-/// Whether the planes of both have all digits that meet in the columns.
-bool HavePlanes(const WideTerms& a, const WideTerms& b, int columns)
+/// Whether the tiles of both have all digits that meet in the columns.
+bool HaveTiles(const WideTerms& a, const WideTerms& b, int columns)
 {
-  return a.planes && b.planes && columns <= std::min(a.n, b.n) + 1;
+  return a.tiles && b.tiles && columns <= std::min(a.n, b.n) + 1;
 }
 
 void SumProducts(const WideTerms& a, const WideTerms& b, int first, int last, int k, int columns,
                  std::int64_t* digits)
 {
-  if (!HavePlanes(a, b, columns)) {
+  if (!HaveTiles(a, b, columns)) {
     VectorColumnKernel()->sumProducts(a, b, first, last, k, columns, digits);
     return;
   }
-  PlaneSums sums(*a.planes, *b.planes, k, columns, digits);
+  TileSums sums(*a.tiles, *b.tiles, k, columns, digits);
   sums.Expect(first, last);
   sums.Add(first, last);
   sums.Finish();
@@ -249,11 +267,11 @@ void SumProducts(const WideTerms& a, const WideTerms& b, int first, int last, in
 
 void SumSquare(const WideTerms& a, int first, int k, int columns, std::int64_t* digits)
 {
-  if (!HavePlanes(a, a, columns)) {
+  if (!HaveTiles(a, a, columns)) {
     VectorColumnKernel()->sumSquare(a, first, k, columns, digits);
     return;
   }
-  PlaneSums sums(*a.planes, *a.planes, k, columns, digits);
+  TileSums sums(*a.tiles, *a.tiles, k, columns, digits);
   const int half = k > 0 ? (k - 1) / 2 : -1;
   const bool hasMiddle = k % 2 == 0;
   sums.Expect(first, half);
@@ -269,16 +287,16 @@ void SumRows(const RowProduct* products, int count, int columns, std::int64_t* d
   VectorColumnKernel()->sumRows(products, count, columns, digits);
 }
 
-constexpr ColumnKernel kPlaneColumns = {SumProducts, SumSquare, SumRows, true};
+constexpr ColumnKernel kTileColumns = {SumProducts, SumSquare, SumRows, true};
 
 }  // namespace
 
-const ColumnKernel* PlaneColumnKernel()
+const ColumnKernel* TileColumnKernel()
 {
   const bool isThere = VectorColumnKernel() != nullptr && __builtin_cpu_supports("avx512f") != 0 &&
                        __builtin_cpu_supports("avx512dq") != 0 &&
                        __builtin_cpu_supports("avx512ifma") != 0;
-  return isThere ? &kPlaneColumns : nullptr;
+  return isThere ? &kTileColumns : nullptr;
 }
 
 }  // namespace varno::solve
@@ -287,7 +305,7 @@ const ColumnKernel* PlaneColumnKernel()
 
 namespace varno::solve {
 
-const ColumnKernel* PlaneColumnKernel()
+const ColumnKernel* TileColumnKernel()
 {
   return nullptr;
 }

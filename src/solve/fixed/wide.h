@@ -61,7 +61,7 @@ class WideArithmetic {
   /// Of series whose sums of products will be asked for, again and again.
   void PrepareForProducts(Terms& terms) const
   {
-    if (kernel->readsPlanes) terms.KeepPlanes();
+    if (kernel->readsTiles) terms.KeepTiles();
   }
   static void Reset(Terms& terms, long leastExponent) { terms.Reset(leastExponent); }
   void Store(Terms& terms, int k, const Value& value) const;

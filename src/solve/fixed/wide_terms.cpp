@@ -14,19 +14,19 @@ void WideTerms::Reserve(int digitCount, int count)
   rows.resize(static_cast<std::size_t>(count) * stride + std::size_t{2} * kZeros);
   leading.resize(count, n);
   exactZero.resize(count);
-  if (planes) FillPlanes();
+  if (tiles) FillTiles();
 }
 
-void WideTerms::KeepPlanes()
+void WideTerms::KeepTiles()
 {
-  planes.emplace();
-  FillPlanes();
+  tiles.emplace();
+  FillTiles();
 }
 
-void WideTerms::FillPlanes()
+void WideTerms::FillTiles()
 {
-  planes->Reserve(n, capacity);
-  for (int k = 0; k < capacity; ++k) SetInPlanes(k);
+  tiles->Reserve(n, capacity);
+  for (int k = 0; k < capacity; ++k) SetInTiles(k);
 }
 
 void WideTerms::Reset(long newLeastExponent)
@@ -46,7 +46,7 @@ void WideTerms::Set(int k, const std::int64_t* digits)
   int end = n;
   while (end > used && digits[end - 1] == 0) --end;
   used = end;
-  SetInPlanes(k);
+  SetInTiles(k);
 }
 
 bool WideTerms::SetSettled(int k, const std::int64_t* digits, int count, int place)
@@ -64,7 +64,7 @@ bool WideTerms::SetSettled(int k, const std::int64_t* digits, int count, int pla
   if (place > 0) std::fill_n(row, place, 0.0);
   for (int i = std::max(0, place); i < end; ++i) row[i] = static_cast<double>(digits[i - place]);
   if (end < n) std::fill(row + end, row + n, 0.0);
-  SetInPlanes(k);
+  SetInTiles(k);
   return true;
 }
 
@@ -72,7 +72,7 @@ void WideTerms::SetZero(int k)
 {
   leading[k] = n;
   std::fill_n(&rows[Place(k)], n, 0.0);
-  SetInPlanes(k);
+  SetInTiles(k);
 }
 
 void WideTerms::Raise(long newExponent, int count)

@@ -6,7 +6,7 @@
 #include <optional>
 #include <vector>
 
-#include "solve/fixed/digit_planes.h"
+#include "solve/fixed/digit_tiles.h"
 #include "solve/fixed/wide_digits.h"
 
 namespace varno::solve {
@@ -30,13 +30,13 @@ struct WideTerms {
   long leastExponent = 0;  ///< where the exponent begins at least
   bool started = false;
   bool inexact = false;
-  std::optional<DigitPlanes> planes;  ///< only of those that keep them
+  std::optional<DigitTiles> tiles;  ///< only of those that keep them
 
   /// The digits of term k.
   const double* Row(int k) const { return rows.data() + Place(k); }
   void Reserve(int digitCount, int count);
-  /// From now on the digits stand in planes, too. Terms must come in their order then.
-  void KeepPlanes();
+  /// From now on the digits stand in tiles, too. Terms must come in their order then.
+  void KeepTiles();
   void Reset(long newLeastExponent);
   /// Sets term k to n digits.
   void Set(int k, const std::int64_t* digits);
@@ -51,10 +51,10 @@ struct WideTerms {
   void Raise(long newExponent, int count);
 
  private:
-  void FillPlanes();
-  void SetInPlanes(int k)
+  void FillTiles();
+  void SetInTiles(int k)
   {
-    if (planes) planes->Set(k, Row(k), leading[k]);
+    if (tiles) tiles->Set(k, Row(k), leading[k]);
   }
   std::size_t Place(int k) const { return static_cast<std::size_t>(k) * stride + kZeros; }
 };

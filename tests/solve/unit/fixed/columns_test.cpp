@@ -18,7 +18,7 @@ WideTerms Reserved(int n, int count)
 {
   WideTerms terms;
   terms.Reserve(n, count);
-  terms.KeepPlanes();
+  terms.KeepTiles();
   terms.started = true;
   return terms;
 }
@@ -223,13 +223,13 @@ TEST_P(Columns, AreExactForTermsOfAnySize)
   }
 }
 
-// Where one of them keeps no planes, as the powers of an offset.
-TEST_P(Columns, NeedNoPlanes)
+// Where one of them keeps no tiles, as the powers of an offset.
+TEST_P(Columns, NeedNoTiles)
 {
   const auto digit = [](int k, int i) { return std::int64_t{1000} * k - i; };
   const WideTerms a = Filled(6, 9, digit);
   WideTerms b = a;
-  b.planes.reset();
+  b.tiles.reset();
   ExpectExact(*GetParam(), a, b, 0, 8, 8, 7);
   ExpectExact(*GetParam(), b, a, 0, 8, 8, 7);
   ExpectExactSquare(*GetParam(), b, 0, 8, 7);
@@ -239,7 +239,7 @@ TEST_P(Columns, NeedNoPlanes)
 std::vector<const ColumnKernel*> Kernels()
 {
   std::vector<const ColumnKernel*> kernels{&kIntegerColumns};
-  for (const ColumnKernel* kernel : {VectorColumnKernel(), PlaneColumnKernel()}) {
+  for (const ColumnKernel* kernel : {VectorColumnKernel(), TileColumnKernel()}) {
     if (kernel != nullptr) kernels.push_back(kernel);
   }
   return kernels;

@@ -55,30 +55,30 @@ TEST(WideTerms, LeaveWhatDoesNotFitToOthers)
   EXPECT_EQ(before, Row(terms, 0));
 }
 
-void ExpectPlanesOfRows(const WideTerms& terms, int count)
+void ExpectTilesOfRows(const WideTerms& terms, int count)
 {
   for (int k = 0; k < count; ++k) {
     for (int i = 0; i < terms.n; ++i)
-      EXPECT_EQ(terms.Row(k)[i], terms.planes->Plane(i)[k] - DigitPlanes::kBias) << k << ", " << i;
+      EXPECT_EQ(terms.Row(k)[i], terms.tiles->Tile(0, i)[k] - DigitTiles::kBias) << k << ", " << i;
   }
 }
 
 // However a term is set, and when all of them move
-TEST(WideTerms, KeepTheirDigitsInPlanes)
+TEST(WideTerms, KeepTheirDigitsInTiles)
 {
   WideTerms terms = Settled(4);
-  terms.KeepPlanes();
-  ExpectPlanesOfRows(terms, 2);
+  terms.KeepTiles();
+  ExpectTilesOfRows(terms, 2);
   const std::vector<std::int64_t> digits{1, -2, 3, 4};
   terms.Set(0, digits.data());
   EXPECT_TRUE(terms.SetSettled(1, digits.data(), 4, 2));
-  ExpectPlanesOfRows(terms, 2);
-  EXPECT_EQ(2, terms.planes->LeastLeading(1));
+  ExpectTilesOfRows(terms, 2);
+  EXPECT_EQ(2, terms.tiles->LeastLeading(1));
   terms.Raise(terms.exponent + 1, 2);
-  ExpectPlanesOfRows(terms, 2);
+  ExpectTilesOfRows(terms, 2);
   terms.Reserve(4, 3);
   terms.SetZero(2);
-  ExpectPlanesOfRows(terms, 3);
+  ExpectTilesOfRows(terms, 3);
 }
 
 }  // namespace

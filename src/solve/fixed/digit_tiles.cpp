@@ -1,0 +1,39 @@
+#include "solve/fixed/digit_tiles.h"
+
+#include <algorithm>
+
+namespace varno::solve {
+
+void DigitTiles::Reserve(int digitCount, int count)
+{
+  n = digitCount;
+  const auto tiles = static_cast<std::size_t>((count + kTerms - 1) / kTerms + 2);
+  Digits zeros;
+  zeros.ofTerms.fill(kBias);
+  digits.assign(tiles * static_cast<std::size_t>(n + 1), zeros);
+  // Sums are read eight at a time, and up to seven behind the last one.
+  sumStride = (n + 1 + kTerms - 1) / kTerms * kTerms + kTerms;
+  sums.assign(static_cast<std::size_t>((count + 1) * sumStride), 0);
+  leastLeading.assign(static_cast<std::size_t>(count + kTerms), n);
+}
+
+void DigitTiles::Set(int k, const double* newDigits, int leading)
+{
+  const std::size_t term = static_cast<std::size_t>(k) % kTerms;
+  Digits* const place =
+      &digits[(static_cast<std::size_t>(k) / kTerms + 1) * static_cast<std::size_t>(n + 1)];
+  const std::uint64_t* const before = SumsBefore(k);
+  std::uint64_t* const with = sums.data() + (k + 1) * sumStride;
+  for (int i = 0; i < n; ++i) {
+    const double value = kBias + newDigits[i];
+    place[i].ofTerms[term] = value;
+    with[i] = before[i] + std::bit_cast<std::uint64_t>(value);
+  }
+  with[n] = before[n] + kBiasPattern;
+  int* const windows = &leastLeading[static_cast<std::size_t>(k)];  // of k - 7
+  for (int i = 0; i < kTerms - 1; ++i)
+    windows[i] = k == 0 ? leading : std::min(windows[i], leading);
+  windows[kTerms - 1] = leading;
+}
+
+}  // namespace varno::solve
