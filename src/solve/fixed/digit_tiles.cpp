@@ -11,10 +11,19 @@ void DigitTiles::Reserve(int digitCount, int count)
   Digits zeros;
   zeros.ofTerms.fill(kBias);
   digits.assign(tiles * static_cast<std::size_t>(n + 1), zeros);
-  // Sums are read eight at a time, and up to seven behind the last one.
-  sumStride = (n + 1 + kTerms - 1) / kTerms * kTerms + kTerms;
-  sums.assign(static_cast<std::size_t>((count + 1) * sumStride), 0);
+  sumStride = n + 1;
+  // They are read eight at a time.
+  sums.assign(static_cast<std::size_t>((count + 1) * sumStride + kTerms), 0);
   leastLeading.assign(static_cast<std::size_t>(count + kTerms), n);
+}
+
+void DigitTiles::Prefetch(int k) const
+{
+  const double* const place = Tile(k / kTerms, 0);
+  for (int i = 0; i < n; ++i) __builtin_prefetch(place + i * kTerms, 1);
+  const std::uint64_t* const with = SumsBefore(k + 1);
+  for (std::ptrdiff_t i = 0; i < sumStride; i += kTerms) __builtin_prefetch(with + i, 1);
+  __builtin_prefetch(&leastLeading[static_cast<std::size_t>(k)], 1);
 }
 
 void DigitTiles::Set(int k, const double* newDigits, int leading)

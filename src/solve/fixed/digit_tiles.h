@@ -28,6 +28,9 @@ class DigitTiles {
   /// that is set again is as if those behind it had not come yet.
   void Set(int k, const double* newDigits, int leading);
 
+  /// Brings to the cache what will be set of term k.
+  void Prefetch(int k) const;
+
   /// kBias + digit i of the terms 8 tile..8 tile + 7; tile -1 and that behind the last one can be
   /// read, too, but have no terms.
   const double* Tile(std::ptrdiff_t tile, int i) const

@@ -68,6 +68,16 @@ bool WideTerms::SetSettled(int k, const std::int64_t* digits, int count, int pla
   return true;
 }
 
+void WideTerms::Prefetch(int k) const
+{
+  const double* const row = Row(k);
+  constexpr int kInALine = 8;
+  for (int i = 0; i < n; i += kInALine) __builtin_prefetch(row + i, 1);
+  __builtin_prefetch(&leading[k], 1);
+  __builtin_prefetch(&exactZero[k], 1);
+  if (tiles) tiles->Prefetch(k);
+}
+
 void WideTerms::SetZero(int k)
 {
   leading[k] = n;

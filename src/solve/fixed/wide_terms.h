@@ -47,6 +47,8 @@ struct WideTerms {
   /// Sets term k of a settled series to digits of which the first stands at the place `place`; all
   /// but that are balanced. False, and nothing is set, if they are 0, too small, or do not fit.
   bool SetSettled(int k, const std::int64_t* digits, int count, int place);
+  /// Brings to the cache what will be set of term k.
+  void Prefetch(int k) const;
   /// Makes room for larger terms among the first `count`: all move down by whole digits.
   void Raise(long newExponent, int count);
 

@@ -19,6 +19,9 @@ void SettledLines<WideArithmetic<N>>::Begin(long newScaleExponent, bool backward
   operands.Rearrange();
 }
 
+/// The terms of large systems are far away: they are sent for while others are made.
+constexpr std::size_t kLinesAhead = 2;
+
 // ---------------------------------------------------------------------------------------------
 // The recurrences: numbers in parentheses are those of docs/solve/recurrences.md.
 
@@ -30,6 +33,7 @@ std::size_t SettledLines<WideArithmetic<N>>::StoreTerms(std::size_t first, std::
   const std::int64_t arrangement = operands.Arrangement();
   for (std::size_t i = first; i < last; ++i) {
     Prepared& line = prepared[i];
+    if (i + kLinesAhead < last) operands.terms[lines[i + kLinesAhead]].Prefetch(k);
     if (line.arrangement != arrangement) Prepare(line, lines[i], arrangement);
     if (!line.isUsable || !StoreTerm(line, k)) return i;
     if (line.weighted != nullptr &&
