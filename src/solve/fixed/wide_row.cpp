@@ -15,18 +15,55 @@ static long PartOf(long shift)
 bool StoreScaled(const ColumnKernel& kernel, WideTerms& terms, int k, WideRowView factor,
                  const WideDigits& digits, int dropped)
 {
-  // Digits 0 of both make the digit `place` of the term, and may carry to those before.
-  const long place = terms.exponent - digits.exponent - factor.exponent;
+  // The first digits that are not 0 make the digit `place` of the term, and may carry to those
+  // before.
+  const long place = terms.exponent - digits.exponent - factor.exponent + digits.leading;
   const long before = std::max(0L, -place);
   const int last = terms.n - dropped;
-  if (!terms.IsSettled() || before > kMostDigitsBefore || place + digits.leading > last)
-    return false;
+  if (!terms.IsSettled() || before > kMostDigitsBefore || place > last) return false;
   const int columns = last + 1 + static_cast<int>(before);
   const RowProduct product{factor.digits, factor.count, digits.digits + digits.leading,
-                           static_cast<int>(place + before) + digits.leading};
+                           static_cast<int>(place + before)};
   std::array<std::int64_t, kMostColumns + 1> sum;
   kernel.sumRows(&product, 1, columns, sum.data());
   return terms.SetSettled(k, sum.data(), columns + 1, -static_cast<int>(before));
+}
+
+const WideRow& WideQuotients::Of(int k)
+{
+  const auto place = static_cast<std::size_t>(k);
+  if (rows.size() <= place) rows.resize(place + 1);
+  if (rows[place].digits.empty()) rows[place] = Computed(k);
+  return rows[place];
+}
+
+void WideQuotients::Shift(long digits)
+{
+  numerator.exponent += digits;
+  for (WideRow& row : rows) row.exponent += digits;
+}
+
+/// By long division, so that the last digit is wrong by less than 1.
+WideRow WideQuotients::Computed(int k) const
+{
+  WideRow row;
+  if (numerator.digits.empty()) return row;
+  // Balanced digits may need one before the quotient's first.
+  std::vector<std::int64_t> digits{0};
+  std::int64_t rest = 0;
+  for (int i = 0; i < n + 2; ++i) {
+    std::int64_t dividend = rest * (std::int64_t{1} << kWideDigitBits);
+    if (i < numerator.Count()) dividend += static_cast<std::int64_t>(numerator.digits[i]);
+    digits.push_back(dividend / k);
+    rest = dividend % k;
+  }
+  wide::CarryUp(digits.data(), static_cast<int>(digits.size()) - 1);
+  std::size_t first = 0;
+  while (digits[first] == 0) ++first;
+  row.exponent = numerator.exponent + 1 - static_cast<long>(first);
+  while (digits.back() == 0) digits.pop_back();
+  row.digits.assign(digits.begin() + static_cast<std::ptrdiff_t>(first), digits.end());
+  return row;
 }
 
 void WideReciprocals::Use(int digitsBehind, long newShift, bool negative)
@@ -37,42 +74,14 @@ void WideReciprocals::Use(int digitsBehind, long newShift, bool negative)
   shift = newShift;
   isNegative = negative;
   const long part = PartOf(shift), wholeDigits = (shift - part) / kWideDigitBits;
-  used = &tables[part];
-  for (WideRow& row : used->rows) row.exponent += wholeDigits - used->wholeDigits;
-  used->wholeDigits = wholeDigits;
-}
-
-const WideRow& WideReciprocals::Of(int k)
-{
-  std::vector<WideRow>& rows = used->rows;
-  const auto place = static_cast<std::size_t>(k);
-  if (rows.size() <= place) rows.resize(place + 1);
-  if (rows[place].digits.empty()) rows[place] = Computed(k);
-  return rows[place];
-}
-
-/// By long division, so that the last digit is wrong by less than 1.
-WideRow WideReciprocals::Computed(int k) const
-{
-  const long part = PartOf(shift);
-  const std::int64_t numerator = std::int64_t{1} << part;
-  // Balanced digits may need one before the quotient's first.
-  std::vector<std::int64_t> digits{0, numerator / k};
-  std::int64_t rest = numerator % k;
-  while (static_cast<int>(digits.size()) < n + 3) {
-    const std::int64_t dividend = rest * (std::int64_t{1} << kWideDigitBits);
-    digits.push_back(dividend / k);
-    rest = dividend % k;
+  const auto [found, isNew] = tables.try_emplace(part);
+  used = &found->second;
+  if (isNew) {
+    const auto power = static_cast<double>(std::int64_t{1} << part);
+    used->quotients = WideQuotients(WideRow{{negative ? -power : power}, 1}, n);
   }
-  wide::CarryUp(digits.data(), static_cast<int>(digits.size()) - 1);
-  std::size_t first = 0;
-  while (digits[first] == 0) ++first;
-  WideRow row;
-  row.exponent = 2 + (shift - part) / kWideDigitBits - static_cast<long>(first);
-  while (digits.back() == 0) digits.pop_back();
-  for (std::size_t i = first; i < digits.size(); ++i)
-    row.digits.push_back(static_cast<double>(isNegative ? -digits[i] : digits[i]));
-  return row;
+  used->quotients.Shift(wholeDigits - used->wholeDigits);
+  used->wholeDigits = wholeDigits;
 }
 
 }  // namespace varno::solve

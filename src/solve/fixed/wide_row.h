@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <utility>
 #include <vector>
 
 #include "solve/fixed/wide.h"
@@ -67,21 +68,39 @@ inline WideDigits DigitsOf(const WideTerms& terms, int k)
 bool StoreScaled(const ColumnKernel& kernel, WideTerms& terms, int k, WideRowView factor,
                  const WideDigits& digits, int dropped = 0);
 
-/// 2^shift / k or its negative for k = 1, 2, ..., each computed when it is asked for, and kept for
-/// other shifts by whole digits from this one.
+/// A row of digits divided by k = 1, 2, ..., each quotient computed when it is asked for.
+class WideQuotients {
+ public:
+  WideQuotients() = default;
+  /// With n digits behind the first of each quotient
+  WideQuotients(WideRow numerator, int n) : numerator(std::move(numerator)), n(n) {}
+
+  const WideRow& Of(int k);
+  /// All of them times 2^(51 digits)
+  void Shift(long digits);
+
+ private:
+  WideRow Computed(int k) const;
+
+  WideRow numerator;
+  int n = 0;
+  std::vector<WideRow> rows;  // by k
+};
+
+/// 2^shift / k or its negative for k = 1, 2, ..., kept for other shifts by whole digits from this
+/// one.
 class WideReciprocals {
  public:
   /// Of this shift and sign, with n digits behind the first. What there is of other n and signs is
   /// forgotten.
   void Use(int n, long shift, bool negative);
-  const WideRow& Of(int k);
+  const WideRow& Of(int k) { return used->quotients.Of(k); }
 
  private:
   struct Table {
     long wholeDigits = 0;
-    std::vector<WideRow> rows;  // by k
+    WideQuotients quotients;
   };
-  WideRow Computed(int k) const;
 
   int n = 0;
   long shift = 0;

@@ -45,7 +45,7 @@ std::size_t SettledLines<WideArithmetic<N>>::StoreTerms(std::size_t first, std::
 }
 
 template <int N>
-bool SettledLines<WideArithmetic<N>>::StoreTerm(const Prepared& line, int k)
+bool SettledLines<WideArithmetic<N>>::StoreTerm(Prepared& line, int k)
 {
   switch (line.kind) {
     case LineKind::kState:
@@ -70,6 +70,8 @@ bool SettledLines<WideArithmetic<N>>::StoreTerm(const Prepared& line, int k)
       // (9) s' = +-b a': k s[k] = +-(sum over j = 1..k of j a[j] b[k-j])
       kernel->sumProducts(*line.a, *line.b, 1, k, k, ColumnsOf(line, k), sum.data());
       return StoreIntegral(line, k);
+    case LineKind::kPower:
+      return StorePower(line, k);
     default:
       return false;
   }
@@ -106,6 +108,47 @@ bool SettledLines<WideArithmetic<N>>::StoreIntegral(const Prepared& line, int k)
   WideDigits row;
   return MakeRow(row, line, nullptr, k) &&
          StoreScaled(*kernel, *line.s, k, reciprocals.Of(k), row, Dropped(line.spareDigits, k));
+}
+
+/// (8) s = a^e: s[k] = ((e + 1)/k (sum over j = 1..k of j a[j] s[k-j])
+///                     - (sum over j = 1..k of a[j] s[k-j])) / a[0]
+template <int N>
+bool SettledLines<WideArithmetic<N>>::StorePower(Prepared& line, int k)
+{
+  const int columns = ColumnsOf(line, k);
+  kernel->sumProducts(*line.weightedA, *line.s, 1, k, k, columns, sum.data());
+  const WideDigits weighted = RowOfSum(sumRow, columns, line.exponent);
+  kernel->sumProducts(*line.a, *line.s, 1, k, k, columns, sum.data());
+  const WideDigits plain = RowOfSum(otherRow, columns, line.a->exponent + line.s->exponent);
+  const WideRow& factor = line.exponents->Of(k);
+  constexpr double kMinusOne = -1;
+  const long exponent = std::max(weighted.exponent + factor.exponent, plain.exponent + 1);
+  const long places[] = {exponent - weighted.exponent - factor.exponent,
+                         exponent - plain.exponent - 1};
+  if (std::max(places[0], places[1]) > line.s->n) return false;
+  const std::array products{
+      RowProduct{factor.digits.data(), factor.Count(), weighted.digits + weighted.leading,
+                 static_cast<int>(places[0]) + weighted.leading},
+      RowProduct{&kMinusOne, 1, plain.digits + plain.leading,
+                 static_cast<int>(places[1]) + plain.leading}};
+  const int last = columns + 2;
+  kernel->sumRows(products.data(), 2, last, sum.data());
+  return StoreScaled(*kernel, *line.s, k, line.divisor, RowOfSum(sumRow, last, exponent),
+                     Dropped(line.spareDigits, k));
+}
+
+template <int N>
+WideDigits SettledLines<WideArithmetic<N>>::RowOfSum(RoomForRow& room, int last,
+                                                     long exponent) const
+{
+  std::array<std::int64_t, kMostSumDigits> digits{};
+  std::copy_n(sum.begin(), last + 1, digits.begin() + 1);  // the first takes the carry
+  wide::CarryUp(digits.data(), last + 1);
+  double* const place0 = room.data() + WideTerms::kZeros;
+  std::copy(digits.begin(), digits.end(), place0);
+  int leading = 0;
+  while (leading <= last && digits[leading] == 0) ++leading;
+  return {place0, leading, exponent + 1};
 }
 
 /// The sum with its sign as a row, with term k of a series added to it where there is one; false if
@@ -178,6 +221,9 @@ void SettledLines<WideArithmetic<N>>::Prepare(Prepared& line, LineId id, std::in
     case LineKind::kSquareRoot:
       line.isUsable = PrepareQuotient(line, id, *line.s);
       break;
+    case LineKind::kPower:
+      line.isUsable = PreparePower(line, id);
+      break;
     case LineKind::kIntegralOfProduct:
       line.a = Weighted(operation.a);
       reciprocals.Use(line.s->n, 0, false);
@@ -221,6 +267,23 @@ bool SettledLines<WideArithmetic<N>>::PrepareQuotient(Prepared& line, LineId id,
   line.isNegative = true;
   line.divisor = RowOf(operands.divisors[id], line.s->n);
   return PrepareSum(line, b, *line.s);
+}
+
+/// Both sums of products of a power.
+template <int N>
+bool SettledLines<WideArithmetic<N>>::PreparePower(Prepared& line, LineId id)
+{
+  const Line& operation = operands.tape.lines[id];
+  const int n = line.s->n;
+  line.weightedA = Weighted(operation.a);
+  line.divisor = RowOf(operands.divisors[id], n);
+  // Constants stay.
+  if (!line.exponents) {
+    WideRow factor =
+        operation.constant == kNone ? RowOf(1) : RowOf(operands.exponents[operation.constant], n);
+    line.exponents.emplace(std::move(factor), n);
+  }
+  return line.a->started && PrepareSum(line, *line.weightedA, *line.s);
 }
 
 template <int N>

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -34,6 +35,9 @@ class SettledLines<WideArithmetic<kMostDigits>> {
   std::size_t StoreTerms(std::size_t first, std::size_t last, int k);
 
  private:
+  /// A sum has as many digits as a term, some before and a few behind.
+  static constexpr int kMostSumDigits = kMostDigits + 8;
+
   /// A factor times a series, whose digits 0 meet in this column.
   struct Operand {
     const WideTerms* terms;
@@ -53,14 +57,21 @@ class SettledLines<WideArithmetic<kMostDigits>> {
     WideTerms* s;         // of the line
     WideTerms* weighted;  // the same, where it is needed
     const WideTerms *a, *b;
+    const WideTerms* weightedA;  // of a power
     WideRow divisor;
+    std::optional<WideQuotients> exponents;  // of a power: e + 1, divided by k
     double spareDigits, spareOfWeighted;
     std::vector<Operand> operands;  // of a combination
   };
-  bool StoreTerm(const Prepared& line, int k);
+  bool StoreTerm(Prepared& line, int k);
   bool StoreCombination(const Prepared& line, int k);
   bool StoreQuotient(const Prepared& line, int k);
   bool StoreIntegral(const Prepared& line, int k);
+  bool StorePower(Prepared& line, int k);
+  /// Room for a row of digits with zeros around it.
+  using RoomForRow = std::array<double, WideTerms::kZeros + kMostSumDigits>;
+  /// The sum, whose last digit is `last` and which has this exponent, as a row.
+  WideDigits RowOfSum(RoomForRow& room, int last, long exponent) const;
   bool MakeRow(WideDigits& row, const Prepared& line, const WideTerms* a, int k);
   /// How many of the last digits of term k are not needed.
   int Dropped(double spareDigits, int k) const { return static_cast<int>(spareDigits + k * rise); }
@@ -76,14 +87,12 @@ class SettledLines<WideArithmetic<kMostDigits>> {
   static bool PrepareProducts(Prepared& line, const WideTerms& a, const WideTerms& b);
   bool PrepareQuotient(Prepared& line, LineId id, const WideTerms& b) const;
   bool PrepareCombination(Prepared& line, LineId id) const;
+  bool PreparePower(Prepared& line, LineId id);
   WideTerms* Weighted(LineId id) const
   {
     const std::uint32_t row = operands.weightedRows[id];
     return row == kNone ? nullptr : &operands.weighted[row];
   }
-
-  /// A sum has as many digits as a term, some before and a few behind.
-  static constexpr int kMostSumDigits = kMostDigits + 8;
 
   LineOperands<WideArithmetic<kMostDigits>> operands;
   const ColumnKernel* kernel;
@@ -97,7 +106,7 @@ class SettledLines<WideArithmetic<kMostDigits>> {
   WideReciprocals reciprocals;  // 1 / k
   WideRow order{{0}, 1};        // k
   std::array<std::int64_t, kMostSumDigits> sum;
-  std::array<double, WideTerms::kZeros + kMostSumDigits> sumRow{};
+  RoomForRow sumRow{}, otherRow{};
 };
 
 extern template class SettledLines<WideArithmetic<8>>;
