@@ -20,6 +20,12 @@ class DigitTiles {
   static constexpr double kBias = 0x1p52 + 0x1p50;
   static constexpr auto kBiasPattern = std::bit_cast<std::uint64_t>(kBias);
   static constexpr int kTerms = 8;
+  /// Those of one place of the terms of a tile, in one line of the cache
+  struct alignas(64) Digits {
+    std::array<double, kTerms> ofTerms;
+  };
+
+  static constexpr std::size_t BytesOfTile(int n) { return (std::size_t{1} + n) * sizeof(Digits); }
 
   /// For `count` terms of n digits; what was there is lost. Behind the others stands a digit n that
   /// is 0 in all terms.
@@ -46,11 +52,6 @@ class DigitTiles {
   int LeastLeading(int k) const { return leastLeading[static_cast<std::size_t>(k + kTerms - 1)]; }
 
  private:
-  /// That of one place of the terms of a tile, in one line of the cache.
-  struct alignas(64) Digits {
-    std::array<double, kTerms> ofTerms;
-  };
-
   int n = 0;
   std::ptrdiff_t sumStride = 0;
   std::vector<Digits> digits;  // by tile and place

@@ -63,6 +63,8 @@ class WideArithmetic {
   {
     if (kernel->readsTiles) terms.KeepTiles();
   }
+  /// What the digits of eight terms take of the memory then.
+  std::size_t BytesOfTile() const { return DigitTiles::BytesOfTile(n); }
   static void Reset(Terms& terms, long leastExponent) { terms.Reset(leastExponent); }
   void Store(Terms& terms, int k, const Value& value) const;
   Value Load(const Terms& terms, int k) const;

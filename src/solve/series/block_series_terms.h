@@ -4,11 +4,18 @@
 
 namespace varno::solve {
 
+/// A term is set in as many places of a tile as it has digits. While the tiles that are set in stay
+/// in a processor's own cache, that is cheap; in larger systems it takes longer than products do.
+inline constexpr std::size_t kMostBytesOfTiles = 400'000;
+
 template <class Arithmetic>
 void BlockSeries<Arithmetic>::PrepareForProducts()
 {
   if constexpr (requires { arithmetic.PrepareForProducts(terms[0]); }) {
     const std::vector<bool> multiplied = LinesMultiplied(tape);
+    const auto rows =
+        static_cast<std::size_t>(std::ranges::count(multiplied, true)) + weightedTerms.size();
+    if (rows * arithmetic.BytesOfTile() > kMostBytesOfTiles) return;
     for (LineId id = 0; id < multiplied.size(); ++id) {
       if (multiplied[id]) arithmetic.PrepareForProducts(terms[id]);
     }

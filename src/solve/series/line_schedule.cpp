@@ -3,19 +3,20 @@
 #include <algorithm>
 #include <numeric>
 
+#include "solve/fixed/columns.h"
+#include "solve/fixed/narrow.h"
 #include "solve/tape/below.h"
 
 namespace varno::solve {
 
 namespace {
 
-/// Measured, in seconds, on one processor of 2.6 GHz: a product of two terms with few digits, one
-/// of digits, what any term takes besides, a meeting.
-constexpr double kProductSeconds = 1e-9, kDigitProductSeconds = 4e-10, kTermSeconds = 2e-8,
-                 kMeetingSeconds = 1e-6;
-constexpr double kDigitBits = 51;
+/// Measured, in seconds, on one processor of 3 GHz: a product of two terms, and what any term takes
+/// besides; the same with terms in 51-bit digits, for each of them; a meeting.
+constexpr double kProductSeconds = 2.5e-9, kTermSeconds = 2e-8, kProductSecondsOfDigit = 6e-10,
+                 kProductSecondsInTiles = 2e-10, kTermSecondsOfDigit = 1e-8, kMeetingSeconds = 1e-6;
 /// What takes less is not shared.
-constexpr double kLeastSharedSeconds = 3 * kMeetingSeconds;
+constexpr double kLeastSharedSeconds = 8 * kMeetingSeconds;
 
 /// How many products stand in a term k of a line.
 double ProductsIn(const Line& line, double k)
@@ -47,11 +48,16 @@ double ProductsIn(const Line& line, double k)
 /// The seconds that a term of each line takes on average.
 std::vector<double> Costs(const Tape& tape, mpfr_prec_t bits, int order)
 {
-  const double digits = static_cast<double>(bits) / kDigitBits;
-  const double product = kProductSeconds + kDigitProductSeconds * digits * digits;
+  double product = kProductSeconds, term = kTermSeconds;
+  if (bits > NarrowArithmetic::kMostBits) {
+    const double digits = static_cast<double>(bits) / kWideDigitBits;
+    product +=
+        digits * (BestColumnKernel().readsTiles ? kProductSecondsInTiles : kProductSecondsOfDigit);
+    term += digits * kTermSecondsOfDigit;
+  }
   std::vector<double> costs;
   for (const Line& line : tape.lines)
-    costs.push_back(kTermSeconds + product * ProductsIn(line, order / 2.0));
+    costs.push_back(term + product * ProductsIn(line, order / 2.0));
   return costs;
 }
 
