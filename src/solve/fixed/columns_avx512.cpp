@@ -70,6 +70,7 @@ class TileSums {
   int LastOfB(int t) const { return k - t * kTerms - (kTerms - 1); }
   /// The digits of a tile of a from which on they meet digits of b in the first column.
   int FirstOfA(int t) const { return std::max(0, firstColumn - b.LeastLeading(LastOfB(t))); }
+  int MostGroups() const;
   void Clear();
   void Collect(int begin, int end);
   Group GroupOf(int t, int firstOfA, int begin, int end) const;
@@ -91,10 +92,18 @@ class TileSums {
   std::array<Stretch, kMostGroups> stretches;
 };
 
+/// So many groups are added before they are flushed.
+int TileSums::MostGroups() const
+{
+  // Mostly all that there can be: a division takes as long as some groups.
+  if ((k + 2 * kTerms) * reached <= kMostParts) return kMostGroups;
+  return std::clamp(kMostParts / (kTerms * reached), 1, kMostGroups);
+}
+
 void TileSums::Add(int first, int last)
 {
   if (reached <= 0) return;
-  const int most = std::clamp(kMostParts / (kTerms * reached), 1, kMostGroups);
+  const int most = MostGroups();
   for (int begin = first; begin <= last;) {
     if (groupCount == 0) Clear();
     const int end = std::min(last + 1, (begin / kTerms + most - groupCount) * kTerms);
@@ -118,11 +127,13 @@ void TileSums::Add(int first, int last)
 void TileSums::Collect(int begin, int end)
 {
   int stretchCount = 0;
+  int firstOfA = FirstOfA(begin / kTerms);
   for (int t = begin / kTerms, from = begin; t * kTerms < end; ++t) {
-    const int firstOfA = FirstOfA(t), next = (t + 1) * kTerms;
     groups[groupCount++] = GroupOf(t, firstOfA, begin, end);
-    if (next < end && FirstOfA(t + 1) == firstOfA) continue;
+    const int next = (t + 1) * kTerms, firstOfNext = next < end ? FirstOfA(t + 1) : -1;
+    if (firstOfNext == firstOfA) continue;
     stretches[stretchCount++] = StretchOf(firstOfA, from, std::min(next, end));
+    firstOfA = firstOfNext;
     from = next;
   }
   AddDigitSums(stretchCount);
@@ -284,7 +295,8 @@ void SumSquare(const WideTerms& a, int first, int k, int columns, std::int64_t* 
 
 void SumRows(const RowProduct* products, int count, int columns, std::int64_t* digits)
 {
-  VectorColumnKernel()->sumRows(products, count, columns, digits);
+  static const auto sumRows = VectorColumnKernel()->sumRows;
+  sumRows(products, count, columns, digits);
 }
 
 constexpr ColumnKernel kTileColumns = {SumProducts, SumSquare, SumRows, true};

@@ -2,6 +2,7 @@
 
 #include "solve/fixed/wide_row.h"
 
+#include <array>
 #include <cmath>
 
 #include <gmpxx.h>
@@ -47,6 +48,53 @@ TEST(WideReciprocals, AreWrongByLessThanTheLastDigit)
       }
     }
   }
+}
+
+// A table is kept for shifts by whole digits, and others do not disturb it.
+TEST(WideReciprocals, MoveByWholeDigits)
+{
+  WideReciprocals reciprocals;
+  reciprocals.Use(4, 3, false);
+  const WideRow before = reciprocals.Of(7);
+  reciprocals.Use(4, 5, false);
+  reciprocals.Of(7);
+  reciprocals.Use(4, 3 - 2 * kWideDigitBits, false);
+  EXPECT_EQ(before.digits, reciprocals.Of(7).digits);
+  EXPECT_EQ(before.exponent - 2, reciprocals.Of(7).exponent);
+  const mpq_class eleventh = PowerOf2(3 - 2 * kWideDigitBits) / 11;
+  EXPECT_LT(abs(Exact(reciprocals.Of(11)) - eleventh), eleventh / PowerOf2(3 * kWideDigitBits));
+}
+
+TEST(WideQuotients, AreWrongByLessThanTheLastDigit)
+{
+  constexpr int kDigits = 4;
+  for (const WideRow& numerator :
+       {WideRow{{-1, 0x1p49, -0x1p50, 5}, 3}, WideRow{{7}, 1}, WideRow{{0x1p50, -1}, -2}}) {
+    WideQuotients quotients(numerator, kDigits);
+    for (const int k : {1, 2, 3, 7, 1000, 2000}) {
+      const WideRow& row = quotients.Of(k);
+      EXPECT_NE(0, row.digits[0]);
+      for (const double digit : row.digits) EXPECT_LE(std::abs(digit), 0x1p50);
+      const mpq_class unit = PowerOf2(kWideDigitBits * (row.exponent - 1 - kDigits));
+      EXPECT_LT(abs(Exact(row) - Exact(numerator) / k), unit) << k;
+    }
+  }
+  EXPECT_EQ(0, WideQuotients(WideRow{}, kDigits).Of(3).Count()) << "of 0";
+}
+
+// Rows begin where their first digit that is not 0 stands: zeros before it need no place.
+TEST(WideRow, OfASmallNumberFitsWhereItsPlacesWouldNot)
+{
+  WideTerms terms;
+  terms.Reserve(4, 1);
+  terms.started = terms.inexact = true;
+  terms.exponent = 1;
+  std::array<double, 12> room{};
+  room[WideTerms::kZeros + 4] = 9;
+  const double* const digits = room.data() + WideTerms::kZeros;
+  EXPECT_TRUE(StoreScaled(BestColumnKernel(), terms, 0, RowOf(5), {digits, 4, 5}));
+  EXPECT_EQ(0, terms.leading[0]);
+  EXPECT_EQ(45, terms.Row(0)[0]);
 }
 
 TEST(WideRow, HasNoZerosBehind)
