@@ -31,15 +31,13 @@ struct Groups {
   int bPlace;              // of the term k - 8 t - 7 in its tile
 };
 
-/// Low 52 bits and the bits above of each product are summed by themselves.
-inline constexpr int kLowBits = 52;
-
 /// A block is a square of digits i and m of the factors, less the pairs with i + m >= kColumns.
 /// Where there are few columns, one block has all.
 inline constexpr int kMostSide = 6, kMostColumnsOfOne = 9, kMostColumnsOfSquare = 2 * kMostSide - 1;
 
 // Vectors are named by constants only, or they would not stay in registers.
 
+/// The low 52 bits and the bits above of each product are summed by themselves.
 template <int kColumns>
 struct BlockSums {
   __m512i low[kColumns], high[kColumns];

@@ -209,9 +209,10 @@ void TileSums::SumBlocks()
 {
   const __m512i zero = _mm512_setzero_si512();
   const __m512i digit = _mm512_set1_epi64((1LL << kWideDigitBits) - 1);
-  const __m512i biases = _mm512_set1_epi64(
-      static_cast<long long>(2 * static_cast<std::uint64_t>(termCount) * DigitTiles::kBiasPattern));
-  const __m512i products = _mm512_set1_epi64(static_cast<long long>(termCount) << 49);
+  const auto terms = static_cast<std::uint64_t>(termCount);
+  const std::uint64_t patterns = 2 * terms * DigitTiles::kBiasPattern, half = terms << 49;
+  const __m512i biases = _mm512_set1_epi64(static_cast<long long>(patterns));
+  const __m512i products = _mm512_set1_epi64(static_cast<long long>(half));
   __m512i counts = _mm512_setr_epi64(1, 2, 3, 4, 5, 6, 7, 8);
   __m512i lowBefore = zero, prefixBefore = zero;
   for (int c = 0; c <= reached; c += kTerms) {

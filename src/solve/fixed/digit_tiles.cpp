@@ -7,20 +7,20 @@ namespace varno::solve {
 void DigitTiles::Reserve(int digitCount, int count)
 {
   n = digitCount;
-  const auto tiles = static_cast<std::size_t>((count + kTerms - 1) / kTerms + 2);
+  const int tiles = (count + kTerms - 1) / kTerms + 2;
   Digits zeros;
   zeros.ofTerms.fill(kBias);
-  digits.assign(tiles * static_cast<std::size_t>(n + 1), zeros);
+  digits.assign(static_cast<std::size_t>(tiles) * (std::size_t{1} + n), zeros);
   sumStride = n + 1;
   // They are read eight at a time.
   sums.assign(static_cast<std::size_t>((count + 1) * sumStride + kTerms), 0);
-  leastLeading.assign(static_cast<std::size_t>(count + kTerms), n);
+  leastLeading.assign(static_cast<std::size_t>(count) + kTerms, n);
 }
 
 void DigitTiles::Prefetch(int k) const
 {
   const double* const place = Tile(k / kTerms, 0);
-  for (int i = 0; i < n; ++i) __builtin_prefetch(place + i * kTerms, 1);
+  for (std::ptrdiff_t i = 0; i < n; ++i) __builtin_prefetch(place + i * kTerms, 1);
   const std::uint64_t* const with = SumsBefore(k + 1);
   for (std::ptrdiff_t i = 0; i < sumStride; i += kTerms) __builtin_prefetch(with + i, 1);
   __builtin_prefetch(&leastLeading[static_cast<std::size_t>(k)], 1);
@@ -29,8 +29,7 @@ void DigitTiles::Prefetch(int k) const
 void DigitTiles::Set(int k, const double* newDigits, int leading)
 {
   const std::size_t term = static_cast<std::size_t>(k) % kTerms;
-  Digits* const place =
-      &digits[(static_cast<std::size_t>(k) / kTerms + 1) * static_cast<std::size_t>(n + 1)];
+  Digits* const place = &digits[(static_cast<std::size_t>(k) / kTerms + 1) * (std::size_t{1} + n)];
   const std::uint64_t* const before = SumsBefore(k);
   std::uint64_t* const with = sums.data() + (k + 1) * sumStride;
   for (int i = 0; i < n; ++i) {
