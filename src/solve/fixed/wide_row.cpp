@@ -21,7 +21,9 @@ bool StoreScaled(const ColumnKernel& kernel, WideTerms& terms, int k, WideRowVie
   const long before = std::max(0L, -place);
   const int last = terms.n - dropped;
   if (!terms.IsSettled() || before > kMostDigitsBefore || place > last) return false;
-  const int columns = last + 1 + static_cast<int>(before);
+  // Digits of a product behind those of the one factor are not needed, and no further zeros there.
+  const long known = place + digits.count - digits.leading + WideTerms::kZeros;
+  const int columns = static_cast<int>(std::min(last + 1L, known) + before);
   const RowProduct product{factor.digits, factor.count, digits.digits + digits.leading,
                            static_cast<int>(place + before)};
   std::array<std::int64_t, kMostColumns + 1> sum;

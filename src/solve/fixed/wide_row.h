@@ -50,16 +50,17 @@ inline WideRow RowOf(std::int32_t whole)
   return {{static_cast<double>(whole)}, 1};
 }
 
-/// Digits that stand elsewhere: the first `leading` are 0.
+/// Digits that stand elsewhere, with kZeros zeros around them: the first `leading` are 0.
 struct WideDigits {
   const double* digits;
+  int count;
   int leading;
   long exponent;
 };
 
 inline WideDigits DigitsOf(const WideTerms& terms, int k)
 {
-  return {terms.Row(k), terms.leading[k], terms.exponent};
+  return {terms.Row(k), terms.n, terms.leading[k], terms.exponent};
 }
 
 /// Stores factor * digits, with the zeros around them that a term has, as a term of a settled

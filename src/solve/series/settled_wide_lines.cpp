@@ -148,7 +148,7 @@ WideDigits SettledLines<WideArithmetic<N>>::RowOfSum(RoomForRow& room, int last,
   std::copy(digits.begin(), digits.end(), place0);
   int leading = 0;
   while (leading <= last && digits[leading] == 0) ++leading;
-  return {place0, leading, exponent + 1};
+  return {place0, last + 2, leading, exponent + 1};
 }
 
 /// The sum with its sign as a row, with term k of a series added to it where there is one; false if
@@ -174,7 +174,7 @@ bool SettledLines<WideArithmetic<N>>::MakeRow(WideDigits& row, const Prepared& l
   std::copy(digits.begin(), digits.end(), place0);
   int leading = 0;
   while (leading < count && digits[leading] == 0) ++leading;
-  row = {place0, leading, line.exponent + front};
+  row = {place0, count, leading, line.exponent + front};
   return true;
 }
 

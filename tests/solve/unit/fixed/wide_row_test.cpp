@@ -4,6 +4,8 @@
 
 #include <array>
 #include <cmath>
+#include <cstdint>
+#include <vector>
 
 #include <gmpxx.h>
 #include <gtest/gtest.h>
@@ -92,9 +94,30 @@ TEST(WideRow, OfASmallNumberFitsWhereItsPlacesWouldNot)
   std::array<double, 12> room{};
   room[WideTerms::kZeros + 4] = 9;
   const double* const digits = room.data() + WideTerms::kZeros;
-  EXPECT_TRUE(StoreScaled(BestColumnKernel(), terms, 0, RowOf(5), {digits, 4, 5}));
+  EXPECT_TRUE(StoreScaled(BestColumnKernel(), terms, 0, RowOf(5), {digits, 5, 4, 5}));
   EXPECT_EQ(0, terms.leading[0]);
   EXPECT_EQ(45, terms.Row(0)[0]);
+}
+
+// The digits of the term behind do not show: as many digits as the row has are taken.
+TEST(WideRow, TakesNoDigitsOfItsNeighbours)
+{
+  WideTerms from;
+  from.Reserve(4, 2);
+  from.exponent = 5;
+  const std::vector<std::int64_t> small{0, 0, 0, 9}, large{7, -8, 9, 10};
+  from.Set(0, small.data());
+  const WideRow factor{{1, 0x1p49, -0x1p48, 0x1p47, 3, 5}, 1};
+  WideTerms alone, beside;
+  for (WideTerms* terms : {&alone, &beside}) {
+    terms->Reserve(4, 1);
+    terms->started = terms->inexact = true;
+    terms->exponent = 2;
+    if (terms == &beside) from.Set(1, large.data());
+    EXPECT_TRUE(StoreScaled(BestColumnKernel(), *terms, 0, factor, DigitsOf(from, 0)));
+  }
+  EXPECT_EQ(alone.rows, beside.rows);
+  EXPECT_EQ(alone.leading, beside.leading);
 }
 
 TEST(WideRow, HasNoZerosBehind)
