@@ -103,16 +103,16 @@ TEST(WideRow, OfASmallNumberFitsWhereItsPlacesWouldNot)
 TEST(WideRow, TakesNoDigitsOfItsNeighbours)
 {
   WideTerms from;
-  from.Reserve(4, 2);
-  from.exponent = 5;
-  const std::vector<std::int64_t> small{0, 0, 0, 9}, large{7, -8, 9, 10};
+  from.Reserve(8, 2);
+  from.exponent = 10;
+  const std::vector<std::int64_t> small{0, 0, 0, 0, 0, 0, 0, 9}, large(8, 7);
   from.Set(0, small.data());
-  const WideRow factor{{1, 0x1p49, -0x1p48, 0x1p47, 3, 5}, 1};
+  const WideRow factor{{1, 0x1p49, -0x1p48, 0x1p47, 3, 5, 7, 9, 11}, 1};
   WideTerms alone, beside;
   for (WideTerms* terms : {&alone, &beside}) {
-    terms->Reserve(4, 1);
+    terms->Reserve(8, 1);
     terms->started = terms->inexact = true;
-    terms->exponent = 2;
+    terms->exponent = 3;
     if (terms == &beside) from.Set(1, large.data());
     EXPECT_TRUE(StoreScaled(BestColumnKernel(), *terms, 0, factor, DigitsOf(from, 0)));
   }
