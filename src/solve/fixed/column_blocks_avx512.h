@@ -6,7 +6,17 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+
+// g++ 12 warns of its own header, whose _mm512_undefined_epi32 has no value on purpose.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wuninitialized"
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
 #include <immintrin.h>
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic pop
+#endif
 
 #include "solve/fixed/digit_tiles.h"
 
