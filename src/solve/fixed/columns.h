@@ -28,7 +28,7 @@ struct ColumnKernel {
   void (*sumSquare)(const WideTerms& a, int first, int k, int columns, std::int64_t* digits);
   /// At most kMostRowProducts of them
   void (*sumRows)(const RowProduct* products, int count, int columns, std::int64_t* digits);
-  /// Whether products of terms that keep tiles are made faster.
+  /// Whether products of terms that keep tiles, or planes for RowsAhead, are made faster.
   bool readsTiles = false;
 };
 

@@ -63,6 +63,11 @@ class WideArithmetic {
   {
     if (kernel->readsTiles) terms.KeepTiles();
   }
+  /// Of factors of products, where those of many series are more than a cache holds.
+  void PrepareForRowsAhead(Terms& terms) const
+  {
+    if (kernel->readsTiles) terms.KeepPlanes();
+  }
   /// What the digits of eight terms take of the memory then.
   std::size_t BytesOfTile() const { return DigitTiles::BytesOfTile(n); }
   static void Reset(Terms& terms, long leastExponent) { terms.Reset(leastExponent); }

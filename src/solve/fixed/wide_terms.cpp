@@ -15,6 +15,7 @@ void WideTerms::Reserve(int digitCount, int count)
   leading.resize(count, n);
   exactZero.resize(count);
   if (tiles) FillTiles();
+  if (planes) FillPlanes();
 }
 
 void WideTerms::KeepTiles()
@@ -26,7 +27,25 @@ void WideTerms::KeepTiles()
 void WideTerms::FillTiles()
 {
   tiles->Reserve(n, capacity);
-  for (int k = 0; k < capacity; ++k) SetInTiles(k);
+  for (int k = 0; k < capacity; ++k) tiles->Set(k, Row(k), leading[k]);
+}
+
+void WideTerms::KeepPlanes()
+{
+  planes.emplace();
+  FillPlanes();
+}
+
+void WideTerms::FillPlanes()
+{
+  planes->Reserve(n, capacity);
+  for (int eighth = 0; eighth < capacity / DigitPlanes::kTerms; ++eighth) SetInPlanes(eighth);
+}
+
+void WideTerms::SetInPlanes(int eighth)
+{
+  const int first = eighth * DigitPlanes::kTerms;
+  planes->Set(eighth, Row(first), stride, &leading[first]);
 }
 
 void WideTerms::Reset(long newLeastExponent)
@@ -46,7 +65,7 @@ void WideTerms::Set(int k, const std::int64_t* digits)
   int end = n;
   while (end > used && digits[end - 1] == 0) --end;
   used = end;
-  SetInTiles(k);
+  SetAgain(k);
 }
 
 bool WideTerms::SetSettled(int k, const std::int64_t* digits, int count, int place)
@@ -64,7 +83,7 @@ bool WideTerms::SetSettled(int k, const std::int64_t* digits, int count, int pla
   if (place > 0) std::fill_n(row, place, 0.0);
   for (int i = std::max(0, place); i < end; ++i) row[i] = static_cast<double>(digits[i - place]);
   if (end < n) std::fill(row + end, row + n, 0.0);
-  SetInTiles(k);
+  SetAgain(k);
   return true;
 }
 
@@ -82,7 +101,7 @@ void WideTerms::SetZero(int k)
 {
   leading[k] = n;
   std::fill_n(&rows[Place(k)], n, 0.0);
-  SetInTiles(k);
+  SetAgain(k);
 }
 
 void WideTerms::Raise(long newExponent, int count)

@@ -6,6 +6,7 @@
 #include <optional>
 #include <vector>
 
+#include "solve/fixed/digit_planes.h"
 #include "solve/fixed/digit_tiles.h"
 #include "solve/fixed/wide_digits.h"
 
@@ -30,13 +31,16 @@ struct WideTerms {
   long leastExponent = 0;  ///< where the exponent begins at least
   bool started = false;
   bool inexact = false;
-  std::optional<DigitTiles> tiles;  ///< only of those that keep them
+  std::optional<DigitTiles> tiles;    ///< only of those that keep them
+  std::optional<DigitPlanes> planes;  ///< the same
 
   /// The digits of term k.
   const double* Row(int k) const { return rows.data() + Place(k); }
   void Reserve(int digitCount, int count);
   /// From now on the digits stand in tiles, too. Terms must come in their order then.
   void KeepTiles();
+  /// The same for planes.
+  void KeepPlanes();
   void Reset(long newLeastExponent);
   /// Sets term k to n digits.
   void Set(int k, const std::int64_t* digits);
@@ -54,10 +58,15 @@ struct WideTerms {
 
  private:
   void FillTiles();
-  void SetInTiles(int k)
+  void FillPlanes();
+  /// Brings term k to tiles and planes.
+  void SetAgain(int k)
   {
     if (tiles) tiles->Set(k, Row(k), leading[k]);
+    constexpr int kTerms = DigitPlanes::kTerms;
+    if (planes && k % kTerms == kTerms - 1) SetInPlanes(k / kTerms);
   }
+  void SetInPlanes(int eighth);
   std::size_t Place(int k) const { return static_cast<std::size_t>(k) * stride + kZeros; }
 };
 

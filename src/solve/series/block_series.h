@@ -63,7 +63,7 @@ class BlockSeries final : public Series {
       weightedRows[id] = static_cast<std::uint32_t>(weightedTerms.size());
       weightedTerms.emplace_back();
     }
-    PrepareForProducts();
+    PrepareForProducts(usualOrder);
     for (int member = 0; member < schedule.MemberCount(); ++member)
       members.push_back(
           std::make_unique<Member>(Operands(), schedule.Lines(member), bits, PollOf(member, poll)));
@@ -252,7 +252,7 @@ class BlockSeries final : public Series {
     for (std::size_t round = 0; round < rounds; ++round) part(0, round);
   }
 
-  void PrepareForProducts();
+  void PrepareForProducts(int usualOrder);
   void Reserve(int count);
   void ConvertConstants();
   void StartLines();

@@ -7,17 +7,28 @@ namespace varno::solve {
 /// A term is set in as many places of a tile as it has digits. While the tiles that are set in stay
 /// in a processor's own cache, that is cheap; in larger systems it takes longer than products do.
 inline constexpr std::size_t kMostBytesOfTiles = 400'000;
+/// All tiles of a step: where they are more than half a cache, sums for eight terms at once win.
+inline constexpr std::size_t kMostBytesOfAllTiles = 700'000;
 
 template <class Arithmetic>
-void BlockSeries<Arithmetic>::PrepareForProducts()
+void BlockSeries<Arithmetic>::PrepareForProducts(int usualOrder)
 {
   if constexpr (requires { arithmetic.PrepareForProducts(terms[0]); }) {
-    const std::vector<bool> multiplied = LinesMultiplied(tape);
-    const auto rows =
-        static_cast<std::size_t>(std::ranges::count(multiplied, true)) + weightedTerms.size();
-    if (rows * arithmetic.BytesOfTile() > kMostBytesOfTiles) return;
-    for (LineId id = 0; id < multiplied.size(); ++id) {
-      if (multiplied[id]) arithmetic.PrepareForProducts(terms[id]);
+    const auto [inProducts, elsewhere] = LinesMultiplied(tape);
+    const auto tiles = static_cast<std::size_t>(usualOrder / DigitTiles::kTerms + 1);
+    const auto bytesOf = [&](const std::vector<bool>& lines) {
+      return static_cast<std::size_t>(std::ranges::count(lines, true)) * arithmetic.BytesOfTile();
+    };
+    const bool areAhead = bytesOf(inProducts) * tiles > kMostBytesOfAllTiles;
+    std::vector<bool> inTiles = elsewhere;
+    for (LineId id = 0; id < terms.size(); ++id) {
+      if (inProducts[id] && areAhead) arithmetic.PrepareForRowsAhead(terms[id]);
+      if (inProducts[id] && !areAhead) inTiles[id] = true;
+    }
+    if (bytesOf(inTiles) + weightedTerms.size() * arithmetic.BytesOfTile() > kMostBytesOfTiles)
+      return;
+    for (LineId id = 0; id < terms.size(); ++id) {
+      if (inTiles[id]) arithmetic.PrepareForProducts(terms[id]);
     }
     for (Terms& row : weightedTerms) arithmetic.PrepareForProducts(row);
   }

@@ -2,39 +2,41 @@
 
 namespace varno::solve {
 
-std::vector<bool> LinesMultiplied(const Tape& tape)
+MultipliedLines LinesMultiplied(const Tape& tape)
 {
-  std::vector<bool> multiplied(tape.lines.size(), false);
+  const std::vector<bool> none(tape.lines.size(), false);
+  MultipliedLines found{none, none};
+  auto& [inProducts, elsewhere] = found;
   for (LineId id = 0; id < tape.lines.size(); ++id) {
     const Line& line = tape.lines[id];
     switch (line.kind) {
       case LineKind::kProduct:
-        multiplied[line.a] = multiplied[line.b] = true;
+        inProducts[line.a] = inProducts[line.b] = true;
         break;
       case LineKind::kSquare:
-        multiplied[line.a] = true;
+        inProducts[line.a] = true;
         break;
       case LineKind::kQuotient:
-        multiplied[line.b] = multiplied[id] = true;
+        elsewhere[line.b] = elsewhere[id] = true;
         break;
       case LineKind::kSquareRoot:
-        multiplied[id] = true;
+        elsewhere[id] = true;
         break;
       case LineKind::kPower:
-        multiplied[line.a] = multiplied[id] = true;
+        elsewhere[line.a] = elsewhere[id] = true;
         break;
       case LineKind::kIntegralOfProduct:
       case LineKind::kIntegralOfQuotient:
-        multiplied[line.b] = true;
+        elsewhere[line.b] = true;
         break;
       case LineKind::kAngle:
-        multiplied[line.a] = multiplied[line.b] = multiplied[line.c] = true;
+        elsewhere[line.a] = elsewhere[line.b] = elsewhere[line.c] = true;
         break;
       default:
         break;
     }
   }
-  return multiplied;
+  return found;
 }
 
 }  // namespace varno::solve

@@ -7,6 +7,11 @@
 namespace varno::solve {
 
 /// The lines whose terms are factors in sums of products of two series, by their numbers.
-std::vector<bool> LinesMultiplied(const Tape& tape);
+struct MultipliedLines {
+  std::vector<bool> inProducts;  ///< in lines that are products and squares
+  std::vector<bool> elsewhere;   ///< in quotients, powers and others
+};
+
+MultipliedLines LinesMultiplied(const Tape& tape);
 
 }  // namespace varno::solve

@@ -55,11 +55,8 @@ bool SettledLines<WideArithmetic<N>>::StoreTerm(Prepared& line, int k)
     case LineKind::kCombination:
       return StoreCombination(line, k);
     case LineKind::kProduct:
-      kernel->sumProducts(*line.a, *line.b, 0, k, k, ColumnsOf(line, k), sum.data());
-      return line.s->SetSettled(k, sum.data(), ColumnsOf(line, k) + 1, line.place);
     case LineKind::kSquare:
-      kernel->sumSquare(*line.a, 0, k, ColumnsOf(line, k), sum.data());
-      return line.s->SetSettled(k, sum.data(), ColumnsOf(line, k) + 1, line.place);
+      return StoreProduct(line, k);
     case LineKind::kQuotient:
       kernel->sumProducts(*line.b, *line.s, 1, k, k, ColumnsOf(line, k), sum.data());
       return StoreQuotient(line, k);
@@ -75,6 +72,27 @@ bool SettledLines<WideArithmetic<N>>::StoreTerm(Prepared& line, int k)
     default:
       return false;
   }
+}
+
+/// (4), (5) s[k] = sum over j = 0..k of a[j] b[k-j]
+template <int N>
+bool SettledLines<WideArithmetic<N>>::StoreProduct(Prepared& line, int k)
+{
+  const int columns = ColumnsOf(line, k);
+  if (RowsAhead::CanSum(*line.a, *line.b, k, line.columns)) {
+    if (!line.ahead.Has(k)) {
+      RowsAhead::Columns columnsOfRows;
+      for (int row = 0; row < RowsAhead::kRows; ++row)
+        columnsOfRows[row] = ColumnsOf(line, k - k % RowsAhead::kRows + row);
+      line.ahead.Begin(*line.a, *line.b, k, columnsOfRows);
+    }
+    line.ahead.Sum(*kernel, *line.a, *line.b, k, sum.data());
+  } else if (line.kind == LineKind::kSquare) {
+    kernel->sumSquare(*line.a, 0, k, columns, sum.data());
+  } else {
+    kernel->sumProducts(*line.a, *line.b, 0, k, k, columns, sum.data());
+  }
+  return line.s->SetSettled(k, sum.data(), columns + 1, line.place);
 }
 
 /// (3) s[k] = sum of factor * a[k]
@@ -189,6 +207,7 @@ void SettledLines<WideArithmetic<N>>::Prepare(Prepared& line, LineId id, std::in
   line.s = row(id);
   line.weighted = Weighted(id);
   line.isUsable = false;
+  line.ahead.Forget();
   // It may be settled after the next term.
   if (!line.s->IsSettled()) return;
   line.arrangement = arrangement;
@@ -213,6 +232,7 @@ void SettledLines<WideArithmetic<N>>::Prepare(Prepared& line, LineId id, std::in
       line.isUsable = PrepareProducts(line, *line.a, *line.b);
       break;
     case LineKind::kSquare:
+      line.b = line.a;
       line.isUsable = PrepareProducts(line, *line.a, *line.a);
       break;
     case LineKind::kQuotient:

@@ -8,6 +8,7 @@
 #include <span>
 #include <vector>
 
+#include "solve/fixed/rows_ahead.h"
 #include "solve/fixed/wide_settled.h"
 #include "solve/series/settled_lines.h"
 
@@ -62,8 +63,10 @@ class SettledLines<WideArithmetic<kMostDigits>> {
     std::optional<WideQuotients> exponents;  // of a power: e + 1, divided by k
     double spareDigits, spareOfWeighted;
     std::vector<Operand> operands;  // of a combination
+    RowsAhead ahead;                // of a product
   };
   bool StoreTerm(Prepared& line, int k);
+  bool StoreProduct(Prepared& line, int k);
   bool StoreCombination(const Prepared& line, int k);
   bool StoreQuotient(const Prepared& line, int k);
   bool StoreIntegral(const Prepared& line, int k);

@@ -17,55 +17,71 @@ using support::Expression;
 using support::Function;
 using support::Power;
 
-/// The kinds of the lines that are multiplied in x' = f(x).
+using Kinds = std::multiset<LineKind>;
+
+/// The kinds of the lines that are multiplied in products, and elsewhere.
+struct Found {
+  Kinds inProducts, elsewhere;
+
+  friend bool operator==(const Found&, const Found&) = default;
+};
+
+/// Those of x' = f(x)
 template <class RightHandSide>
-std::multiset<LineKind> Multiplied(RightHandSide f)
+Found Multiplied(RightHandSide f)
 {
   Equations m;
   const Expression x = m.Variable("x", 1);
   m.SetDerivative(x, f(x));
   const Tape tape = Compile(m.Finished());
-  const std::vector<bool> multiplied = LinesMultiplied(tape);
-  std::multiset<LineKind> kinds;
+  const auto [inProducts, elsewhere] = LinesMultiplied(tape);
+  Found found;
   for (LineId id = 0; id < tape.lines.size(); ++id) {
-    if (multiplied[id]) kinds.insert(tape.lines[id].kind);
+    const LineKind kind = tape.lines[id].kind;
+    if (inProducts[id]) found.inProducts.insert(kind);
+    if (elsewhere[id]) found.elsewhere.insert(kind);
   }
-  return kinds;
+  return found;
 }
-
-using Kinds = std::multiset<LineKind>;
 
 TEST(LinesMultiplied, AreNoneInLinearEquations)
 {
-  EXPECT_EQ(Kinds{}, Multiplied([](const Expression& x) { return 2 - 3 * x; }));
+  EXPECT_EQ(Found(), Multiplied([](const Expression& x) { return 2 - 3 * x; }));
 }
 
 TEST(LinesMultiplied, AreTheFactorsOfProductsAndSquares)
 {
-  EXPECT_EQ(Kinds{LineKind::kState}, Multiplied([](const Expression& x) { return Power(x, 2); }));
-  EXPECT_EQ((Kinds{LineKind::kState, LineKind::kCombination}),
+  EXPECT_EQ((Found{{LineKind::kState}, {}}),
+            Multiplied([](const Expression& x) { return Power(x, 2); }));
+  EXPECT_EQ((Found{{LineKind::kState, LineKind::kCombination}, {}}),
             Multiplied([](const Expression& x) { return x * (1 - x); }));
 }
 
 TEST(LinesMultiplied, AreDivisorsAndQuotients)
 {
-  EXPECT_EQ((Kinds{LineKind::kCombination, LineKind::kQuotient}),
+  EXPECT_EQ((Found{{}, {LineKind::kCombination, LineKind::kQuotient}}),
             Multiplied([](const Expression& x) { return x / (1 + x); }));
 }
 
 TEST(LinesMultiplied, AreRootsAndPowersWithTheirBases)
 {
-  EXPECT_EQ(Kinds{LineKind::kSquareRoot},
+  EXPECT_EQ((Found{{}, {LineKind::kSquareRoot}}),
             Multiplied([](const Expression& x) { return Function(Operation::kSqrt, x); }));
-  EXPECT_EQ((Kinds{LineKind::kState, LineKind::kPower}),
+  EXPECT_EQ((Found{{}, {LineKind::kState, LineKind::kPower}}),
             Multiplied([](const Expression& x) { return Power(x, Rational(1, 3)); }));
 }
 
 // s = exp(x): k s[k] is the sum of j x[j] s[k-j].
 TEST(LinesMultiplied, AreDerivativesOfFunctions)
 {
-  EXPECT_EQ(Kinds{LineKind::kIntegralOfProduct},
+  EXPECT_EQ((Found{{}, {LineKind::kIntegralOfProduct}}),
             Multiplied([](const Expression& x) { return Function(Operation::kExp, x); }));
+}
+
+TEST(LinesMultiplied, AreInBothPlaces)
+{
+  EXPECT_EQ((Found{{LineKind::kState, LineKind::kSquareRoot}, {LineKind::kSquareRoot}}),
+            Multiplied([](const Expression& x) { return x * Function(Operation::kSqrt, x); }));
 }
 
 }  // namespace

@@ -120,6 +120,39 @@ TEST_P(SharedSeries, HasTheTermsOfOneThread)
 
 INSTANTIATE_TEST_SUITE_P(Bits, SharedSeries, testing::Values(100, 300, 900, 2100));
 
+// Groups that begin alike stay alike, however many there are. Of many, terms are summed in other
+// ways than of few.
+TEST(LargeSeries, HasTheTermsOfASmallOne)
+{
+  constexpr int kHighOrder = 60;
+  constexpr mpfr_prec_t kBits = 300;
+  const Tape small = ManyLines(1), large = ManyLines(150);
+  const auto few = MakeSeries(small, kBits, kHighOrder),
+             many = MakeSeries(large, kBits, kHighOrder);
+  Real expected(kBits), found(kBits);
+  const auto toOrder = [&](int order) {
+    few->ExtendTo(order);
+    many->ExtendTo(order);
+  };
+  // Each time from the beginning again with other terms, once they are as many as before
+  for (const long scale : {-4, -3, -1}) {
+    few->Begin(Real(20), States(small, kBits, 0), false, scale);
+    many->Begin(Real(20), States(large, kBits, 0), false, scale);
+    toOrder(21);
+    few->Begin(Real(20), States(small, kBits, 0), true, scale);
+    many->Begin(Real(20), States(large, kBits, 0), true, scale);
+    for (const int order : {21, 37, kHighOrder}) toOrder(order);
+    for (int k = 0; k <= kHighOrder; ++k) {
+      for (LineId state = 0; state < large.rightHandSides.size(); ++state) {
+        few->Term(state % 3, k, expected);
+        many->Term(state, k, found);
+        ASSERT_TRUE(mpfr_equal_p(expected, found) != 0)
+            << "term " << k << " of state " << state << ", scale " << scale;
+      }
+    }
+  }
+}
+
 /// The expression that a series cannot begin with.
 NodeId WhereBeginFails(const Tape& tape, std::span<const Real> states, std::shared_ptr<Team> team)
 {

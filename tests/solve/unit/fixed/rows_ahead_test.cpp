@@ -1,0 +1,130 @@
+// Sums for eight terms at once against those of one term by integers of 128 bits.
+
+#include "solve/fixed/rows_ahead.h"
+
+#include <algorithm>
+#include <functional>
+#include <random>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace varno::solve {
+namespace {
+
+constexpr std::int64_t kLargest = std::int64_t{1} << (kWideDigitBits - 1);
+constexpr int kRows = RowsAhead::kRows;
+
+using Digit = std::function<std::int64_t(int k, int i)>;
+
+WideTerms Filled(int n, int count, const Digit& digit)
+{
+  WideTerms terms;
+  terms.Reserve(n, count);
+  terms.KeepPlanes();
+  terms.started = true;
+  std::vector<std::int64_t> row(n);
+  for (int k = 0; k < count; ++k) {
+    for (int i = 0; i < n; ++i) row[i] = digit(k, i);
+    terms.Set(k, row.data());
+  }
+  return terms;
+}
+
+/// The eight sums from term k on, of as many columns each.
+void ExpectSameDigits(const WideTerms& a, const WideTerms& b, int first,
+                      const RowsAhead::Columns& columns)
+{
+  RowsAhead ahead;
+  ASSERT_FALSE(ahead.Has(first));
+  ahead.Begin(a, b, first, columns);
+  for (int row = 0; row < kRows; ++row) {
+    const int k = first + row, count = columns[row];
+    ASSERT_TRUE(ahead.Has(k));
+    std::vector<std::int64_t> expected(count + 1), found(count + 1);
+    kIntegerColumns.sumProducts(a, b, 0, k, k, count, expected.data());
+    ahead.Sum(kIntegerColumns, a, b, k, found.data());
+    EXPECT_EQ(expected, found) << "term " << k << " in " << count << " columns of " << a.n
+                               << (&a == &b ? " digits, square" : " digits");
+  }
+  EXPECT_FALSE(ahead.Has(first + kRows));
+  ahead.Forget();
+  EXPECT_FALSE(ahead.Has(first));
+}
+
+RowsAhead::Columns AllColumns(int n)
+{
+  RowsAhead::Columns columns;
+  columns.fill(n + 1);
+  return columns;
+}
+
+class RowsAheadTest : public testing::Test {
+ protected:
+  void SetUp() override
+  {
+    if (TileColumnKernel() == nullptr) GTEST_SKIP() << "the processor has no AVX-512 IFMA";
+  }
+};
+
+// As far as digits can go, of either sign, and so many that 64 bits overflow without care
+TEST_F(RowsAheadTest, AreExactForExtremeDigits)
+{
+  for (const auto& [n, count] : {std::pair{1, 304}, {3, 304}, {9, 304}, {10, 304}, {24, 304}}) {
+    for (const int sign : {1, -1}) {
+      const WideTerms a = Filled(n, count, [](int, int) { return kLargest; });
+      const WideTerms b = Filled(n, count, [&](int, int) { return sign * kLargest; });
+      for (const int k : {2 * kRows, 3 * kRows, count - kRows}) {
+        ExpectSameDigits(a, b, k, AllColumns(n));
+        ExpectSameDigits(b, b, k, AllColumns(n));
+      }
+    }
+  }
+}
+
+// Terms that fall, with zeros first, and columns that differ from term to term
+TEST_F(RowsAheadTest, AreExactForDigitsAtRandom)
+{
+  std::mt19937_64 random(20261123);
+  for (int n = 1; n <= 26; n += 5) {
+    for (const int fall : {3, 20, 1000}) {
+      const auto digit = [&](int k, int i) -> std::int64_t {
+        if (i < k / fall + static_cast<int>(random() % 2)) return 0;
+        return static_cast<std::int64_t>(random() % (2 * kLargest)) - kLargest;
+      };
+      const WideTerms a = Filled(n, 6 * kRows, digit), b = Filled(n, 6 * kRows, digit);
+      for (int k = 2 * kRows; k < 6 * kRows; k += kRows) {
+        RowsAhead::Columns columns;
+        for (int& count : columns) count = 1 + static_cast<int>(random() % (n + 1));
+        ExpectSameDigits(a, b, k, columns);
+        ExpectSameDigits(b, b, k, columns);
+      }
+    }
+  }
+}
+
+TEST_F(RowsAheadTest, NeedPlanesAndTermsBefore)
+{
+  constexpr int kDigits = 4, kTerms = 4 * kRows;
+  const WideTerms a = Filled(kDigits, kTerms, [](int, int) { return 1; });
+  WideTerms without;
+  without.Reserve(kDigits, kTerms);
+  EXPECT_TRUE(RowsAhead::CanSum(a, a, 2 * kRows, kDigits + 1));
+  EXPECT_FALSE(RowsAhead::CanSum(a, a, 2 * kRows - 1, kDigits + 1)) << "too small a term";
+  EXPECT_FALSE(RowsAhead::CanSum(a, a, 2 * kRows, kDigits + 2)) << "columns behind the digits";
+  EXPECT_FALSE(RowsAhead::CanSum(a, without, 2 * kRows, kDigits + 1));
+  EXPECT_FALSE(RowsAhead::CanSum(without, a, 2 * kRows, kDigits + 1));
+}
+
+// High parts of more would not fit 64 bits.
+TEST_F(RowsAheadTest, AreNotForTooManyProducts)
+{
+  constexpr int kDigits = 31;
+  const WideTerms a = Filled(kDigits, 600, [](int, int) { return kLargest; });
+  EXPECT_TRUE(RowsAhead::CanSum(a, a, 488, kDigits + 1));
+  ExpectSameDigits(a, a, 488, AllColumns(kDigits));
+  EXPECT_FALSE(RowsAhead::CanSum(a, a, 493, kDigits + 1));
+}
+
+}  // namespace
+}  // namespace varno::solve
