@@ -32,7 +32,7 @@ void RowsAhead::Sum(const ColumnKernel& kernel, const WideTerms& a, const WideTe
 {
   const int row = k - firstRow, last = columns[static_cast<std::size_t>(row)];
   const bool isSquare = &a == &b;
-  std::array<RowProduct, 2 * kRows> products;
+  std::array<RowProduct, std::size_t{2} * kRows> products;
   int count = 0;
   const auto add = [&](int j) {
     const int zeros = a.leading[j];
