@@ -8,7 +8,7 @@ namespace varno::solve {
 /// in a processor's own cache, that is cheap; in larger systems it takes longer than products do.
 inline constexpr std::size_t kMostBytesOfTiles = 400'000;
 /// All tiles of a step: where they are more than half a cache, sums for eight terms at once win.
-inline constexpr std::size_t kMostBytesOfAllTiles = 700'000;
+inline constexpr std::size_t kMostBytesOfAllTiles = 300'000;
 
 template <class Arithmetic>
 void BlockSeries<Arithmetic>::PrepareForProducts(int usualOrder)
