@@ -14,8 +14,9 @@ namespace {
 
 /// To start threads takes longer than many a run.
 constexpr std::chrono::microseconds kTimeBeforeThreads{200};
-/// With so many bits a single step is long.
+/// With so many bits, or terms, a single step is long.
 constexpr mpfr_prec_t kBitsOfLongSteps = 2000;
+constexpr double kTermsOfLongSteps = 5000;
 /// The times at which states jump are known to about so many bits less than the tolerance has.
 constexpr double kNoiseBits = 14;
 
@@ -39,7 +40,9 @@ Lockstep::Lockstep(const MakeStepper& make, const std::vector<RunSettings>& sett
     NoteSwitch(i);
   }
   threadsFrom = std::chrono::steady_clock::now();
-  if (settings.back().bits < kBitsOfLongSteps) threadsFrom += kTimeBeforeThreads;
+  const bool areLong = settings.back().bits >= kBitsOfLongSteps ||
+                       runs.back().feed->TermsOfStep() >= kTermsOfLongSteps;
+  if (!areLong) threadsFrom += kTimeBeforeThreads;
 }
 
 /// The run that is farthest behind among those that have not ended; none when all have.

@@ -30,6 +30,8 @@ class StepFeed {
   void Advance();
   /// Makes the steps that come on a thread of their own, until one reaches the end.
   void GoAhead();
+  /// The terms of the series of a step, which tell about how long it takes.
+  double TermsOfStep() const { return terms; }
 
  private:
   /// Ends the thread.
@@ -47,6 +49,7 @@ class StepFeed {
   std::thread thread;
   std::atomic<bool> isStopped = false;
   std::unique_ptr<Stepper> run;
+  double terms;
   std::size_t mostAhead;
 
   // Of the thread that asks for steps
