@@ -63,21 +63,28 @@ void Team::Run(std::size_t roundCount, const Job& wanted)
 {
   // All others wait for the next job: nobody looks at any of this.
   job = &wanted;
-  rounds = roundCount;
   hasFailed = false;
+  const std::size_t first = Pace::FirstOfSample(roundCount),
+                    behind = Pace::BehindSample(roundCount);
+  const bool isTogether = pace.IsTogether();
+  RunRounds(0, first, isTogether);
   const auto begin = std::chrono::steady_clock::now();
-  if (pace.IsTogether()) {
-    RunTogether();
-  } else {
-    RunAlone();
-  }
-  pace.Took(rounds,
+  RunRounds(first, behind, pace.IsSampleTogether());
+  pace.Took(roundCount,
             std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count());
+  RunRounds(behind, roundCount, isTogether);
 }
 
-void Team::RunAlone()
+void Team::RunRounds(std::size_t first, std::size_t behind, bool together)
 {
-  for (std::size_t round = 0; round < rounds; ++round) {
+  if (first == behind) return;
+  firstRound = first;
+  behindRounds = behind;
+  if (together) {
+    RunTogether();
+    return;
+  }
+  for (std::size_t round = first; round < behind; ++round) {
     for (int member = 0; member < MemberCount(); ++member) (*job)(member, round);
   }
 }
@@ -114,8 +121,8 @@ void Team::Serve(int member)
 void Team::DoPart(int member)
 {
   try {
-    for (std::size_t round = 0; round < rounds; ++round) {
-      if (round > 0) Meet();
+    for (std::size_t round = firstRound; round < behindRounds; ++round) {
+      if (round > firstRound) Meet();
       (*job)(member, round);
     }
   } catch (const Stopped&) {

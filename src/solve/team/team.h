@@ -47,14 +47,14 @@ class Team {
 
   static void WaitForChange(const Counter& counter, std::uint32_t known);
   void RunTogether();
-  void RunAlone();
+  void RunRounds(std::size_t first, std::size_t behind, bool together);
   void Meet();
   void Serve(int member);
   void DoPart(int member);
   void Dismiss();
 
   const Job* job = nullptr;
-  std::size_t rounds = 0;  // of the job
+  std::size_t firstRound = 0, behindRounds = 0;  // of the job, for all members together
   Pace pace;
   std::vector<std::exception_ptr> errors;  // by member
   Counter jobs = 0;                        // that were asked for

@@ -12,8 +12,9 @@ int JobsTogether(Pace& pace, int jobs, double secondsTogether, double secondsAlo
 {
   int together = 0;
   for (int job = 0; job < jobs; ++job) {
-    if (pace.IsTogether()) ++together;
-    pace.Took(kRounds, pace.IsTogether() ? secondsTogether : secondsAlone);
+    const bool isTogether = pace.IsSampleTogether();
+    if (isTogether) ++together;
+    pace.Took(kRounds, isTogether ? secondsTogether : secondsAlone);
   }
   return together;
 }
@@ -23,14 +24,23 @@ TEST(Pace, StaysTogetherWhereThatPays)
   Pace pace;
   const int together = JobsTogether(pace, 1000, 0.6, 1);
   EXPECT_GT(together, 970);
-  // One alone must tell.
+  // Samples of some alone must tell.
   EXPECT_LT(together, 1000);
+  EXPECT_TRUE(pace.IsTogether());
 }
 
 TEST(Pace, IsAloneWhereThatIsFaster)
 {
   Pace pace;
   EXPECT_LT(JobsTogether(pace, 1000, 20, 1), 15);
+  EXPECT_FALSE(pace.IsTogether());
+}
+
+TEST(Pace, TimesAPartOfEachJob)
+{
+  EXPECT_EQ(50U, Pace::FirstOfSample(kRounds));
+  EXPECT_EQ(62U, Pace::BehindSample(kRounds));
+  EXPECT_EQ(Pace::FirstOfSample(1), Pace::BehindSample(1));
 }
 
 TEST(Pace, FollowsWhatElseTheMachineDoes)
