@@ -19,6 +19,9 @@ namespace {
 
 /// When a step needs more precision, some more is taken at once, so that this is rare.
 constexpr double kSpareBits = 64;
+/// What an exact time may take beyond the way, in bits: enough for steps of 10^-300 000 of it, or
+/// twice as many as the arithmetic may take.
+constexpr double kLeastBitsOfTimes = 1 << 20;
 /// Digits enough to tell about how long a step becomes: for runs with more, and for those with
 /// fewer.
 constexpr double kCoarseDecimals = 40, kFewestCoarseDecimals = kLeastDecimals;
@@ -77,8 +80,11 @@ void StepSeries::RequireBits(double wanted)
 double StepSeries::NeededBits(const StepBound& bound) const
 {
   if (std::isinf(bound.log2) && bound.log2 < 0) return 0;
-  const double forTime =
-      usesTime ? static_cast<double>(settings.bits) + BitsForTime(bound.log2) : 0;
+  const double more = BitsForTime(bound.log2);
+  // Exact times have that many, whatever the arithmetic has, and each is held several times.
+  if (more > std::max(kLeastBitsOfTimes, 2 * static_cast<double>(settings.mostBits)))
+    throw PrecisionExhausted{latest.end};
+  const double forTime = usesTime ? static_cast<double>(settings.bits) + more : 0;
   const StepStart begin{latest.states, latest.stateSizes, control.Sizes(),
                         ChooseLength(bound).Log2()};
   return std::max(forTime, BitsForDerivatives(tape, Current(), begin, settings, bits));
