@@ -15,7 +15,7 @@ void BlockSeries<Arithmetic>::PrepareForProducts(int usualOrder)
 {
   if constexpr (requires { arithmetic.PrepareForProducts(terms[0]); }) {
     const auto [inProducts, elsewhere] = LinesMultiplied(tape);
-    const auto tiles = static_cast<std::size_t>(usualOrder / DigitTiles::kTerms + 1);
+    const auto tiles = static_cast<std::size_t>(usualOrder) / DigitTiles::kTerms + 1;
     const auto bytesOf = [&](const std::vector<bool>& lines) {
       return static_cast<std::size_t>(std::ranges::count(lines, true)) * arithmetic.BytesOfTile();
     };
