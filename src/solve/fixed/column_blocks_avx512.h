@@ -45,6 +45,31 @@ struct Groups {
 /// Where there are few columns, one block has all.
 inline constexpr int kMostSide = 6, kMostColumnsOfOne = 9, kMostColumnsOfSquare = 2 * kMostSide - 1;
 
+/// Functions that sum a block of each group, by the number of columns: all of them, and those of a
+/// square.
+template <class SumBlockFunction>
+struct BlockFunctions {
+  std::array<SumBlockFunction, kMostColumnsOfOne> ofAll;
+  std::array<SumBlockFunction, kMostColumnsOfSquare> ofSquare;
+};
+
+/// Adds the products of all groups to the sums of so many columns, block by block.
+template <class SumBlockFunction, class AllGroups, class Number>
+void SumBlocks(const BlockFunctions<SumBlockFunction>& functions, const AllGroups& all, int columns,
+               Number* lows, Number* highs)
+{
+  if (columns <= kMostColumnsOfOne) {
+    functions.ofAll[columns - 1](all, 0, 0, lows, highs);
+    return;
+  }
+  for (int i = 0; i < columns; i += kMostSide) {
+    for (int m = 0; i + m < columns; m += kMostSide) {
+      const int count = std::min(columns - i - m, kMostColumnsOfSquare);
+      functions.ofSquare[count - 1](all, i, m, lows + i + m, highs + i + m);
+    }
+  }
+}
+
 // Vectors are named by constants only, or they would not stay in registers.
 
 /// The low 52 bits and the bits above of each product are summed by themselves.

@@ -25,13 +25,11 @@ constexpr int kMostGroups = kMostParts / kTerms;
 constexpr int kRoomForColumns = (kMostColumns / kTerms + 2) * kTerms;
 
 using SumBlockFunction = void (*)(const Groups&, int, int, std::uint64_t*, std::uint64_t*);
-/// By the number of columns: all of them, and those of a square.
-constexpr std::array<SumBlockFunction, kMostColumnsOfOne> kSumAll = {
-    SumBlock<1, 1>, SumBlock<2, 2>, SumBlock<3, 3>, SumBlock<4, 4>, SumBlock<5, 5>,
-    SumBlock<6, 6>, SumBlock<7, 7>, SumBlock<8, 8>, SumBlock<9, 9>};
-constexpr std::array<SumBlockFunction, kMostColumnsOfSquare> kSumSquare = {
-    SumBlock<1, 1>, SumBlock<2, 2>, SumBlock<3, 3>, SumBlock<4, 4>,  SumBlock<5, 5>, SumBlock<6, 6>,
-    SumBlock<6, 7>, SumBlock<6, 8>, SumBlock<6, 9>, SumBlock<6, 10>, SumBlock<6, 11>};
+constexpr BlockFunctions<SumBlockFunction> kBlocks = {
+    {SumBlock<1, 1>, SumBlock<2, 2>, SumBlock<3, 3>, SumBlock<4, 4>, SumBlock<5, 5>, SumBlock<6, 6>,
+     SumBlock<7, 7>, SumBlock<8, 8>, SumBlock<9, 9>},
+    {SumBlock<1, 1>, SumBlock<2, 2>, SumBlock<3, 3>, SumBlock<4, 4>, SumBlock<5, 5>, SumBlock<6, 6>,
+     SumBlock<6, 7>, SumBlock<6, 8>, SumBlock<6, 9>, SumBlock<6, 10>, SumBlock<6, 11>}};
 
 /// Sums products a[j] b[k-j], exactly, in the columns before `columns`.
 class TileSums {
@@ -76,7 +74,6 @@ class TileSums {
   Group GroupOf(int t, int firstOfA, int begin, int end) const;
   Stretch StretchOf(int firstOfA, int begin, int end) const;
   void AddDigitSums(int stretchCount);
-  void SumBlocks();
   void SumParts(std::int64_t* sums) const;
   void Flush();
 
@@ -182,21 +179,6 @@ void TileSums::Double()
   doubledGroups = groupCount;
 }
 
-void TileSums::SumBlocks()
-{
-  const Groups all{groups.data(), groupCount, doubledGroups, b.Stride(), (k + 1) % kTerms};
-  if (reached <= kMostColumnsOfOne) {
-    kSumAll[reached - 1](all, 0, 0, lows.data(), highs.data());
-    return;
-  }
-  for (int i = 0; i < reached; i += kMostSide) {
-    for (int m = 0; i + m < reached; m += kMostSide) {
-      const int count = std::min(reached - i - m, kMostColumnsOfSquare);
-      kSumSquare[count - 1](all, i, m, &lows[i + m], &highs[i + m]);
-    }
-  }
-}
-
 /// x, y, ... to 0, x, x + y, ... and 0, x, y, ... of the numbers behind `before`.
 [[VARNO_AVX512, gnu::always_inline]] inline __m512i ShiftedIn(__m512i numbers, __m512i before)
 {
@@ -243,7 +225,8 @@ void TileSums::SumBlocks()
 void TileSums::Flush()
 {
   if (groupCount == 0) return;
-  SumBlocks();
+  const Groups all{groups.data(), groupCount, doubledGroups, b.Stride(), (k + 1) % kTerms};
+  SumBlocks(kBlocks, all, reached, lows.data(), highs.data());
   std::array<std::int64_t, kRoomForColumns> sums;
   SumParts(sums.data());
   std::int64_t carry = 0;

@@ -69,14 +69,12 @@ constexpr RowMasks kRowsBefore = {0x00, 0x01, 0x03, 0x07, 0x0f, 0x1f, 0x3f, 0x7f
 constexpr RowMasks kRowsBehind = {0xff, 0xfe, 0xfc, 0xf8, 0xf0, 0xe0, 0xc0, 0x80};
 
 using SumBlockFunction = void (*)(const RowGroups&, int, int, ByRow*, ByRow*);
-/// By the number of columns: all of them, and those of a square.
-constexpr std::array<SumBlockFunction, kMostColumnsOfOne> kSumAll = {
-    SumRowBlock<1, 1>, SumRowBlock<2, 2>, SumRowBlock<3, 3>, SumRowBlock<4, 4>, SumRowBlock<5, 5>,
-    SumRowBlock<6, 6>, SumRowBlock<7, 7>, SumRowBlock<8, 8>, SumRowBlock<9, 9>};
-constexpr std::array<SumBlockFunction, kMostColumnsOfSquare> kSumSquare = {
-    SumRowBlock<1, 1>, SumRowBlock<2, 2>,  SumRowBlock<3, 3>, SumRowBlock<4, 4>,
-    SumRowBlock<5, 5>, SumRowBlock<6, 6>,  SumRowBlock<6, 7>, SumRowBlock<6, 8>,
-    SumRowBlock<6, 9>, SumRowBlock<6, 10>, SumRowBlock<6, 11>};
+constexpr BlockFunctions<SumBlockFunction> kBlocks = {
+    {SumRowBlock<1, 1>, SumRowBlock<2, 2>, SumRowBlock<3, 3>, SumRowBlock<4, 4>, SumRowBlock<5, 5>,
+     SumRowBlock<6, 6>, SumRowBlock<7, 7>, SumRowBlock<8, 8>, SumRowBlock<9, 9>},
+    {SumRowBlock<1, 1>, SumRowBlock<2, 2>, SumRowBlock<3, 3>, SumRowBlock<4, 4>, SumRowBlock<5, 5>,
+     SumRowBlock<6, 6>, SumRowBlock<6, 7>, SumRowBlock<6, 8>, SumRowBlock<6, 9>, SumRowBlock<6, 10>,
+     SumRowBlock<6, 11>}};
 
 /// The sums over terms up to each one of an eighth, modulo 2^64.
 [[VARNO_AVX512]] __m512i SumsUpTo(const DigitPlanes& planes, int eighth, int i)
@@ -128,7 +126,6 @@ class SumsOfKnown {
   void AddAtOnce(const Item* items, int count, bool twice);
   int LeadingOfB(const Item& item) const;
   int FirstOfA(const Item& item) const { return std::max(0, firstColumn - LeadingOfB(item)); }
-  void SumBlocks(const RowGroups& all);
   void AddDigitSums(const Item& first, int behind, int firstOfA);
   void AddToDigits(bool twice);
 
@@ -224,7 +221,8 @@ void SumsOfKnown::Add(const Item* items, int count, bool twice)
     AddDigitSums(first, first.t + end - begin, firstOfA);
     begin = end;
   }
-  SumBlocks({groups.data(), count, a.Stride(), b.Stride()});
+  const RowGroups all{groups.data(), count, a.Stride(), b.Stride()};
+  SumBlocks(kBlocks, all, reached, lows.data(), highs.data());
   AddToDigits(twice);
 }
 
@@ -256,20 +254,6 @@ void SumsOfKnown::Add(const Item* items, int count, bool twice)
     }
     __m512i& sum = digitSums[c].numbers;
     sum = _mm512_add_epi64(sum, _mm512_add_epi64(ofA, ofB));
-  }
-}
-
-void SumsOfKnown::SumBlocks(const RowGroups& all)
-{
-  if (reached <= kMostColumnsOfOne) {
-    kSumAll[reached - 1](all, 0, 0, lows.data(), highs.data());
-    return;
-  }
-  for (int i = 0; i < reached; i += kMostSide) {
-    for (int m = 0; i + m < reached; m += kMostSide) {
-      const int count = std::min(reached - i - m, kMostColumnsOfSquare);
-      kSumSquare[count - 1](all, i, m, &lows[i + m], &highs[i + m]);
-    }
   }
 }
 

@@ -40,8 +40,9 @@ Lockstep::Lockstep(const MakeStepper& make, const std::vector<RunSettings>& sett
     NoteSwitch(i);
   }
   threadsFrom = std::chrono::steady_clock::now();
-  const bool areLong = settings.back().bits >= kBitsOfLongSteps ||
-                       runs.back().feed->TermsOfStep() >= kTermsOfLongSteps;
+  const Runner& best = runs.back();
+  const double terms = static_cast<double>(best.feed->LineCount()) * best.settings.order;
+  const bool areLong = best.settings.bits >= kBitsOfLongSteps || terms >= kTermsOfLongSteps;
   if (!areLong) threadsFrom += kTimeBeforeThreads;
 }
 

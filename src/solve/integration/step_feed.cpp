@@ -38,7 +38,6 @@ StepFeed::StepFeed(const MakeStepper& make, const RunSettings& settings, const M
     : reach(reach),
       poll(std::move(poll)),
       run(make(settings, start, std::move(states), reach, [this] { PollRun(); })),
-      terms(static_cast<double>(run->LineCount()) * settings.order),
       mostAhead(MostAhead(run->LineCount(), settings)),
       latest(run->Latest())
 {}

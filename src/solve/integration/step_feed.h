@@ -30,8 +30,8 @@ class StepFeed {
   void Advance();
   /// Makes the steps that come on a thread of their own, until one reaches the end.
   void GoAhead();
-  /// The terms of the series of a step, which tell about how long it takes.
-  double TermsOfStep() const { return terms; }
+  /// How many lines the tape of the run has.
+  std::size_t LineCount() const { return run->LineCount(); }
 
  private:
   /// Ends the thread.
@@ -49,7 +49,6 @@ class StepFeed {
   std::thread thread;
   std::atomic<bool> isStopped = false;
   std::unique_ptr<Stepper> run;
-  double terms;
   std::size_t mostAhead;
 
   // Of the thread that asks for steps

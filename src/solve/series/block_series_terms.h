@@ -7,7 +7,8 @@ namespace varno::solve {
 /// A term is set in as many places of a tile as it has digits. While the tiles that are set in stay
 /// in a processor's own cache, that is cheap; in larger systems it takes longer than products do.
 inline constexpr std::size_t kMostBytesOfTiles = 400'000;
-/// All tiles of a step: where they are more than half a cache, sums for eight terms at once win.
+/// All tiles of the factors of products and squares in a step: where these take more, they come
+/// from memory for each sum, and RowsAhead is faster.
 inline constexpr std::size_t kMostBytesOfAllTiles = 300'000;
 
 template <class Arithmetic>

@@ -74,27 +74,6 @@ bool SettledLines<WideArithmetic<N>>::StoreTerm(Prepared& line, int k)
   }
 }
 
-/// (4), (5) s[k] = sum over j = 0..k of a[j] b[k-j]
-template <int N>
-bool SettledLines<WideArithmetic<N>>::StoreProduct(Prepared& line, int k)
-{
-  const int columns = ColumnsOf(line, k);
-  if (RowsAhead::CanSum(*line.a, *line.b, k, line.columns)) {
-    if (!line.ahead.Has(k)) {
-      RowsAhead::Columns columnsOfRows;
-      for (int row = 0; row < RowsAhead::kRows; ++row)
-        columnsOfRows[row] = ColumnsOf(line, k - k % RowsAhead::kRows + row);
-      line.ahead.Begin(*line.a, *line.b, k, columnsOfRows);
-    }
-    line.ahead.Sum(*kernel, *line.a, *line.b, k, sum.data());
-  } else if (line.kind == LineKind::kSquare) {
-    kernel->sumSquare(*line.a, 0, k, columns, sum.data());
-  } else {
-    kernel->sumProducts(*line.a, *line.b, 0, k, k, columns, sum.data());
-  }
-  return line.s->SetSettled(k, sum.data(), columns + 1, line.place);
-}
-
 /// (3) s[k] = sum of factor * a[k]
 template <int N>
 bool SettledLines<WideArithmetic<N>>::StoreCombination(const Prepared& line, int k)
@@ -108,6 +87,31 @@ bool SettledLines<WideArithmetic<N>>::StoreCombination(const Prepared& line, int
   }
   kernel->sumRows(products.data(), count, ColumnsOf(line, k), sum.data());
   return line.s->SetSettled(k, sum.data(), ColumnsOf(line, k) + 1, line.place);
+}
+
+/// (4), (5) s[k] = sum over j = 0..k of a[j] b[k-j]
+template <int N>
+bool SettledLines<WideArithmetic<N>>::StoreProduct(Prepared& line, int k)
+{
+  const int columns = ColumnsOf(line, k);
+  if (RowsAhead::CanSum(*line.a, *line.b, k, line.columns)) {
+    if (!line.ahead.Has(k)) BeginAhead(line, k);
+    line.ahead.Sum(*kernel, *line.a, *line.b, k, sum.data());
+  } else if (line.kind == LineKind::kSquare) {
+    kernel->sumSquare(*line.a, 0, k, columns, sum.data());
+  } else {
+    kernel->sumProducts(*line.a, *line.b, 0, k, k, columns, sum.data());
+  }
+  return line.s->SetSettled(k, sum.data(), columns + 1, line.place);
+}
+
+template <int N>
+void SettledLines<WideArithmetic<N>>::BeginAhead(Prepared& line, int k) const
+{
+  RowsAhead::Columns columns;
+  for (int row = 0; row < RowsAhead::kRows; ++row)
+    columns[row] = ColumnsOf(line, k - k % RowsAhead::kRows + row);
+  line.ahead.Begin(*line.a, *line.b, k, columns);
 }
 
 /// (6), (7) s[k] = (a[k] - sum) / divisor

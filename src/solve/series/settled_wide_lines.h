@@ -66,8 +66,9 @@ class SettledLines<WideArithmetic<kMostDigits>> {
     RowsAhead ahead;                // of a product
   };
   bool StoreTerm(Prepared& line, int k);
-  bool StoreProduct(Prepared& line, int k);
   bool StoreCombination(const Prepared& line, int k);
+  bool StoreProduct(Prepared& line, int k);
+  void BeginAhead(Prepared& line, int k) const;
   bool StoreQuotient(const Prepared& line, int k);
   bool StoreIntegral(const Prepared& line, int k);
   bool StorePower(Prepared& line, int k);

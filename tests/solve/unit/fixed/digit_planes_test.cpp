@@ -2,7 +2,6 @@
 
 #include "solve/fixed/digit_planes.h"
 
-#include <array>
 #include <bit>
 #include <cstdint>
 #include <vector>
@@ -14,7 +13,6 @@ namespace {
 
 constexpr int kDigits = 3;
 constexpr int kTerms = DigitPlanes::kTerms;
-using Digits = std::array<double, kDigits>;
 
 /// A digit of its own for each term and place, of either sign
 double DigitOf(int k, int i)

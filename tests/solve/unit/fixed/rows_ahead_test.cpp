@@ -2,7 +2,6 @@
 
 #include "solve/fixed/rows_ahead.h"
 
-#include <algorithm>
 #include <functional>
 #include <random>
 #include <vector>
@@ -70,11 +69,12 @@ class RowsAheadTest : public testing::Test {
 // As far as digits can go, of either sign, and so many that 64 bits overflow without care
 TEST_F(RowsAheadTest, AreExactForExtremeDigits)
 {
-  for (const auto& [n, count] : {std::pair{1, 304}, {3, 304}, {9, 304}, {10, 304}, {24, 304}}) {
+  constexpr int kCount = 304;
+  for (const int n : {1, 3, 9, 10, 24}) {
     for (const int sign : {1, -1}) {
-      const WideTerms a = Filled(n, count, [](int, int) { return kLargest; });
-      const WideTerms b = Filled(n, count, [&](int, int) { return sign * kLargest; });
-      for (const int k : {2 * kRows, 3 * kRows, count - kRows}) {
+      const WideTerms a = Filled(n, kCount, [](int, int) { return kLargest; });
+      const WideTerms b = Filled(n, kCount, [&](int, int) { return sign * kLargest; });
+      for (const int k : {2 * kRows, 3 * kRows, kCount - kRows}) {
         ExpectSameDigits(a, b, k, AllColumns(n));
         ExpectSameDigits(b, b, k, AllColumns(n));
       }
