@@ -4,6 +4,7 @@
 #include <array>
 
 #include "solve/fixed/int128.h"
+#include "solve/fixed/stored_sums.h"
 
 namespace varno::solve {
 
@@ -78,7 +79,8 @@ void SumRows(const RowProduct* products, int count, int columns, std::int64_t* d
 
 }  // namespace
 
-const ColumnKernel kIntegerColumns = {SumProducts, SumSquare, SumRows};
+const ColumnKernel kIntegerColumns = {
+    SumProducts, SumSquare, SumRows, StoreProductsBy<SumProducts, SumSquare>, StoreRowsBy<SumRows>};
 
 const ColumnKernel& BestColumnKernel()
 {

@@ -28,6 +28,13 @@ struct ColumnKernel {
   void (*sumSquare)(const WideTerms& a, int first, int k, int columns, std::int64_t* digits);
   /// At most kMostRowProducts of them
   void (*sumRows)(const RowProduct* products, int count, int columns, std::int64_t* digits);
+  /// The sum of all a[j] b[k-j] as term k of a settled series: digit c of it stands at the place
+  /// c + `place`. False, and nothing is stored, as by WideTerms::SetSettled.
+  bool (*storeProducts)(const WideTerms& a, const WideTerms& b, int k, int columns,
+                        WideTerms& terms, int place);
+  /// The same of row products.
+  bool (*storeRows)(const RowProduct* products, int count, int columns, WideTerms& terms, int k,
+                    int place);
   /// Whether products of terms that keep tiles, or planes for RowsAhead, are made faster.
   bool readsTiles = false;
 };

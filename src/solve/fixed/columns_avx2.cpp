@@ -8,6 +8,7 @@
 #if defined(__x86_64__)
 
 #include "solve/fixed/column_sums_avx2.h"
+#include "solve/fixed/stored_sums.h"
 
 namespace varno::solve {
 
@@ -196,7 +197,8 @@ void SumRows(const RowProduct* products, int count, int columns, std::int64_t* d
   sum(products, count, columns, digits);
 }
 
-constexpr ColumnKernel kVectorColumns = {SumProducts, SumSquare, SumRows};
+constexpr ColumnKernel kVectorColumns = {
+    SumProducts, SumSquare, SumRows, StoreProductsBy<SumProducts, SumSquare>, StoreRowsBy<SumRows>};
 static_assert(kMostRowProducts * 2 * kMostColumns <= kMostParts);
 
 }  // namespace

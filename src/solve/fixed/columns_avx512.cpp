@@ -9,6 +9,8 @@
 #if defined(__x86_64__)
 
 #include "solve/fixed/column_blocks_avx512.h"
+#include "solve/fixed/row_window_avx512.h"
+#include "solve/fixed/stored_sums.h"
 
 namespace varno::solve {
 
@@ -57,6 +59,10 @@ class TileSums {
   /// Makes the digits the sum.
   void Finish() { Flush(); }
 
+  /// Stores the sum as a term of at most kWindow digits instead, if it has not too many columns;
+  /// else makes the digits the sum.
+  bool Store(WideTerms& terms, int place);
+
  private:
   /// Terms of a with their digits from the same place on: sums of these up to both ends, and of
   /// those of b that they meet.
@@ -71,10 +77,13 @@ class TileSums {
   int MostGroups() const;
   void Clear();
   void Collect(int begin, int end);
-  Group GroupOf(int t, int firstOfA, int begin, int end) const;
+  static __mmask8 Asked(int t, int begin, int end);
   Stretch StretchOf(int firstOfA, int begin, int end) const;
   void AddDigitSums(int stretchCount);
+  using Sums = std::array<std::int64_t, kRoomForColumns>;
+  void SumAll(Sums& sums);
   void SumParts(std::int64_t* sums) const;
+  void AddToDigits(const Sums& sums);
   void Flush();
 
   const DigitTiles &a, &b;
@@ -123,10 +132,11 @@ void TileSums::Add(int first, int last)
 /// Adds the products j = begin..end-1 to the groups.
 void TileSums::Collect(int begin, int end)
 {
-  int stretchCount = 0;
-  int firstOfA = FirstOfA(begin / kTerms);
-  for (int t = begin / kTerms, from = begin; t * kTerms < end; ++t) {
-    groups[groupCount++] = GroupOf(t, firstOfA, begin, end);
+  int stretchCount = 0, t = begin / kTerms, firstOfA = FirstOfA(t);
+  const double *ofA = a.Tile(t, 0), *ofB = b.Tile((LastOfB(t) + kTerms) / kTerms - 1, firstColumn);
+  for (int from = begin; t * kTerms < end; ++t, ofA += a.Stride(), ofB -= b.Stride()) {
+    const std::ptrdiff_t place = firstOfA * kDigitStride;
+    groups[groupCount++] = {ofA + place, ofB - place, Asked(t, begin, end)};
     const int next = (t + 1) * kTerms, firstOfNext = next < end ? FirstOfA(t + 1) : -1;
     if (firstOfNext == firstOfA) continue;
     stretches[stretchCount++] = StretchOf(firstOfA, from, std::min(next, end));
@@ -137,11 +147,11 @@ void TileSums::Collect(int begin, int end)
   termCount += end - begin;
 }
 
-Group TileSums::GroupOf(int t, int firstOfA, int begin, int end) const
+/// Which terms of a tile of a are among begin..end-1
+__mmask8 TileSums::Asked(int t, int begin, int end)
 {
   const int first = std::max(0, begin - t * kTerms), behind = std::min(kTerms, end - t * kTerms);
-  return {a.Tile(t, firstOfA), b.Tile((LastOfB(t) + kTerms) / kTerms - 1, firstColumn - firstOfA),
-          static_cast<__mmask8>((1 << behind) - (1 << first))};
+  return static_cast<__mmask8>((1 << behind) - (1 << first));
 }
 
 auto TileSums::StretchOf(int firstOfA, int begin, int end) const -> Stretch
@@ -221,14 +231,17 @@ void TileSums::Double()
   }
 }
 
-/// Adds what has been collected to the digits.
-void TileSums::Flush()
+/// Sums what has been collected, as numbers in units of the digits from that of the first column
+/// on.
+void TileSums::SumAll(Sums& sums)
 {
-  if (groupCount == 0) return;
   const Groups all{groups.data(), groupCount, doubledGroups, b.Stride(), (k + 1) % kTerms};
   SumBlocks(kBlocks, all, reached, lows.data(), highs.data());
-  std::array<std::int64_t, kRoomForColumns> sums;
   SumParts(sums.data());
+}
+
+void TileSums::AddToDigits(const Sums& sums)
+{
   std::int64_t carry = 0;
   for (int c = reached; c > 0; --c) {
     std::int64_t& digit = digits[firstColumn + c];
@@ -237,8 +250,39 @@ void TileSums::Flush()
   carry += sums[0];
   for (int c = firstColumn; c > 0 && carry != 0; --c) digits[c] = wide::Balanced(digits[c], carry);
   digits[0] += carry;
+}
+
+/// Adds what has been collected to the digits.
+void TileSums::Flush()
+{
+  if (groupCount == 0) return;
+  Sums sums;
+  SumAll(sums);
+  AddToDigits(sums);
   groupCount = doubledGroups = 0;
   isFlushed = true;
+}
+
+[[VARNO_AVX512]] bool TileSums::Store(WideTerms& terms, int place)
+{
+  if (groupCount == 0 || isFlushed || reached > kWindow) {
+    Flush();
+    return false;
+  }
+  Sums sums;
+  SumAll(sums);
+  __m512i digits = _mm512_loadu_si512(sums.data());
+  // Of the last digit, where there is no lane for it, the carry
+  const bool isLeftOut = reached == kWindow;
+  if (isLeftOut) {
+    const std::int64_t carry = wide::CarryOf(sums[kWindow]);
+    digits = _mm512_add_epi64(digits, _mm512_maskz_set1_epi64(1U << (kWindow - 1), carry));
+  }
+  if ((!isLeftOut || columns + place >= terms.n) &&
+      StoreDigits(digits, firstColumn + place, terms, k))
+    return true;
+  AddToDigits(sums);
+  return false;
 }
 
 /// Whether the tiles of both have all digits that meet in the columns.
@@ -260,13 +304,8 @@ void SumProducts(const WideTerms& a, const WideTerms& b, int first, int last, in
   sums.Finish();
 }
 
-void SumSquare(const WideTerms& a, int first, int k, int columns, std::int64_t* digits)
+void AddSquare(TileSums& sums, int first, int k)
 {
-  if (!HaveTiles(a, a, columns)) {
-    VectorColumnKernel()->sumSquare(a, first, k, columns, digits);
-    return;
-  }
-  TileSums sums(*a.tiles, *a.tiles, k, columns, digits);
   const int half = k > 0 ? (k - 1) / 2 : -1;
   const bool hasMiddle = k % 2 == 0;
   sums.Expect(first, half);
@@ -274,7 +313,33 @@ void SumSquare(const WideTerms& a, int first, int k, int columns, std::int64_t* 
   sums.Add(first, half);
   sums.Double();
   if (hasMiddle) sums.Add(k / 2, k / 2);
+}
+
+void SumSquare(const WideTerms& a, int first, int k, int columns, std::int64_t* digits)
+{
+  if (!HaveTiles(a, a, columns)) {
+    VectorColumnKernel()->sumSquare(a, first, k, columns, digits);
+    return;
+  }
+  TileSums sums(*a.tiles, *a.tiles, k, columns, digits);
+  AddSquare(sums, first, k);
   sums.Finish();
+}
+
+bool StoreProducts(const WideTerms& a, const WideTerms& b, int k, int columns, WideTerms& terms,
+                   int place)
+{
+  if (!HaveTiles(a, b, columns) || terms.n > kWindow)
+    return StoreProductsBy<SumProducts, SumSquare>(a, b, k, columns, terms, place);
+  std::array<std::int64_t, kMostColumns + 1> digits;
+  TileSums sums(*a.tiles, *b.tiles, k, columns, digits.data());
+  if (&a == &b) {
+    AddSquare(sums, 0, k);
+  } else {
+    sums.Expect(0, k);
+    sums.Add(0, k);
+  }
+  return sums.Store(terms, place) || terms.SetSettled(k, digits.data(), columns + 1, place);
 }
 
 void SumRows(const RowProduct* products, int count, int columns, std::int64_t* digits)
@@ -283,7 +348,25 @@ void SumRows(const RowProduct* products, int count, int columns, std::int64_t* d
   sumRows(products, count, columns, digits);
 }
 
-constexpr ColumnKernel kTileColumns = {SumProducts, SumSquare, SumRows, true};
+[[VARNO_AVX512]] bool StoreRowsInWindow(const RowProduct* products, int count, int columns,
+                                        WideTerms& terms, int k, int place)
+{
+  RowWindow window(columns, columns + place < terms.n);
+  for (int i = 0; i < count; ++i) {
+    if (!window.Add(products[i])) return false;
+  }
+  return StoreDigits(window.Digits(_mm512_setzero_si512(), 0), window.First() + place, terms, k);
+}
+
+bool StoreRows(const RowProduct* products, int count, int columns, WideTerms& terms, int k,
+               int place)
+{
+  return (terms.n <= kWindow && StoreRowsInWindow(products, count, columns, terms, k, place)) ||
+         StoreRowsBy<SumRows>(products, count, columns, terms, k, place);
+}
+
+constexpr ColumnKernel kTileColumns = {SumProducts,   SumSquare, SumRows,
+                                       StoreProducts, StoreRows, true};
 
 }  // namespace
 

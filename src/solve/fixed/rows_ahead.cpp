@@ -6,6 +6,7 @@
 
 #if defined(__x86_64__)
 #include "solve/fixed/row_blocks_avx512.h"
+#include "solve/fixed/row_window_avx512.h"
 #endif
 
 namespace varno::solve {
@@ -26,26 +27,35 @@ bool RowsAhead::CanSum(const WideTerms& a, const WideTerms& b, int k, int column
          columns * (k + kRows) <= kMostParts;
 }
 
-/// The products of which one term is of the rows themselves are few.
-void RowsAhead::Sum(const ColumnKernel& kernel, const WideTerms& a, const WideTerms& b, int k,
-                    std::int64_t* digits) const
+/// Finds the products of which one term is of the rows themselves; of a square, half of them.
+int RowsAhead::FindEnds(const WideTerms& a, const WideTerms& b, int k, Ends& ends) const
 {
-  const int row = k - firstRow, last = columns[static_cast<std::size_t>(row)];
-  const bool isSquare = &a == &b;
-  std::array<RowProduct, std::size_t{2} * kRows> products;
   int count = 0;
   const auto add = [&](int j) {
     const int zeros = a.leading[j];
-    products[count++] = {a.Row(j) + zeros, a.n - zeros, b.Row(k - j) + b.leading[k - j],
-                         zeros + b.leading[k - j]};
+    ends[count++] = {a.Row(j) + zeros, a.n - zeros, b.Row(k - j) + b.leading[k - j],
+                     zeros + b.leading[k - j]};
   };
-  for (int j = 0; j <= row; ++j) add(j);
-  for (int j = firstRow; j <= k && !isSquare; ++j) add(j);
-  kernel.sumRows(products.data(), count, last, digits);
+  for (int j = 0; j <= k - firstRow; ++j) add(j);
+  for (int j = firstRow; j <= k && &a != &b; ++j) add(j);
+  return count;
+}
+
+bool RowsAhead::Store(const ColumnKernel& kernel, const WideTerms& a, const WideTerms& b, int k,
+                      WideTerms& terms, int place) const
+{
+  Ends ends;
+  const bool isSquare = &a == &b;
+  const int count = FindEnds(a, b, k, ends);
+  if (StoreInWindow(ends, count, isSquare, k, terms, place)) return true;
+  const int row = k - firstRow, last = columns[static_cast<std::size_t>(row)];
+  std::array<std::int64_t, kMostColumns + 1> digits;
+  kernel.sumRows(ends.data(), count, last, digits.data());
   for (int c = 0; c <= last; ++c)
     digits[c] =
         (isSquare ? 2 * digits[c] : digits[c]) + known[static_cast<std::size_t>(c) * kRows + row];
-  wide::CarryUp(digits, last);
+  wide::CarryUp(digits.data(), last);
+  return terms.SetSettled(k, digits.data(), last + 1, place);
 }
 
 #if defined(__x86_64__)
@@ -109,8 +119,8 @@ class SumsOfKnown {
 
   void SumProducts();
   void SumSquare();
-  /// The digits by place and row
-  void Finish(std::int64_t* known);
+  /// The digits by place and row; returns how many before are 0.
+  int Finish(std::int64_t* known);
 
  private:
   enum class Kind { kAll, kBefore, kBehind };
@@ -286,7 +296,7 @@ void SumsOfKnown::Add(const Item* items, int count, bool twice)
   }
 }
 
-[[VARNO_AVX512]] void SumsOfKnown::Finish(std::int64_t* known)
+[[VARNO_AVX512]] int SumsOfKnown::Finish(std::int64_t* known)
 {
   const __m512i half = _mm512_set1_epi64(wide::kHalfDigit);
   const __m512i digit = _mm512_set1_epi64((1LL << kWideDigitBits) - 1);
@@ -298,6 +308,7 @@ void SumsOfKnown::Add(const Item* items, int count, bool twice)
                         _mm512_sub_epi64(_mm512_and_si512(sum, digit), half));
   }
   _mm512_storeu_si512(known, _mm512_add_epi64(sums[0].numbers, carry));
+  return std::max(0, firstColumn - 1);
 }
 
 }  // namespace
@@ -315,10 +326,39 @@ void SumsOfKnown::Add(const Item* items, int count, bool twice)
   } else {
     sums.SumProducts();
   }
-  sums.Finish(known.data());
+  firstKnown = sums.Finish(known.data());
+}
+
+/// In registers, where the digits of the sum stand in a window.
+[[VARNO_AVX512]] bool RowsAhead::StoreInWindow(const Ends& ends, int count, bool isSquare, int k,
+                                               WideTerms& terms, int place) const
+{
+  const int row = k - firstRow, last = columns[static_cast<std::size_t>(row)];
+  const bool withLastDigit = last + place < terms.n;
+  RowWindow window(last, withLastDigit);
+  if (terms.n > kWindow || firstKnown < window.First()) return false;
+  for (int i = 0; i < count; ++i) {
+    if (!window.Add(ends[i])) return false;
+  }
+  if (isSquare) window.Double();
+  const __m512i places = _mm512_add_epi64(_mm512_loadu_si512(&kPlacesOfLanes[kWindow]),
+                                          _mm512_set1_epi64(window.First()));
+  const __mmask8 there = _mm512_cmple_epu64_mask(places, _mm512_set1_epi64(last));
+  const __m512i others =
+      _mm512_mask_i64gather_epi64(_mm512_setzero_si512(), there, _mm512_slli_epi64(places, 3),
+                                  known.data() + row, sizeof(std::int64_t));
+  const std::int64_t behind =
+      withLastDigit ? 0 : known[static_cast<std::size_t>(last) * kRows + row];
+  return StoreDigits(window.Digits(others, behind), window.First() + place, terms, k);
 }
 
 #else
+
+bool RowsAhead::StoreInWindow(const Ends& /*ends*/, int /*count*/, bool /*isSquare*/, int /*k*/,
+                              WideTerms& /*terms*/, int /*place*/) const
+{
+  return false;
+}
 
 void RowsAhead::Begin(const WideTerms& /*a*/, const WideTerms& /*b*/, int /*k*/,
                       const Columns& /*newColumns*/)

@@ -28,13 +28,19 @@ class RowsAhead {
   bool Has(int k) const { return firstRow >= 0 && k - k % kRows == firstRow; }
   /// Sums for the eight of k, from as many columns as each needs.
   void Begin(const WideTerms& a, const WideTerms& b, int k, const Columns& columns);
-  /// The sum for k, as ColumnKernel has it.
-  void Sum(const ColumnKernel& kernel, const WideTerms& a, const WideTerms& b, int k,
-           std::int64_t* digits) const;
+  /// Stores the sum for k as ColumnKernel::storeProducts does.
+  bool Store(const ColumnKernel& kernel, const WideTerms& a, const WideTerms& b, int k,
+             WideTerms& terms, int place) const;
 
  private:
+  using Ends = std::array<RowProduct, std::size_t{2} * kRows>;
+  int FindEnds(const WideTerms& a, const WideTerms& b, int k, Ends& ends) const;
+  bool StoreInWindow(const Ends& ends, int count, bool isSquare, int k, WideTerms& terms,
+                     int place) const;
+
   int firstRow = -1;
   Columns columns{};
+  int firstKnown = 0;               // digits before are 0
   std::vector<std::int64_t> known;  // by digit and row
 };
 

@@ -1,13 +1,15 @@
 #include "solve/fixed/wide.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 
-#include <gmpxx.h>
+#include <gmp.h>
 
 #include "solve/fixed/int128.h"
 #include "solve/fixed/log2.h"
+#include "solve/fixed/wide_sums.h"
 
 namespace varno::solve {
 
@@ -280,12 +282,28 @@ void WideArithmetic<kMostDigits>::ToNumber(const Value& value, mpfr_ptr result) 
     mpfr_set_zero(result, 1);
     return;
   }
-  mpz_class whole;
-  for (int i = 0; i <= n; ++i) {
-    whole <<= kBits;
-    whole += static_cast<long>(value.digits[i]);
+  // Its size, in digits that are not balanced but natural
+  std::array<std::int64_t, kMostDigits + 2> digits = value.digits;
+  int first = 0;
+  while (digits[first] == 0) ++first;
+  const bool isNegative = digits[first] < 0;
+  std::int64_t borrow = 0;
+  for (int i = n; i >= first; --i) {
+    const std::int64_t digit = (isNegative ? -digits[i] : digits[i]) + borrow;
+    borrow = digit >> kBits;
+    digits[i] = digit & ((std::int64_t{1} << kBits) - 1);
   }
-  mpfr_set_z_2exp(result, whole.get_mpz_t(), kBits * (value.exponent - 1 - n), MPFR_RNDN);
+  std::array<mp_limb_t, (kMostDigits + 1) * kBits / GMP_NUMB_BITS + 2> limbs{};
+  for (int i = n, bit = 0; i >= first; --i, bit += kBits) {
+    const auto digit = static_cast<mp_limb_t>(digits[i]);
+    const int limb = bit / GMP_NUMB_BITS, shift = bit % GMP_NUMB_BITS;
+    limbs[limb] |= digit << shift;
+    if (shift + kBits > GMP_NUMB_BITS) limbs[limb + 1] = digit >> (GMP_NUMB_BITS - shift);
+  }
+  mpz_t whole;
+  mpz_roinit_n(whole, limbs.data(), static_cast<mp_size_t>(limbs.size()));
+  mpfr_set_z_2exp(result, whole, kBits * (value.exponent - 1 - n), MPFR_RNDN);
+  if (isNegative) mpfr_neg(result, result, MPFR_RNDN);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -392,6 +410,41 @@ auto WideArithmetic<kMostDigits>::ConvolveSelf(const Terms& a, int first, int k)
   SetSum(value, a, a);
   if (value.isZero) value.lost = !AllExactZeros(a, a, first, k - first, k);
   return value;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Sums over a step
+
+/// Digits 0..n, behind one that is 0 where the sum is no larger than terms can be.
+template <int kMostDigits>
+auto WideArithmetic<kMostDigits>::ValueOf(const std::int64_t* sum, const Terms& a) const -> Value
+{
+  Value value;
+  std::copy_n(sum + 1, n + 1, value.digits.begin());
+  value.exponent = a.exponent;
+  value.lost = value.inexact = true;
+  if (sum[0] != 0) PushDown(value, sum[0]);
+  value.isZero =
+      std::all_of(&value.digits[0], &value.digits[n] + 1, [](auto digit) { return digit == 0; });
+  return value;
+}
+
+template <int kMostDigits>
+auto WideArithmetic<kMostDigits>::SumAt(std::int64_t fraction, const Terms& a, int last) const
+    -> Value
+{
+  std::array<std::int64_t, kMostDigits + 2> sum;
+  wide::SumAt(fraction, a, last, sum.data());
+  return ValueOf(sum.data(), a);
+}
+
+template <int kMostDigits>
+auto WideArithmetic<kMostDigits>::SumAndSlopeAt(std::int64_t fraction, const Terms& a,
+                                                int last) const -> SumWithSlope
+{
+  std::array<std::int64_t, kMostDigits + 2> sum, slope;
+  wide::SumAndSlopeAt(fraction, a, last, sum.data(), slope.data());
+  return {ValueOf(sum.data(), a), ValueOf(slope.data(), a)};
 }
 
 template class WideArithmetic<8>;

@@ -38,6 +38,9 @@ class WideArithmetic {
   using Terms = WideTerms;
   /// Each sum of products is computed by itself.
   struct Product {};
+  struct SumWithSlope {
+    Value sum, slope;
+  };
 
   static constexpr int kDigitBits = kWideDigitBits;
   /// One digit is for exponents in whole digits.
@@ -101,7 +104,14 @@ class WideArithmetic {
   /// Sum over j = first..k-first of a[j] a[k-j]
   Value ConvolveSelf(const Terms& a, int first, int k) const;
 
+  /// The sum over k = 1..last of a[k] r^k, of a series that has lost digits, where 2^51 r is a
+  /// whole number between 0 and 2^51.
+  Value SumAt(std::int64_t fraction, const Terms& a, int last) const;
+  /// The same with the sum of k a[k] r^(k-1).
+  SumWithSlope SumAndSlopeAt(std::int64_t fraction, const Terms& a, int last) const;
+
  private:
+  Value ValueOf(const std::int64_t* sum, const Terms& a) const;
   void Carry(Value& value) const;
   void MultiplyByDigit(Value& value, std::int64_t factor) const;
   void PushDown(Value& value, std::int64_t top) const;

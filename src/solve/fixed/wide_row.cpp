@@ -1,7 +1,6 @@
 #include "solve/fixed/wide_row.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 
 namespace varno::solve {
@@ -26,9 +25,7 @@ bool StoreScaled(const ColumnKernel& kernel, WideTerms& terms, int k, WideRowVie
   const int columns = static_cast<int>(std::min(last + 1L, known) + before);
   const RowProduct product{factor.digits, factor.count, digits.digits + digits.leading,
                            static_cast<int>(place + before)};
-  std::array<std::int64_t, kMostColumns + 1> sum;
-  kernel.sumRows(&product, 1, columns, sum.data());
-  return terms.SetSettled(k, sum.data(), columns + 1, -static_cast<int>(before));
+  return kernel.storeRows(&product, 1, columns, terms, k, -static_cast<int>(before));
 }
 
 const WideRow& WideQuotients::Of(int k)

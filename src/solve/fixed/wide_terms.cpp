@@ -10,7 +10,7 @@ void WideTerms::Reserve(int digitCount, int count)
   n = digitCount;
   capacity = count;
   // Whole vectors of four: rows begin at the same place of one.
-  stride = (n + kZeros + 3) / 4 * 4;
+  stride = std::max(kLeastStride, (n + kZeros + 3) / 4 * 4);
   rows.resize(static_cast<std::size_t>(count) * stride + std::size_t{2} * kZeros);
   leading.resize(count, n);
   exactZero.resize(count);
@@ -70,20 +70,22 @@ void WideTerms::Set(int k, const std::int64_t* digits)
 
 bool WideTerms::SetSettled(int k, const std::int64_t* digits, int count, int place)
 {
-  int first = 0;
-  while (first < count && digits[first] == 0) ++first;
+  // The first digit may be so large that one stands before.
+  const std::int64_t carry = wide::CarryOf(digits[0]);
+  int first = carry != 0 ? -1 : 0;
+  while (first >= 0 && first < count && digits[first] == 0) ++first;
   if (first == count || first + place < 0 || first + place >= n) return false;
-  if (first == 0 && wide::CarryOf(digits[0]) != 0) return false;
-  leading[k] = first + place;
-  exactZero[k] = 0;
-  used = n;
-  double* const row = &rows[Place(k)];
+  double* const row = BeginSettled(k, first + place);
   const int end = std::min(n, count + place);
   // Most have all digits: what is called for nothing would take longer than these.
-  if (place > 0) std::fill_n(row, place, 0.0);
+  if (place > 0) std::fill_n(row, std::min(place, n), 0.0);
   for (int i = std::max(0, place); i < end; ++i) row[i] = static_cast<double>(digits[i - place]);
-  if (end < n) std::fill(row + end, row + n, 0.0);
-  SetAgain(k);
+  if (end < n) std::fill(row + std::max(0, end), row + n, 0.0);
+  if (carry != 0) {
+    row[place - 1] = static_cast<double>(carry);
+    if (place < n) row[place] = static_cast<double>(wide::Rest(digits[0], carry));
+  }
+  EndSettled(k);
   return true;
 }
 

@@ -19,6 +19,8 @@ namespace varno::solve {
 /// and behind, so that kernels may read digits -3..n+2.
 struct WideTerms {
   static constexpr int kZeros = 3;
+  /// Kernels may set as many digits of a row, those behind the last one to 0.
+  static constexpr int kLeastStride = 8;
 
   int n = 0;
   int stride = 0;
@@ -51,6 +53,16 @@ struct WideTerms {
   /// Sets term k of a settled series to digits of which the first stands at the place `place`; all
   /// but that are balanced. False, and nothing is set, if they are 0, too small, or do not fit.
   bool SetSettled(int k, const std::int64_t* digits, int count, int place);
+  /// The same in two parts: says where its first digit that is not 0 stands, and returns where to
+  /// put all n of them, between zeros; what comes after.
+  double* BeginSettled(int k, int firstDigit)
+  {
+    leading[k] = firstDigit;
+    exactZero[k] = 0;
+    used = n;
+    return &rows[Place(k)];
+  }
+  void EndSettled(int k) { SetAgain(k); }
   /// Brings to the cache what will be set of term k.
   void Prefetch(int k) const;
   /// Makes room for larger terms among the first `count`: all move down by whole digits.

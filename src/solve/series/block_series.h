@@ -15,6 +15,7 @@
 #include "solve/fixed/log2.h"
 #include "solve/fixed/narrow.h"
 #include "solve/fixed/narrow_powers.h"
+#include "solve/fixed/wide_sums.h"
 #include "solve/series/block_recurrences.h"
 #include "solve/series/line_operands.h"
 #include "solve/series/line_schedule.h"
@@ -190,6 +191,7 @@ class BlockSeries final : public Series {
   using Terms = typename Arithmetic::Terms;
 
   static constexpr bool kIsNarrow = std::is_same_v<Arithmetic, NarrowArithmetic>;
+  static constexpr bool kIsWide = std::is_same_v<typename Arithmetic::Terms, WideTerms>;
 
   static constexpr double kInfinity = std::numeric_limits<double>::infinity();
   static constexpr long kUnknown = std::numeric_limits<long>::min();

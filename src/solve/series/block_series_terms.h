@@ -232,6 +232,10 @@ auto BlockSeries<Arithmetic>::SumBehindFirst(Powers& by, LineId line, mpfr_srcpt
   if constexpr (kIsNarrow) {
     if (by.ofFraction.Set(offset, order)) return by.ofFraction.Sum(terms[line], order);
   }
+  if constexpr (kIsWide) {
+    const std::int64_t fraction = wide::FractionOf(offset);
+    if (fraction != 0) return arithmetic.SumAt(fraction, terms[line], order);
+  }
   PreparePowers(by, offset);
   return arithmetic.Convolve(terms[line], by.powers, 1, order, order);
 }
@@ -247,6 +251,15 @@ void BlockSeries<Arithmetic>::SumWithDerivativeBy(Powers& by, LineId line, mpfr_
   if constexpr (kIsNarrow) {
     if (order <= NarrowPowers::kMostTermsOfSlopes && by.ofFraction.Set(offset, order)) {
       const auto [sum, slope] = by.ofFraction.SumAndSlope(terms[line], order);
+      AddFirstTerm(by, line, sum, value);
+      arithmetic.ToNumber(slope, derivative);
+      return;
+    }
+  }
+  if constexpr (kIsWide) {
+    const std::int64_t fraction = wide::FractionOf(offset);
+    if (fraction != 0 && terms[line].inexact) {
+      const auto [sum, slope] = arithmetic.SumAndSlopeAt(fraction, terms[line], order);
       AddFirstTerm(by, line, sum, value);
       arithmetic.ToNumber(slope, derivative);
       return;

@@ -85,24 +85,17 @@ bool SettledLines<WideArithmetic<N>>::StoreCombination(const Prepared& line, int
     products[count++] = {factor.digits.data(), factor.Count(), a->Row(k) + leading,
                          column + leading};
   }
-  kernel->sumRows(products.data(), count, ColumnsOf(line, k), sum.data());
-  return line.s->SetSettled(k, sum.data(), ColumnsOf(line, k) + 1, line.place);
+  return kernel->storeRows(products.data(), count, ColumnsOf(line, k), *line.s, k, line.place);
 }
 
 /// (4), (5) s[k] = sum over j = 0..k of a[j] b[k-j]
 template <int N>
 bool SettledLines<WideArithmetic<N>>::StoreProduct(Prepared& line, int k)
 {
-  const int columns = ColumnsOf(line, k);
-  if (RowsAhead::CanSum(*line.a, *line.b, k, line.columns)) {
-    if (!line.ahead.Has(k)) BeginAhead(line, k);
-    line.ahead.Sum(*kernel, *line.a, *line.b, k, sum.data());
-  } else if (line.kind == LineKind::kSquare) {
-    kernel->sumSquare(*line.a, 0, k, columns, sum.data());
-  } else {
-    kernel->sumProducts(*line.a, *line.b, 0, k, k, columns, sum.data());
-  }
-  return line.s->SetSettled(k, sum.data(), columns + 1, line.place);
+  if (!RowsAhead::CanSum(*line.a, *line.b, k, line.columns))
+    return kernel->storeProducts(*line.a, *line.b, k, ColumnsOf(line, k), *line.s, line.place);
+  if (!line.ahead.Has(k)) BeginAhead(line, k);
+  return line.ahead.Store(*kernel, *line.a, *line.b, k, *line.s, line.place);
 }
 
 template <int N>

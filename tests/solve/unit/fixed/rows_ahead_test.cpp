@@ -30,25 +30,48 @@ WideTerms Filled(int n, int count, const Digit& digit)
   return terms;
 }
 
-/// The eight sums from term k on, of as many columns each.
-void ExpectSameDigits(const WideTerms& a, const WideTerms& b, int first,
-                      const RowsAhead::Columns& columns)
+/// A settled series whose terms are full of other digits
+WideTerms Target(int n, int count)
+{
+  WideTerms terms = Filled(n, count, [](int, int i) { return 77 + i; });
+  terms.inexact = true;
+  return terms;
+}
+
+std::vector<double> RowWithZeros(const WideTerms& terms, int k)
+{
+  return {terms.Row(k) - WideTerms::kZeros, terms.Row(k) + terms.n + WideTerms::kZeros};
+}
+
+/// The eight sums from term k on, of as many columns each, from a place of the term on.
+void ExpectSameTerms(const WideTerms& a, const WideTerms& b, int first,
+                     const RowsAhead::Columns& columns, int place)
 {
   RowsAhead ahead;
   ASSERT_FALSE(ahead.Has(first));
   ahead.Begin(a, b, first, columns);
+  WideTerms expected = Target(a.n, first + kRows), found = expected;
   for (int row = 0; row < kRows; ++row) {
     const int k = first + row, count = columns[row];
     ASSERT_TRUE(ahead.Has(k));
-    std::vector<std::int64_t> expected(count + 1), found(count + 1);
-    kIntegerColumns.sumProducts(a, b, 0, k, k, count, expected.data());
-    ahead.Sum(kIntegerColumns, a, b, k, found.data());
-    EXPECT_EQ(expected, found) << "term " << k << " in " << count << " columns of " << a.n
-                               << (&a == &b ? " digits, square" : " digits");
+    SCOPED_TRACE(testing::Message()
+                 << "term " << k << " in " << count << " columns of " << a.n
+                 << (&a == &b ? " digits, square" : " digits") << ", place " << place);
+    const bool isStored = kIntegerColumns.storeProducts(a, b, k, count, expected, place);
+    EXPECT_EQ(isStored, ahead.Store(kIntegerColumns, a, b, k, found, place));
+    EXPECT_EQ(RowWithZeros(expected, k), RowWithZeros(found, k));
+    EXPECT_EQ(expected.leading[k], found.leading[k]);
   }
   EXPECT_FALSE(ahead.Has(first + kRows));
   ahead.Forget();
   EXPECT_FALSE(ahead.Has(first));
+}
+
+/// From places where sums fit, and where they do not
+void ExpectSameDigits(const WideTerms& a, const WideTerms& b, int first,
+                      const RowsAhead::Columns& columns)
+{
+  for (const int place : {-1, 0, 1, 2}) ExpectSameTerms(a, b, first, columns, place);
 }
 
 RowsAhead::Columns AllColumns(int n)
