@@ -15,6 +15,8 @@ class ArithmeticChoice {
  public:
   /// Whether the step that comes next is worth it.
   bool IsWorthTrying() const { return stepsToSkip == 0; }
+  /// Whether the latest trial failed.
+  bool HasFailed() const { return failures > 0; }
   /// What became of it.
   void StepSkipped() { --stepsToSkip; }
   void StepTried(bool wasExact);

@@ -87,7 +87,20 @@ double StepSeries::NeededBits(const StepBound& bound) const
   const double forTime = usesTime ? static_cast<double>(settings.bits) + more : 0;
   const StepStart begin{latest.states, latest.stateSizes, control.Sizes(),
                         ChooseLength(bound).Log2()};
-  return std::max(forTime, BitsForDerivatives(tape, Current(), begin, settings, bits));
+  return std::max(
+      {forTime, BitsForBlocks(), BitsForDerivatives(tape, Current(), begin, settings, bits)});
+}
+
+/// The precision with which block arithmetic is exact enough again after it was not in two steps in
+/// a row, because lines cancel: that is faster than MPFR. As many bits more as a run has do for any
+/// line that is above the rounding of its size.
+double StepSeries::BitsForBlocks() const
+{
+  if (missingBits == 0 || !arithmeticChoice.HasFailed()) return 0;
+  const double wanted = static_cast<double>(bits) + missingBits;
+  const double most = std::min(2 * static_cast<double>(settings.bits) + kSpareBits,
+                               static_cast<double>(settings.mostBits) - kSpareBits);
+  return wanted <= most ? wanted : 0;
 }
 
 StepBound StepSeries::Begin()
@@ -217,11 +230,15 @@ StepBound StepSeries::ChooseBound(const std::vector<bool>& leftOut)
   return bound;
 }
 
-/// Whether the series is as exact as asked for over the step that it allows.
-bool StepSeries::IsExactFor(const StepBound& bound)
+/// What the series lacks to be as exact as asked for over the step that it allows. What is below
+/// the rounding of a line's size counts as little in its terms as it does for the step.
+double StepSeries::MissingBits(const StepBound& bound)
 {
   const double step = std::isfinite(bound.log2) ? ChooseLength(bound).Log2() : bound.log2;
-  return Current().IsExactFor(step - static_cast<double>(scaleExponent));
+  const auto wanted = static_cast<double>(settings.bits);
+  leastSizes.assign(control.Sizes().begin(), control.Sizes().end());
+  for (double& size : leastSizes) size -= wanted;
+  return Current().MissingBits(step - static_cast<double>(scaleExponent), {wanted, leastSizes});
 }
 
 /// The series without some lines, exact enough for the step that it allows, and what that is: with
@@ -230,13 +247,15 @@ bool StepSeries::IsExactFor(const StepBound& bound)
 StepBound StepSeries::BeginWithout(mpfr_srcptr time, const std::vector<bool>& leftOut,
                                    const HeldLines& held, bool mayUseBlocks)
 {
+  missingBits = 0;
   BeginLines(time, leftOut, held);
   if (!mayUseBlocks) {
     Current().Refine();
     return ChooseBound(leftOut);
   }
   StepBound bound = ChooseBound(leftOut);
-  if (IsExactFor(bound)) return bound;
+  missingBits = MissingBits(bound);
+  if (missingBits == 0) return bound;
   if (latest.steps == 0) {
     Current().Refine();
     bound = ChooseBound(leftOut);
@@ -245,7 +264,8 @@ StepBound StepSeries::BeginWithout(mpfr_srcptr time, const std::vector<bool>& le
     SetScale(ChooseLength(bound).Log2());
     BeginLines(time, leftOut, held);
     bound = ChooseBound(leftOut);
-    if (IsExactFor(bound)) return bound;
+    missingBits = MissingBits(bound);
+    if (missingBits == 0) return bound;
   }
   Current().Refine();
   return ChooseBound(leftOut);

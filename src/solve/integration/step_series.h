@@ -95,7 +95,7 @@ class StepSeries {
   StepBound BeginWithout(mpfr_srcptr time, const std::vector<bool>& leftOut, const HeldLines& held,
                          bool mayUseBlocks);
   StepBound ChooseBound(const std::vector<bool>& leftOut);
-  bool IsExactFor(const StepBound& bound);
+  double MissingBits(const StepBound& bound);
   void SetScale(double lengthLog2, double growth = 0);
   void BeginLines(mpfr_srcptr time, const std::vector<bool>& leftOut, const HeldLines& held);
   void BeginAtRoot(mpfr_srcptr time);
@@ -103,6 +103,7 @@ class StepSeries {
   void RequireBits(double wanted);
   double NeededBits(const StepBound& bound) const;
   double BitsForTime(double lengthLog2) const;
+  double BitsForBlocks() const;
   double LongestStepAhead(mpfr_srcptr time);
 
   const Tape& tape;
@@ -123,6 +124,8 @@ class StepSeries {
   std::optional<ExemptionRule> exemptionRule;
   std::optional<Exemption> exemption;
   ArithmeticChoice arithmeticChoice;
+  double missingBits = 0;          // for which the series begun was refined: Series::MissingBits
+  std::vector<double> leastSizes;  // scratch
   std::vector<long> largestTerms;  // of the latest step: Series::LargestTerms
   long scaleExponent = 0;
   double latestLog2 = std::numeric_limits<double>::infinity();  // of the length of the latest step

@@ -165,7 +165,7 @@ class BlockSeries final : public Series {
     if constexpr (Arithmetic::kDropsDigits) expectedRise = std::max(0.0, -log2);
   }
 
-  bool IsExactFor(double log2) override;
+  double MissingBits(double log2, const Exactness& asked) override;
 
   bool IsRefined() const override { return isRefined; }
 
@@ -283,7 +283,7 @@ class BlockSeries final : public Series {
     };
     ForEachStretch(team.get(), tape.rightHandSides.size(), visitAll);
   }
-  bool FindLargest(double log2);
+  double FindLargest(double log2, const Exactness& asked);
   void FindResolutions() const;
   double OwnResolution(LineId id) const;
   double ResolutionOf(const Line& line, LineId id) const;

@@ -378,13 +378,13 @@ int BlockSeries<Arithmetic>::LastTerm(LineId line) const
 }
 
 template <class Arithmetic>
-bool BlockSeries<Arithmetic>::IsExactFor(double log2)
+double BlockSeries<Arithmetic>::MissingBits(double log2, const Exactness& asked)
 {
-  if (isRefined) return true;
-  const bool isExact = std::isfinite(log2) && FindLargest(log2);
+  if (isRefined) return 0;
+  const double missing = std::isfinite(log2) ? FindLargest(log2, asked) : kInfinity;
   // What was found with a scale too far off says nothing about the next terms.
-  if (!isExact) std::ranges::fill(largest, kUnknown);
-  return isExact;
+  if (missing > 0) std::ranges::fill(largest, kUnknown);
+  return missing;
 }
 
 /// The largest of logs[i] + begin + i slope and of what is known to be met; no log is above `most`.
@@ -399,30 +399,33 @@ inline double LargestAt(std::span<const double> logs, double begin, double slope
   return known;
 }
 
-/// Finds the largest terms over a step, and whether all lines are exact enough beside these.
+/// Finds the largest terms over a step, and how many bits are missing beside these.
 template <class Arithmetic>
-bool BlockSeries<Arithmetic>::FindLargest(double log2)
+double BlockSeries<Arithmetic>::FindLargest(double log2, const Exactness& asked)
 {
+  double missing = 0;
   for (LineId id = 0; id < tape.lines.size(); ++id) {
     if (!terms[id].started) {
       largest[id] = kUnknown;
       continue;
     }
-    if (std::abs(terms[id].exponent) > Arithmetic::kMostExponent) return false;
+    if (std::abs(terms[id].exponent) > Arithmetic::kMostExponent) return kInfinity;
     const std::span sizesOfTerms = std::span(logs[id]).first(static_cast<std::size_t>(order) + 1);
     const auto half = static_cast<std::size_t>(order / 2) + 1;
     const double early = LargestAt(sizesOfTerms.first(half), 0, log2, sizes[id], -kInfinity);
     const double size = LargestAt(sizesOfTerms.subspan(half), static_cast<double>(half) * log2,
                                   log2, sizes[id], early);
     // Terms that rise are no measure for errors.
-    if (size > early + kMostRiseBits) return false;
+    if (size > early + kMostRiseBits) return kInfinity;
     largest[id] = static_cast<long>(std::floor(size)) + 1;
+    const double least = asked.leastSizes.empty() ? -kInfinity : asked.leastSizes[id];
+    const double unit = std::max(size, least) - asked.bits;
     const double error = OwnResolution(id) + std::max(0.0, LastTerm(id) * (log2 + rise));
-    if (error - size > kMostLostBits - static_cast<double>(bits)) return false;
-    // A line of which little is left: MPFR rounds each of its terms less than this one all.
-    if (Resolution(id) - size > mostCancelledBits - static_cast<double>(bits)) return false;
+    // Of a line of which little is left MPFR rounds each term less than this one all.
+    missing = std::max(
+        {missing, error - unit - kMostLostBits, Resolution(id) - unit - mostCancelledBits});
   }
-  return true;
+  return missing;
 }
 
 /// What errors of the operands make of the terms of a line, beside its own rounding.

@@ -14,6 +14,13 @@ namespace varno::solve {
 
 class Team;
 
+/// How exact the terms of a series are to be.
+struct Exactness {
+  double bits;  ///< each line is to be as exact as numbers of so many bits
+  /// By line, log2: of one that is smaller, beside this; empty where there is none.
+  std::span<const double> leastSizes = {};
+};
+
 /// The Taylor terms of all lines of a tape about one point in time.
 ///
 /// Term k of a line u is scale^k u^(k) / k!, where scale = +-2^exponent is the unit in which time
@@ -75,9 +82,10 @@ class Series {
   /// Tells about how long the next step is, 2^log2 units of the scale: from the next Begin on terms
   /// need be exact over such a step, not over a longer one.
   virtual void ExpectStep(double /*log2*/) {}
-  /// Whether the terms are as exact as asked for over a step of 2^log2 units of the scale. If not,
-  /// a scale near the step helps, or Refine.
-  virtual bool IsExactFor(double /*log2*/) { return true; }
+  /// How many bits numbers lack so that the terms are as exact as asked for over a step of 2^log2
+  /// units of the scale: 0 if they are. If not, a scale near the step helps, or Refine; or a series
+  /// with so many bits more, if that is finite.
+  virtual double MissingBits(double /*log2*/, const Exactness& /*asked*/) { return 0; }
   /// Gives every term its own precision, whatever that costs, until the next Begin.
   virtual void Refine() {}
   /// Whether every term has it.

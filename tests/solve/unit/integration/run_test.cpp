@@ -60,6 +60,34 @@ TEST(Run, GivesStatesWithinTheLatestStep)
   }
 }
 
+// Near an equilibrium little is left of the derivative 2 - x. The bits that it lost are made up
+// for, at most as many as the run has, and no more where nothing cancels.
+TEST(Run, TakesMoreBitsWhereLinesCancel)
+{
+  Equations m;
+  const Expression x = m.Variable("x", 1);
+  m.SetDerivative(x, 2 - x);
+  const Tape relaxing = Compile(m.Finished()), growing = Growth();
+  const RunSettings settings = SettingsFor(20, 20);
+  const Moment reach(200);
+  solve::Run run(relaxing, settings, Moment(Rational(0)), One(settings.bits), reach);
+  while (run.IsBehind(Moment(5))) run.Step();
+  EXPECT_EQ(settings.bits, run.Bits());
+  while (run.IsBehind(Moment(50))) run.Step();
+  EXPECT_GT(run.Bits(), settings.bits + 20);
+  Real expected(300);
+  mpfr_set_si(expected, -50, MPFR_RNDN);
+  mpfr_exp(expected, expected, MPFR_RNDN);
+  mpfr_ui_sub(expected, 2, expected, MPFR_RNDN);
+  EXPECT_TRUE(support::HasDigits(20, run.StatesAt(Moment(50))[0], expected));
+  while (run.IsBehind(reach)) run.Step();
+  EXPECT_LE(run.Bits(), 2 * settings.bits + 128);
+
+  solve::Run other(growing, settings, Moment(Rational(0)), One(settings.bits), reach);
+  while (other.IsBehind(reach)) other.Step();
+  EXPECT_EQ(settings.bits, other.Bits());
+}
+
 // The series of a step and the start of the next one are the same solution.
 TEST(Run, StepsJoin)
 {

@@ -100,7 +100,7 @@ TEST_P(BlockSeriesOfFormat, HasTheTermsOfEveryLine)
     exact.Begin(time, States(tape, 20), backwards, -5);
     series->ExtendTo(kOrder);
     exact.ExtendTo(kOrder);
-    ASSERT_TRUE(series->IsExactFor(0));
+    ASSERT_EQ(0, series->MissingBits(0, {static_cast<double>(format.bits)}));
     ASSERT_EQ(kOrder, series->Order());
     // Not refined: every line has a resolution.
     EXPECT_GT(series->Resolution(tape.rightHandSides[0]), -INFINITY);
@@ -201,7 +201,7 @@ TEST_P(BlockSeriesOfFormat, NeedsNoMoreDigitsThanAStep)
   exact.ExtendTo(kOrder);
   begin();
   EXPECT_EQ(0, series->ResolutionRise());
-  ASSERT_TRUE(series->IsExactFor(-1));
+  ASSERT_EQ(0, series->MissingBits(-1, {static_cast<double>(format.bits)}));
   const double error = LargestError(tape, *series, kOrder, exact);
   const std::span<const long> largest = series->LargestTerms();
 
@@ -209,13 +209,13 @@ TEST_P(BlockSeriesOfFormat, NeedsNoMoreDigitsThanAStep)
   series->ExpectStep(-1);
   begin();
   const double rise = series->ResolutionRise();
-  EXPECT_TRUE(series->IsExactFor(-1));
+  EXPECT_EQ(0, series->MissingBits(-1, {static_cast<double>(format.bits)}));
   if (rise > 0) {
     EXPECT_EQ(1, rise);
     EXPECT_LE(ErrorBesideResolution(tape, *series, -1, exact), 0);
     EXPECT_GT(LargestError(tape, *series, kOrder, exact), error + kOrder / 5.0);
     // Over a longer step these errors count.
-    EXPECT_FALSE(series->IsExactFor(0));
+    EXPECT_GT(series->MissingBits(0, {static_cast<double>(format.bits)}), 0);
     EXPECT_EQ(0, (series->Refine(), series->ResolutionRise()));
   } else {
     EXPECT_EQ(error, LargestError(tape, *series, kOrder, exact));

@@ -111,7 +111,8 @@ TEST_P(SharedSeries, HasTheTermsOfOneThread)
         series->ExtendTo(kOrder);
       }
       EXPECT_EQ(FirstDifference(tape, *alone, *shared, bits), std::nullopt) << members;
-      EXPECT_EQ(alone->IsExactFor(0), shared->IsExactFor(0));
+      const Exactness asked{static_cast<double>(bits)};
+      EXPECT_EQ(alone->MissingBits(0, asked), shared->MissingBits(0, asked));
       EXPECT_FALSE(shared->IsRefined());
       largest.assign(alone->LargestTerms().begin(), alone->LargestTerms().end());
     }
