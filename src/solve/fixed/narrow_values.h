@@ -49,6 +49,20 @@ struct NarrowTerms {
   bool IsSettled() const { return started && inexact; }
 };
 
+/// The first `count` terms of a series.
+inline NarrowTerms CopyOf(const NarrowTerms& terms, int count)
+{
+  NarrowTerms copy{.high = {terms.high.begin(), terms.high.begin() + count},
+                   .low = {terms.low.begin(), terms.low.begin() + count},
+                   .exactZero = {terms.exactZero.begin(), terms.exactZero.begin() + count},
+                   .exponent = terms.exponent,
+                   .leastExponent = terms.leastExponent,
+                   .started = terms.started,
+                   .inexact = terms.inexact,
+                   .hasLow = terms.hasLow};
+  return copy;
+}
+
 namespace narrow {
 
 /// Takes the place of a flag that nobody asks for.

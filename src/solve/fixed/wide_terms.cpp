@@ -121,4 +121,20 @@ void WideTerms::Raise(long newExponent, int count)
   exponent = newExponent;
 }
 
+WideTerms CopyOf(const WideTerms& terms, int count)
+{
+  WideTerms copy;
+  copy.Reserve(terms.n, count);
+  std::copy_n(terms.rows.begin(),
+              static_cast<std::ptrdiff_t>(count) * terms.stride + WideTerms::kZeros,
+              copy.rows.begin());
+  std::copy_n(terms.leading.begin(), count, copy.leading.begin());
+  std::copy_n(terms.exactZero.begin(), count, copy.exactZero.begin());
+  copy.used = terms.used;
+  copy.exponent = terms.exponent;
+  copy.started = terms.started;
+  copy.inexact = terms.inexact;
+  return copy;
+}
+
 }  // namespace varno::solve

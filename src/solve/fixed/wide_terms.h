@@ -82,6 +82,9 @@ struct WideTerms {
   std::size_t Place(int k) const { return static_cast<std::size_t>(k) * stride + kZeros; }
 };
 
+/// The first `count` terms of a series, without tiles and planes.
+WideTerms CopyOf(const WideTerms& terms, int count);
+
 /// How many digits a series has more than it needs, if units of 2^log2 are small enough for it.
 inline double SpareDigits(const WideTerms& terms, double log2)
 {

@@ -16,12 +16,12 @@ namespace varno::solve {
 struct DenseStep {
   Moment begin, end;  ///< both the start before the first step
   bool backwards;
-  std::vector<Real> states;                        ///< at the end, behind what happened there
-  std::vector<double> stateSizes;                  ///< see StateSizes
-  std::shared_ptr<const Series> series = nullptr;  ///< about the begin; none before the first step
-  long scaleExponent = 0;                          ///< of the series
-  double lengthLog2 = 0;                           ///< log2 of the length in time
-  std::int64_t steps = 0;                          ///< of the run, this one among them
+  std::vector<Real> states;                            ///< at the end, behind what happened there
+  std::vector<double> stateSizes;                      ///< see StateSizes
+  std::shared_ptr<const StateTerms> series = nullptr;  ///< about the begin; none before the first
+  long scaleExponent = 0;                              ///< of the series
+  double lengthLog2 = 0;                               ///< log2 of the length in time
+  std::int64_t steps = 0;                              ///< of the run, this one among them
   int order = 0;
   mpfr_prec_t bits = 0;
   std::shared_ptr<const Switch> switched = nullptr;  ///< what happened at the end, if something did

@@ -24,11 +24,15 @@ constexpr milliseconds kTimePerCall{1};
 /// How often a waiting thread looks around by itself.
 constexpr milliseconds kLongestWait{10};
 
-std::size_t MostAhead(std::size_t lineCount, const RunSettings& settings)
+/// A series that takes more is a large part of a cache: a run that begins the same one again is
+/// faster by more than a copy of its states takes.
+constexpr double kBytesOfLargeSeries = 1 << 19;
+
+/// What a series takes, about.
+double BytesOf(std::size_t lineCount, const RunSettings& settings)
 {
-  const double bytes = static_cast<double>(lineCount) * (settings.order + 2) *
-                       (static_cast<double>(settings.bits) / 8 + 32);
-  return static_cast<std::size_t>(std::clamp(kMostBytesAhead / bytes, kFewestAhead, kMostAhead));
+  return static_cast<double>(lineCount) * (settings.order + 2) *
+         (static_cast<double>(settings.bits) / 8 + 32);
 }
 
 }  // namespace
@@ -38,7 +42,9 @@ StepFeed::StepFeed(const MakeStepper& make, const RunSettings& settings, const M
     : reach(reach),
       poll(std::move(poll)),
       run(make(settings, start, std::move(states), reach, [this] { PollRun(); })),
-      mostAhead(MostAhead(run->LineCount(), settings)),
+      bytesOfSeries(BytesOf(run->LineCount(), settings)),
+      mostAhead(static_cast<std::size_t>(
+          std::clamp(kMostBytesAhead / bytesOfSeries, kFewestAhead, kMostAhead))),
       latest(run->Latest())
 {}
 
@@ -96,6 +102,9 @@ void StepFeed::Offer(const DenseStep& step)
 {
   DenseStep offer = TakeSpent();
   offer = step;
+  if (bytesOfSeries > kBytesOfLargeSeries) {
+    if (auto states = step.series->CopyOfStates()) offer.series = std::move(states);
+  }
   std::unique_lock lock(mutex);
   offered.push_back(std::move(offer));
   const auto now = std::chrono::steady_clock::now();

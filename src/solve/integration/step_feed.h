@@ -49,6 +49,7 @@ class StepFeed {
   std::thread thread;
   std::atomic<bool> isStopped = false;
   std::unique_ptr<Stepper> run;
+  double bytesOfSeries;
   std::size_t mostAhead;
 
   // Of the thread that asks for steps

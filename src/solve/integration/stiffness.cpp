@@ -22,7 +22,7 @@ constexpr double kSameRateLog2 = 0.3;
 
 /// The terms of the states at the end of a step.
 struct StepTerms {
-  const Series& series;
+  const StateTerms& series;
   int order;
   double offsetLog2;  // the length of the step in units of the series' scale
 

@@ -14,9 +14,9 @@
 #include "solve/evaluation/size.h"
 #include "solve/fixed/log2.h"
 #include "solve/fixed/narrow.h"
-#include "solve/fixed/narrow_powers.h"
-#include "solve/fixed/wide_sums.h"
 #include "solve/series/block_recurrences.h"
+#include "solve/series/block_states.h"
+#include "solve/series/block_sums.h"
 #include "solve/series/line_operands.h"
 #include "solve/series/line_schedule.h"
 #include "solve/series/mpfr_series.h"
@@ -127,13 +127,21 @@ class BlockSeries final : public Series {
 
   void Sum(LineId line, mpfr_srcptr offset, mpfr_ptr result) const override
   {
-    SumBy(members.front()->latest, line, offset, result);
+    if (isRefined) {
+      precise.Sum(line, offset, result);
+    } else {
+      members.front()->sums.Sum(ForSums(line), offset, result);
+    }
   }
 
   void SumWithDerivative(LineId line, mpfr_srcptr offset, mpfr_ptr value,
                          mpfr_ptr derivative) const override
   {
-    SumWithDerivativeBy(members.front()->latest, line, offset, value, derivative);
+    if (isRefined) {
+      Series::SumWithDerivative(line, offset, value, derivative);
+    } else {
+      members.front()->sums.SumWithDerivative(ForSums(line), offset, value, derivative);
+    }
   }
 
   void SumStates(mpfr_srcptr offset, std::span<Real> results,
@@ -150,6 +158,8 @@ class BlockSeries final : public Series {
       arithmetic.ToNumber(arithmetic.Load(terms[line], k), result);
     }
   }
+
+  std::unique_ptr<StateTerms> CopyOfStates() const override;
 
   double Resolution(LineId line) const override
   {
@@ -191,7 +201,6 @@ class BlockSeries final : public Series {
   using Terms = typename Arithmetic::Terms;
 
   static constexpr bool kIsNarrow = std::is_same_v<Arithmetic, NarrowArithmetic>;
-  static constexpr bool kIsWide = std::is_same_v<typename Arithmetic::Terms, WideTerms>;
 
   static constexpr double kInfinity = std::numeric_limits<double>::infinity();
   static constexpr long kUnknown = std::numeric_limits<long>::min();
@@ -207,29 +216,14 @@ class BlockSeries final : public Series {
   /// By how many bits the second half of the terms may be larger than the first: rounding that is
   /// left of a cancellation stays about the same.
   static constexpr double kMostRiseBits = 8;
-  /// The powers of an offset, and their derivatives, as terms: each sum over a step is one of
-  /// products with these.
-  struct Powers {
-    Real offset;
-    int order = -1;
-    Terms powers;  // term order - j is offset^j
-    bool hasSlopes = false;
-    Terms slopes;             // term order - j is j offset^(j - 1)
-    NarrowPowers ofFraction;  // the same of an offset that has few digits
-    Real sum, roundedSum;     // scratch, with more bits than numbers have, and as many
-  };
-
   /// What a member of the team makes terms with.
   struct Member {
     Member(const LineOperands<Arithmetic>& operands, std::span<const LineId> lines,
            mpfr_prec_t bits, Poll poll)
-        : recurrences(operands, lines, bits, std::move(poll)), reciprocal(bits + 64)
-    {
-      latest.sum = Real(bits + 64);
-      latest.roundedSum = Real(bits);
-    }
+        : recurrences(operands, lines, bits, std::move(poll)), sums(bits), reciprocal(bits + 64)
+    {}
     BlockRecurrences<Arithmetic> recurrences;
-    Powers latest;    // of the offset summed at last
+    BlockSums<Arithmetic> sums;
     Real reciprocal;  // scratch
   };
 
@@ -264,22 +258,17 @@ class BlockSeries final : public Series {
   void FindLogs(LineId id, int first, int last);
   Terms& Weighted(LineId line) { return weightedTerms[weightedRows[line]]; }
 
-  void SumBy(Powers& by, LineId line, mpfr_srcptr offset, mpfr_ptr result) const;
-  void SumWithDerivativeBy(Powers& by, LineId line, mpfr_srcptr offset, mpfr_ptr value,
-                           mpfr_ptr derivative) const;
-  Value SumBehindFirst(Powers& by, LineId line, mpfr_srcptr offset) const;
-  Value SumByHorner(LineId line, mpfr_srcptr offset) const;
-  Value SlopeByHorner(LineId line, mpfr_srcptr offset) const;
-  void PreparePowers(Powers& by, mpfr_srcptr offset) const;
-  void PrepareSlopes(Powers& by) const;
-  void AddFirstTerm(Powers& by, LineId line, const Value& others, mpfr_ptr result) const;
-  /// Calls visit(state, powers) for all states, each member with powers of its own.
+  typename BlockSums<Arithmetic>::Line ForSums(LineId line) const
+  {
+    return {terms[line], Logs(line), precise.Number(line, 0)};
+  }
+  /// Calls visit(state, sums) for all states, each member with sums of its own.
   template <class Visit>
   void ForEachState(const Visit& visit) const
   {
     const auto visitAll = [&](int member, std::size_t first, std::size_t last) {
-      Powers& latest = members[static_cast<std::size_t>(member)]->latest;
-      for (std::size_t state = first; state < last; ++state) visit(state, latest);
+      BlockSums<Arithmetic>& sums = members[static_cast<std::size_t>(member)]->sums;
+      for (std::size_t state = first; state < last; ++state) visit(state, sums);
     };
     ForEachStretch(team.get(), tape.rightHandSides.size(), visitAll);
   }
@@ -287,7 +276,6 @@ class BlockSeries final : public Series {
   void FindResolutions() const;
   double OwnResolution(LineId id) const;
   double ResolutionOf(const Line& line, LineId id) const;
-  int LastTerm(LineId line) const;
 
   const Tape& tape;
   mpfr_prec_t bits;

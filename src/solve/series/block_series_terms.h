@@ -191,9 +191,9 @@ void BlockSeries<Arithmetic>::SumStates(mpfr_srcptr offset, std::span<Real> resu
     Series::SumStates(offset, results, areRounded);
     return;
   }
-  ForEachState([&](std::size_t state, Powers& by) {
+  ForEachState([&](std::size_t state, BlockSums<Arithmetic>& sums) {
     mpfr_clear_inexflag();
-    SumBy(by, static_cast<LineId>(state), offset, results[state]);
+    sums.Sum(ForSums(static_cast<LineId>(state)), offset, results[state]);
     areRounded[state] = mpfr_inexflag_p() != 0 ? 1 : 0;
   });
 }
@@ -206,175 +206,28 @@ void BlockSeries<Arithmetic>::SumStatesWithDerivatives(mpfr_srcptr offset, std::
     Series::SumStatesWithDerivatives(offset, values, derivatives);
     return;
   }
-  ForEachState([&](std::size_t state, Powers& by) {
-    SumWithDerivativeBy(by, static_cast<LineId>(state), offset, values[state], derivatives[state]);
+  ForEachState([&](std::size_t state, BlockSums<Arithmetic>& sums) {
+    sums.SumWithDerivative(ForSums(static_cast<LineId>(state)), offset, values[state],
+                           derivatives[state]);
   });
 }
 
 template <class Arithmetic>
-void BlockSeries<Arithmetic>::SumBy(Powers& by, LineId line, mpfr_srcptr offset,
-                                    mpfr_ptr result) const
+std::unique_ptr<StateTerms> BlockSeries<Arithmetic>::CopyOfStates() const
 {
-  if (isRefined) {
-    precise.Sum(line, offset, result);
-  } else if (kIsRelaxed<Arithmetic> || !terms[line].inexact) {
-    AddFirstTerm(by, line, SumByHorner(line, offset), result);
-  } else {
-    AddFirstTerm(by, line, SumBehindFirst(by, line, offset), result);
-  }
-}
-
-/// The sum of a line that has lost bits, but for its first term.
-template <class Arithmetic>
-auto BlockSeries<Arithmetic>::SumBehindFirst(Powers& by, LineId line, mpfr_srcptr offset) const
-    -> Value
-{
-  if constexpr (kIsNarrow) {
-    if (by.ofFraction.Set(offset, order)) return by.ofFraction.Sum(terms[line], order);
-  }
-  if constexpr (kIsWide) {
-    const std::int64_t fraction = wide::FractionOf(offset);
-    if (fraction != 0) return arithmetic.SumAt(fraction, terms[line], order);
-  }
-  PreparePowers(by, offset);
-  return arithmetic.Convolve(terms[line], by.powers, 1, order, order);
-}
-
-template <class Arithmetic>
-void BlockSeries<Arithmetic>::SumWithDerivativeBy(Powers& by, LineId line, mpfr_srcptr offset,
-                                                  mpfr_ptr value, mpfr_ptr derivative) const
-{
-  if (isRefined) {
-    Series::SumWithDerivative(line, offset, value, derivative);
-    return;
-  }
-  if constexpr (kIsNarrow) {
-    if (order <= NarrowPowers::kMostTermsOfSlopes && by.ofFraction.Set(offset, order)) {
-      const auto [sum, slope] = by.ofFraction.SumAndSlope(terms[line], order);
-      AddFirstTerm(by, line, sum, value);
-      arithmetic.ToNumber(slope, derivative);
-      return;
+  if constexpr (requires { CopyOf(terms[0], order); }) {
+    if (isRefined || !isStarted) return nullptr;
+    std::vector<typename BlockStates<Arithmetic>::State> states;
+    states.reserve(tape.rightHandSides.size());
+    for (LineId id = 0; id < tape.rightHandSides.size(); ++id) {
+      const std::span<const double> ofTerms = Logs(id);
+      states.push_back(
+          {CopyOf(terms[id], order + 1), {ofTerms.begin(), ofTerms.end()}, Real(bits)});
+      mpfr_set(states.back().first, precise.Number(id, 0), MPFR_RNDN);
     }
+    return std::make_unique<BlockStates<Arithmetic>>(std::move(states), bits);
   }
-  if constexpr (kIsWide) {
-    const std::int64_t fraction = wide::FractionOf(offset);
-    if (fraction != 0 && terms[line].inexact) {
-      const auto [sum, slope] = arithmetic.SumAndSlopeAt(fraction, terms[line], order);
-      AddFirstTerm(by, line, sum, value);
-      arithmetic.ToNumber(slope, derivative);
-      return;
-    }
-  }
-  SumBy(by, line, offset, value);
-  if (kIsRelaxed<Arithmetic>) {
-    arithmetic.ToNumber(SlopeByHorner(line, offset), derivative);
-    return;
-  }
-  PreparePowers(by, offset);
-  PrepareSlopes(by);
-  arithmetic.ToNumber(arithmetic.Convolve(terms[line], by.slopes, 1, order, order), derivative);
-}
-
-/// Horner's scheme on the terms behind the first. Where these are exact the sum may be, too: those
-/// few that are not 0 with an offset of few bits. Of powers the highest, not needed, are not. Where
-/// numbers are long, an offset of few bits makes short products.
-template <class Arithmetic>
-auto BlockSeries<Arithmetic>::SumByHorner(LineId line, mpfr_srcptr offset) const -> Value
-{
-  const Factor r = arithmetic.ToFactor(arithmetic.FromNumber(offset));
-  Value sum;
-  for (int k = LastTerm(line); k > 0; --k) {
-    arithmetic.Add(sum, arithmetic.Load(terms[line], k));
-    arithmetic.Multiply(sum, r);
-  }
-  return sum;
-}
-
-/// The same for the derivative.
-template <class Arithmetic>
-auto BlockSeries<Arithmetic>::SlopeByHorner(LineId line, mpfr_srcptr offset) const -> Value
-{
-  const Factor r = arithmetic.ToFactor(arithmetic.FromNumber(offset));
-  Value sum;
-  for (int k = LastTerm(line); k > 0; --k) {
-    arithmetic.Multiply(sum, r);
-    Value slope = arithmetic.Load(terms[line], k);
-    arithmetic.MultiplyBy(slope, k);
-    arithmetic.Add(sum, slope);
-  }
-  return sum;
-}
-
-template <class Arithmetic>
-void BlockSeries<Arithmetic>::PreparePowers(Powers& by, mpfr_srcptr offset) const
-{
-  if (by.order == order && mpfr_equal_p(by.offset, offset) != 0) return;
-  by.offset.SetBits(mpfr_get_prec(offset));
-  mpfr_set(by.offset, offset, MPFR_RNDN);
-  by.order = order;
-  by.hasSlopes = false;
-  const double size = Log2Size(offset);
-  const double largestPower =
-      mpfr_zero_p(offset) != 0 ? 0 : std::ceil(std::max(size, size * order));
-  arithmetic.Reserve(by.powers, order + 1);
-  arithmetic.Reset(by.powers, arithmetic.ExponentFor(static_cast<long>(largestPower)));
-  const Value first = arithmetic.FromNumber(offset);
-  const Factor r = arithmetic.ToFactor(first);
-  arithmetic.Store(by.powers, order - 1, first);
-  // That they may be exact changes nothing for sums with lines that are not.
-  by.powers.inexact = true;
-  const int stored = StoreSettledPowers(by.powers, order - 1, r);
-  for (int k = order - 2 - stored; k >= 0; --k) {
-    // From the line, where the exponent is that of the largest: a product has one of its own, which
-    // grows with each factor above 1, and leaves less behind the point.
-    Value power = arithmetic.Load(by.powers, k + 1);
-    arithmetic.Multiply(power, r);
-    arithmetic.Store(by.powers, k, power);
-  }
-}
-
-/// The derivatives of the powers that are there.
-template <class Arithmetic>
-void BlockSeries<Arithmetic>::PrepareSlopes(Powers& by) const
-{
-  if (by.hasSlopes) return;
-  by.hasSlopes = true;
-  const double largestPower = std::max(0.0, Log2Size(by.offset) * (order - 1));
-  const double largestSlope = std::ceil(largestPower + std::log2(order));
-  arithmetic.Reserve(by.slopes, order + 1);
-  arithmetic.Reset(by.slopes, arithmetic.ExponentFor(static_cast<long>(largestSlope)));
-  Real one(2);
-  mpfr_set_ui(one, 1, MPFR_RNDN);
-  arithmetic.Store(by.slopes, order - 1, arithmetic.FromNumber(one));
-  by.slopes.inexact = true;
-  for (int j = 2; j <= order; ++j) {
-    if (StoreSettledMultiple(by.slopes, order - j, j, by.powers, order - j + 1)) continue;
-    Value slope = arithmetic.Load(by.powers, order - j + 1);
-    arithmetic.MultiplyBy(slope, j);
-    arithmetic.Store(by.slopes, order - j, slope);
-  }
-}
-
-template <class Arithmetic>
-void BlockSeries<Arithmetic>::AddFirstTerm(Powers& by, LineId line, const Value& others,
-                                           mpfr_ptr result) const
-{
-  mpfr_ptr sum = by.sum;
-  // With operands of the same precision MPFR takes a third of the time.
-  if constexpr (kIsNarrow) sum = by.roundedSum;
-  arithmetic.ToNumber(others, sum);
-  mpfr_add(result, precise.Number(line, 0), sum, MPFR_RNDN);
-  if (others.lost || others.inexact) mpfr_set_inexflag();
-}
-
-/// The last term that is not exactly 0, or 0.
-template <class Arithmetic>
-int BlockSeries<Arithmetic>::LastTerm(LineId line) const
-{
-  for (int k = order; k > 0; --k) {
-    if (logs[line][k] > -kInfinity) return k;
-  }
-  return 0;
+  return nullptr;
 }
 
 template <class Arithmetic>
@@ -420,7 +273,8 @@ double BlockSeries<Arithmetic>::FindLargest(double log2, const Exactness& asked)
     largest[id] = static_cast<long>(std::floor(size)) + 1;
     const double least = asked.leastSizes.empty() ? -kInfinity : asked.leastSizes[id];
     const double unit = std::max(size, least) - asked.bits;
-    const double error = OwnResolution(id) + std::max(0.0, LastTerm(id) * (log2 + rise));
+    const double error = OwnResolution(id) +
+                         std::max(0.0, BlockSums<Arithmetic>::LastTerm(Logs(id)) * (log2 + rise));
     // Of a line of which little is left MPFR rounds each term less than this one all.
     missing = std::max(
         {missing, error - unit - kMostLostBits, Resolution(id) - unit - mostCancelledBits});

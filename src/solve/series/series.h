@@ -21,16 +21,34 @@ struct Exactness {
   std::span<const double> leastSizes = {};
 };
 
+/// The Taylor terms of the states of a tape, its first lines, about one point in time: see Series.
+class StateTerms {
+ public:
+  virtual ~StateTerms() = default;
+
+  /// The highest order computed.
+  virtual int Order() const = 0;
+  /// log2 |term k|, right to about 1e-8: -infinity for 0, +infinity for what is no number.
+  virtual double Log2(LineId line, int k) const = 0;
+  /// The same for all terms 0..Order().
+  virtual std::span<const double> Logs(LineId line) const = 0;
+  /// Sets result to the sum of term k * offset^k, k = 0..Order(): the value at start + offset *
+  /// scale. Not on several threads at once.
+  virtual void Sum(LineId line, mpfr_srcptr offset, mpfr_ptr result) const = 0;
+  /// Sets result to term k.
+  virtual void Term(LineId line, int k, mpfr_ptr result) const = 0;
+  /// The states apart from a series, which may be begun anew then; null where it must stay.
+  virtual std::unique_ptr<StateTerms> CopyOfStates() const { return nullptr; }
+};
+
 /// The Taylor terms of all lines of a tape about one point in time.
 ///
 /// Term k of a line u is scale^k u^(k) / k!, where scale = +-2^exponent is the unit in which time
 /// is counted: with a scale near the step the terms fall, and the sign makes a run backwards look
 /// like one forwards. This is the one place where the arithmetic of a run is chosen; everything
 /// around it asks for magnitudes and sums only.
-class Series {
+class Series : public StateTerms {
  public:
-  virtual ~Series() = default;
-
   /// From the next Begin on, the lines marked are not computed, but count as constants: as these
   /// where they are held, as 0 else. One entry for each line, none of them a state; at first no
   /// line is left out.
@@ -41,21 +59,14 @@ class Series {
                      long scaleExponent) = 0;
   /// Computes the terms up to this order; those that are there stay.
   virtual void ExtendTo(int order) = 0;
-  /// The highest order computed.
-  virtual int Order() const = 0;
+  // What StateTerms has of states a series has of all lines. Logs are valid until more terms are
+  // computed or others begun.
 
-  /// log2 |term k|, right to about 1e-8: -infinity for 0, +infinity for what is no number.
-  virtual double Log2(LineId line, int k) const = 0;
-  /// The same for all terms 0..Order(), valid until more are computed or others begun.
-  virtual std::span<const double> Logs(LineId line) const = 0;
   /// log2 |constant|; -infinity for kNone.
   virtual double Log2Constant(ConstantId constant) const = 0;
   /// log2 |factor| of Tape::factors, in their places.
   virtual std::span<const double> FactorLogs() const = 0;
-  /// Sets result to the sum of term k * offset^k, k = 0..Order(): the value at start + offset *
-  /// scale.
-  virtual void Sum(LineId line, mpfr_srcptr offset, mpfr_ptr result) const = 0;
-  /// The same with the derivative by the offset.
+  /// Sum with the derivative by the offset.
   virtual void SumWithDerivative(LineId line, mpfr_srcptr offset, mpfr_ptr value,
                                  mpfr_ptr derivative) const;
   /// Sum of all states, which are the first lines, with whether each is rounded; called where a
@@ -65,8 +76,6 @@ class Series {
   /// The same with the derivatives by the offset.
   virtual void SumStatesWithDerivatives(mpfr_srcptr offset, std::span<Real> values,
                                         std::span<Real> derivatives) const;
-  /// Sets result to term k.
-  virtual void Term(LineId line, int k, mpfr_ptr result) const = 0;
   /// The order of the common root that the line begins with: MakeSeriesAtRoot.
   virtual int CommonRootOrder(LineId) const { return 0; }
 

@@ -25,7 +25,7 @@ struct ScaledTerms {
 };
 
 /// Of a state over a step, which is as long as the unit of x.
-ScaledTerms TermsOf(const Series& series, std::size_t state, double log2Step)
+ScaledTerms TermsOf(const StateTerms& series, std::size_t state, double log2Step)
 {
   ScaledTerms scaled;
   std::vector<double> sizes;
