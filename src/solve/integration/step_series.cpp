@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <exception>
+#include <numbers>
 #include <span>
 #include <utility>
 
@@ -22,9 +23,9 @@ constexpr double kSpareBits = 64;
 /// What an exact time may take beyond the way, in bits: enough for steps of 10^-300 000 of it, or
 /// twice as many as the arithmetic may take.
 constexpr double kLeastBitsOfTimes = 1 << 20;
-/// Digits enough to tell about how long a step becomes: for runs with more, and for those with
-/// fewer.
-constexpr double kCoarseDecimals = 40, kFewestCoarseDecimals = kLeastDecimals;
+/// A part of a run's digits is enough to tell about how long its first step becomes, and so many at
+/// most.
+constexpr double kPartOfDigits = 0.25, kMostCoarseDecimals = 40;
 
 /// So many bits may cancel in a difference of times.
 constexpr mpfr_exp_t kClearBits = 20;
@@ -275,9 +276,9 @@ StepBound StepSeries::BeginWithout(mpfr_srcptr time, const std::vector<bool>& le
 /// all orders allow about the same step, each at its own tolerance.
 long StepSeries::CoarseScale(mpfr_srcptr time)
 {
-  RunSettings coarse = SettingsFor(kCoarseDecimals, kCoarseDecimals);
-  if (settings.order <= coarse.order)
-    coarse = SettingsFor(kFewestCoarseDecimals, kFewestCoarseDecimals);
+  const double decimals = settings.toleranceBits * std::numbers::ln2 / std::numbers::ln10;
+  const double part = std::clamp(kPartOfDigits * decimals, kLeastDecimals, kMostCoarseDecimals);
+  const RunSettings coarse = SettingsFor(part, part);
   if (settings.order <= coarse.order || !zeroLines.empty()) return scaleExponent;
   try {
     const auto shortSeries = MakeSeriesAtRoot(tape, coarse.bits, coarse.order, false, {}, poll);
