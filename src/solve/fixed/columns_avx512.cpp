@@ -271,15 +271,15 @@ void TileSums::Flush()
   }
   Sums sums;
   SumAll(sums);
-  __m512i digits = _mm512_loadu_si512(sums.data());
+  __m512i lanes = _mm512_loadu_si512(sums.data());
   // Of the last digit, where there is no lane for it, the carry
   const bool isLeftOut = reached == kWindow;
   if (isLeftOut) {
     const std::int64_t carry = wide::CarryOf(sums[kWindow]);
-    digits = _mm512_add_epi64(digits, _mm512_maskz_set1_epi64(1U << (kWindow - 1), carry));
+    lanes = _mm512_add_epi64(lanes, _mm512_maskz_set1_epi64(1U << (kWindow - 1), carry));
   }
   if ((!isLeftOut || columns + place >= terms.n) &&
-      StoreDigits(digits, firstColumn + place, terms, k))
+      StoreDigits(lanes, firstColumn + place, terms, k))
     return true;
   AddToDigits(sums);
   return false;
