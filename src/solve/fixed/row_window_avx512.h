@@ -125,7 +125,8 @@ class RowWindow {
   /// What the constants have added
   [[VARNO_AVX512, gnu::always_inline]] __m512i Patterns(std::uint64_t pattern) const
   {
-    return _mm512_set1_epi64(static_cast<long long>(count * pattern));
+    const std::uint64_t patterns = count * pattern;
+    return _mm512_set1_epi64(static_cast<long long>(patterns));
   }
 
   int first;

@@ -126,6 +126,21 @@ TEST_F(RowsAheadTest, AreExactForDigitsAtRandom)
   }
 }
 
+// Terms in the middle that are larger than the first and the last ones: the sums begin with digits
+// that none of the latter reach.
+TEST_F(RowsAheadTest, AreExactForTermsThatRiseAndFall)
+{
+  const auto digit = [](int k, int i) -> std::int64_t {
+    const bool isLarge = k >= kRows && k < 3 * kRows;
+    return i == 0 && !isLarge ? 0 : kLargest / (8 + i);
+  };
+  for (int n = 6; n <= 9; ++n) {
+    const WideTerms a = Filled(n, 4 * kRows, digit), b = Filled(n, 4 * kRows, digit);
+    ExpectSameDigits(a, b, 3 * kRows, AllColumns(n));
+    ExpectSameDigits(b, b, 3 * kRows, AllColumns(n));
+  }
+}
+
 TEST_F(RowsAheadTest, NeedPlanesAndTermsBefore)
 {
   constexpr int kDigits = 4, kTerms = 4 * kRows;
