@@ -98,7 +98,7 @@ NarrowValue NarrowPowers::Sum(const NarrowTerms& a, int last) const
 NarrowPowers::SumWithSlope NarrowPowers::SumAndSlope(const NarrowTerms& a, int last) const
 {
   // The sum over k of k products is that over all j of the products from j on. Products of high
-  // digits are below 2^117, crosses below 2^119: 820 of them stay below 2^127, and upper bits of
+  // digits are below 2^117, crosses below 2^119: 990 of them stay below 2^127, and upper bits of
   // crosses below 2^61.
   constexpr int kCrossUnitBits = kWordBits + 4;
   const std::int64_t *const aHigh = a.high.data() + 1, *const aLow = a.low.data() + 1;

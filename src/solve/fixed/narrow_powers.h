@@ -20,7 +20,7 @@ class NarrowPowers {
     NarrowValue sum, slope;
   };
   /// Derivatives of more terms may not fit.
-  static constexpr int kMostTermsOfSlopes = 40;
+  static constexpr int kMostTermsOfSlopes = 44;
 
   /// Computes the powers 0..last-1, if they are not there; false if 2^64 r is not a whole number
   /// below 2^64.

@@ -108,7 +108,7 @@ TEST(NarrowPowers, MakeSumsAndDerivatives)
   for (const int bits : {0, 3, 40}) {
     const NarrowTerms a = FallingRow(200, bits);
     for (const char* r : {"0.7f1", "0.ffffffffffffffff", "0.8", "0.3c7", "0.000123", "1p-60"}) {
-      for (const int last : {1, 2, 12, 27, 40, 41, 199}) {
+      for (const int last : {1, 2, 12, 27, 44, 45, 199}) {
         SCOPED_TRACE(std::to_string(bits) + " bits, " + std::to_string(last) + " terms, " + r);
         ExpectRight(a, last, Number(r));
       }
@@ -121,7 +121,7 @@ TEST(NarrowPowers, HoldTheLargestSums)
   const Int128 largest = (static_cast<Int128>(1) << narrow::kTermBits) - 1;
   for (const Int128 term : {largest, -largest, narrow::Joined(1L << 59, -(1L << 59))}) {
     const NarrowTerms a = Row(std::vector<Int128>(200, term), 0);
-    for (const int last : {40, 199}) ExpectRight(a, last, Number("0.ffffffffffffffff"));
+    for (const int last : {44, 199}) ExpectRight(a, last, Number("0.ffffffffffffffff"));
   }
 }
 
