@@ -1,6 +1,6 @@
 #pragma once
 
-// Sums of columns of digits of eight terms at a time, for columns_avx512.cpp only.
+// Sums of columns of digits of eight terms at a time, for what is compiled for AVX-512 only.
 
 #include <algorithm>
 #include <array>

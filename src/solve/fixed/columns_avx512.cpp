@@ -77,7 +77,7 @@ class TileSums {
   int MostGroups() const;
   void Clear();
   void Collect(int begin, int end);
-  static __mmask8 Asked(int t, int begin, int end);
+  Group GroupOf(int t, int firstOfA, int begin, int end) const;
   Stretch StretchOf(int firstOfA, int begin, int end) const;
   void AddDigitSums(int stretchCount);
   using Sums = std::array<std::int64_t, kRoomForColumns>;
@@ -132,11 +132,10 @@ void TileSums::Add(int first, int last)
 /// Adds the products j = begin..end-1 to the groups.
 void TileSums::Collect(int begin, int end)
 {
-  int stretchCount = 0, t = begin / kTerms, firstOfA = FirstOfA(t);
-  const double *ofA = a.Tile(t, 0), *ofB = b.Tile((LastOfB(t) + kTerms) / kTerms - 1, firstColumn);
-  for (int from = begin; t * kTerms < end; ++t, ofA += a.Stride(), ofB -= b.Stride()) {
-    const std::ptrdiff_t place = firstOfA * kDigitStride;
-    groups[groupCount++] = {ofA + place, ofB - place, Asked(t, begin, end)};
+  int stretchCount = 0;
+  int firstOfA = FirstOfA(begin / kTerms);
+  for (int t = begin / kTerms, from = begin; t * kTerms < end; ++t) {
+    groups[groupCount++] = GroupOf(t, firstOfA, begin, end);
     const int next = (t + 1) * kTerms, firstOfNext = next < end ? FirstOfA(t + 1) : -1;
     if (firstOfNext == firstOfA) continue;
     stretches[stretchCount++] = StretchOf(firstOfA, from, std::min(next, end));
@@ -147,11 +146,11 @@ void TileSums::Collect(int begin, int end)
   termCount += end - begin;
 }
 
-/// Which terms of a tile of a are among begin..end-1
-__mmask8 TileSums::Asked(int t, int begin, int end)
+Group TileSums::GroupOf(int t, int firstOfA, int begin, int end) const
 {
   const int first = std::max(0, begin - t * kTerms), behind = std::min(kTerms, end - t * kTerms);
-  return static_cast<__mmask8>((1 << behind) - (1 << first));
+  return {a.Tile(t, firstOfA), b.Tile((LastOfB(t) + kTerms) / kTerms - 1, firstColumn - firstOfA),
+          static_cast<__mmask8>((1 << behind) - (1 << first))};
 }
 
 auto TileSums::StretchOf(int firstOfA, int begin, int end) const -> Stretch

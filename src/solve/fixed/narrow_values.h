@@ -52,15 +52,14 @@ struct NarrowTerms {
 /// The first `count` terms of a series.
 inline NarrowTerms CopyOf(const NarrowTerms& terms, int count)
 {
-  NarrowTerms copy{.high = {terms.high.begin(), terms.high.begin() + count},
-                   .low = {terms.low.begin(), terms.low.begin() + count},
-                   .exactZero = {terms.exactZero.begin(), terms.exactZero.begin() + count},
-                   .exponent = terms.exponent,
-                   .leastExponent = terms.leastExponent,
-                   .started = terms.started,
-                   .inexact = terms.inexact,
-                   .hasLow = terms.hasLow};
-  return copy;
+  return {.high = {terms.high.begin(), terms.high.begin() + count},
+          .low = {terms.low.begin(), terms.low.begin() + count},
+          .exactZero = {terms.exactZero.begin(), terms.exactZero.begin() + count},
+          .exponent = terms.exponent,
+          .leastExponent = terms.leastExponent,
+          .started = terms.started,
+          .inexact = terms.inexact,
+          .hasLow = terms.hasLow};
 }
 
 namespace narrow {

@@ -344,9 +344,9 @@ void SumsOfKnown::Add(const Item* items, int count, bool twice)
   const __m512i places = _mm512_add_epi64(_mm512_loadu_si512(&kPlacesOfLanes[kWindow]),
                                           _mm512_set1_epi64(window.First()));
   const __mmask8 there = _mm512_cmple_epu64_mask(places, _mm512_set1_epi64(last));
-  const __m512i others =
-      _mm512_mask_i64gather_epi64(_mm512_setzero_si512(), there, _mm512_slli_epi64(places, 3),
-                                  known.data() + row, sizeof(std::int64_t));
+  const __m512i inKnown = _mm512_mullo_epi64(places, _mm512_set1_epi64(kRows));
+  const __m512i others = _mm512_mask_i64gather_epi64(_mm512_setzero_si512(), there, inKnown,
+                                                     known.data() + row, sizeof(std::int64_t));
   const std::int64_t behind =
       withLastDigit ? 0 : known[static_cast<std::size_t>(last) * kRows + row];
   return StoreDigits(window.Digits(others, behind), window.First() + place, terms, k);

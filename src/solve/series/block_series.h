@@ -216,6 +216,7 @@ class BlockSeries final : public Series {
   /// By how many bits the second half of the terms may be larger than the first: rounding that is
   /// left of a cancellation stays about the same.
   static constexpr double kMostRiseBits = 8;
+
   /// What a member of the team makes terms with.
   struct Member {
     Member(const LineOperands<Arithmetic>& operands, std::span<const LineId> lines,

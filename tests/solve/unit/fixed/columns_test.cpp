@@ -9,30 +9,19 @@
 #include <gmpxx.h>
 #include <gtest/gtest.h>
 
+#include "tests/solve/support/wide_terms.h"
+
 namespace varno::solve {
 namespace {
 
-constexpr std::int64_t kLargest = std::int64_t{1} << (kWideDigitBits - 1);
+constexpr std::int64_t kLargest = support::kLargestDigit;
 
-WideTerms Reserved(int n, int count)
-{
-  WideTerms terms;
-  terms.Reserve(n, count);
-  terms.KeepTiles();
-  terms.started = true;
-  return terms;
-}
-
-/// All digits of all terms set by a function of k and i.
+/// Terms that keep tiles
 template <class Digit>
-WideTerms Filled(int n, int count, Digit digit)
+WideTerms Filled(int n, int count, const Digit& digit)
 {
-  WideTerms terms = Reserved(n, count);
-  std::vector<std::int64_t> row(n);
-  for (int k = 0; k < count; ++k) {
-    for (int i = 0; i < n; ++i) row[i] = digit(k, i);
-    terms.Set(k, row.data());
-  }
+  WideTerms terms = support::FilledTerms(n, count, digit);
+  terms.KeepTiles();
   return terms;
 }
 
@@ -235,21 +224,11 @@ TEST_P(Columns, NeedNoTiles)
   ExpectExactSquare(*GetParam(), b, 0, 8, 7);
 }
 
-/// All that this processor can do.
-std::vector<const ColumnKernel*> Kernels()
-{
-  std::vector<const ColumnKernel*> kernels{&kIntegerColumns};
-  for (const ColumnKernel* kernel : {VectorColumnKernel(), TileColumnKernel()}) {
-    if (kernel != nullptr) kernels.push_back(kernel);
-  }
-  return kernels;
-}
-
-INSTANTIATE_TEST_SUITE_P(Kernels, Columns, testing::ValuesIn(Kernels()));
+INSTANTIATE_TEST_SUITE_P(Kernels, Columns, testing::ValuesIn(support::ColumnKernels()));
 
 TEST(BestColumnKernel, IsTheLastOneThatIsThere)
 {
-  EXPECT_EQ(Kernels().back(), &BestColumnKernel());
+  EXPECT_EQ(support::ColumnKernels().back(), &BestColumnKernel());
 }
 
 }  // namespace

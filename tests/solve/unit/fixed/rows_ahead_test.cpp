@@ -2,45 +2,28 @@
 
 #include "solve/fixed/rows_ahead.h"
 
-#include <functional>
 #include <random>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "tests/solve/support/wide_terms.h"
+
 namespace varno::solve {
 namespace {
 
-constexpr std::int64_t kLargest = std::int64_t{1} << (kWideDigitBits - 1);
+using support::FilledTerms, support::RowWithZeros;
+
+constexpr std::int64_t kLargest = support::kLargestDigit;
 constexpr int kRows = RowsAhead::kRows;
 
-using Digit = std::function<std::int64_t(int k, int i)>;
-
+/// Terms that keep planes
+template <class Digit>
 WideTerms Filled(int n, int count, const Digit& digit)
 {
-  WideTerms terms;
-  terms.Reserve(n, count);
+  WideTerms terms = FilledTerms(n, count, digit);
   terms.KeepPlanes();
-  terms.started = true;
-  std::vector<std::int64_t> row(n);
-  for (int k = 0; k < count; ++k) {
-    for (int i = 0; i < n; ++i) row[i] = digit(k, i);
-    terms.Set(k, row.data());
-  }
   return terms;
-}
-
-/// A settled series whose terms are full of other digits
-WideTerms Target(int n, int count)
-{
-  WideTerms terms = Filled(n, count, [](int, int i) { return 77 + i; });
-  terms.inexact = true;
-  return terms;
-}
-
-std::vector<double> RowWithZeros(const WideTerms& terms, int k)
-{
-  return {terms.Row(k) - WideTerms::kZeros, terms.Row(k) + terms.n + WideTerms::kZeros};
 }
 
 /// The eight sums from term k on, of as many columns each, from a place of the term on.
@@ -50,7 +33,9 @@ void ExpectSameTerms(const WideTerms& a, const WideTerms& b, int first,
   RowsAhead ahead;
   ASSERT_FALSE(ahead.Has(first));
   ahead.Begin(a, b, first, columns);
-  WideTerms expected = Target(a.n, first + kRows), found = expected;
+  // Where the terms go: with digits of which none is one of theirs
+  WideTerms expected = FilledTerms(a.n, first + kRows, [](int, int i) { return 77 + i; });
+  WideTerms found = expected;
   for (int row = 0; row < kRows; ++row) {
     const int k = first + row, count = columns[row];
     ASSERT_TRUE(ahead.Has(k));

@@ -10,36 +10,33 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/solve/support/wide_terms.h"
+
 namespace varno::solve {
 namespace {
 
-constexpr std::int64_t kLargest = std::int64_t{1} << (kWideDigitBits - 1);
+using support::FilledTerms, support::RowWithZeros;
 
-using Digit = std::function<std::int64_t(int k, int i)>;
+constexpr std::int64_t kLargest = support::kLargestDigit;
 
+/// Terms that keep tiles
+template <class Digit>
 WideTerms Filled(int n, int count, const Digit& digit)
 {
-  WideTerms terms;
-  terms.Reserve(n, count);
+  WideTerms terms = FilledTerms(n, count, digit);
   terms.KeepTiles();
-  terms.started = terms.inexact = true;
-  std::vector<std::int64_t> row(n);
-  for (int k = 0; k < count; ++k) {
-    for (int i = 0; i < n; ++i) row[i] = digit(k, i);
-    terms.Set(k, row.data());
-  }
   return terms;
 }
 
-/// A settled series whose last term is full of other digits
+/// Where a sum goes: with digits of which none is one of its
 WideTerms Target(int n, int count)
 {
   return Filled(n, count, [](int, int i) { return 77 + i; });
 }
 
-std::vector<double> RowWithZeros(const WideTerms& terms, int k)
+double DigitInTiles(const WideTerms& terms, int k, int i)
 {
-  return {terms.Row(k) - WideTerms::kZeros, terms.Row(k) + terms.n + WideTerms::kZeros};
+  return terms.tiles->Tile(k / DigitTiles::kTerms, i)[k % DigitTiles::kTerms];
 }
 
 class StoredSums : public testing::TestWithParam<const ColumnKernel*> {
@@ -52,8 +49,7 @@ class StoredSums : public testing::TestWithParam<const ColumnKernel*> {
     EXPECT_EQ(store(kIntegerColumns, expected), store(*GetParam(), found));
     EXPECT_EQ(RowWithZeros(expected, k), RowWithZeros(found, k));
     EXPECT_EQ(expected.leading[k], found.leading[k]);
-    for (int i = 0; i < n; ++i)
-      EXPECT_EQ(*(expected.tiles->Tile(k / 8, i) + k % 8), *(found.tiles->Tile(k / 8, i) + k % 8));
+    for (int i = 0; i < n; ++i) EXPECT_EQ(DigitInTiles(expected, k, i), DigitInTiles(found, k, i));
   }
 
   static void ExpectSameProducts(const WideTerms& a, const WideTerms& b, int k)
@@ -175,17 +171,7 @@ TEST_P(StoredSums, OfNothingAreLeftToOthers)
   }
 }
 
-/// All that this processor can do.
-std::vector<const ColumnKernel*> Kernels()
-{
-  std::vector<const ColumnKernel*> kernels{&kIntegerColumns};
-  for (const ColumnKernel* kernel : {VectorColumnKernel(), TileColumnKernel()}) {
-    if (kernel != nullptr) kernels.push_back(kernel);
-  }
-  return kernels;
-}
-
-INSTANTIATE_TEST_SUITE_P(Kernels, StoredSums, testing::ValuesIn(Kernels()));
+INSTANTIATE_TEST_SUITE_P(Kernels, StoredSums, testing::ValuesIn(support::ColumnKernels()));
 
 }  // namespace
 }  // namespace varno::solve

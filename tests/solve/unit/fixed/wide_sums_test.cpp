@@ -2,7 +2,6 @@
 
 #include "solve/fixed/wide_sums.h"
 
-#include <functional>
 #include <random>
 #include <vector>
 
@@ -10,29 +9,17 @@
 #include <gtest/gtest.h>
 
 #include "solve/number/real.h"
+#include "tests/solve/support/wide_terms.h"
 
 namespace varno::solve {
 namespace {
 
-constexpr std::int64_t kLargest = std::int64_t{1} << (kWideDigitBits - 1);
+using support::FilledTerms;
+
+constexpr std::int64_t kLargest = support::kLargestDigit;
 constexpr std::int64_t kOne = std::int64_t{1} << kWideDigitBits;  // r = 1
 
-using Digit = std::function<std::int64_t(int k, int i)>;
-
-WideTerms Filled(int n, int count, const Digit& digit)
-{
-  WideTerms terms;
-  terms.Reserve(n, count);
-  terms.started = terms.inexact = true;
-  std::vector<std::int64_t> row(n);
-  for (int k = 0; k < count; ++k) {
-    for (int i = 0; i < n; ++i) row[i] = digit(k, i);
-    terms.Set(k, row.data());
-  }
-  return terms;
-}
-
-/// In units of digit n, which is behind those of terms; the digits from `digits` to that one.
+/// So many digits as one number, in units of the last of them
 template <class Number>
 mpz_class Whole(const Number* digits, int count)
 {
@@ -48,7 +35,7 @@ struct Sums {
   mpq_class sum, slope;
 };
 
-/// In units of digit n
+/// In units of digit n, the first one behind those of the terms
 Sums ExactSums(std::int64_t fraction, const WideTerms& a, int last)
 {
   const mpq_class r = mpq_class(fraction) / mpq_class(kOne);
@@ -95,7 +82,7 @@ TEST(WideSums, AreWrongByAUnitForEachFactor)
       if (i < k / 9) return 0;
       return static_cast<std::int64_t>(random() % (2 * kLargest)) - kLargest;
     };
-    const WideTerms a = Filled(n, 60, digit);
+    const WideTerms a = FilledTerms(n, 60, digit);
     for (const std::int64_t fraction : kFractions) {
       for (const int last : {1, 2, 15, 16, 17, 59}) ExpectSums(fraction, a, last);
     }
@@ -106,7 +93,7 @@ TEST(WideSums, AreWrongByAUnitForEachFactor)
 TEST(WideSums, AreRightForExtremeDigits)
 {
   for (const std::int64_t largest : {kLargest, -kLargest}) {
-    const WideTerms a = Filled(3, 2001, [&](int, int) { return largest; });
+    const WideTerms a = FilledTerms(3, 2001, [&](int, int) { return largest; });
     for (const std::int64_t fraction : kFractions) {
       ExpectSums(fraction, a, 100);
       ExpectSums(fraction, a, 2000);

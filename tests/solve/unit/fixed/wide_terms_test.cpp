@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/solve/support/wide_terms.h"
+
 namespace varno::solve {
 namespace {
 
@@ -20,39 +22,46 @@ WideTerms Settled(int n)
   return terms;
 }
 
-std::vector<double> Row(const WideTerms& terms, int k)
-{
-  // With the zeros around it
-  return {terms.Row(k) - WideTerms::kZeros, terms.Row(k) + terms.n + WideTerms::kZeros};
-}
-
 TEST(WideTerms, TakeTheDigitsOfASumAtItsPlace)
 {
   WideTerms terms = Settled(4);
   const std::vector<std::int64_t> digits{0, 5, -6, 7, 8, 9};
   EXPECT_TRUE(terms.SetSettled(0, digits.data(), 6, -1));
-  EXPECT_EQ((std::vector<double>{0, 0, 0, 5, -6, 7, 8, 0, 0, 0}), Row(terms, 0));
+  EXPECT_EQ((std::vector<double>{0, 0, 0, 5, -6, 7, 8, 0, 0, 0}), support::RowWithZeros(terms, 0));
   EXPECT_EQ(0, terms.leading[0]);
   EXPECT_TRUE(terms.SetSettled(0, digits.data(), 6, 1));
-  EXPECT_EQ((std::vector<double>{0, 0, 0, 0, 0, 5, -6, 0, 0, 0}), Row(terms, 0));
+  EXPECT_EQ((std::vector<double>{0, 0, 0, 0, 0, 5, -6, 0, 0, 0}), support::RowWithZeros(terms, 0));
   EXPECT_EQ(2, terms.leading[0]);
   // What is behind the digits of a short sum is 0.
   EXPECT_TRUE(terms.SetSettled(0, digits.data(), 2, 0));
-  EXPECT_EQ((std::vector<double>{0, 0, 0, 0, 5, 0, 0, 0, 0, 0}), Row(terms, 0));
+  EXPECT_EQ((std::vector<double>{0, 0, 0, 0, 5, 0, 0, 0, 0, 0}), support::RowWithZeros(terms, 0));
   EXPECT_EQ(0, terms.exactZero[0]);
+}
+
+// A first digit that is not balanced has room for its carry before it.
+TEST(WideTerms, TakeACarryOfTheFirstDigit)
+{
+  WideTerms terms = Settled(4);
+  const std::vector<std::int64_t> digits{(std::int64_t{3} << kWideDigitBits) - 2, 7, 8, 9};
+  EXPECT_TRUE(terms.SetSettled(0, digits.data(), 4, 1));
+  EXPECT_EQ((std::vector<double>{0, 0, 0, 3, -2, 7, 8, 0, 0, 0}), support::RowWithZeros(terms, 0));
+  EXPECT_EQ(0, terms.leading[0]);
+  EXPECT_TRUE(terms.SetSettled(0, digits.data(), 4, 4));
+  EXPECT_EQ((std::vector<double>{0, 0, 0, 0, 0, 0, 3, 0, 0, 0}), support::RowWithZeros(terms, 0));
+  EXPECT_EQ(3, terms.leading[0]);
 }
 
 TEST(WideTerms, LeaveWhatDoesNotFitToOthers)
 {
   WideTerms terms = Settled(4);
-  const std::vector<double> before = Row(terms, 0);
+  const std::vector<double> before = support::RowWithZeros(terms, 0);
   const std::vector<std::int64_t> zero{0, 0, 0}, digits{0, 5, 6},
       large{std::int64_t{1} << kWideDigitBits, 0, 0};
   EXPECT_FALSE(terms.SetSettled(0, zero.data(), 3, 0));
   EXPECT_FALSE(terms.SetSettled(0, digits.data(), 3, -2)) << "a digit before the first";
   EXPECT_FALSE(terms.SetSettled(0, digits.data(), 3, 3)) << "no digit that shows";
   EXPECT_FALSE(terms.SetSettled(0, large.data(), 3, 0)) << "a digit that is not balanced";
-  EXPECT_EQ(before, Row(terms, 0));
+  EXPECT_EQ(before, support::RowWithZeros(terms, 0));
 }
 
 void ExpectTilesOfRows(const WideTerms& terms, int count)
