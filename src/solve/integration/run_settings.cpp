@@ -14,8 +14,8 @@ constexpr double kMostDecimals = 1e9;
 constexpr int kLeastOrder = 12;
 /// What a step costs beside the sums of products is worth so many orders more, where they are no
 /// more than this part of the order.
-constexpr int kMostRaise = 32;
-constexpr double kRaise = 0.4;
+constexpr int kMostRaise = 48;
+constexpr double kRaise = 0.6;
 
 }  // namespace
 

@@ -27,8 +27,6 @@ constexpr int kMostKnownOrder = 5000;
 /// term that is not 0.
 constexpr int kMostVanishingTerms = 5;
 
-/// With the raised order steps become longer by about this factor (log2).
-constexpr double kRaisedGain = 0.8;
 /// Terms that grow at all do so before this one: one that has fallen until there goes on to.
 constexpr std::size_t kTermsBeforeTheFall = 16;
 
@@ -89,6 +87,12 @@ bool FallFromTheStart(std::span<const double> terms, double step)
     if (terms[k] + static_cast<double>(k) * step > head) return false;
   }
   return true;
+}
+
+/// log2 of the factor by which steps become longer with the raised order, where terms fall evenly
+double GainOfRaisedOrder(const RunSettings& settings)
+{
+  return settings.toleranceBits * (1.0 / settings.order - 1.0 / settings.raisedOrder);
 }
 
 /// Whether the terms of a line end by its structure before the usual order.
@@ -207,7 +211,7 @@ bool StepControl::Counts(const Series& series, LineId id) const
 void StepControl::StepMade(double lengthLog2)
 {
   settledLines = flatLines;
-  expectedLog2 = order > settings.order ? lengthLog2 : lengthLog2 + kRaisedGain;
+  expectedLog2 = order > settings.order ? lengthLog2 : lengthLog2 + GainOfRaisedOrder(settings);
 }
 
 /// Whether the terms of all states fall from the start over the step that is expected; not before
