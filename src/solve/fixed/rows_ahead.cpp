@@ -27,28 +27,23 @@ bool RowsAhead::CanSum(const WideTerms& a, const WideTerms& b, int k, int column
          columns * (k + kRows) <= kMostParts;
 }
 
-/// Finds the products of which one term is of the rows themselves; of a square, half of them.
-int RowsAhead::FindEnds(const WideTerms& a, const WideTerms& b, int k, Ends& ends) const
+/// a[j] b[k-j]
+static inline RowProduct ProductOf(const WideTerms& a, const WideTerms& b, int j, int k)
 {
-  int count = 0;
-  const auto add = [&](int j) {
-    const int zeros = a.leading[j];
-    ends[count++] = {a.Row(j) + zeros, a.n - zeros, b.Row(k - j) + b.leading[k - j],
-                     zeros + b.leading[k - j]};
-  };
-  for (int j = 0; j <= k - firstRow; ++j) add(j);
-  for (int j = firstRow; j <= k && &a != &b; ++j) add(j);
-  return count;
+  const int zeros = a.leading[j], zerosOfB = b.leading[k - j];
+  return {a.Row(j) + zeros, a.n - zeros, b.Row(k - j) + zerosOfB, zeros + zerosOfB};
 }
 
 bool RowsAhead::Store(const ColumnKernel& kernel, const WideTerms& a, const WideTerms& b, int k,
                       WideTerms& terms, int place) const
 {
-  Ends ends;
+  if (StoreInWindow(a, b, k, terms, place)) return true;
   const bool isSquare = &a == &b;
-  const int count = FindEnds(a, b, k, ends);
-  if (StoreInWindow(ends, count, isSquare, k, terms, place)) return true;
   const int row = k - firstRow, last = columns[static_cast<std::size_t>(row)];
+  std::array<RowProduct, std::size_t{2} * kRows> ends;
+  int count = 0;
+  for (int j = 0; j <= row; ++j) ends[count++] = ProductOf(a, b, j, k);
+  for (int j = firstRow; j <= k && !isSquare; ++j) ends[count++] = ProductOf(a, b, j, k);
   std::array<std::int64_t, kMostColumns + 1> digits;
   kernel.sumRows(ends.data(), count, last, digits.data());
   for (int c = 0; c <= last; ++c)
@@ -136,7 +131,8 @@ class SumsOfKnown {
   void AddAtOnce(const Item* items, int count, bool twice);
   int LeadingOfB(const Item& item) const;
   int FirstOfA(const Item& item) const { return std::max(0, firstColumn - LeadingOfB(item)); }
-  void AddDigitSums(const Item& first, int behind, int firstOfA);
+  RowGroup GroupOf(const Item& item, int firstOfA) const;
+  void AddDigitSums(const Item& first, const Item& last, int firstOfA);
   void AddToDigits(bool twice);
 
   const DigitPlanes &a, &b;
@@ -210,25 +206,26 @@ void SumsOfKnown::Add(const Item* items, int count, bool twice)
     AddAtOnce(items + begin, std::min(most, count - begin), twice);
 }
 
+RowGroup SumsOfKnown::GroupOf(const Item& item, int firstOfA) const
+{
+  const RowMasks& asked = item.kind == Kind::kAll      ? kAllRows
+                          : item.kind == Kind::kBefore ? kRowsBefore
+                                                       : kRowsBehind;
+  return {a.Plane(firstOfA) + std::ptrdiff_t{item.t} * kRows,
+          b.Plane(firstColumn - firstOfA) + std::ptrdiff_t{eighth - item.t} * kRows, asked.data()};
+}
+
 [[VARNO_AVX512]] void SumsOfKnown::AddAtOnce(const Item* items, int count, bool twice)
 {
   const __m512i zero = _mm512_setzero_si512();
   for (int c = 0; c < reached; ++c) lows[c] = highs[c] = digitSums[c] = {zero};
   termCounts = zero;
   for (int begin = 0; begin < count;) {
-    const Item& first = items[begin];
-    const int firstOfA = FirstOfA(first);
+    const int firstOfA = FirstOfA(items[begin]);
     int end = begin;
-    while (end < count && items[end].kind == first.kind && FirstOfA(items[end]) == firstOfA) {
-      const int t = items[end].t;
-      const RowMasks& asked = first.kind == Kind::kAll      ? kAllRows
-                              : first.kind == Kind::kBefore ? kRowsBefore
-                                                            : kRowsBehind;
-      groups[end++] = {a.Plane(firstOfA) + std::ptrdiff_t{t} * kRows,
-                       b.Plane(firstColumn - firstOfA) + std::ptrdiff_t{eighth - t} * kRows,
-                       asked.data()};
-    }
-    AddDigitSums(first, first.t + end - begin, firstOfA);
+    for (; end < count && FirstOfA(items[end]) == firstOfA; ++end)
+      groups[end] = GroupOf(items[end], firstOfA);
+    AddDigitSums(items[begin], items[end - 1], firstOfA);
     begin = end;
   }
   const RowGroups all{groups.data(), count, a.Stride(), b.Stride()};
@@ -236,34 +233,27 @@ void SumsOfKnown::Add(const Item* items, int count, bool twice)
   AddToDigits(twice);
 }
 
-/// Counts the terms of items up to `behind`, and adds their digits, and those that they meet.
-[[VARNO_AVX512]] void SumsOfKnown::AddDigitSums(const Item& first, int behind, int firstOfA)
+/// Counts the terms of items from the first to the last one, and adds their digits, and those that
+/// they meet: what one item leaves out of its eight terms, the next one has too much.
+[[VARNO_AVX512]] void SumsOfKnown::AddDigitSums(const Item& first, const Item& last, int firstOfA)
 {
-  const int t = first.t, last = eighth - t, firstOfB = firstColumn - firstOfA;
+  const bool isBefore = first.kind == Kind::kBefore, isBehind = last.kind == Kind::kBehind;
+  const int behind = last.t + 1, firstOfB = firstColumn - firstOfA;
   const __m512i rows = _mm512_setr_epi64(0, 1, 2, 3, 4, 5, 6, 7);
-  __m512i counts = _mm512_set1_epi64(std::int64_t{behind - t} * kRows);
-  if (first.kind == Kind::kBefore) counts = _mm512_sub_epi64(_mm512_set1_epi64(kRows - 1), rows);
-  if (first.kind == Kind::kBehind) counts = _mm512_add_epi64(_mm512_set1_epi64(1), rows);
+  __m512i counts = _mm512_set1_epi64(std::int64_t{behind - first.t} * kRows);
+  if (isBefore) counts = _mm512_sub_epi64(_mm512_sub_epi64(counts, rows), _mm512_set1_epi64(1));
+  if (isBehind) counts = _mm512_sub_epi64(_mm512_add_epi64(counts, rows), _mm512_set1_epi64(7));
   termCounts = _mm512_add_epi64(termCounts, counts);
   for (int c = 0; c < reached; ++c) {
     const int i = firstOfA + c, m = firstOfB + c;
-    __m512i ofA, ofB;
-    switch (first.kind) {
-      case Kind::kBefore:
-        ofA = _mm512_sub_epi64(SumsBefore(a, 1, i), SumsUpTo(a, 0, i));
-        ofB = _mm512_sub_epi64(SumsBefore(b, last, m), SumsUpTo(b, last - 1, m));
-        break;
-      case Kind::kBehind:
-        ofA = _mm512_sub_epi64(SumsUpTo(a, t, i), SumsBefore(a, t, i));
-        ofB = _mm512_sub_epi64(SumsUpTo(b, last, m), SumsBefore(b, last, m));
-        break;
-      default:
-        ofA = _mm512_sub_epi64(SumsBefore(a, behind, i), SumsBefore(a, t, i));
-        ofB = _mm512_sub_epi64(SumsUpTo(b, last, m), SumsUpTo(b, eighth - behind, m));
-        break;
-    }
+    const __m512i with =
+        _mm512_add_epi64(isBehind ? SumsUpTo(a, last.t, i) : SumsBefore(a, behind, i),
+                         isBefore ? SumsBefore(b, eighth, m) : SumsUpTo(b, eighth - first.t, m));
+    const __m512i without = _mm512_add_epi64(
+        isBefore ? SumsUpTo(a, 0, i) : SumsBefore(a, first.t, i),
+        isBehind ? SumsBefore(b, eighth - last.t, m) : SumsUpTo(b, eighth - behind, m));
     __m512i& sum = digitSums[c].numbers;
-    sum = _mm512_add_epi64(sum, _mm512_add_epi64(ofA, ofB));
+    sum = _mm512_add_epi64(sum, _mm512_sub_epi64(with, without));
   }
 }
 
@@ -330,15 +320,19 @@ void SumsOfKnown::Add(const Item* items, int count, bool twice)
 }
 
 /// In registers, where the digits of the sum stand in a window.
-[[VARNO_AVX512]] bool RowsAhead::StoreInWindow(const Ends& ends, int count, bool isSquare, int k,
+[[VARNO_AVX512]] bool RowsAhead::StoreInWindow(const WideTerms& a, const WideTerms& b, int k,
                                                WideTerms& terms, int place) const
 {
+  const bool isSquare = &a == &b;
   const int row = k - firstRow, last = columns[static_cast<std::size_t>(row)];
   const bool withLastDigit = last + place < terms.n;
   RowWindow window(last, withLastDigit);
   if (terms.n > kWindow || firstKnown < window.First()) return false;
-  for (int i = 0; i < count; ++i) {
-    if (!window.Add(ends[i])) return false;
+  for (int j = 0; j <= row; ++j) {
+    if (!window.Add(ProductOf(a, b, j, k))) return false;
+  }
+  for (int j = firstRow; j <= k && !isSquare; ++j) {
+    if (!window.Add(ProductOf(a, b, j, k))) return false;
   }
   if (isSquare) window.Double();
   const __m512i places = _mm512_add_epi64(_mm512_loadu_si512(&kPlacesOfLanes[kWindow]),
@@ -354,7 +348,7 @@ void SumsOfKnown::Add(const Item* items, int count, bool twice)
 
 #else
 
-bool RowsAhead::StoreInWindow(const Ends& /*ends*/, int /*count*/, bool /*isSquare*/, int /*k*/,
+bool RowsAhead::StoreInWindow(const WideTerms& /*a*/, const WideTerms& /*b*/, int /*k*/,
                               WideTerms& /*terms*/, int /*place*/) const
 {
   return false;

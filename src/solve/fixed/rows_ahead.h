@@ -33,9 +33,7 @@ class RowsAhead {
              WideTerms& terms, int place) const;
 
  private:
-  using Ends = std::array<RowProduct, std::size_t{2} * kRows>;
-  int FindEnds(const WideTerms& a, const WideTerms& b, int k, Ends& ends) const;
-  bool StoreInWindow(const Ends& ends, int count, bool isSquare, int k, WideTerms& terms,
+  bool StoreInWindow(const WideTerms& a, const WideTerms& b, int k, WideTerms& terms,
                      int place) const;
 
   int firstRow = -1;

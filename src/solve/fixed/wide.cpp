@@ -46,7 +46,7 @@ std::int64_t BitsOf(const mp_limb_t* limbs, long count, long first)
 
 template <int kMostDigits>
 WideArithmetic<kMostDigits>::WideArithmetic(mpfr_prec_t bits)
-    : n(static_cast<int>((bits - 4 + kBits - 1) / kBits) + 1), kernel(&BestColumnKernel())
+    : n(DigitsFor(bits)), kernel(&BestColumnKernel())
 {}
 
 template <int kMostDigits>
@@ -313,11 +313,10 @@ template <int kMostDigits>
 void WideArithmetic<kMostDigits>::Store(Terms& terms, int k, const Value& value) const
 {
   terms.inexact |= value.lost || value.inexact;
-  terms.exactZero[k] = value.IsExactZero() ? 1 : 0;
   int leading = 0;
   if (value.isZero) {
     if (terms.started || value.IsExactZero()) {
-      terms.SetZero(k);
+      terms.SetZero(k, value.IsExactZero());
       return;
     }
     // What is not zero, but cannot be seen, is a unit of the value's own resolution.
@@ -350,7 +349,7 @@ template <int kMostDigits>
 auto WideArithmetic<kMostDigits>::Load(const Terms& terms, int k) const -> Value
 {
   Value value;
-  if (terms.exactZero[k] != 0) return value;
+  if (terms.IsExactZero(k)) return value;
   value.exponent = terms.exponent;
   value.inexact = terms.inexact;
   value.isZero = value.lost = terms.leading[k] == n;
@@ -365,7 +364,7 @@ auto WideArithmetic<kMostDigits>::Load(const Terms& terms, int k) const -> Value
 static bool AllExactZeros(const WideTerms& a, const WideTerms& b, int first, int last, int k)
 {
   for (int j = first; j <= last; ++j) {
-    if (a.exactZero[j] == 0 && b.exactZero[k - j] == 0) return false;
+    if (!a.IsExactZero(j) && !b.IsExactZero(k - j)) return false;
   }
   return true;
 }

@@ -43,8 +43,20 @@ class WideArithmetic {
   };
 
   static constexpr int kDigitBits = kWideDigitBits;
-  /// One digit is for exponents in whole digits.
-  static constexpr mpfr_prec_t kMostBits = mpfr_prec_t{kMostDigits - 1} * kDigitBits;
+  /// What the digits of a series have beyond its precision: 52 bits since exponents are in whole
+  /// digits, and 5 for terms that are larger in the scale of a step than over the step; less the 13
+  /// by which a term may be wrong by more than 2^-precision of it (BlockSeries::MissingBits).
+  static constexpr int kBitsBeyond = 52 + 5 - 13;
+  static constexpr mpfr_prec_t kMostBits = mpfr_prec_t{kMostDigits} * kDigitBits - kBitsBeyond;
+  /// How many digits a precision takes, and up to which one they do.
+  static constexpr int DigitsFor(mpfr_prec_t bits)
+  {
+    return static_cast<int>((bits + kBitsBeyond + kDigitBits - 1) / kDigitBits);
+  }
+  static constexpr mpfr_prec_t MostBitsWith(int digitCount)
+  {
+    return mpfr_prec_t{digitCount} * kDigitBits - kBitsBeyond;
+  }
   static constexpr int kMostOrder = 2000;
   static constexpr long kMostExponent = 1L << 40;
   /// log2 of the units of the last digit that a term may be wrong by.

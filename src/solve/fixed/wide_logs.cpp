@@ -49,7 +49,7 @@ double FindLogsBy(FindAll findAll, const WideTerms& terms, int first, std::span<
     SetSizes(sizes, terms, first, count);
     findAll(sizes, logs.first(count));
     for (std::size_t k = 0; k < count; ++k) {
-      if (terms.exactZero[static_cast<std::size_t>(first) + k] != 0) logs[k] = -kInfinity;
+      if (terms.IsExactZero(first + static_cast<int>(k))) logs[k] = -kInfinity;
       largest = std::max(largest, logs[k]);
     }
     logs = logs.subspan(count);

@@ -11,7 +11,7 @@ static long PartOf(long shift)
   return (shift % kWideDigitBits + kWideDigitBits) % kWideDigitBits;
 }
 
-bool StoreScaled(const ColumnKernel& kernel, WideTerms& terms, int k, WideRowView factor,
+bool StoreScaled(const ColumnKernel& kernel, WideTerms& terms, int k, const WideRowView& factor,
                  const WideDigits& digits, int dropped)
 {
   // The first digits that are not 0 make the digit `place` of the term, and may carry to those

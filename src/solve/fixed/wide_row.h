@@ -66,7 +66,7 @@ inline WideDigits DigitsOf(const WideTerms& terms, int k)
 /// Stores factor * digits, with the zeros around them that a term has, as a term of a settled
 /// series, without as many of its last digits as are dropped. False, and nothing is stored, if the
 /// series is not settled or the term 0 or too large.
-bool StoreScaled(const ColumnKernel& kernel, WideTerms& terms, int k, WideRowView factor,
+bool StoreScaled(const ColumnKernel& kernel, WideTerms& terms, int k, const WideRowView& factor,
                  const WideDigits& digits, int dropped = 0);
 
 /// A row of digits divided by k = 1, 2, ..., each quotient computed when it is asked for.

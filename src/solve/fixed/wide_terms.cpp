@@ -20,7 +20,7 @@ void WideTerms::Reserve(int digitCount, int count)
 
 void WideTerms::KeepTiles()
 {
-  tiles.emplace();
+  tiles = std::make_unique<DigitTiles>();
   FillTiles();
 }
 
@@ -32,7 +32,7 @@ void WideTerms::FillTiles()
 
 void WideTerms::KeepPlanes()
 {
-  planes.emplace();
+  planes = std::make_unique<DigitPlanes>();
   FillPlanes();
 }
 
@@ -60,6 +60,7 @@ void WideTerms::Set(int k, const std::int64_t* digits)
   int first = 0;
   while (first < n && digits[first] == 0) ++first;
   leading[k] = first;
+  exactZero[k] = 0;
   double* const row = &rows[Place(k)];
   for (int i = 0; i < n; ++i) row[i] = static_cast<double>(digits[i]);
   int end = n;
@@ -95,13 +96,13 @@ void WideTerms::Prefetch(int k) const
   constexpr int kInALine = 8;
   for (int i = 0; i < n; i += kInALine) __builtin_prefetch(row + i, 1);
   __builtin_prefetch(&leading[k], 1);
-  __builtin_prefetch(&exactZero[k], 1);
   if (tiles) tiles->Prefetch(k);
 }
 
-void WideTerms::SetZero(int k)
+void WideTerms::SetZero(int k, bool isExact)
 {
   leading[k] = n;
+  exactZero[k] = isExact ? 1 : 0;
   std::fill_n(&rows[Place(k)], n, 0.0);
   SetAgain(k);
 }
@@ -116,7 +117,9 @@ void WideTerms::Raise(long newExponent, int count)
     for (long i = 0; i < n; ++i)
       digits[i] = i >= down ? static_cast<std::int64_t>(old[i - down]) : 0;
     for (long i = std::max(0L, n - down); i < n; ++i) inexact |= old[i] != 0;
+    const bool isExactZero = IsExactZero(k);
     Set(k, digits.data());
+    exactZero[k] = isExactZero ? 1 : 0;
   }
   exponent = newExponent;
 }

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <optional>
+#include <memory>
 #include <vector>
 
 #include "solve/fixed/digit_planes.h"
@@ -17,36 +17,40 @@ namespace varno::solve {
 ///
 /// Digits are doubles, which hold them exactly. Those of a term stand in a row, with zeros before
 /// and behind, so that kernels may read digits -3..n+2.
-struct WideTerms {
+///
+/// What is read of each series for each term comes first, on one line of a cache: where series are
+/// many, none of it has stayed in the first cache when the next term is made.
+struct alignas(64) WideTerms {
   static constexpr int kZeros = 3;
   /// Kernels may set as many digits of a row, those behind the last one to 0.
   static constexpr int kLeastStride = 8;
 
   int n = 0;
   int stride = 0;
-  int capacity = 0;
   std::vector<double> rows;
-  std::vector<int> leading;             // by k: the first digit that is not 0, n where all are
-  int used = 0;                         // digits from here on are 0 in all terms
-  std::vector<std::uint8_t> exactZero;  // by k: 0, not merely too small to be seen
-  long exponent = 0;
-  long leastExponent = 0;  ///< where the exponent begins at least
+  std::vector<int> leading;  // by k: the first digit that is not 0, n where all are
   bool started = false;
   bool inexact = false;
-  std::optional<DigitTiles> tiles;    ///< only of those that keep them
-  std::optional<DigitPlanes> planes;  ///< the same
+  int used = 0;                         // digits from here on are 0 in all terms
+  std::unique_ptr<DigitTiles> tiles;    ///< only of those that keep them
+  std::unique_ptr<DigitPlanes> planes;  ///< the same
+  long exponent = 0;
+  long leastExponent = 0;  ///< where the exponent begins at least
+  int capacity = 0;
 
   /// The digits of term k.
   const double* Row(int k) const { return rows.data() + Place(k); }
+  /// Whether term k is 0, not merely too small to be seen.
+  bool IsExactZero(int k) const { return leading[k] == n && exactZero[k] != 0; }
   void Reserve(int digitCount, int count);
   /// From now on the digits stand in tiles, too. Terms must come in their order then.
   void KeepTiles();
   /// The same for planes.
   void KeepPlanes();
   void Reset(long newLeastExponent);
-  /// Sets term k to n digits.
+  /// Sets term k to n digits; where all are 0 it is too small to be seen.
   void Set(int k, const std::int64_t* digits);
-  void SetZero(int k);
+  void SetZero(int k, bool isExact);
   /// Whether a term that follows is no more than its digits, as long as it is not 0 and fits: the
   /// series has its exponent, and has lost digits.
   bool IsSettled() const { return started && inexact; }
@@ -58,7 +62,6 @@ struct WideTerms {
   double* BeginSettled(int k, int firstDigit)
   {
     leading[k] = firstDigit;
-    exactZero[k] = 0;
     used = n;
     return &rows[Place(k)];
   }
@@ -79,7 +82,10 @@ struct WideTerms {
     if (planes && k % kTerms == kTerms - 1) SetInPlanes(k / kTerms);
   }
   void SetInPlanes(int eighth);
+  friend WideTerms CopyOf(const WideTerms& terms, int count);
   std::size_t Place(int k) const { return static_cast<std::size_t>(k) * stride + kZeros; }
+
+  std::vector<std::uint8_t> exactZero;  // by k, of those whose digits are all 0
 };
 
 /// The first `count` terms of a series, without tiles and planes.

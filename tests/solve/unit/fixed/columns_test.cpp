@@ -217,7 +217,7 @@ TEST_P(Columns, NeedNoTiles)
 {
   const auto digit = [](int k, int i) { return std::int64_t{1000} * k - i; };
   const WideTerms a = Filled(6, 9, digit);
-  WideTerms b = a;
+  WideTerms b = Filled(6, 9, digit);
   b.tiles.reset();
   ExpectExact(*GetParam(), a, b, 0, 8, 8, 7);
   ExpectExact(*GetParam(), b, a, 0, 8, 8, 7);

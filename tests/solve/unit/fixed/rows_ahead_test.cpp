@@ -34,8 +34,9 @@ void ExpectSameTerms(const WideTerms& a, const WideTerms& b, int first,
   ASSERT_FALSE(ahead.Has(first));
   ahead.Begin(a, b, first, columns);
   // Where the terms go: with digits of which none is one of theirs
-  WideTerms expected = FilledTerms(a.n, first + kRows, [](int, int i) { return 77 + i; });
-  WideTerms found = expected;
+  const auto digit = [](int, int i) { return 77 + i; };
+  WideTerms expected = FilledTerms(a.n, first + kRows, digit);
+  WideTerms found = FilledTerms(a.n, first + kRows, digit);
   for (int row = 0; row < kRows; ++row) {
     const int k = first + row, count = columns[row];
     ASSERT_TRUE(ahead.Has(k));

@@ -45,7 +45,7 @@ class StoredSums : public testing::TestWithParam<const ColumnKernel*> {
   static void ExpectSame(const std::function<bool(const ColumnKernel&, WideTerms&)>& store, int n,
                          int k)
   {
-    WideTerms expected = Target(n, k + 1), found = expected;
+    WideTerms expected = Target(n, k + 1), found = Target(n, k + 1);
     EXPECT_EQ(store(kIntegerColumns, expected), store(*GetParam(), found));
     EXPECT_EQ(RowWithZeros(expected, k), RowWithZeros(found, k));
     EXPECT_EQ(expected.leading[k], found.leading[k]);

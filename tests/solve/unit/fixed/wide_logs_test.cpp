@@ -36,7 +36,7 @@ WideTerms Terms(int count, long exponent)
       row[static_cast<std::size_t>(i)] = i < zeros ? 0 : k % 3 == 0 ? extreme : any;
     }
     terms.Set(k, row.data());
-    terms.exactZero[static_cast<std::size_t>(k)] = zeros == kDigits && k % 2 == 0 ? 1 : 0;
+    if (zeros == kDigits) terms.SetZero(k, k % 2 == 0);
   }
   return terms;
 }
@@ -67,7 +67,7 @@ TEST(WideLogs, AreThoseOfTheTerms)
   Real number(400);
   for (int k = 0; k < kCount; ++k) {
     const auto place = static_cast<std::size_t>(k);
-    if (terms.exactZero[place] != 0) {
+    if (terms.IsExactZero(k)) {
       EXPECT_EQ(-std::numeric_limits<double>::infinity(), logs[place]);
     } else if (terms.leading[place] == kDigits) {
       EXPECT_EQ(arithmetic.UnitLog2(terms.exponent), logs[place]);

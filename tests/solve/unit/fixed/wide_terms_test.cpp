@@ -35,7 +35,24 @@ TEST(WideTerms, TakeTheDigitsOfASumAtItsPlace)
   // What is behind the digits of a short sum is 0.
   EXPECT_TRUE(terms.SetSettled(0, digits.data(), 2, 0));
   EXPECT_EQ((std::vector<double>{0, 0, 0, 0, 5, 0, 0, 0, 0, 0}), support::RowWithZeros(terms, 0));
-  EXPECT_EQ(0, terms.exactZero[0]);
+  EXPECT_FALSE(terms.IsExactZero(0));
+}
+
+TEST(WideTerms, AreExactZerosUntilTheyAreSetAgain)
+{
+  WideTerms terms = Settled(4);
+  terms.SetZero(0, true);
+  terms.SetZero(1, false);
+  EXPECT_TRUE(terms.IsExactZero(0));
+  EXPECT_FALSE(terms.IsExactZero(1));
+  terms.Raise(terms.exponent + 1, 2);
+  EXPECT_TRUE(terms.IsExactZero(0));
+  EXPECT_FALSE(terms.IsExactZero(1));
+  const std::vector<std::int64_t> digits{0, 0, 0, 1};
+  EXPECT_TRUE(terms.SetSettled(0, digits.data(), 4, 0));
+  EXPECT_FALSE(terms.IsExactZero(0));
+  terms.Raise(terms.exponent + 1, 2);
+  EXPECT_FALSE(terms.IsExactZero(0)) << "it has lost its only digit";
 }
 
 // A first digit that is not balanced has room for its carry before it.
@@ -86,7 +103,7 @@ TEST(WideTerms, KeepTheirDigitsInTiles)
   terms.Raise(terms.exponent + 1, 2);
   ExpectTilesOfRows(terms, 2);
   terms.Reserve(4, 3);
-  terms.SetZero(2);
+  terms.SetZero(2, true);
   ExpectTilesOfRows(terms, 3);
 }
 
