@@ -1,7 +1,6 @@
 #include "solve/integration/arithmetic_choice.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace varno::solve {
 
@@ -13,11 +12,6 @@ constexpr int kFailuresAllowed = 2;
 constexpr int kMostBackoff = 6;
 
 }  // namespace
-
-long ScaleFor(double stepLog2)
-{
-  return static_cast<long>(std::ceil(stepLog2 + kScaleMargin));
-}
 
 void ArithmeticChoice::StepTried(bool wasExact)
 {

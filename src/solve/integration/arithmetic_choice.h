@@ -2,13 +2,6 @@
 
 namespace varno::solve {
 
-/// log2 of what the next step may be longer than the latest one.
-inline constexpr double kScaleMargin = 0.125;
-
-/// The scale, a power of 2 by its exponent, of the series of a step that becomes about as long as
-/// 2^stepLog2: not below, so that all terms fall.
-long ScaleFor(double stepLog2);
-
 /// Tells for which steps block arithmetic is worth a trial: not where it was not exact enough for
 /// several steps before, so that these cost no more than with numbers of their own for all terms.
 class ArithmeticChoice {

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <numbers>
 
+#include "solve/series/series.h"
+
 namespace varno::solve {
 
 namespace {
@@ -16,6 +18,15 @@ constexpr int kLeastOrder = 12;
 /// more than this part of the order.
 constexpr int kMostRaise = 48;
 constexpr double kRaise = 0.6;
+/// The recurrences of quotients, roots and logarithms lose some bits with the order. Those of
+/// higher ones are taken only where numbers have room for them.
+constexpr int kMostOrderToGuard = 27;
+
+/// What a run with this order has beyond its tolerance.
+double GuardBits(int order)
+{
+  return 30 + 0.15 * order;
+}
 
 }  // namespace
 
@@ -25,12 +36,14 @@ RunSettings SettingsFor(double decimals, double placeDecimals)
       -std::clamp(decimals, kLeastDecimals, kMostDecimals) * std::numbers::ln10;
   const int order = std::max(kLeastOrder, static_cast<int>(std::ceil(1 - logTolerance / 2)));
   const double toleranceBits = -logTolerance / std::numbers::ln2;
-  // The recurrences of quotients, roots and logarithms lose some bits with the order.
-  const double guardBits = 30 + 0.15 * order;
+  const auto most = static_cast<mpfr_prec_t>(std::ceil(toleranceBits + GuardBits(order)));
+  const auto least = static_cast<mpfr_prec_t>(
+      std::ceil(toleranceBits + GuardBits(std::min(order, kMostOrderToGuard))));
   return {.toleranceBits = toleranceBits,
           .order = order,
           .raisedOrder = order + std::min(kMostRaise, static_cast<int>(kRaise * order)),
-          .bits = static_cast<mpfr_prec_t>(std::ceil(toleranceBits + guardBits)),
+          .bits = std::min(most, MostBitsAsCheapAs(least)),
+          .bitsOfTerms = least,
           .disturbed = false,
           .mayDeclareZero = true,
           .placeBits = placeDecimals * std::numbers::ln10 / std::numbers::ln2};

@@ -12,7 +12,10 @@ struct RunSettings {
   int order;             ///< of the series, usually
   int raisedOrder;       ///< where the terms of all states fall over the step from the start
   mpfr_prec_t bits;      ///< of the arithmetic
-  bool disturbed;        ///< whether it moves what it rounds, so that unstable solutions show
+  /// Of these, so many must be right of the terms of a step, but for the bits that Series allows it
+  /// to lose.
+  mpfr_prec_t bitsOfTerms;
+  bool disturbed;  ///< whether it moves what it rounds, so that unstable solutions show
   /// Whether its zeros count as such where the way goes on only if they are: else ZeroInDoubt.
   bool mayDeclareZero;
   double placeBits;  ///< a step shorter than 2^-placeBits of the way is the end of the way

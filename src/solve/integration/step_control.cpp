@@ -208,18 +208,25 @@ bool StepControl::Counts(const Series& series, LineId id) const
   return !leftOut[id] && !IsShortPolynomial(tape.lines[id], series.Order() + 1);
 }
 
-void StepControl::StepMade(double lengthLog2)
+double StepControl::StepMade(const Series& series, long scaleExponent, double lengthLog2)
 {
   settledLines = flatLines;
-  expectedLog2 = order > settings.order ? lengthLog2 : lengthLog2 + GainOfRaisedOrder(settings);
+  if (order == settings.order) return Expect(series, scaleExponent, lengthLog2);
+  expectedLog2 = lengthLog2;
+  return lengthLog2;
 }
 
-/// Whether the terms of all states fall from the start over the step that is expected; not before
-/// there was one.
-bool StepControl::MayRaiseOrder(const Series& series, long scaleExponent) const
+double StepControl::Expect(const Series& series, long scaleExponent, double lengthLog2)
 {
-  if (expectedLog2 == kInfinity) return false;
+  expectedLog2 = lengthLog2 + GainOfRaisedOrder(settings);
   const double step = expectedLog2 - static_cast<double>(scaleExponent);
+  return TermsFall(series, step) ? expectedLog2 : lengthLog2;
+}
+
+/// Whether the terms of all states fall from the start over a step (log2, in units of the scale).
+bool StepControl::TermsFall(const Series& series, double step) const
+{
+  if (step == kInfinity) return false;
   for (LineId id = 0; id < tape.rightHandSides.size(); ++id) {
     if (!FallFromTheStart(series.Logs(id), step)) return false;
   }
@@ -233,11 +240,22 @@ StepBound StepControl::Choose(Series& series, const std::vector<bool>& linesLeft
   isWhole = std::ranges::find(linesLeftOut, true) == linesLeftOut.end();
   if (!isWhole || !wasWhole) leftOut = linesLeftOut;
   series.ExtendTo(settings.order);
-  order = MayRaiseOrder(series, scaleExponent) ? settings.raisedOrder : settings.order;
+  const double expected = expectedLog2 - static_cast<double>(scaleExponent);
+  order = TermsFall(series, expected) ? settings.raisedOrder : settings.order;
   series.ExtendTo(order);
   ExtendFlatLines(series);
   sizes = isWhole ? LineSizes(tape, series) : LineSizes(tape, series, leftOut);
+  FindBound(series);
+  if (order > settings.order && !TermsFall(series, bound.log2)) {
+    // The step is longer than was expected.
+    order = settings.order;
+    FindBound(series);
+  }
+  return bound;
+}
 
+void StepControl::FindBound(const Series& series)
+{
   const LineId likely = bound.line;
   bound = {kInfinity, kNone};
   // Beside the line that sets it most others are soon left.
@@ -245,7 +263,6 @@ StepBound StepControl::Choose(Series& series, const std::vector<bool>& linesLeft
   for (LineId id = 0; id < tape.lines.size(); ++id) {
     if (id != likely) LowerBound(series, id);
   }
-  return bound;
 }
 
 /// Lowers the bound to what a line allows. Of several that allow the same the first one sets it.

@@ -33,9 +33,12 @@ class StepControl {
   /// the series leaves out do not count; one entry for each line. The unit of the series is
   /// 2^scaleExponent.
   StepBound Choose(Series& series, const std::vector<bool>& leftOut, long scaleExponent);
-  /// The step chosen last is made, with this length (log2): lines that showed too few terms for it
-  /// are left in peace in those that follow.
-  void StepMade(double lengthLog2);
+  /// The step chosen last is made with this series, and has this length (log2): lines that showed
+  /// too few terms for it are left in peace in those that follow. Returns how long the next one is
+  /// if it is like this one: longer where this one was made without the raised order.
+  double StepMade(const Series& series, long scaleExponent, double lengthLog2);
+  /// The same without a step: of one that a series allows with the usual order.
+  double Expect(const Series& series, long scaleExponent, double lengthLog2);
   /// The bound of the step chosen last.
   const StepBound& Bound() const { return bound; }
   /// What each line allows of the step chosen last with this series, log2 in units of its scale;
@@ -45,7 +48,8 @@ class StepControl {
   const std::vector<double>& Sizes() const { return sizes; }
 
  private:
-  bool MayRaiseOrder(const Series& series, long scaleExponent) const;
+  bool TermsFall(const Series& series, double step) const;
+  void FindBound(const Series& series);
   void ExtendFlatLines(Series& series);
   int MostOrder(const Series& series, LineId id) const;
   bool NeedsMoreTerms(const Series& series, LineId id) const;

@@ -20,12 +20,24 @@ namespace {
 
 /// When a step needs more precision, some more is taken at once, so that this is rare.
 constexpr double kSpareBits = 64;
+/// The same where only block arithmetic needs it, as a part of the bits there are; and as many bits
+/// as are few for it, which costs about a digit more.
+constexpr double kSparePartOfBlocks = 1.0 / 16, kFewBits = 48;
 /// What an exact time may take beyond the way, in bits: enough for steps of 10^-300 000 of it, or
 /// twice as many as the arithmetic may take.
 constexpr double kLeastBitsOfTimes = 1 << 20;
+/// log2 of what the next step may be longer than the latest one, and than one before which there
+/// was none: less than that is seldom.
+constexpr double kScaleMargin = 0.125, kUnknownGrowth = 0.375;
 /// A part of a run's digits is enough to tell about how long its first step becomes, and so many at
 /// most.
 constexpr double kPartOfDigits = 0.25, kMostCoarseDecimals = 40;
+
+/// Digits of terms that a longer step needs are left out of a short one, and make what it allows
+/// seem too short by less each time.
+constexpr int kMostScalesTried = 2;
+/// Where more bits are missing in a first step, its terms may not tell how long it is.
+constexpr double kMostBitsOfScale = 64;
 
 /// So many bits may cancel in a difference of times.
 constexpr mpfr_exp_t kClearBits = 20;
@@ -88,20 +100,20 @@ double StepSeries::NeededBits(const StepBound& bound) const
   const double forTime = usesTime ? static_cast<double>(settings.bits) + more : 0;
   const StepStart begin{latest.states, latest.stateSizes, control.Sizes(),
                         ChooseLength(bound).Log2()};
-  return std::max(
-      {forTime, BitsForBlocks(), BitsForDerivatives(tape, Current(), begin, settings, bits)});
+  return std::max(forTime, BitsForDerivatives(tape, Current(), begin, settings, bits));
 }
 
-/// The precision with which block arithmetic is exact enough again after it was not in two steps in
-/// a row, because lines cancel: that is faster than MPFR. As many bits more as a run has do for any
-/// line that is above the rounding of its size.
+/// The precision with which block arithmetic is exact enough again where it is not because lines
+/// cancel: that is faster than MPFR. Where much is missing, only after this was so in two steps in
+/// a row. As many bits more as a run has do for any line that is above the rounding of its size.
 double StepSeries::BitsForBlocks() const
 {
-  if (missingBits == 0 || !arithmeticChoice.HasFailed()) return 0;
-  const double wanted = static_cast<double>(bits) + missingBits;
+  if (missingBits == 0 || (missingBits > kFewBits && !arithmeticChoice.HasFailed())) return 0;
+  const double wanted = static_cast<double>(bits) * (1 + kSparePartOfBlocks) + missingBits;
   const double most = std::min(2 * static_cast<double>(settings.bits) + kSpareBits,
                                static_cast<double>(settings.mostBits) - kSpareBits);
-  return wanted <= most ? wanted : 0;
+  if (!(wanted <= most)) return 0;
+  return static_cast<double>(MostBitsAsCheapAs(static_cast<mpfr_prec_t>(std::ceil(wanted))));
 }
 
 StepBound StepSeries::Begin()
@@ -110,9 +122,10 @@ StepBound StepSeries::Begin()
   for (;;) {
     series->Expect(largestTerms);
     const StepBound bound = BeginWithBits();
-    const double needed = NeededBits(bound);
-    if (needed <= static_cast<double>(bits)) return bound;
-    RequireBits(needed + kSpareBits);
+    const double needed = NeededBits(bound), forBlocks = BitsForBlocks();
+    const bool isEnough = needed <= static_cast<double>(bits);
+    if (isEnough && forBlocks == 0) return bound;
+    RequireBits(std::max(isEnough ? 0 : needed + kSpareBits, forBlocks));
   }
 }
 
@@ -124,7 +137,7 @@ std::shared_ptr<Series> StepSeries::Release()
 
 void StepSeries::StepMade(double lengthLog2, bool endsAtRoot)
 {
-  control.StepMade(lengthLog2);
+  const double expectedLog2 = control.StepMade(Current(), scaleExponent, lengthLog2);
   const std::span<const long> found = Current().LargestTerms();
   largestTerms.assign(found.begin(), found.end());
   if (atRoot) {
@@ -136,15 +149,16 @@ void StepSeries::StepMade(double lengthLog2, bool endsAtRoot)
   }
   // A step that ends at a root says little about the next one.
   if (!zeroLines.empty() || endsAtRoot) return;
-  SetScale(lengthLog2, lengthLog2 - latestLog2);
-  latestLog2 = lengthLog2;
+  SetScale(expectedLog2, latest.steps == 0 ? kUnknownGrowth : lengthLog2 - latestLog2);
+  latestLog2 = expectedLog2;
 }
 
-/// For a step of about this length, or one that grows as the latest one did.
+/// For a step of about this length, or one that grows as the latest one did: a scale that is not
+/// below, so that all terms fall.
 void StepSeries::SetScale(double lengthLog2, double growth)
 {
-  scaleExponent = ScaleFor(lengthLog2);
-  expectedStepLog2 = lengthLog2 + std::max(kScaleMargin, growth + kScaleMargin / 2);
+  expectedStepLog2 = lengthLog2 + std::max(0.0, growth) + kScaleMargin;
+  scaleExponent = static_cast<long>(std::ceil(expectedStepLog2));
 }
 
 bool StepSeries::AddZeroLines(std::span<const LineId> lines)
@@ -236,15 +250,15 @@ StepBound StepSeries::ChooseBound(const std::vector<bool>& leftOut)
 double StepSeries::MissingBits(const StepBound& bound)
 {
   const double step = std::isfinite(bound.log2) ? ChooseLength(bound).Log2() : bound.log2;
-  const auto wanted = static_cast<double>(settings.bits);
+  const auto wanted = static_cast<double>(settings.bitsOfTerms);
   leastSizes.assign(control.Sizes().begin(), control.Sizes().end());
-  for (double& size : leastSizes) size -= wanted;
+  for (double& size : leastSizes) size -= static_cast<double>(settings.bits);
   return Current().MissingBits(step - static_cast<double>(scaleExponent), {wanted, leastSizes});
 }
 
 /// The series without some lines, exact enough for the step that it allows, and what that is: with
-/// a scale near the step if it was far, as it is in the first step mostly, else with every term as
-/// exact as can be.
+/// a scale near the step if it was far, else with every term as exact as can be, unless it is to be
+/// begun again with more bits.
 StepBound StepSeries::BeginWithout(mpfr_srcptr time, const std::vector<bool>& leftOut,
                                    const HeldLines& held, bool mayUseBlocks)
 {
@@ -257,29 +271,33 @@ StepBound StepSeries::BeginWithout(mpfr_srcptr time, const std::vector<bool>& le
   StepBound bound = ChooseBound(leftOut);
   missingBits = MissingBits(bound);
   if (missingBits == 0) return bound;
-  if (latest.steps == 0) {
+  if (latest.steps == 0 && missingBits > kMostBitsOfScale) {
     Current().Refine();
     bound = ChooseBound(leftOut);
   }
-  if (std::isfinite(bound.log2)) {
+  for (int tries = 0; tries < kMostScalesTried && std::isfinite(bound.log2); ++tries) {
     SetScale(ChooseLength(bound).Log2());
     BeginLines(time, leftOut, held);
     bound = ChooseBound(leftOut);
     missingBits = MissingBits(bound);
     if (missingBits == 0) return bound;
+    // A shorter step than was expected has not lost its bits by the scale.
+    if (bound.log2 < expectedStepLog2) break;
   }
+  if (BitsForBlocks() > 0) return bound;
   Current().Refine();
   return ChooseBound(leftOut);
 }
 
-/// The scale that the first step needs. A series of low order tells: for a radius of convergence
-/// all orders allow about the same step, each at its own tolerance.
-long StepSeries::CoarseScale(mpfr_srcptr time)
+/// Finds the scale that the first step needs. A series of low order tells: for a radius of
+/// convergence all orders allow about the same step, each at its own tolerance.
+void StepSeries::SetFirstScale(mpfr_srcptr time)
 {
+  expectedStepLog2 = static_cast<double>(scaleExponent);
   const double decimals = settings.toleranceBits * std::numbers::ln2 / std::numbers::ln10;
   const double part = std::clamp(kPartOfDigits * decimals, kLeastDecimals, kMostCoarseDecimals);
   const RunSettings coarse = SettingsFor(part, part);
-  if (settings.order <= coarse.order || !zeroLines.empty()) return scaleExponent;
+  if (settings.order <= coarse.order || !zeroLines.empty()) return;
   try {
     const auto shortSeries = MakeSeriesAtRoot(tape, coarse.bits, coarse.order, false, {}, poll);
     shortSeries->Begin(time, latest.states, latest.backwards, scaleExponent);
@@ -287,9 +305,11 @@ long StepSeries::CoarseScale(mpfr_srcptr time)
         StepControl(tape, coarse)
             .Choose(*shortSeries, std::vector<bool>(tape.lines.size(), false), scaleExponent);
     const double log2 = bound.log2 + static_cast<double>(scaleExponent);
-    return std::isfinite(log2) ? ScaleFor(ChooseLength({log2, bound.line}).Log2()) : scaleExponent;
+    if (!std::isfinite(log2)) return;
+    const double length = ChooseLength({log2, bound.line}).Log2();
+    SetScale(control.Expect(*shortSeries, scaleExponent, length), kUnknownGrowth);
   } catch (const DomainError&) {
-    return scaleExponent;  // whatever it is, the series itself meets it
+    // Whatever it is, the series itself meets it.
   }
 }
 
@@ -301,10 +321,7 @@ StepBound StepSeries::BeginWithBits()
   latest.end.Evaluate(time);
   longestStepLog2 = LongestStepAhead(time);
   const bool mayUseBlocks = arithmeticChoice.IsWorthTrying();
-  if (latest.steps == 0) {
-    scaleExponent = CoarseScale(time);
-    expectedStepLog2 = static_cast<double>(scaleExponent);
-  }
+  if (latest.steps == 0) SetFirstScale(time);
   // What is left out is chosen by terms with all their digits.
   StepBound bound = BeginWhole(time, mayUseBlocks && !exemption);
   if (atRoot || exemption) return bound;

@@ -91,7 +91,7 @@ class StepSeries {
   bool FindLeap(mpfr_srcptr time);
   bool FindLeapOntoEdge(const ExemptionRule::Point& point);
   ExemptionRule::Point PointAt(mpfr_srcptr time) const;
-  long CoarseScale(mpfr_srcptr time);
+  void SetFirstScale(mpfr_srcptr time);
   StepBound BeginWithout(mpfr_srcptr time, const std::vector<bool>& leftOut, const HeldLines& held,
                          bool mayUseBlocks);
   StepBound ChooseBound(const std::vector<bool>& leftOut);

@@ -205,10 +205,10 @@ class BlockSeries final : public Series {
   static constexpr double kInfinity = std::numeric_limits<double>::infinity();
   static constexpr long kUnknown = std::numeric_limits<long>::min();
   /// Bits of the guard that a line may lose by the difference between the scale and the step.
-  static constexpr double kMostLostBits = 16;
+  static constexpr double kMostLostBits = 21;
   /// Of these, what a line keeps for the largest term of a step when that of the step before tells
   /// how many digits it needs.
-  static constexpr double kSparedBits = 12;
+  static constexpr double kSparedBits = 17;
   /// The same with what cancels and what the operands pass on: some bits less than a run of the
   /// order 12 has beyond its tolerance, and in proportion one of the order 27.
   static constexpr double kMostCancelledBits = 24, kCancelledBitsPerOrder = 0.15;

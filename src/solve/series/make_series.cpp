@@ -21,6 +21,14 @@ std::unique_ptr<Series> MakeSeries(const Tape& tape, mpfr_prec_t bits, int usual
   return make.operator()<LongArithmetic>();
 }
 
+mpfr_prec_t MostBitsAsCheapAs(mpfr_prec_t bits)
+{
+  using Wide = WideArithmetic<42>;
+  if (bits <= NarrowArithmetic::kMostBits) return NarrowArithmetic::kMostBits;
+  if (bits <= Wide::kMostBits) return Wide::MostBitsWith(Wide::DigitsFor(bits));
+  return bits;
+}
+
 std::unique_ptr<Series> MakeSeriesAtRoot(const Tape& tape, mpfr_prec_t bits, int usualOrder,
                                          bool disturbed, const std::vector<CommonRoot>& roots,
                                          Poll poll)

@@ -129,11 +129,14 @@ std::unique_ptr<Series> MakeSeries(const Tape& tape, mpfr_prec_t bits, int usual
                                    bool disturbed = false, const Poll& poll = {},
                                    std::shared_ptr<Team> team = nullptr);
 
-/// The same about a point where lines begin at common roots: what their operands have there, in
-/// the terms that are 0 but for rounding, is left out, and the terms that follow are divided, or
-/// the root of them taken, the positive one ahead. No such line may depend on itself by its
-/// operands, but all of them may be quotients that feed themselves, whose operands are exactly 0:
-/// Begin throws DomainError where their solution is not unique. The first term of the divisor or
+/// The most bits for which MakeSeries takes numbers no longer than for these.
+mpfr_prec_t MostBitsAsCheapAs(mpfr_prec_t bits);
+
+/// The same as MakeSeries about a point where lines begin at common roots: what their operands have
+/// there, in the terms that are 0 but for rounding, is left out, and the terms that follow are
+/// divided, or the root of them taken, the positive one ahead. No such line may depend on itself by
+/// its operands, but all of them may be quotients that feed themselves, whose operands are exactly
+/// 0: Begin throws DomainError where their solution is not unique. The first term of the divisor or
 /// radicand that counts must not be 0 (positive).
 std::unique_ptr<Series> MakeSeriesAtRoot(const Tape& tape, mpfr_prec_t bits, int usualOrder,
                                          bool disturbed, const std::vector<CommonRoot>& roots,

@@ -41,14 +41,5 @@ TEST(ArithmeticChoice, SkipsMoreAndMoreSteps)
   EXPECT_TRUE(choice.IsWorthTrying());
 }
 
-TEST(ScaleFor, IsNotBelowTheStep)
-{
-  for (double step = -40; step < 40; step += 0.0625) {
-    const auto scale = static_cast<double>(ScaleFor(step));
-    EXPECT_GE(scale, step);
-    EXPECT_LE(scale, step + 1.125);
-  }
-}
-
 }  // namespace
 }  // namespace varno::solve

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include "solve/series/series.h"
+
 namespace varno::solve {
 namespace {
 
@@ -15,7 +17,19 @@ TEST(RunSettings, HoldTheToleranceAndItsGuards)
     EXPECT_GE(settings.order, 12);
     EXPECT_NEAR(std::max(decimals, 12.0) / 0.30102999566398120, settings.toleranceBits, 1e-6);
     EXPECT_GE(static_cast<double>(settings.bits),
-              settings.toleranceBits + 30 + 0.15 * settings.order);
+              settings.toleranceBits + 30 + 0.15 * std::min(settings.order, 27));
+    EXPECT_LT(static_cast<double>(settings.bits),
+              settings.toleranceBits + 31 + 0.15 * settings.order);
+    EXPECT_LE(settings.bitsOfTerms, settings.bits);
+  }
+}
+
+// What the guards of high orders ask for is no reason for longer numbers.
+TEST(RunSettings, TakeNoMoreBitsThanTheShortestNumbersHave)
+{
+  for (int decimals = 12; decimals < 1000; ++decimals) {
+    const RunSettings settings = SettingsFor(decimals, 20);
+    EXPECT_LE(settings.bits, MostBitsAsCheapAs(settings.bitsOfTerms)) << decimals;
   }
 }
 

@@ -88,6 +88,19 @@ TEST(Run, TakesMoreBitsWhereLinesCancel)
   EXPECT_EQ(settings.bits, other.Bits());
 }
 
+// Where terms fall from the start, that has the raised order, too.
+TEST(Run, RaisesTheOrderOfTheFirstStep)
+{
+  Equations m;
+  const Expression x = m.Variable("x", 1);
+  m.SetDerivative(x, x * x);
+  const Tape tape = Compile(m.Finished());
+  const RunSettings settings = SettingsFor(40, 40);
+  solve::Run run(tape, settings, Moment(Rational(0)), One(settings.bits), Moment(Rational(1, 2)));
+  run.Step();
+  EXPECT_EQ(settings.raisedOrder, run.Order());
+}
+
 // The series of a step and the start of the next one are the same solution.
 TEST(Run, StepsJoin)
 {

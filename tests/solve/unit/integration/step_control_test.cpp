@@ -122,7 +122,7 @@ int OrderAfterAStep(const Model& model, double lengthLog2)
   series->Begin(Real(settings.bits), states, false, 0);
   control.Choose(*series, none, 0);
   EXPECT_EQ(series->Order(), settings.order) << "no step was made";
-  control.StepMade(lengthLog2);
+  control.StepMade(*series, 0, lengthLog2);
   series->Begin(Real(settings.bits), states, false, 0);
   control.Choose(*series, none, 0);
   return series->Order();
@@ -136,6 +136,34 @@ TEST(StepControl, RaisesTheOrderWhereTermsFall)
   m.SetDerivative(x, x * x);
   EXPECT_EQ(OrderAfterAStep(m.Finished(), -3), SettingsFor(22, 22).raisedOrder);
   EXPECT_GT(SettingsFor(22, 22).raisedOrder, SettingsFor(22, 22).order);
+}
+
+// Before a first step a series may tell about how long it becomes: too short where terms fall ever
+// faster, as those of an entire function do.
+TEST(StepControl, LeavesTheRaisedOrderWhereTheStepIsLongerThanExpected)
+{
+  Equations m;
+  const Expression x = m.Variable("x", 1), v = m.Variable("v", 1);
+  m.SetDerivative(x, v);
+  m.SetDerivative(v, -x);
+  const Tape tape = Compile(m.Finished());
+  const RunSettings settings = SettingsFor(22, 22);
+  const std::vector<bool> none(tape.lines.size());
+  const auto series = MakeSeries(tape, settings.bits, settings.order);
+  std::vector<Real> states(2, Real(settings.bits));
+  for (Real& state : states) mpfr_set_ui(state, 1, MPFR_RNDN);
+  series->Begin(Real(settings.bits), states, false, 0);
+  const double usual = StepControl(tape, settings).Choose(*series, none, 0).log2;
+  StepControl control(tape, settings);
+  control.Expect(*series, 0, -3);
+  const double chosen = control.Choose(*series, none, 0).log2;
+  EXPECT_EQ(series->Order(), settings.raisedOrder) << "the terms fall over 1/8";
+  RunSettings raised = settings;
+  raised.order = settings.raisedOrder;
+  const double longer = StepControl(tape, raised).Choose(*series, none, 0).log2;
+  EXPECT_LE(chosen, usual + 0.25);
+  EXPECT_GT(longer, chosen + 0.5);
+  EXPECT_EQ(control.StepMade(*series, 0, chosen), chosen) << "nor is it raised in the next one";
 }
 
 // Those of cos(t) and -sin(t) grow over 4 before they fall.

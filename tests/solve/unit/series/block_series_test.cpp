@@ -232,5 +232,19 @@ const Format kFormats[] = {
 INSTANTIATE_TEST_SUITE_P(All, BlockSeriesOfFormat, testing::ValuesIn(kFormats),
                          [](const auto& info) { return std::string(info.param.name); });
 
+// The same numbers for all precisions up to the one that is told, and longer ones behind it.
+TEST(MostBitsAsCheapAs, IsTheEndOfAStretchOfPrecisions)
+{
+  mpfr_prec_t end = 0;
+  for (mpfr_prec_t bits = 53; bits < 3000; ++bits) {
+    const mpfr_prec_t most = MostBitsAsCheapAs(bits);
+    ASSERT_GE(most, bits);
+    if (bits <= end) {
+      EXPECT_EQ(end, most) << bits;
+    }
+    end = most;
+  }
+}
+
 }  // namespace
 }  // namespace varno::solve
