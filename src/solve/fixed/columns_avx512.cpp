@@ -9,7 +9,7 @@
 #if defined(__x86_64__)
 
 #include "solve/fixed/column_blocks_avx512.h"
-#include "solve/fixed/row_window_avx512.h"
+#include "solve/fixed/row_sums_avx512.h"
 #include "solve/fixed/stored_sums.h"
 
 namespace varno::solve {
@@ -59,8 +59,8 @@ class TileSums {
   /// Makes the digits the sum.
   void Finish() { Flush(); }
 
-  /// Stores the sum as a term of at most kWindow digits instead, if it has not too many columns;
-  /// else makes the digits the sum.
+  /// Stores the sum as a term instead, if it has not too many columns; else makes the digits the
+  /// sum.
   bool Store(WideTerms& terms, int place);
 
  private:
@@ -84,6 +84,8 @@ class TileSums {
   void SumAll(Sums& sums);
   void SumParts(std::int64_t* sums) const;
   void AddToDigits(const Sums& sums);
+  template <int kVectors>
+  [[VARNO_AVX512]] bool StoreInVectors(const Sums& sums, WideTerms& terms, int place) const;
   void Flush();
 
   const DigitTiles &a, &b;
@@ -262,26 +264,32 @@ void TileSums::Flush()
   isFlushed = true;
 }
 
-[[VARNO_AVX512]] bool TileSums::Store(WideTerms& terms, int place)
+bool TileSums::Store(WideTerms& terms, int place)
 {
-  if (groupCount == 0 || isFlushed || reached > kWindow) {
+  const int vectors = VectorsFor(reached);
+  if (groupCount == 0 || isFlushed || vectors > kMostVectors) {
     Flush();
     return false;
   }
   Sums sums;
   SumAll(sums);
-  __m512i lanes = _mm512_loadu_si512(sums.data());
-  // Of the last digit, where there is no lane for it, the carry
-  const bool isLeftOut = reached == kWindow;
-  if (isLeftOut) {
-    const std::int64_t carry = wide::CarryOf(sums[kWindow]);
-    lanes = _mm512_add_epi64(lanes, _mm512_maskz_set1_epi64(1U << (kWindow - 1), carry));
-  }
-  if ((!isLeftOut || columns + place >= terms.n) &&
-      StoreDigits(lanes, firstColumn + place, terms, k))
-    return true;
-  AddToDigits(sums);
-  return false;
+  const bool isStored = vectors == 1   ? StoreInVectors<1>(sums, terms, place)
+                        : vectors == 2 ? StoreInVectors<2>(sums, terms, place)
+                        : vectors == 3 ? StoreInVectors<3>(sums, terms, place)
+                                       : StoreInVectors<4>(sums, terms, place);
+  if (!isStored) AddToDigits(sums);
+  return isStored;
+}
+
+template <int kVectors>
+bool TileSums::StoreInVectors(const Sums& sums, WideTerms& terms, int place) const
+{
+  RowDigits<kVectors> stored;
+  for (int v = 0; v < kVectors; ++v)
+    stored.vectors[v] = _mm512_loadu_si512(&sums[kLanes * (kVectors - 1 - v)]);
+  stored.end = firstColumn + kLanes * kVectors;
+  stored.behind = _mm512_set1_epi64(reached == kLanes * kVectors ? sums[reached] : 0);
+  return StoreDigits(stored, terms, k, place);
 }
 
 /// Whether the tiles of both have all digits that meet in the columns.
@@ -328,7 +336,7 @@ void SumSquare(const WideTerms& a, int first, int k, int columns, std::int64_t* 
 bool StoreProducts(const WideTerms& a, const WideTerms& b, int k, int columns, WideTerms& terms,
                    int place)
 {
-  if (!HaveTiles(a, b, columns) || terms.n > kWindow)
+  if (!HaveTiles(a, b, columns))
     return StoreProductsBy<SumProducts, SumSquare>(a, b, k, columns, terms, place);
   std::array<std::int64_t, kMostColumns + 1> digits;
   TileSums sums(*a.tiles, *b.tiles, k, columns, digits.data());
@@ -347,20 +355,27 @@ void SumRows(const RowProduct* products, int count, int columns, std::int64_t* d
   sumRows(products, count, columns, digits);
 }
 
-[[VARNO_AVX512]] bool StoreRowsInWindow(const RowProduct* products, int count, int columns,
-                                        WideTerms& terms, int k, int place)
+template <int kVectors>
+[[VARNO_AVX512]] bool StoreRowsInVectors(const RowProduct* products, int count, int columns,
+                                         WideTerms& terms, int k, int place)
 {
-  RowWindow window(columns, columns + place < terms.n);
-  for (int i = 0; i < count; ++i) {
-    if (!window.Add(products[i])) return false;
-  }
-  return StoreDigits(window.Digits(_mm512_setzero_si512(), 0), window.First() + place, terms, k);
+  RowSums<kVectors> sums(columns);
+  for (int i = 0; i < count; ++i) sums.Add(products[i]);
+  return StoreDigits(sums.Digits(), terms, k, place);
 }
+
+using StoreRowsFunction = bool (*)(const RowProduct*, int, int, WideTerms&, int, int);
+constexpr std::array<StoreRowsFunction, kMostVectors> kStoreRows = {
+    StoreRowsInVectors<1>, StoreRowsInVectors<2>, StoreRowsInVectors<3>, StoreRowsInVectors<4>};
 
 bool StoreRows(const RowProduct* products, int count, int columns, WideTerms& terms, int k,
                int place)
 {
-  return (terms.n <= kWindow && StoreRowsInWindow(products, count, columns, terms, k, place)) ||
+  int reached = 0;
+  for (int i = 0; i < count; ++i) reached = std::max(reached, columns - products[i].column);
+  const int vectors = VectorsFor(reached);
+  return (vectors <= kMostVectors &&
+          kStoreRows[vectors - 1](products, count, columns, terms, k, place)) ||
          StoreRowsBy<SumRows>(products, count, columns, terms, k, place);
 }
 

@@ -23,10 +23,12 @@ class DigitPlanes {
   /// those `stride` behind; and how many of each are 0 before the first other. Those before have
   /// been set.
   void Set(int eighth, const double* rows, std::ptrdiff_t stride, const int* leading);
+  /// Brings to the cache what will be set of them.
+  void Prefetch(int eighth) const;
 
   /// kBias + digit i of term 0; those of the other terms follow. Terms -8..-1 and eight behind the
   /// last one can be read, too, but hold nothing.
-  const double* Plane(int i) const { return digits.data() + i * stride + kTerms; }
+  const double* Plane(int i) const { return digits.data() + begin + i * stride + kTerms; }
   /// From one place to the next
   std::ptrdiff_t Stride() const { return stride; }
   /// The sum of the patterns of kBias + digit i of the terms before 8 eighth, modulo 2^64
@@ -39,7 +41,7 @@ class DigitPlanes {
 
  private:
   int n = 0;
-  std::ptrdiff_t stride = 0;
+  std::ptrdiff_t stride = 0, begin = 0;
   std::vector<double> digits;       // by place and term
   std::vector<std::uint64_t> sums;  // by eighth and place
   std::vector<int> leastLeading;

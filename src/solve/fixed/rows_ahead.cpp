@@ -6,7 +6,7 @@
 
 #if defined(__x86_64__)
 #include "solve/fixed/row_blocks_avx512.h"
-#include "solve/fixed/row_window_avx512.h"
+#include "solve/fixed/row_sums_avx512.h"
 #endif
 
 namespace varno::solve {
@@ -37,7 +37,7 @@ static inline RowProduct ProductOf(const WideTerms& a, const WideTerms& b, int j
 bool RowsAhead::Store(const ColumnKernel& kernel, const WideTerms& a, const WideTerms& b, int k,
                       WideTerms& terms, int place) const
 {
-  if (StoreInWindow(a, b, k, terms, place)) return true;
+  if (StoreFromRegisters(a, b, k, terms, place)) return true;
   const bool isSquare = &a == &b;
   const int row = k - firstRow, last = columns[static_cast<std::size_t>(row)];
   std::array<RowProduct, std::size_t{2} * kRows> ends;
@@ -319,37 +319,76 @@ RowGroup SumsOfKnown::GroupOf(const Item& item, int firstOfA) const
   firstKnown = sums.Finish(known.data());
 }
 
-/// In registers, where the digits of the sum stand in a window.
-[[VARNO_AVX512]] bool RowsAhead::StoreInWindow(const WideTerms& a, const WideTerms& b, int k,
-                                               WideTerms& terms, int place) const
+namespace {
+
+/// A sum for k: what is known of it, by digit, and which terms are still to be multiplied.
+struct Unfinished {
+  const WideTerms &a, &b;
+  int k, firstRow, columns, firstKnown;
+  const std::int64_t* known;  // digits stand kRows apart
+
+  bool IsSquare() const { return &a == &b; }
+  RowProduct Product(int j) const { return ProductOf(a, b, j, k); }
+
+  int ColumnsReached() const
+  {
+    int first = firstKnown;
+    for (int j = 0; j <= k - firstRow; ++j)
+      first = std::min(first, a.leading[j] + b.leading[k - j]);
+    for (int j = firstRow; j <= k; ++j) first = std::min(first, a.leading[j] + b.leading[k - j]);
+    return columns - first;
+  }
+};
+
+template <int kVectors>
+[[VARNO_AVX512]] bool StoreInVectors(const Unfinished& sum, WideTerms& terms, int place)
 {
-  const bool isSquare = &a == &b;
-  const int row = k - firstRow, last = columns[static_cast<std::size_t>(row)];
-  const bool withLastDigit = last + place < terms.n;
-  RowWindow window(last, withLastDigit);
-  if (terms.n > kWindow || firstKnown < window.First()) return false;
-  for (int j = 0; j <= row; ++j) {
-    if (!window.Add(ProductOf(a, b, j, k))) return false;
+  RowSums<kVectors> ends(sum.columns);
+  for (int j = 0; j <= sum.k - sum.firstRow; ++j) ends.Add(sum.Product(j));
+  for (int j = sum.firstRow; j <= sum.k && !sum.IsSquare(); ++j) ends.Add(sum.Product(j));
+  if (sum.IsSquare()) ends.Double();
+  RowDigits<kVectors> digits = ends.Digits();
+  static_assert(kRows == 8);
+  const __m512i steps = _mm512_setr_epi64(0, 8, 16, 24, 32, 40, 48, 56);
+  for (int v = 0; v < kVectors; ++v) {
+    const int first = digits.First(v);
+    const __m512i places = _mm512_add_epi64(steps, _mm512_set1_epi64(std::int64_t{first} * kRows));
+    const __m512i known =
+        _mm512_mask_i64gather_epi64(_mm512_setzero_si512(), LanesWithin(first, sum.columns), places,
+                                    sum.known, sizeof(std::int64_t));
+    digits.vectors[v] = _mm512_add_epi64(digits.vectors[v], known);
   }
-  for (int j = firstRow; j <= k && !isSquare; ++j) {
-    if (!window.Add(ProductOf(a, b, j, k))) return false;
+  const __m512i behind = _mm512_set1_epi64(sum.known[std::ptrdiff_t{sum.columns} * kRows]);
+  digits.behind = _mm512_add_epi64(digits.behind, behind);
+  return StoreDigits(digits, terms, sum.k, place);
+}
+
+}  // namespace
+
+bool RowsAhead::StoreFromRegisters(const WideTerms& a, const WideTerms& b, int k, WideTerms& terms,
+                                   int place) const
+{
+  const int row = k - firstRow;
+  const Unfinished sum{
+      a, b, k, firstRow, columns[static_cast<std::size_t>(row)], firstKnown, known.data() + row};
+  switch (VectorsFor(sum.ColumnsReached())) {
+    case 1:
+      return StoreInVectors<1>(sum, terms, place);
+    case 2:
+      return StoreInVectors<2>(sum, terms, place);
+    case 3:
+      return StoreInVectors<3>(sum, terms, place);
+    case 4:
+      return StoreInVectors<4>(sum, terms, place);
+    default:
+      return false;
   }
-  if (isSquare) window.Double();
-  const __m512i places = _mm512_add_epi64(_mm512_loadu_si512(&kPlacesOfLanes[kWindow]),
-                                          _mm512_set1_epi64(window.First()));
-  const __mmask8 there = _mm512_cmple_epu64_mask(places, _mm512_set1_epi64(last));
-  const __m512i inKnown = _mm512_mullo_epi64(places, _mm512_set1_epi64(kRows));
-  const __m512i others = _mm512_mask_i64gather_epi64(_mm512_setzero_si512(), there, inKnown,
-                                                     known.data() + row, sizeof(std::int64_t));
-  const std::int64_t behind =
-      withLastDigit ? 0 : known[static_cast<std::size_t>(last) * kRows + row];
-  return StoreDigits(window.Digits(others, behind), window.First() + place, terms, k);
 }
 
 #else
 
-bool RowsAhead::StoreInWindow(const WideTerms& /*a*/, const WideTerms& /*b*/, int /*k*/,
-                              WideTerms& /*terms*/, int /*place*/) const
+bool RowsAhead::StoreFromRegisters(const WideTerms& /*a*/, const WideTerms& /*b*/, int /*k*/,
+                                   WideTerms& /*terms*/, int /*place*/) const
 {
   return false;
 }

@@ -33,8 +33,8 @@ class RowsAhead {
              WideTerms& terms, int place) const;
 
  private:
-  bool StoreInWindow(const WideTerms& a, const WideTerms& b, int k, WideTerms& terms,
-                     int place) const;
+  bool StoreFromRegisters(const WideTerms& a, const WideTerms& b, int k, WideTerms& terms,
+                          int place) const;
 
   int firstRow = -1;
   Columns columns{};

@@ -97,6 +97,8 @@ void WideTerms::Prefetch(int k) const
   for (int i = 0; i < n; i += kInALine) __builtin_prefetch(row + i, 1);
   __builtin_prefetch(&leading[k], 1);
   if (tiles) tiles->Prefetch(k);
+  constexpr int kTerms = DigitPlanes::kTerms;
+  if (planes && k % kTerms == kTerms - 1) planes->Prefetch(k / kTerms);
 }
 
 void WideTerms::SetZero(int k, bool isExact)

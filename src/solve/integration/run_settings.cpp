@@ -16,7 +16,7 @@ constexpr double kMostDecimals = 1e9;
 constexpr int kLeastOrder = 12;
 /// What a step costs beside the sums of products is worth so many orders more, where they are no
 /// more than this part of the order.
-constexpr int kMostRaise = 48;
+constexpr int kMostRaise = 64;
 constexpr double kRaise = 0.6;
 /// The recurrences of quotients, roots and logarithms lose some bits with the order. Those of
 /// higher ones are taken only where numbers have room for them.

@@ -85,7 +85,7 @@ class StoredSums : public testing::TestWithParam<const ColumnKernel*> {
 TEST_P(StoredSums, OfProductsHaveTheSameDigits)
 {
   std::mt19937_64 random(20261124);
-  for (int n = 1; n <= 12; ++n) {
+  for (const int n : {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 15, 16, 17, 23, 24, 25, 31, 32, 33, 41}) {
     const auto digit = [&](int k, int i) -> std::int64_t {
       if (i < k / 4) return 0;
       return static_cast<std::int64_t>(random() % (2 * kLargest)) - kLargest;
@@ -101,7 +101,7 @@ TEST_P(StoredSums, OfProductsHaveTheSameDigits)
 // As far as digits can go, of either sign
 TEST_P(StoredSums, OfProductsAreExactForExtremeDigits)
 {
-  for (int n = 1; n <= 9; ++n) {
+  for (const int n : {1, 2, 6, 7, 8, 9, 15, 16, 25, 32, 33}) {
     for (const int sign : {1, -1}) {
       const WideTerms a = Filled(n, 300, [](int, int) { return kLargest; });
       const WideTerms b = Filled(n, 300, [&](int, int) { return sign * kLargest; });
@@ -124,7 +124,7 @@ TEST_P(StoredSums, OfRowsHaveTheSameDigits)
     if (i < k) return 0;
     return k % 2 == 0 ? kLargest : static_cast<std::int64_t>(random() % kLargest) - kLargest / 2;
   };
-  for (int n = 1; n <= 12; ++n) {
+  for (const int n : {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 15, 16, 17, 23, 24, 25, 31, 32, 33, 41}) {
     const WideTerms terms = Filled(n, 6, digit);
     const std::vector<double> x(n + 1, -static_cast<double>(kLargest));
     std::vector<RowProduct> products;
@@ -144,7 +144,7 @@ TEST_P(StoredSums, OfRowsHaveTheSameDigits)
 // A carry that goes on through digits that are as large as balanced ones can be
 TEST_P(StoredSums, OfRowsCarryAsFarAsNeeded)
 {
-  for (int n = 3; n <= 9; ++n) {
+  for (const int n : {3, 4, 7, 8, 9, 15, 16, 17, 24, 31, 32, 33}) {
     for (int end = 1; end < n; ++end) {
       for (const std::int64_t behind : {kLargest, -kLargest - 1}) {
         const auto digit = [&](int, int i) -> std::int64_t {
