@@ -286,7 +286,8 @@ bool TileSums::StoreInVectors(const Sums& sums, WideTerms& terms, int place) con
 {
   RowDigits<kVectors> stored;
   for (int v = 0; v < kVectors; ++v)
-    stored.vectors[v] = _mm512_loadu_si512(&sums[kLanes * (kVectors - 1 - v)]);
+    stored.vectors[v] =
+        _mm512_loadu_si512(&sums[std::size_t{kLanes} * static_cast<std::size_t>(kVectors - 1 - v)]);
   stored.end = firstColumn + kLanes * kVectors;
   stored.behind = _mm512_set1_epi64(reached == kLanes * kVectors ? sums[reached] : 0);
   return StoreDigits(stored, terms, k, place);

@@ -204,10 +204,9 @@ class RowSums {
   {
     const auto asked = static_cast<__mmask8>((1U << static_cast<unsigned>(reached)) - 1);
     const __m512d digits = _mm512_maskz_loadu_pd(asked, y);
-    const std::int64_t* places = &kPlacesOfLanes[static_cast<std::size_t>(reached)];
-    for (; x != xEnd; ++x, --places) {
-      const __m512d moved =
-          _mm512_permutex2var_pd(digits, _mm512_loadu_si512(places), _mm512_setzero_pd());
+    for (; x != xEnd; ++x, --reached) {
+      const __m512i places = _mm512_loadu_si512(&kPlacesOfLanes[static_cast<std::size_t>(reached)]);
+      const __m512d moved = _mm512_permutex2var_pd(digits, places, _mm512_setzero_pd());
       AddDigit<1>(_mm512_set1_pd(*x), moved, nullptr);
     }
   }
@@ -218,7 +217,7 @@ class RowSums {
                                                     const double* y, int reached)
   {
     for (; reached > kLanes * (kCount - 1) && x != xEnd; --reached, ++x) {
-      const double* const first = y + reached - kLanes * kCount;
+      const double* const first = y + reached - std::ptrdiff_t{kLanes} * kCount;
       const auto asked = static_cast<__mmask8>(0xff << (kLanes * kCount - reached));
       AddDigit<kCount>(_mm512_set1_pd(*x), _mm512_maskz_loadu_pd(asked, first), first);
     }
@@ -242,7 +241,8 @@ class RowSums {
   [[VARNO_AVX512, gnu::always_inline]] static __m512i Patterns(std::uint64_t count,
                                                                std::uint64_t pattern)
   {
-    return _mm512_set1_epi64(static_cast<long long>(count * pattern));
+    const std::uint64_t patterns = count * pattern;
+    return _mm512_set1_epi64(static_cast<long long>(patterns));
   }
 
   int end;
