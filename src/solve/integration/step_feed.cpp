@@ -11,18 +11,21 @@ namespace varno::solve {
 
 namespace {
 
-using std::chrono::milliseconds;
+using std::chrono::milliseconds, std::chrono::microseconds;
 
 /// So many steps may be ahead, and fewer where their series take much memory.
 constexpr double kMostAhead = 12;
 constexpr double kFewestAhead = 2;
 constexpr double kMostBytesAhead = 1 << 25;
-/// A waiting thread is called for each so many steps, or when so much time has passed: to wake it
-/// for each step would take longer than a short step.
+/// A waiting thread is called for each so many steps, or when so much time has passed: a call for
+/// each step would take longer than a short step.
 constexpr std::size_t kStepsPerCall = 6;
-constexpr milliseconds kTimePerCall{1};
+constexpr microseconds kTimePerCall{100};
 /// How often a waiting thread looks around by itself.
 constexpr milliseconds kLongestWait{10};
+/// So long whoever asks for steps looks for them without a pause before it sleeps: it may take a
+/// scheduler some milliseconds to wake it, which is as long as many a run.
+constexpr milliseconds kLongestLook{2};
 
 /// A series that takes more is a large part of a cache: a run that begins the same one again is
 /// faster by more than a copy of its states takes.
@@ -111,6 +114,7 @@ void StepFeed::Offer(const DenseStep& step)
   const bool isFull = offered.size() >= mostAhead;
   if (isFull || offered.size() % kStepsPerCall == 0 || now - latestCall > kTimePerCall) {
     latestCall = now;
+    isOffered = true;
     offers.notify_one();
   }
   while (offered.size() >= mostAhead) {
@@ -136,7 +140,7 @@ void StepFeed::Finish(std::exception_ptr reason)
 {
   const std::lock_guard lock(mutex);
   end = std::move(reason);
-  isFinished = true;
+  isFinished = isOffered = true;
   offers.notify_one();
 }
 
@@ -155,9 +159,16 @@ void StepFeed::Advance()
   ++taken;
 }
 
+void StepFeed::LookForOffer() const
+{
+  const auto end = std::chrono::steady_clock::now() + kLongestLook;
+  while (!isOffered && std::chrono::steady_clock::now() < end) std::this_thread::yield();
+}
+
 /// Waits until there are steps; throws what ended the run when there will be none.
 void StepFeed::TakeOffered()
 {
+  LookForOffer();
   std::unique_lock lock(mutex);
   while (offered.empty()) {
     if (isFinished) {
@@ -173,6 +184,7 @@ void StepFeed::TakeOffered()
   std::ranges::move(inHand, std::back_inserter(spent));
   inHand.clear();
   inHand.swap(offered);
+  isOffered = isFinished;
   taken = 0;
   room.notify_one();
 }

@@ -42,6 +42,7 @@ class StepFeed {
   void Offer(const DenseStep& step);
   DenseStep TakeSpent();
   void Finish(std::exception_ptr reason);
+  void LookForOffer() const;
   void TakeOffered();
 
   Moment reach;
@@ -64,6 +65,7 @@ class StepFeed {
   std::vector<DenseStep> spent;  // their memory is used again
   std::exception_ptr end;        // of the run, behind the steps offered
   bool isFinished = false;
+  std::atomic<bool> isOffered = false;  // whether there are steps, or none will come
   // Of the thread that makes them
   std::chrono::steady_clock::time_point latestCall;
   std::vector<DenseStep> spare;  // of those spent
