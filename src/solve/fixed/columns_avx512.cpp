@@ -273,10 +273,8 @@ bool TileSums::Store(WideTerms& terms, int place)
   }
   Sums sums;
   SumAll(sums);
-  const bool isStored = vectors == 1   ? StoreInVectors<1>(sums, terms, place)
-                        : vectors == 2 ? StoreInVectors<2>(sums, terms, place)
-                        : vectors == 3 ? StoreInVectors<3>(sums, terms, place)
-                                       : StoreInVectors<4>(sums, terms, place);
+  const bool isStored = ForVectors(
+      vectors, [&]<int kVectors>() { return StoreInVectors<kVectors>(sums, terms, place); });
   if (!isStored) AddToDigits(sums);
   return isStored;
 }
@@ -365,18 +363,15 @@ template <int kVectors>
   return StoreDigits(sums.Digits(), terms, k, place);
 }
 
-using StoreRowsFunction = bool (*)(const RowProduct*, int, int, WideTerms&, int, int);
-constexpr std::array<StoreRowsFunction, kMostVectors> kStoreRows = {
-    StoreRowsInVectors<1>, StoreRowsInVectors<2>, StoreRowsInVectors<3>, StoreRowsInVectors<4>};
-
 bool StoreRows(const RowProduct* products, int count, int columns, WideTerms& terms, int k,
                int place)
 {
   int reached = 0;
   for (int i = 0; i < count; ++i) reached = std::max(reached, columns - products[i].column);
-  const int vectors = VectorsFor(reached);
-  return (vectors <= kMostVectors &&
-          kStoreRows[vectors - 1](products, count, columns, terms, k, place)) ||
+  const auto store = [&]<int kVectors>() {
+    return StoreRowsInVectors<kVectors>(products, count, columns, terms, k, place);
+  };
+  return ForVectors(VectorsFor(reached), store) ||
          StoreRowsBy<SumRows>(products, count, columns, terms, k, place);
 }
 

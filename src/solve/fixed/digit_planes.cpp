@@ -9,7 +9,7 @@ void DigitPlanes::Reserve(int digitCount, int count)
 {
   n = digitCount;
   const std::ptrdiff_t eights = (count + kTerms - 1) / kTerms;
-  // An odd number of lines of a cache, and eight terms on one: planes do not fall on the same ones.
+  // An odd number of lines of a cache: planes do not fall on the same ones.
   stride = ((eights + 2) | 1) * kTerms;
   digits.assign(static_cast<std::size_t>((n + 1) * stride + kTerms), DigitTiles::kBias);
   const auto place = std::bit_cast<std::uintptr_t>(digits.data()) / sizeof(double);

@@ -32,6 +32,26 @@ inline int VectorsFor(int columns)
   return (std::max(1, columns) + kLanes - 1) / kLanes;
 }
 
+/// What a function template returns for so many vectors; false if they are more than registers
+/// hold.
+template <class Function>
+bool ForVectors(int vectors, const Function& function)
+{
+  static_assert(kMostVectors == 4);
+  switch (vectors) {
+    case 1:
+      return function.template operator()<1>();
+    case 2:
+      return function.template operator()<2>();
+    case 3:
+      return function.template operator()<3>();
+    case 4:
+      return function.template operator()<4>();
+    default:
+      return false;
+  }
+}
+
 inline constexpr __mmask8 kFirstLane = 0x01, kLastLane = 0x80;
 
 /// The lanes of which the places first + l are 0..count - 1
@@ -95,6 +115,7 @@ template <int kVectors>
   _mm512_storeu_pd(row, _mm512_maskz_permutexvar_pd(inside, lanes, _mm512_cvtepi64_pd(digits)));
 }
 
+/// The same of any number, of which digit c has the place c + `place`.
 template <int kVectors>
 [[VARNO_AVX512, gnu::always_inline]] inline void StoreRow(const RowDigits<kVectors>& digits,
                                                           int place, double* row, int n)
@@ -151,7 +172,7 @@ class RowSums {
     }
   }
 
-  /// Of the columns of which none is before the first lane.
+  /// None of its columns may be before that of the first lane.
   [[VARNO_AVX512, gnu::always_inline]] void Add(const RowProduct& product)
   {
     const int reached = end - product.column, rows = std::min(product.xCount, reached);

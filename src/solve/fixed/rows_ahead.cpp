@@ -371,18 +371,8 @@ bool RowsAhead::StoreFromRegisters(const WideTerms& a, const WideTerms& b, int k
   const int row = k - firstRow;
   const Unfinished sum{
       a, b, k, firstRow, columns[static_cast<std::size_t>(row)], firstKnown, known.data() + row};
-  switch (VectorsFor(sum.ColumnsReached())) {
-    case 1:
-      return StoreInVectors<1>(sum, terms, place);
-    case 2:
-      return StoreInVectors<2>(sum, terms, place);
-    case 3:
-      return StoreInVectors<3>(sum, terms, place);
-    case 4:
-      return StoreInVectors<4>(sum, terms, place);
-    default:
-      return false;
-  }
+  return ForVectors(VectorsFor(sum.ColumnsReached()),
+                    [&]<int kVectors>() { return StoreInVectors<kVectors>(sum, terms, place); });
 }
 
 #else
