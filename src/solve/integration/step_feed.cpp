@@ -161,8 +161,8 @@ void StepFeed::Advance()
 
 void StepFeed::LookForOffer() const
 {
-  const auto end = std::chrono::steady_clock::now() + kLongestLook;
-  while (!isOffered && std::chrono::steady_clock::now() < end) std::this_thread::yield();
+  const auto lookedEnough = std::chrono::steady_clock::now() + kLongestLook;
+  while (!isOffered && std::chrono::steady_clock::now() < lookedEnough) std::this_thread::yield();
 }
 
 /// Waits until there are steps; throws what ended the run when there will be none.
