@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "solve/number/exponent_range.h"
+#include "solve/team/start_elsewhere.h"
 
 namespace varno::solve {
 
@@ -74,7 +75,7 @@ void StepFeed::GoAhead()
   if (thread.joinable()) return;
   latest = run->Latest();
   std::unique_lock lock(mutex);
-  thread = std::thread([this] { MakeSteps(); });
+  thread = StartElsewhere([this] { MakeSteps(); });
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -6,6 +6,7 @@
 #include <mpfr.h>
 
 #include "solve/number/exponent_range.h"
+#include "solve/team/start_elsewhere.h"
 
 namespace varno::solve {
 
@@ -30,7 +31,7 @@ Team::Team(int memberCount)
   errors.resize(static_cast<std::size_t>(memberCount));
   try {
     for (int member = 1; member < memberCount; ++member)
-      threads.emplace_back([this, member] { Serve(member); });
+      threads.push_back(StartElsewhere([this, member] { Serve(member); }));
   } catch (...) {
     Dismiss();
     throw;
