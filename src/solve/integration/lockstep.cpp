@@ -13,7 +13,7 @@ namespace varno::solve {
 namespace {
 
 /// To start threads takes longer than many a run.
-constexpr std::chrono::microseconds kTimeBeforeThreads{200};
+constexpr std::chrono::microseconds kTimeBeforeThreads{100};
 /// With so many bits, or terms, a single step is long.
 constexpr mpfr_prec_t kBitsOfLongSteps = 2000;
 constexpr double kTermsOfLongSteps = 5000;

@@ -15,12 +15,12 @@ namespace {
 using std::chrono::milliseconds, std::chrono::microseconds;
 
 /// So many steps may be ahead, and fewer where their series take much memory.
-constexpr double kMostAhead = 12;
+constexpr double kMostAhead = 6;
 constexpr double kFewestAhead = 2;
 constexpr double kMostBytesAhead = 1 << 25;
 /// A waiting thread is called for each so many steps, or when so much time has passed: a call for
 /// each step would take longer than a short step.
-constexpr std::size_t kStepsPerCall = 6;
+constexpr std::size_t kStepsPerCall = 3;
 constexpr microseconds kTimePerCall{100};
 /// How often a waiting thread looks around by itself.
 constexpr milliseconds kLongestWait{10};
