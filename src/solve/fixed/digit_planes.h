@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory_resource>
 #include <vector>
 
 #include "solve/fixed/digit_tiles.h"
@@ -15,6 +16,11 @@ namespace varno::solve {
 class DigitPlanes {
  public:
   static constexpr int kTerms = DigitTiles::kTerms;
+
+  /// In this memory, which must outlive them.
+  explicit DigitPlanes(std::pmr::memory_resource* memory = std::pmr::get_default_resource())
+      : digits(memory), sums(memory)
+  {}
 
   /// For `count` terms of n digits; what was there is lost. Behind the others stands a digit n that
   /// is 0 in all terms.
@@ -43,8 +49,8 @@ class DigitPlanes {
   int n = 0;
   std::ptrdiff_t stride = 0;
   std::ptrdiff_t begin = 0;         // of the planes: eight terms are one line of a cache
-  std::vector<double> digits;       // by place and term
-  std::vector<std::uint64_t> sums;  // by eighth and place
+  std::pmr::vector<double> digits;       // by place and term
+  std::pmr::vector<std::uint64_t> sums;  // by eighth and place
   std::vector<int> leastLeading;
 };
 

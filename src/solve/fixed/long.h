@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory_resource>
 
 #include <gmpxx.h>
 #include <mpfr.h>
@@ -47,6 +48,8 @@ class LongArithmetic {
   /// The exponent of a series with terms below 2^log2.
   long ExponentFor(long log2) const { return log2 - TermBits(); }
 
+  /// A series, which has memory of its own.
+  static Terms TermsIn(std::pmr::memory_resource* /*memory*/) { return {}; }
   static void Reserve(Terms& terms, int count);
   static void Reset(Terms& terms, long leastExponent) { terms.Reset(leastExponent); }
   void Store(Terms& terms, int k, const Value& value) const;

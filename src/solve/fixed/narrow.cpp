@@ -35,6 +35,13 @@ inline void SetExactness(NarrowValue& value, const NarrowTerms& a, const NarrowT
 
 }  // namespace
 
+NarrowTerms NarrowArithmetic::TermsIn(std::pmr::memory_resource* memory)
+{
+  return {.high = std::pmr::vector<std::int64_t>(memory),
+          .low = std::pmr::vector<std::int64_t>(memory),
+          .exactZero = {}};
+}
+
 void NarrowArithmetic::Reserve(Terms& terms, int count)
 {
   if (static_cast<int>(terms.high.size()) >= count) return;

@@ -41,6 +41,8 @@ class NarrowArithmetic {
   /// The exponent of a series with terms below 2^log2.
   static long ExponentFor(long log2) { return log2 + 2; }
 
+  /// A series in this memory, which must outlive it.
+  static Terms TermsIn(std::pmr::memory_resource* memory);
   static void Reserve(Terms& terms, int count);
   static void Reset(Terms& terms, long leastExponent);
   /// Sets term 0 of a series that has been reset.

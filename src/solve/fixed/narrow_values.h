@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory_resource>
 #include <vector>
 
 #include "solve/fixed/int128.h"
@@ -34,7 +35,7 @@ struct NarrowFactor {
 /// |high| <= 2^59 and |low| <= 2^59. The exponent is chosen at the first term that is not zero and
 /// grows, while the terms there are shifted, when a term does not fit.
 struct NarrowTerms {
-  std::vector<std::int64_t> high, low;
+  std::pmr::vector<std::int64_t> high, low;
   /// Whether a term is 0, not merely too small to be seen.
   std::vector<std::uint8_t> exactZero;
   long exponent = 0;

@@ -72,6 +72,8 @@ class WideArithmetic {
   /// The exponent of a series with terms below 2^log2.
   static long ExponentFor(long log2);
 
+  /// A series in this memory, which must outlive it.
+  static Terms TermsIn(std::pmr::memory_resource* memory) { return Terms(memory); }
   void Reserve(Terms& terms, int count) const { terms.Reserve(n, count); }
   /// Of series whose sums of products will be asked for, again and again.
   void PrepareForProducts(Terms& terms) const

@@ -28,7 +28,7 @@ struct Sizes {
 /// By the first two digits of each term, or a unit where it has none.
 void SetSizes(Sizes& sizes, const WideTerms& terms, int first, std::size_t count)
 {
-  const int* const leading = terms.leading.data() + first;
+  const int* const leading = &terms.leading[first];
   const double* row = terms.Row(first);
   for (std::size_t k = 0; k < count; ++k, row += terms.stride) {
     const int i = leading[k];

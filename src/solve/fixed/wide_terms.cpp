@@ -1,6 +1,7 @@
 #include "solve/fixed/wide_terms.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace varno::solve {
 
@@ -8,11 +9,16 @@ void WideTerms::Reserve(int digitCount, int count)
 {
   if (n == digitCount && capacity >= count) return;
   n = digitCount;
+  if (count > capacity) {
+    auto longer = std::make_unique<int[]>(static_cast<std::size_t>(count));
+    std::fill(std::copy_n(leading.get(), capacity, longer.get()), longer.get() + count, n);
+    leading = std::move(longer);
+  }
   capacity = count;
   // Whole vectors of four: rows begin at the same place of one.
   stride = std::max(kLeastStride, (n + kZeros + 3) / 4 * 4);
-  rows.resize(static_cast<std::size_t>(count) * stride + std::size_t{2} * kZeros);
-  leading.resize(count, n);
+  const std::ptrdiff_t end = Place(count) + kZeros;
+  rows.resize(static_cast<std::size_t>((end + kDigitsOfLine - 1) / kDigitsOfLine));
   exactZero.resize(count);
   if (tiles) FillTiles();
   if (planes) FillPlanes();
@@ -32,7 +38,7 @@ void WideTerms::FillTiles()
 
 void WideTerms::KeepPlanes()
 {
-  planes = std::make_unique<DigitPlanes>();
+  planes = std::make_unique<DigitPlanes>(rows.get_allocator().resource());
   FillPlanes();
 }
 
@@ -61,7 +67,7 @@ void WideTerms::Set(int k, const std::int64_t* digits)
   while (first < n && digits[first] == 0) ++first;
   leading[k] = first;
   exactZero[k] = 0;
-  double* const row = &rows[Place(k)];
+  double* const row = MutableRow(k);
   for (int i = 0; i < n; ++i) row[i] = static_cast<double>(digits[i]);
   int end = n;
   while (end > used && digits[end - 1] == 0) --end;
@@ -105,7 +111,7 @@ void WideTerms::SetZero(int k, bool isExact)
 {
   leading[k] = n;
   exactZero[k] = isExact ? 1 : 0;
-  std::fill_n(&rows[Place(k)], n, 0.0);
+  std::fill_n(MutableRow(k), n, 0.0);
   SetAgain(k);
 }
 
@@ -130,10 +136,8 @@ WideTerms CopyOf(const WideTerms& terms, int count)
 {
   WideTerms copy;
   copy.Reserve(terms.n, count);
-  std::copy_n(terms.rows.begin(),
-              static_cast<std::ptrdiff_t>(count) * terms.stride + WideTerms::kZeros,
-              copy.rows.begin());
-  std::copy_n(terms.leading.begin(), count, copy.leading.begin());
+  std::copy_n(terms.Row(0), static_cast<std::ptrdiff_t>(count) * terms.stride, copy.MutableRow(0));
+  std::copy_n(terms.leading.get(), count, copy.leading.get());
   std::copy_n(terms.exactZero.begin(), count, copy.exactZero.begin());
   copy.used = terms.used;
   copy.exponent = terms.exponent;

