@@ -48,7 +48,7 @@ class DigitPlanes {
  private:
   int n = 0;
   std::ptrdiff_t stride = 0;
-  std::ptrdiff_t begin = 0;         // of the planes: eight terms are one line of a cache
+  std::ptrdiff_t begin = 0;              // of the planes: eight terms are one line of a cache
   std::pmr::vector<double> digits;       // by place and term
   std::pmr::vector<std::uint64_t> sums;  // by eighth and place
   std::vector<int> leastLeading;

@@ -1,11 +1,11 @@
 #include "solve/team/start_elsewhere.h"
 
 #include <latch>
+#include <pthread.h>
+#include <sched.h>
 #include <thread>
 
 #include <gtest/gtest.h>
-#include <pthread.h>
-#include <sched.h>
 
 namespace varno::solve {
 namespace {
