@@ -48,6 +48,8 @@ class LongArithmetic {
   /// The exponent of a series with terms below 2^log2.
   long ExponentFor(long log2) const { return log2 - TermBits(); }
 
+  /// None: its sums are made of blocks of orders.
+  static double BytesInUse(mpfr_prec_t /*bits*/, int /*order*/) { return 0; }
   /// A series, which has memory of its own.
   static Terms TermsIn(std::pmr::memory_resource* /*memory*/) { return {}; }
   static void Reserve(Terms& terms, int count);

@@ -79,6 +79,13 @@ void NarrowArithmetic::StoreApart(Terms& terms, int k, const Value& value)
   terms.hasLow |= terms.low[k] != 0;
 }
 
+bool NarrowArithmetic::Fits(const Terms& terms, const Value& value)
+{
+  if (!terms.started) return value.IsExactZero();
+  const long length = BitLength(value.mantissa);
+  return length == 0 || length + value.exponent - terms.exponent <= kTermBits;
+}
+
 /// A term before which all are 0 chooses the exponent.
 void NarrowArithmetic::StoreFirst(Terms& terms, int k, const Value& value)
 {

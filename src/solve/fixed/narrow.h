@@ -41,6 +41,9 @@ class NarrowArithmetic {
   /// The exponent of a series with terms below 2^log2.
   static long ExponentFor(long log2) { return log2 + 2; }
 
+  /// What a series has in use while its next terms are made, about: all terms, and what is
+  /// prepared.
+  static double BytesInUse(mpfr_prec_t /*bits*/, int order) { return 400 + 16.0 * order; }
   /// A series in this memory, which must outlive it.
   static Terms TermsIn(std::pmr::memory_resource* memory);
   static void Reserve(Terms& terms, int count);
@@ -48,6 +51,8 @@ class NarrowArithmetic {
   /// Sets term 0 of a series that has been reset.
   static void Start(Terms& terms, const Value& first);
   static void Store(Terms& terms, int k, const Value& value);
+  /// Whether that changes neither the exponent of the series nor whether it has one.
+  static bool Fits(const Terms& terms, const Value& value);
   static Value Load(const Terms& terms, int k);
   /// log2 of the terms from the first on; returns the largest.
   static double FindLogs(const Terms& terms, int first, std::span<double> logs)

@@ -346,6 +346,16 @@ void WideArithmetic<kMostDigits>::Store(Terms& terms, int k, const Value& value)
 }
 
 template <int kMostDigits>
+bool WideArithmetic<kMostDigits>::Fits(const Terms& terms, const Value& value)
+{
+  if (!terms.started) return value.IsExactZero();
+  if (value.isZero) return true;
+  int leading = 0;
+  while (value.digits[leading] == 0) ++leading;
+  return value.exponent - leading <= terms.exponent;
+}
+
+template <int kMostDigits>
 auto WideArithmetic<kMostDigits>::Load(const Terms& terms, int k) const -> Value
 {
   Value value;

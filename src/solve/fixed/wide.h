@@ -72,6 +72,12 @@ class WideArithmetic {
   /// The exponent of a series with terms below 2^log2.
   static long ExponentFor(long log2);
 
+  /// What a series has in use while its next terms are made, about: rows of the first and the
+  /// latest eight, planes of these, and what is summed ahead.
+  static double BytesInUse(mpfr_prec_t bits, int /*order*/)
+  {
+    return 600 + 280.0 * DigitsFor(bits);
+  }
   /// A series in this memory, which must outlive it.
   static Terms TermsIn(std::pmr::memory_resource* memory) { return Terms(memory); }
   void Reserve(Terms& terms, int count) const { terms.Reserve(n, count); }
@@ -89,6 +95,8 @@ class WideArithmetic {
   std::size_t BytesOfTile() const { return DigitTiles::BytesOfTile(n); }
   static void Reset(Terms& terms, long leastExponent) { terms.Reset(leastExponent); }
   void Store(Terms& terms, int k, const Value& value) const;
+  /// Whether that changes neither the exponent of the series nor whether it has one.
+  static bool Fits(const Terms& terms, const Value& value);
   Value Load(const Terms& terms, int k) const;
   /// log2 of the terms from the first on, and the largest of these.
   static double FindLogs(const Terms& terms, int first, std::span<double> logs)

@@ -42,6 +42,9 @@ class BlockRecurrences {
   void DropBits(double bits, std::span<const double> coarsest) { settled.DropBits(bits, coarsest); }
   /// Stores term k > 0 of the lines first..last-1 in their order, weighted ones, too.
   void StoreTerms(std::size_t first, std::size_t last, int k);
+  /// The same, as long as what is known of series beside their terms stays: else false, and not all
+  /// are stored.
+  bool StoreSteadyTerms(std::size_t first, std::size_t last, int k);
 
  private:
   using Value = typename Arithmetic::Value;
@@ -52,6 +55,8 @@ class BlockRecurrences {
 
   void CountProducts(int count);
   void StoreTerm(LineId id, int k);
+  bool StoreSteadyTerm(LineId id, int k);
+  bool StoreSteady(Terms& row, int k, const Value& value);
   void StoreAndNote(Terms& row, int k, const Value& value);
   void StoreWeighted(LineId id, int k);
   Value StateTerm(const Line& line, int k);
@@ -117,6 +122,38 @@ void BlockRecurrences<Arithmetic>::StoreTerm(LineId id, int k)
 {
   StoreAndNote(TermsOf(id), k,
                operands.leftOut[id] ? Value() : TermOf(operands.tape.lines[id], id, k));
+}
+
+template <class Arithmetic>
+bool BlockRecurrences<Arithmetic>::StoreSteadyTerms(std::size_t first, std::size_t last, int k)
+{
+  for (;; ++first) {
+    const std::size_t next = settled.StoreTerms(first, last, k);
+    CountProducts(static_cast<int>(next - first + 1) * (k + 1));
+    if (next == last) return true;
+    first = next;
+    if (!StoreSteadyTerm(lines[first], k)) return false;
+  }
+}
+
+template <class Arithmetic>
+bool BlockRecurrences<Arithmetic>::StoreSteadyTerm(LineId id, int k)
+{
+  Terms& row = TermsOf(id);
+  if (!StoreSteady(row, k, operands.leftOut[id] ? Value() : TermOf(operands.tape.lines[id], id, k)))
+    return false;
+  if (operands.weightedRows[id] == kNone) return true;
+  Value weighted = arithmetic.Load(row, k);
+  arithmetic.MultiplyBy(weighted, k);
+  return StoreSteady(Weighted(id), k, weighted);
+}
+
+template <class Arithmetic>
+bool BlockRecurrences<Arithmetic>::StoreSteady(Terms& row, int k, const Value& value)
+{
+  if (!arithmetic.Fits(row, value)) return false;
+  arithmetic.Store(row, k, value);
+  return true;
 }
 
 /// Stores a term; what is prepared for lines that are settled depends on exponents.

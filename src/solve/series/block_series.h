@@ -7,6 +7,7 @@
 #include <limits>
 #include <memory>
 #include <memory_resource>
+#include <optional>
 #include <span>
 #include <type_traits>
 #include <utility>
@@ -21,6 +22,7 @@
 #include "solve/series/block_sums.h"
 #include "solve/series/line_operands.h"
 #include "solve/series/line_schedule.h"
+#include "solve/series/line_waves.h"
 #include "solve/series/mpfr_series.h"
 #include "solve/series/multiplied_lines.h"
 #include "solve/series/weighted_lines.h"
@@ -46,8 +48,7 @@ class BlockSeries final : public Series {
                           kCancelledBitsPerOrder * std::min(usualOrder, kMostOrderCounted)),
         precise(tape, bits, 0, disturbed, poll),
         team(std::move(givenTeam)),
-        schedule(team ? LineSchedule(tape, bits, usualOrder, team->MemberCount())
-                      : LineSchedule(tape)),
+        schedule(ScheduleFor(usualOrder)),
         leftOut(tape.lines.size(), false),
         arithmetic(bits),
         logs(tape.lines.size()),
@@ -71,6 +72,7 @@ class BlockSeries final : public Series {
     for (int member = 0; member < schedule.MemberCount(); ++member)
       members.push_back(
           std::make_unique<Member>(Operands(), schedule.Lines(member), bits, PollOf(member, poll)));
+    PrepareWaves(usualOrder, poll);
     Reserve(usualOrder + 2);
     ConvertConstants();
   }
@@ -219,6 +221,9 @@ class BlockSeries final : public Series {
   /// By how many bits the second half of the terms may be larger than the first: rounding that is
   /// left of a cancellation stays about the same.
   static constexpr double kMostRiseBits = 8;
+  /// What lines of a wave have in use at a time stays in a cache of a processor's own, also a small
+  /// one; waves are for those of which all have more.
+  static constexpr double kBytesOfGroup = 400'000, kBytesForWaves = 1'200'000;
 
   /// What a member of the team makes terms with.
   struct Member {
@@ -253,12 +258,25 @@ class BlockSeries final : public Series {
   }
 
   void PrepareForProducts(int usualOrder);
+  double BytesInUse(int usualOrder) const
+  {
+    return static_cast<double>(tape.lines.size()) * Arithmetic::BytesInUse(bits, usualOrder);
+  }
+  LineSchedule ScheduleFor(int usualOrder) const;
+  void PrepareWaves(int usualOrder, const Poll& poll);
   void Reserve(int count);
   void ConvertConstants();
   void StartLines();
   bool StartLine(LineId id);
   void StartDivisor(LineId id, mpfr_ptr reciprocal);
   void ComputeTerms(int first, int last);
+  void MakeOrders(int first, int last);
+  /// Those first..last are still to be made, order after order.
+  struct OrdersLeft {
+    int first, last;
+  };
+  OrdersLeft MakeWaves(int first, int last);
+  bool AreSteady() const;
   void FindLogs(LineId id, int first, int last);
   Terms& Weighted(LineId line) { return weightedTerms[weightedRows[line]]; }
 
@@ -302,6 +320,8 @@ class BlockSeries final : public Series {
   std::vector<Factor> divisors;  // by line: the reciprocal of what its terms divide by
   std::atomic<std::int64_t> arrangement = 0;
   std::vector<std::unique_ptr<Member>> members;
+  std::optional<LineWaves> waves;  // where more terms are in use than a cache holds
+  std::unique_ptr<Member> rest;    // for what waves leave to one member
   mutable std::vector<double> resolutions;
   std::vector<double> sizes;  // by line: log2 of the largest term
   mutable int resolvedOrder = -1;

@@ -35,6 +35,35 @@ void BlockSeries<Arithmetic>::PrepareForProducts(int usualOrder)
   }
 }
 
+/// Where there are waves, lines stand in levels, in each of which neighbours are side by side.
+template <class Arithmetic>
+LineSchedule BlockSeries<Arithmetic>::ScheduleFor(int usualOrder) const
+{
+  if (team != nullptr) return LineSchedule(tape, bits, usualOrder, team->MemberCount());
+  if (BytesInUse(usualOrder) < kBytesForWaves) return LineSchedule(tape);
+  return LineSchedule(tape, bits, usualOrder, 1);
+}
+
+template <class Arithmetic>
+void BlockSeries<Arithmetic>::PrepareWaves(int usualOrder, const Poll& poll)
+{
+  // Tiles may hold no more terms of a factor than a sum takes.
+  const auto keepsTiles = [](const Terms& row) {
+    if constexpr (requires { row.tiles; }) return row.tiles != nullptr;
+    return false;
+  };
+  if (BytesInUse(usualOrder) < kBytesForWaves || std::ranges::any_of(terms, keepsTiles) ||
+      std::ranges::any_of(weightedTerms, keepsTiles))
+    return;
+  const double bytesOfLine = Arithmetic::BytesInUse(bits, usualOrder);
+  waves.emplace(tape, schedule, static_cast<std::size_t>(kBytesOfGroup / bytesOfLine));
+  if (!waves->IsWorthwhile()) {
+    waves.reset();
+  } else if (!waves->RestLines().empty()) {
+    rest = std::make_unique<Member>(Operands(), waves->RestLines(), bits, PollOf(0, poll));
+  }
+}
+
 template <class Arithmetic>
 void BlockSeries<Arithmetic>::Reserve(int count)
 {
@@ -65,11 +94,15 @@ void BlockSeries<Arithmetic>::StartLines()
 {
   isStarted = true;
   Reserve(1);
+  const auto begin = [this](BlockRecurrences<Arithmetic>& recurrences) {
+    recurrences.Begin(scaleExponent, isBackwards);
+    if constexpr (Arithmetic::kDropsDigits) recurrences.DropBits(rise, coarsest);
+  };
+  if (rest != nullptr) begin(rest->recurrences);
   std::atomic<bool> fits = true;
-  Together(1, [this, &fits](int number, std::size_t) {
+  Together(1, [this, &begin, &fits](int number, std::size_t) {
     Member& member = *members[static_cast<std::size_t>(number)];
-    member.recurrences.Begin(scaleExponent, isBackwards);
-    if constexpr (Arithmetic::kDropsDigits) member.recurrences.DropBits(rise, coarsest);
+    begin(member.recurrences);
     for (const LineId id : schedule.Lines(number)) {
       if (!StartLine(id)) fits = false;
       if (!leftOut[id]) StartDivisor(id, member.reciprocal);
@@ -153,6 +186,25 @@ void BlockSeries<Arithmetic>::StartDivisor(LineId id, mpfr_ptr reciprocal)
 template <class Arithmetic>
 void BlockSeries<Arithmetic>::ComputeTerms(int first, int last)
 {
+  int k = first;
+  if constexpr (!kIsRelaxed<Arithmetic>) {
+    // Lines are steady after an order or two, mostly, and again after a wave that was not finished.
+    while (waves && k <= last) {
+      const OrdersLeft left = AreSteady() ? MakeWaves(k, last) : OrdersLeft{k, k};
+      if (left.first <= left.last) MakeOrders(left.first, left.last);
+      k = left.last + 1;
+    }
+  }
+  if (k <= last) MakeOrders(k, last);
+  Together(1, [&](int member, std::size_t) {
+    for (const LineId id : schedule.Lines(member)) FindLogs(id, first, last);
+  });
+}
+
+/// Order after order of all lines.
+template <class Arithmetic>
+void BlockSeries<Arithmetic>::MakeOrders(int first, int last)
+{
   const std::size_t phases = schedule.PhaseCount();
   const std::size_t rounds = phases * static_cast<std::size_t>(last - first + 1);
   Together(rounds, [&](int member, std::size_t round) {
@@ -160,9 +212,58 @@ void BlockSeries<Arithmetic>::ComputeTerms(int first, int last)
     const int k = first + static_cast<int>(round / phases);
     members[static_cast<std::size_t>(member)]->recurrences.StoreTerms(
         schedule.Begin(member, phase), schedule.End(member, phase), k);
-    if (round + 1 < rounds) return;
-    for (const LineId id : schedule.Lines(member)) FindLogs(id, first, last);
   });
+}
+
+/// Makes terms of steady lines by waves, up to one in which an exponent changes: what that has made
+/// is to be made anew, order after order, as far as where it stopped.
+///
+/// In a wave operands may have more terms than a line reads. That is nothing to the line as long as
+/// exponents stay.
+template <class Arithmetic>
+auto BlockSeries<Arithmetic>::MakeWaves(int first, int last) -> OrdersLeft
+{
+  const std::size_t phases = rest == nullptr ? 1 : 2;
+  const int orders = last - first + 1;
+  const int count = (orders + LineWaves::kOrders - 1) / LineWaves::kOrders;
+  std::atomic<int> unfinished = last + 1;        // the first order of that wave
+  std::vector<int> stops(members.size(), last);  // by member: where it stopped in that
+  Together(phases * static_cast<std::size_t>(count), [&](int number, std::size_t round) {
+    const int wave = static_cast<int>(round / phases);
+    const int begin = first + orders * wave / count, end = first + orders * (wave + 1) / count;
+    const auto member = static_cast<std::size_t>(number);
+    const auto make = [&](Member& with, std::span<const LineWaves::Stretch> stretches) {
+      for (const auto& [firstLine, lastLine, order] : stretches) {
+        if (unfinished <= begin) return;
+        const int k = begin + order;
+        if (k >= end || with.recurrences.StoreSteadyTerms(firstLine, lastLine, k)) continue;
+        unfinished = begin;
+        stops[member] = k;
+      }
+    };
+    if (round % phases == 0) {
+      make(*members[member], waves->Stretches(number));
+    } else if (number == 0) {
+      make(*rest, waves->Rest());
+    }
+  });
+  if (unfinished > last) return {last + 1, last};
+  return {unfinished, std::ranges::min(stops)};
+}
+
+/// Whether nothing but exponents can change in what further terms find of their operands.
+template <class Arithmetic>
+bool BlockSeries<Arithmetic>::AreSteady() const
+{
+  const auto isSteady = [](const Terms& row) { return !row.started || row.inexact; };
+  for (LineId id = 0; id < tape.lines.size(); ++id) {
+    const LineKind kind = tape.lines[id].kind;
+    if (leftOut[id] || kind == LineKind::kConstant || kind == LineKind::kTime) continue;
+    const std::uint32_t weighted = weightedRows[id];
+    if (!isSteady(terms[id]) || (weighted != kNone && !isSteady(weightedTerms[weighted])))
+      return false;
+  }
+  return true;
 }
 
 /// The logs of the terms first..last, and the largest of all.

@@ -5,6 +5,7 @@
 
 #include "solve/fixed/columns.h"
 #include "solve/fixed/narrow.h"
+#include "solve/series/line_places.h"
 #include "solve/tape/below.h"
 
 namespace varno::solve {
@@ -81,31 +82,6 @@ std::vector<std::vector<LineId>> Levels(const Tape& tape)
   return levels;
 }
 
-/// Numbers by which the lines stand in a row, each near to those that it is made of: what it costs
-/// most to share is terms that another processor has just written.
-///
-/// The states begin in their order. That each goes to the middle of its neighbours, again and
-/// again, leaves of this what varies most slowly from neighbour to neighbour.
-std::vector<double> Places(const Tape& tape)
-{
-  constexpr int kPasses = 12;
-  std::vector<double> places(tape.lines.size(), 0);
-  std::iota(places.begin(),
-            places.begin() + static_cast<std::ptrdiff_t>(tape.rightHandSides.size()), 0.0);
-  for (int pass = 0; pass < kPasses; ++pass) {
-    for (LineId id = 0; id < tape.lines.size(); ++id) {
-      const bool isState = tape.lines[id].kind == LineKind::kState;
-      if (isState && pass == 0) continue;
-      const std::vector<LineId> operands = Operands(tape, id);
-      double sum = isState ? places[id] : 0;
-      for (const LineId operand : operands) sum += places[operand];
-      const std::size_t count = operands.size() + (isState ? 1 : 0);
-      if (count > 0) places[id] = sum / static_cast<double>(count);
-    }
-  }
-  return places;
-}
-
 }  // namespace
 
 LineSchedule::LineSchedule(const Tape& tape) : members(1)
@@ -120,7 +96,7 @@ LineSchedule::LineSchedule(const Tape& tape, mpfr_prec_t bits, int order, int me
 {
   const std::vector<double> costs = Costs(tape, bits, order);
   bool isShared = true;  // what the phase that is not ended yet holds
-  const std::vector<double> places = Places(tape);
+  const std::vector<double> places = LinePlaces(tape);
   for (std::vector<LineId>& level : Levels(tape)) {
     double cost = 0;
     for (const LineId id : level) cost += costs[id];

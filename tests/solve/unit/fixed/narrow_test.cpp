@@ -97,6 +97,26 @@ TEST(Narrow, StoresToNearest)
   }
 }
 
+// What fits leaves the exponent as it is; and what does not changes it, or is next to that.
+TEST(Narrow, TellsWhatFits)
+{
+  for (const Int128 mantissa : Mantissas()) {
+    for (const long exponent : {-200L, -61L, -9L, 0L, 1L, 2L, 3L, 7L, 52L, 90L}) {
+      NarrowTerms terms = RowFromOne();
+      const NarrowValue value = ValueOf(mantissa, exponent);
+      const bool fits = NarrowArithmetic::Fits(terms, value);
+      EXPECT_EQ(fits, abs(Exact(value)) < 4) << Exact(value).get_str();
+      NarrowArithmetic::Store(terms, 1, value);
+      EXPECT_TRUE(!fits || terms.exponent == 3);
+    }
+  }
+  NarrowTerms none;
+  NarrowArithmetic::Reserve(none, 1);
+  NarrowArithmetic::Reset(none, 0);
+  EXPECT_TRUE(NarrowArithmetic::Fits(none, NarrowValue()));
+  EXPECT_FALSE(NarrowArithmetic::Fits(none, ValueOf(1, 0)));
+}
+
 TEST(Narrow, MultipliesByWholeNumbers)
 {
   for (const Int128 mantissa : Mantissas()) {

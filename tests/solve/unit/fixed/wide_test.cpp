@@ -52,5 +52,34 @@ TEST(WideArithmetic, GivesNumbersOfAllDigits)
   }
 }
 
+// What fits leaves the exponent as it is, and what does not changes it.
+TEST(WideArithmetic, TellsWhatFits)
+{
+  constexpr int kDigits = 4;
+  const WideArithmetic<8> arithmetic(kDigits, kIntegerColumns);
+  WideValue<8> value;
+  value.digits.fill(0);
+  value.isZero = false;
+  for (int leading = 0; leading <= kDigits; ++leading) {
+    value.digits.fill(0);
+    value.digits[static_cast<std::size_t>(leading)] = 5;
+    for (long exponent = -3; exponent <= 6; ++exponent) {
+      WideTerms terms;
+      terms.Reserve(kDigits, 2);
+      terms.started = true;
+      terms.exponent = 2;
+      value.exponent = exponent;
+      const bool fits = WideArithmetic<8>::Fits(terms, value);
+      EXPECT_EQ(fits, exponent - leading <= 2);
+      arithmetic.Store(terms, 1, value);
+      EXPECT_EQ(terms.exponent == 2, fits);
+    }
+  }
+  WideTerms none;
+  none.Reserve(kDigits, 1);
+  EXPECT_FALSE(WideArithmetic<8>::Fits(none, value));
+  EXPECT_TRUE(WideArithmetic<8>::Fits(none, WideValue<8>()));
+}
+
 }  // namespace
 }  // namespace varno::solve

@@ -1,0 +1,146 @@
+#include "solve/series/line_waves.h"
+
+#include <algorithm>
+#include <iterator>
+#include <numeric>
+#include <utility>
+
+#include "solve/series/line_places.h"
+#include "solve/tape/below.h"
+
+namespace varno::solve {
+
+namespace {
+
+/// So many groups of lines at most: to find out what each can do takes time.
+constexpr std::size_t kMostGroups = 256;
+/// No more than this part of all lines may wait for others at a time, or be left to one member.
+constexpr double kMostWaiting = 0.25;
+
+/// By line, which lines it is made of, all in one list.
+class OperandLists {
+ public:
+  explicit OperandLists(const Tape& tape)
+  {
+    for (LineId id = 0; id < tape.lines.size(); ++id) {
+      begins.push_back(operands.size());
+      for (const LineId operand : Operands(tape, id)) operands.push_back(operand);
+    }
+    begins.push_back(operands.size());
+  }
+
+  std::span<const LineId> Of(LineId id) const
+  {
+    return std::span(operands).subspan(begins[id], begins[id + 1] - begins[id]);
+  }
+
+ private:
+  std::vector<std::size_t> begins;
+  std::vector<LineId> operands;
+};
+
+/// The group of each line, by its place among all.
+std::vector<std::uint32_t> GroupsOf(const Tape& tape, std::size_t linesAtOnce)
+{
+  const std::vector<double> places = LinePlaces(tape);
+  std::vector<LineId> sorted(tape.lines.size());
+  std::iota(sorted.begin(), sorted.end(), LineId{0});
+  std::ranges::stable_sort(sorted, {}, [&places](LineId id) { return places[id]; });
+  const std::size_t size = std::max(linesAtOnce, sorted.size() / kMostGroups + 1);
+  std::vector<std::uint32_t> groups(sorted.size());
+  for (std::size_t i = 0; i < sorted.size(); ++i)
+    groups[sorted[i]] = static_cast<std::uint32_t>(i / size);
+  return groups;
+}
+
+/// How many terms of a wave each line has.
+class Progress {
+ public:
+  Progress(const OperandLists& operands, const std::vector<std::uint32_t>& groups)
+      : operands(operands), groups(groups), made(groups.size(), 0)
+  {}
+
+  /// Makes what can be made of these lines, which are in an order in which they may be made.
+  std::vector<LineWaves::Stretch> Make(std::span<const LineId> lines);
+  bool IsDone(LineId id) const { return made[id] == LineWaves::kOrders; }
+  /// Takes over what is made of these lines.
+  void Join(const Progress& other, std::span<const LineId> lines)
+  {
+    for (const LineId id : lines) made[id] = other.made[id];
+  }
+  /// The most lines that waited for others.
+  std::size_t MostWaiting() const { return mostWaiting; }
+
+ private:
+  bool IsReady(LineId id, int order) const;
+
+  const OperandLists& operands;
+  const std::vector<std::uint32_t>& groups;
+  std::vector<std::uint8_t> made;
+  std::size_t mostWaiting = 0;
+};
+
+/// A line reads term k of lines that the tape has before it, term k - 1 of others.
+bool Progress::IsReady(LineId id, int order) const
+{
+  return std::ranges::all_of(operands.Of(id), [&](LineId operand) {
+    return made[operand] >= (operand < id ? order + 1 : order);
+  });
+}
+
+std::vector<LineWaves::Stretch> Progress::Make(std::span<const LineId> lines)
+{
+  std::vector<std::vector<std::uint32_t>> places;  // by group
+  for (std::uint32_t place = 0; place < lines.size(); ++place) {
+    const std::uint32_t group = groups[lines[place]];
+    if (places.size() <= group) places.resize(group + std::size_t{1});
+    places[group].push_back(place);
+  }
+  std::vector<LineWaves::Stretch> stretches;
+  std::vector<std::uint32_t> waiting;
+  for (const std::vector<std::uint32_t>& ofGroup : places) {
+    std::vector<std::uint32_t> active;
+    std::ranges::merge(waiting, ofGroup, std::back_inserter(active));
+    for (int order = 0; order < LineWaves::kOrders; ++order) {
+      for (const std::uint32_t place : active) {
+        const LineId id = lines[place];
+        if (made[id] != order || !IsReady(id, order)) continue;
+        ++made[id];
+        if (!stretches.empty() && stretches.back().order == order &&
+            stretches.back().last == place) {
+          ++stretches.back().last;
+        } else {
+          stretches.push_back({place, place + 1, order});
+        }
+      }
+    }
+    std::erase_if(active, [&](std::uint32_t place) { return IsDone(lines[place]); });
+    waiting = std::move(active);
+    mostWaiting = std::max(mostWaiting, waiting.size());
+  }
+  return stretches;
+}
+
+}  // namespace
+
+LineWaves::LineWaves(const Tape& tape, const LineSchedule& schedule, std::size_t linesAtOnce)
+{
+  const OperandLists operands(tape);
+  const std::vector<std::uint32_t> groups = GroupsOf(tape, linesAtOnce);
+  Progress all(operands, groups);
+  std::size_t mostWaiting = 0;
+  for (int member = 0; member < schedule.MemberCount(); ++member) {
+    Progress own(operands, groups);
+    members.push_back(own.Make(schedule.Lines(member)));
+    all.Join(own, schedule.Lines(member));
+    mostWaiting = std::max(mostWaiting, own.MostWaiting());
+  }
+  for (LineId id = 0; id < tape.lines.size(); ++id) {
+    if (!all.IsDone(id)) restLines.push_back(id);
+  }
+  rest = all.Make(restLines);
+  const auto most = kMostWaiting * static_cast<double>(tape.lines.size());
+  isWorthwhile = static_cast<double>(std::max(mostWaiting, restLines.size())) <= most;
+}
+
+}  // namespace varno::solve
