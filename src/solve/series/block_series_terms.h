@@ -233,9 +233,9 @@ auto BlockSeries<Arithmetic>::MakeWaves(int first, int last) -> OrdersLeft
     const int begin = first + orders * wave / count, end = first + orders * (wave + 1) / count;
     const auto member = static_cast<std::size_t>(number);
     const auto make = [&](Member& with, std::span<const LineWaves::Stretch> stretches) {
-      for (const auto& [firstLine, lastLine, order] : stretches) {
+      for (const auto& [firstLine, lastLine, inWave] : stretches) {
         if (unfinished <= begin) return;
-        const int k = begin + order;
+        const int k = begin + inWave;
         if (k >= end || with.recurrences.StoreSteadyTerms(firstLine, lastLine, k)) continue;
         unfinished = begin;
         stops[member] = k;
