@@ -14,8 +14,9 @@ namespace {
 
 /// So many groups of lines at most: to find out what each can do takes time.
 constexpr std::size_t kMostGroups = 256;
-/// No more than this part of all lines may wait for others at a time, or be left to one member.
-constexpr double kMostWaiting = 0.25;
+/// No more than this part of all lines may wait for others at a time; and be left to one member,
+/// who sums ahead for them once more while the others wait.
+constexpr double kMostWaiting = 0.25, kMostRest = 1.0 / 32;
 
 /// By line, which lines it is made of, all in one list.
 class OperandLists {
@@ -139,8 +140,9 @@ LineWaves::LineWaves(const Tape& tape, const LineSchedule& schedule, std::size_t
     if (!all.IsDone(id)) restLines.push_back(id);
   }
   rest = all.Make(restLines);
-  const auto most = kMostWaiting * static_cast<double>(tape.lines.size());
-  isWorthwhile = static_cast<double>(std::max(mostWaiting, restLines.size())) <= most;
+  const auto lines = static_cast<double>(tape.lines.size());
+  isWorthwhile = static_cast<double>(mostWaiting) <= kMostWaiting * lines &&
+                 static_cast<double>(restLines.size()) <= kMostRest * lines;
 }
 
 }  // namespace varno::solve

@@ -73,7 +73,6 @@ TEST(LineWaves, MakeEachTermWhenWhatItReadsIsThere)
   for (const int members : {1, 2, 3}) {
     const LineSchedule schedule(tape, 108, 27, members);
     const LineWaves waves(tape, schedule, 100);
-    EXPECT_TRUE(waves.IsWorthwhile());
     Made all(tape.lines.size(), 0);
     for (int member = 0; member < members; ++member) {
       // Without what others make meanwhile.
@@ -86,10 +85,15 @@ TEST(LineWaves, MakeEachTermWhenWhatItReadsIsThere)
   }
 }
 
-TEST(LineWaves, LeaveOneMemberNothing)
+TEST(LineWaves, LeaveLittleForOneMember)
 {
+  const Tape large = Ring(8000);
+  EXPECT_TRUE(LineWaves(large, LineSchedule(large, 108, 27, 2), 100).IsWorthwhile());
+  // What stands between two members is as much in a small system.
   const Tape tape = Ring(400);
+  EXPECT_FALSE(LineWaves(tape, LineSchedule(tape, 108, 27, 2), 100).IsWorthwhile());
   const LineWaves waves(tape, LineSchedule(tape, 108, 27, 1), 100);
+  EXPECT_TRUE(waves.IsWorthwhile());
   EXPECT_TRUE(waves.RestLines().empty());
   EXPECT_TRUE(waves.Rest().empty());
 }
