@@ -57,9 +57,13 @@ std::vector<std::uint32_t> GroupsOf(const Tape& tape, std::size_t linesAtOnce)
 /// How many terms of a wave each line has.
 class Progress {
  public:
-  Progress(const OperandLists& operands, const std::vector<std::uint32_t>& groups)
-      : operands(operands), groups(groups), made(groups.size(), 0)
-  {}
+  /// Of all lines; what others than these are doing is not known.
+  Progress(const OperandLists& operands, const std::vector<std::uint32_t>& groups,
+           std::span<const LineId> known)
+      : operands(operands), groups(groups), isKnown(groups.size(), false), made(groups.size(), 0)
+  {
+    for (const LineId id : known) isKnown[id] = true;
+  }
 
   /// Makes what can be made of these lines, which are in an order in which they may be made.
   std::vector<LineWaves::Stretch> Make(std::span<const LineId> lines);
@@ -77,15 +81,17 @@ class Progress {
 
   const OperandLists& operands;
   const std::vector<std::uint32_t>& groups;
+  std::vector<bool> isKnown;
   std::vector<std::uint8_t> made;
   std::size_t mostWaiting = 0;
 };
 
-/// A line reads term k of lines that the tape has before it, term k - 1 of others.
+/// A line reads term k of lines that the tape has before it, term k - 1 of others: nothing of those
+/// that another thread is setting terms of.
 bool Progress::IsReady(LineId id, int order) const
 {
   return std::ranges::all_of(operands.Of(id), [&](LineId operand) {
-    return made[operand] >= (operand < id ? order + 1 : order);
+    return isKnown[operand] && made[operand] >= (operand < id ? order + 1 : order);
   });
 }
 
@@ -128,21 +134,22 @@ LineWaves::LineWaves(const Tape& tape, const LineSchedule& schedule, std::size_t
 {
   const OperandLists operands(tape);
   const std::vector<std::uint32_t> groups = GroupsOf(tape, linesAtOnce);
-  Progress all(operands, groups);
+  std::vector<LineId> lines(tape.lines.size());
+  std::iota(lines.begin(), lines.end(), LineId{0});
+  Progress all(operands, groups, lines);
   std::size_t mostWaiting = 0;
   for (int member = 0; member < schedule.MemberCount(); ++member) {
-    Progress own(operands, groups);
+    Progress own(operands, groups, schedule.Lines(member));
     members.push_back(own.Make(schedule.Lines(member)));
     all.Join(own, schedule.Lines(member));
     mostWaiting = std::max(mostWaiting, own.MostWaiting());
   }
-  for (LineId id = 0; id < tape.lines.size(); ++id) {
-    if (!all.IsDone(id)) restLines.push_back(id);
-  }
+  std::ranges::copy_if(lines, std::back_inserter(restLines),
+                       [&all](LineId id) { return !all.IsDone(id); });
   rest = all.Make(restLines);
-  const auto lines = static_cast<double>(tape.lines.size());
-  isWorthwhile = static_cast<double>(mostWaiting) <= kMostWaiting * lines &&
-                 static_cast<double>(restLines.size()) <= kMostRest * lines;
+  const auto count = static_cast<double>(lines.size());
+  isWorthwhile = static_cast<double>(mostWaiting) <= kMostWaiting * count &&
+                 static_cast<double>(restLines.size()) <= kMostRest * count;
 }
 
 }  // namespace varno::solve

@@ -48,17 +48,20 @@ Tape AllWithAll(int count)
 using Made = std::vector<int>;
 
 /// Makes terms as the stretches say; each must be the next one of its line, and what it reads be
-/// there. Returns the most lines that have some of their terms, but not all, at a time.
+/// there, in lines that are not being set by others. Returns the most lines that have some of their
+/// terms, but not all, at a time.
 int Make(Made& made, const Tape& tape, std::span<const LineId> lines,
-         std::span<const LineWaves::Stretch> stretches)
+         std::span<const LineWaves::Stretch> stretches, const std::vector<bool>& areOthers = {})
 {
   int begun = 0, mostBegun = 0;
   for (const auto& [first, last, order] : stretches) {
     for (std::uint32_t i = first; i < last; ++i) {
       const LineId id = lines[i];
       EXPECT_EQ(made[id], order);
-      for (const LineId operand : Operands(tape, id))
+      for (const LineId operand : Operands(tape, id)) {
         EXPECT_GE(made[operand], operand < id ? order + 1 : order) << id << " reads " << operand;
+        EXPECT_FALSE(!areOthers.empty() && areOthers[operand]) << id << " reads " << operand;
+      }
       if (++made[id] == 1) ++begun;
       if (made[id] == LineWaves::kOrders) --begun;
       mostBegun = std::max(mostBegun, begun);
@@ -77,7 +80,9 @@ TEST(LineWaves, MakeEachTermWhenWhatItReadsIsThere)
     for (int member = 0; member < members; ++member) {
       // Without what others make meanwhile.
       Made own(tape.lines.size(), 0);
-      Make(own, tape, schedule.Lines(member), waves.Stretches(member));
+      std::vector<bool> areOthers(tape.lines.size(), true);
+      for (const LineId id : schedule.Lines(member)) areOthers[id] = false;
+      Make(own, tape, schedule.Lines(member), waves.Stretches(member), areOthers);
       for (const LineId id : schedule.Lines(member)) all[id] = own[id];
     }
     Make(all, tape, waves.RestLines(), waves.Rest());
