@@ -39,7 +39,7 @@ NarrowTerms NarrowArithmetic::TermsIn(std::pmr::memory_resource* memory)
 {
   return {.high = std::pmr::vector<std::int64_t>(memory),
           .low = std::pmr::vector<std::int64_t>(memory),
-          .exactZero = {}};
+          .exactZero = std::pmr::vector<std::uint8_t>(memory)};
 }
 
 void NarrowArithmetic::Reserve(Terms& terms, int count)

@@ -37,7 +37,7 @@ struct NarrowFactor {
 struct NarrowTerms {
   std::pmr::vector<std::int64_t> high, low;
   /// Whether a term is 0, not merely too small to be seen.
-  std::vector<std::uint8_t> exactZero;
+  std::pmr::vector<std::uint8_t> exactZero;
   long exponent = 0;
   /// Where the exponent begins at least, from what is known of the series.
   long leastExponent = 0;

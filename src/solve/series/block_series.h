@@ -51,7 +51,6 @@ class BlockSeries final : public Series {
         schedule(ScheduleFor(usualOrder)),
         leftOut(tape.lines.size(), false),
         arithmetic(bits),
-        logs(tape.lines.size()),
         largest(tape.lines.size(), kUnknown),
         divisors(tape.lines.size()),
         resolutions(tape.lines.size()),
@@ -60,7 +59,11 @@ class BlockSeries final : public Series {
     if constexpr (kIsRelaxed<Arithmetic>) convolutions.resize(tape.lines.size());
     if constexpr (Arithmetic::kDropsDigits) coarsest.assign(tape.lines.size(), -kInfinity);
     terms.reserve(tape.lines.size());
-    while (terms.size() < tape.lines.size()) terms.push_back(arithmetic.TermsIn(&memory));
+    logs.reserve(tape.lines.size());
+    while (terms.size() < tape.lines.size()) {
+      terms.push_back(arithmetic.TermsIn(&memory));
+      logs.emplace_back(&memory);
+    }
     const std::vector<bool> weighted = LinesNeedingWeights(tape);
     weightedRows.assign(weighted.size(), kNone);
     for (LineId id = 0; id < weighted.size(); ++id) {
@@ -275,7 +278,8 @@ class BlockSeries final : public Series {
   struct OrdersLeft {
     int first, last;
   };
-  OrdersLeft MakeWaves(int first, int last);
+  OrdersLeft MakeWaves(int first, int unlogged, int last);
+  void ForgetSizesFrom(int behind);
   bool AreSteady() const;
   void FindLogs(LineId id, int first, int last);
   Terms& Weighted(LineId line) { return weightedTerms[weightedRows[line]]; }
@@ -307,9 +311,9 @@ class BlockSeries final : public Series {
   LineSchedule schedule;
   std::vector<bool> leftOut;  // by line
   Arithmetic arithmetic;
-  std::pmr::monotonic_buffer_resource memory{LargePages()};  // of the terms
+  std::pmr::monotonic_buffer_resource memory{LargePages()};  // of terms and logs
   std::vector<Terms> terms;
-  std::vector<std::vector<double>> logs;    // by line: log2 of its terms
+  std::vector<std::pmr::vector<double>> logs;  // by line: log2 of its terms
   std::vector<std::uint32_t> weightedRows;  // kNone where a line needs none
   std::vector<Terms> weightedTerms;         // j times term j
   std::vector<Factor> constants;            // by constant
@@ -321,7 +325,7 @@ class BlockSeries final : public Series {
   std::atomic<std::int64_t> arrangement = 0;
   std::vector<std::unique_ptr<Member>> members;
   std::optional<LineWaves> waves;  // where more terms are in use than a cache holds
-  std::unique_ptr<Member> rest;    // for what waves leave to one member
+  std::vector<std::unique_ptr<Member>> rests;  // by member: for what waves leave to it; or none
   mutable std::vector<double> resolutions;
   std::vector<double> sizes;  // by line: log2 of the largest term
   mutable int resolvedOrder = -1;

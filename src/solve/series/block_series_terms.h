@@ -59,9 +59,11 @@ void BlockSeries<Arithmetic>::PrepareWaves(int usualOrder, const Poll& poll)
   waves.emplace(tape, schedule, static_cast<std::size_t>(kBytesOfGroup / bytesOfLine));
   if (!waves->IsWorthwhile()) {
     waves.reset();
-  } else if (!waves->RestLines().empty()) {
-    rest = std::make_unique<Member>(Operands(), waves->RestLines(), bits, PollOf(0, poll));
+    return;
   }
+  for (int member = 0; waves->HasRest() && member < schedule.MemberCount(); ++member)
+    rests.push_back(std::make_unique<Member>(Operands(), waves->RestLines(member), bits,
+                                             PollOf(member, poll)));
 }
 
 template <class Arithmetic>
@@ -73,7 +75,7 @@ void BlockSeries<Arithmetic>::Reserve(int count)
   for (Terms& row : terms) arithmetic.Reserve(row, reserved);
   for (Terms& row : weightedTerms) arithmetic.Reserve(row, reserved);
   Operands().Rearrange();
-  for (std::vector<double>& row : logs) row.resize(static_cast<std::size_t>(reserved));
+  for (std::pmr::vector<double>& row : logs) row.resize(static_cast<std::size_t>(reserved));
 }
 
 template <class Arithmetic>
@@ -98,11 +100,11 @@ void BlockSeries<Arithmetic>::StartLines()
     recurrences.Begin(scaleExponent, isBackwards);
     if constexpr (Arithmetic::kDropsDigits) recurrences.DropBits(rise, coarsest);
   };
-  if (rest != nullptr) begin(rest->recurrences);
   std::atomic<bool> fits = true;
   Together(1, [this, &begin, &fits](int number, std::size_t) {
     Member& member = *members[static_cast<std::size_t>(number)];
     begin(member.recurrences);
+    if (!rests.empty()) begin(rests[static_cast<std::size_t>(number)]->recurrences);
     for (const LineId id : schedule.Lines(number)) {
       if (!StartLine(id)) fits = false;
       if (!leftOut[id]) StartDivisor(id, member.reciprocal);
@@ -186,18 +188,20 @@ void BlockSeries<Arithmetic>::StartDivisor(LineId id, mpfr_ptr reciprocal)
 template <class Arithmetic>
 void BlockSeries<Arithmetic>::ComputeTerms(int first, int last)
 {
-  int k = first;
+  int k = first, unlogged = first;  // the first order without logs
   if constexpr (!kIsRelaxed<Arithmetic>) {
     // Lines are steady after an order or two, mostly, and again after a wave that was not finished.
     while (waves && k <= last) {
-      const OrdersLeft left = AreSteady() ? MakeWaves(k, last) : OrdersLeft{k, k};
+      const OrdersLeft left = AreSteady() ? MakeWaves(k, unlogged, last) : OrdersLeft{k, k};
+      if (left.first > k) unlogged = left.first;
       if (left.first <= left.last) MakeOrders(left.first, left.last);
       k = left.last + 1;
     }
   }
   if (k <= last) MakeOrders(k, last);
+  if (unlogged > last) return;
   Together(1, [&](int member, std::size_t) {
-    for (const LineId id : schedule.Lines(member)) FindLogs(id, first, last);
+    for (const LineId id : schedule.Lines(member)) FindLogs(id, unlogged, last);
   });
 }
 
@@ -216,14 +220,15 @@ void BlockSeries<Arithmetic>::MakeOrders(int first, int last)
 }
 
 /// Makes terms of steady lines by waves, up to one in which an exponent changes: what that has made
-/// is to be made anew, order after order, as far as where it stopped.
+/// is to be made anew, order after order, as far as where it stopped. Finds their logs while they are
+/// at hand, those of `unlogged` and later orders below `first`, too, unless the first wave stops.
 ///
 /// In a wave operands may have more terms than a line reads. That is nothing to the line as long as
 /// exponents stay.
 template <class Arithmetic>
-auto BlockSeries<Arithmetic>::MakeWaves(int first, int last) -> OrdersLeft
+auto BlockSeries<Arithmetic>::MakeWaves(int first, int unlogged, int last) -> OrdersLeft
 {
-  const std::size_t phases = rest == nullptr ? 1 : 2;
+  const std::size_t phases = rests.empty() ? 1 : 2;
   const int orders = last - first + 1;
   const int count = (orders + LineWaves::kOrders - 1) / LineWaves::kOrders;
   std::atomic<int> unfinished = last + 1;        // the first order of that wave
@@ -232,23 +237,39 @@ auto BlockSeries<Arithmetic>::MakeWaves(int first, int last) -> OrdersLeft
     const int wave = static_cast<int>(round / phases);
     const int begin = first + orders * wave / count, end = first + orders * (wave + 1) / count;
     const auto member = static_cast<std::size_t>(number);
-    const auto make = [&](Member& with, std::span<const LineWaves::Stretch> stretches) {
+    const auto make = [&](Member& with, std::span<const LineId> lines,
+                          std::span<const LineWaves::Stretch> stretches) {
       for (const auto& [firstLine, lastLine, inWave] : stretches) {
         if (unfinished <= begin) return;
         const int k = begin + inWave;
-        if (k >= end || with.recurrences.StoreSteadyTerms(firstLine, lastLine, k)) continue;
-        unfinished = begin;
-        stops[member] = k;
+        if (k >= end) continue;
+        if (!with.recurrences.StoreSteadyTerms(firstLine, lastLine, k)) {
+          unfinished = begin;
+          stops[member] = k;
+        } else if (k == end - 1) {
+          for (const LineId id : lines.subspan(firstLine, lastLine - firstLine))
+            FindLogs(id, wave == 0 ? unlogged : begin, k);
+        }
       }
     };
     if (round % phases == 0) {
-      make(*members[member], waves->Stretches(number));
-    } else if (number == 0) {
-      make(*rest, waves->Rest());
+      make(*members[member], schedule.Lines(number), waves->Stretches(number));
+    } else {
+      make(*rests[member], waves->RestLines(number), waves->Rest(number));
     }
   });
-  if (unfinished > last) return {last + 1, last};
-  return {unfinished, std::ranges::min(stops)};
+  const int left = unfinished;
+  if (left > last) return {last + 1, last};
+  ForgetSizesFrom(left > first ? left : unlogged);
+  return {left, std::ranges::min(stops)};
+}
+
+/// Has `sizes` be those of the terms below this order.
+template <class Arithmetic>
+void BlockSeries<Arithmetic>::ForgetSizesFrom(int behind)
+{
+  for (LineId id = 0; id < tape.lines.size(); ++id)
+    sizes[id] = std::ranges::max(std::span(logs[id]).first(static_cast<std::size_t>(behind)));
 }
 
 /// Whether nothing but exponents can change in what further terms find of their operands.

@@ -14,9 +14,11 @@ namespace {
 
 /// So many groups of lines at most: to find out what each can do takes time.
 constexpr std::size_t kMostGroups = 256;
-/// No more than this part of all lines may wait for others at a time; and be left to one member,
-/// who sums ahead for them once more while the others wait.
-constexpr double kMostWaiting = 0.25, kMostRest = 1.0 / 32;
+/// No more than this part of all lines may wait for others at a time.
+constexpr double kMostWaiting = 0.25;
+/// No more may be left to a member than this part of its lines: they are summed ahead for once more,
+/// and waves of two members save a quarter of their time.
+constexpr double kMostRest = 1.0 / 3;
 
 /// By line, which lines it is made of, all in one list.
 class OperandLists {
@@ -128,28 +130,81 @@ std::vector<LineWaves::Stretch> Progress::Make(std::span<const LineId> lines)
   return stretches;
 }
 
+/// Cuts lines into parts, none of which reads another one.
+std::vector<std::vector<LineId>> Parts(const OperandLists& operands,
+                                       const std::vector<LineId>& lines, std::size_t lineCount)
+{
+  // Each points to another line of its part, and the first one of a part to itself.
+  std::vector<LineId> firsts(lineCount, kNone);
+  for (const LineId id : lines) firsts[id] = id;
+  const auto firstOf = [&firsts](LineId id) {
+    while (firsts[id] != id) id = firsts[id] = firsts[firsts[id]];
+    return id;
+  };
+  for (const LineId id : lines) {
+    for (const LineId operand : operands.Of(id)) {
+      if (firsts[operand] == kNone) continue;
+      const auto [first, second] = std::minmax({firstOf(id), firstOf(operand)});
+      firsts[second] = first;
+    }
+  }
+  std::vector<std::size_t> numbers(lineCount);
+  std::vector<std::vector<LineId>> parts;
+  for (const LineId id : lines) {
+    const LineId first = firstOf(id);
+    if (first == id) {
+      numbers[id] = parts.size();
+      parts.emplace_back();
+    }
+    parts[numbers[first]].push_back(id);
+  }
+  return parts;
+}
+
 }  // namespace
 
 LineWaves::LineWaves(const Tape& tape, const LineSchedule& schedule, std::size_t linesAtOnce)
+    : members(static_cast<std::size_t>(schedule.MemberCount()))
 {
   const OperandLists operands(tape);
   const std::vector<std::uint32_t> groups = GroupsOf(tape, linesAtOnce);
   std::vector<LineId> lines(tape.lines.size());
   std::iota(lines.begin(), lines.end(), LineId{0});
   Progress all(operands, groups, lines);
-  std::size_t mostWaiting = 0;
-  for (int member = 0; member < schedule.MemberCount(); ++member) {
-    Progress own(operands, groups, schedule.Lines(member));
-    members.push_back(own.Make(schedule.Lines(member)));
-    all.Join(own, schedule.Lines(member));
+  std::size_t mostWaiting = 0, mostRest = 0;
+  for (int number = 0; number < schedule.MemberCount(); ++number) {
+    Progress own(operands, groups, schedule.Lines(number));
+    members[static_cast<std::size_t>(number)].stretches = own.Make(schedule.Lines(number));
+    all.Join(own, schedule.Lines(number));
     mostWaiting = std::max(mostWaiting, own.MostWaiting());
   }
-  std::ranges::copy_if(lines, std::back_inserter(restLines),
-                       [&all](LineId id) { return !all.IsDone(id); });
-  rest = all.Make(restLines);
-  const auto count = static_cast<double>(lines.size());
+  std::erase_if(lines, [&all](LineId id) { return all.IsDone(id); });
+  ShareRest(Parts(operands, lines, tape.lines.size()));
+  for (Member& member : members) {
+    member.rest = all.Make(member.restLines);
+    mostRest = std::max(mostRest, member.restLines.size());
+  }
+  const auto count = static_cast<double>(tape.lines.size());
+  const double countOfMember = count / static_cast<double>(members.size());
   isWorthwhile = static_cast<double>(mostWaiting) <= kMostWaiting * count &&
-                 static_cast<double>(restLines.size()) <= kMostRest * count;
+                 static_cast<double>(mostRest) <= kMostRest * countOfMember;
+}
+
+/// Gives each part to the member that has the least.
+void LineWaves::ShareRest(std::vector<std::vector<LineId>> parts)
+{
+  std::ranges::stable_sort(parts, std::ranges::greater(), &std::vector<LineId>::size);
+  for (const std::vector<LineId>& part : parts) {
+    Member& least = *std::ranges::min_element(
+        members, {}, [](const Member& member) { return member.restLines.size(); });
+    least.restLines.insert(least.restLines.end(), part.begin(), part.end());
+  }
+  for (Member& member : members) std::ranges::sort(member.restLines);
+}
+
+bool LineWaves::HasRest() const
+{
+  return std::ranges::any_of(members, [](const Member& member) { return !member.rest.empty(); });
 }
 
 }  // namespace varno::solve

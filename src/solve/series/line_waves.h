@@ -19,7 +19,7 @@ namespace varno::solve {
 class LineWaves {
  public:
   /// The orders of a wave; fewer are its first ones.
-  static constexpr int kOrders = 16;
+  static constexpr int kOrders = 24;
   /// Lines first..last-1 of a list, and the order of their terms in the wave.
   struct Stretch {
     std::uint32_t first, last;
@@ -31,21 +31,25 @@ class LineWaves {
 
   /// What a member makes of its lines (LineSchedule::Lines) without terms of a wave that others
   /// make, one stretch after the other.
-  std::span<const Stretch> Stretches(int member) const
-  {
-    return members[static_cast<std::size_t>(member)];
-  }
-  /// What is left when all members have done this: terms of these lines, in these stretches of
-  /// them.
-  std::span<const LineId> RestLines() const { return restLines; }
-  std::span<const Stretch> Rest() const { return rest; }
+  std::span<const Stretch> Stretches(int member) const { return Of(member).stretches; }
+  /// What is left to a member when all have done this: terms of these lines, in these stretches of
+  /// them. They read nothing that is left to another one.
+  std::span<const LineId> RestLines(int member) const { return Of(member).restLines; }
+  std::span<const Stretch> Rest(int member) const { return Of(member).rest; }
+  bool HasRest() const;
   /// Whether few lines have to wait.
   bool IsWorthwhile() const { return isWorthwhile; }
 
  private:
-  std::vector<std::vector<Stretch>> members;
-  std::vector<LineId> restLines;
-  std::vector<Stretch> rest;
+  struct Member {
+    std::vector<Stretch> stretches;
+    std::vector<LineId> restLines;
+    std::vector<Stretch> rest;
+  };
+  const Member& Of(int member) const { return members[static_cast<std::size_t>(member)]; }
+  void ShareRest(std::vector<std::vector<LineId>> parts);
+
+  std::vector<Member> members;
   bool isWorthwhile = true;
 };
 

@@ -8,6 +8,8 @@ namespace {
 
 /// Jobs with fewer rounds may be anything.
 constexpr std::size_t kLeastRounds = 16;
+/// A sample that takes less may be of rounds in which there was nothing to do.
+constexpr double kLeastSeconds = 2e-5;
 /// After so many jobs together the sample of one alone tells anew how long that takes.
 constexpr int kJobsTogether = 64;
 /// Where it did not pay, so many jobs are done alone, twice as many each time.
@@ -24,7 +26,7 @@ void Pace::Go(Way newWay, int jobs)
 void Pace::Took(std::size_t rounds, double seconds)
 {
   if (timedRounds == 0 && rounds >= kLeastRounds) timedRounds = rounds;
-  if (rounds != timedRounds) return;
+  if (rounds != timedRounds || seconds < kLeastSeconds) return;
   --jobsLeft;
   if (way != Way::kTogether) {
     secondsAlone = seconds;

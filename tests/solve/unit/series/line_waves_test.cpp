@@ -85,22 +85,43 @@ TEST(LineWaves, MakeEachTermWhenWhatItReadsIsThere)
       Make(own, tape, schedule.Lines(member), waves.Stretches(member), areOthers);
       for (const LineId id : schedule.Lines(member)) all[id] = own[id];
     }
-    Make(all, tape, waves.RestLines(), waves.Rest());
+    std::vector<int> owners(tape.lines.size(), -1);
+    for (int member = 0; member < members; ++member) {
+      for (const LineId id : waves.RestLines(member)) owners[id] = member;
+    }
+    for (int member = 0; member < members; ++member) {
+      std::vector<bool> areOthers(tape.lines.size());
+      for (LineId id = 0; id < owners.size(); ++id)
+        areOthers[id] = owners[id] >= 0 && owners[id] != member;
+      Make(all, tape, waves.RestLines(member), waves.Rest(member), areOthers);
+    }
     EXPECT_EQ(all, Made(tape.lines.size(), LineWaves::kOrders)) << members;
+    EXPECT_EQ(waves.HasRest(), members > 1);
   }
 }
 
-TEST(LineWaves, LeaveLittleForOneMember)
+TEST(LineWaves, ShareWhatIsLeft)
 {
-  const Tape large = Ring(8000);
+  // Between two members of a ring there are two places, far from each other.
+  const Tape tape = Ring(400);
+  const LineWaves waves(tape, LineSchedule(tape, 108, 27, 2), 100);
+  const auto linesOfCell = static_cast<double>(tape.lines.size()) / 400;
+  for (const int member : {0, 1})
+    EXPECT_NEAR(static_cast<double>(waves.RestLines(member).size()),
+                2 * LineWaves::kOrders * linesOfCell, 2 * linesOfCell);
+}
+
+TEST(LineWaves, LeaveLittleBehind)
+{
+  const Tape large = Ring(1000);
   EXPECT_TRUE(LineWaves(large, LineSchedule(large, 108, 27, 2), 100).IsWorthwhile());
   // What stands between two members is as much in a small system.
-  const Tape tape = Ring(400);
+  const Tape tape = Ring(250);
   EXPECT_FALSE(LineWaves(tape, LineSchedule(tape, 108, 27, 2), 100).IsWorthwhile());
   const LineWaves waves(tape, LineSchedule(tape, 108, 27, 1), 100);
   EXPECT_TRUE(waves.IsWorthwhile());
-  EXPECT_TRUE(waves.RestLines().empty());
-  EXPECT_TRUE(waves.Rest().empty());
+  EXPECT_TRUE(waves.RestLines(0).empty());
+  EXPECT_FALSE(waves.HasRest());
 }
 
 TEST(LineWaves, HaveFewLinesInUseAtATime)

@@ -43,6 +43,12 @@ TEST(Pace, TimesAPartOfEachJob)
   EXPECT_EQ(Pace::FirstOfSample(1), Pace::BehindSample(1));
 }
 
+TEST(Pace, LearnsNothingFromRoundsWithNothingToDo)
+{
+  Pace pace;
+  EXPECT_EQ(JobsTogether(pace, 100, 2e-6, 1e-6), 100);
+}
+
 TEST(Pace, FollowsWhatElseTheMachineDoes)
 {
   Pace pace;
