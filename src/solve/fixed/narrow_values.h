@@ -50,6 +50,16 @@ struct NarrowTerms {
   bool IsSettled() const { return started && inexact; }
 };
 
+/// Has the first `count` terms come from the memory while other work is done.
+inline void SendFor(const NarrowTerms& terms, int count)
+{
+  constexpr int kInACacheLine = 8;
+  for (int k = 0; k < count; k += kInACacheLine) {
+    __builtin_prefetch(&terms.high[static_cast<std::size_t>(k)]);
+    __builtin_prefetch(&terms.low[static_cast<std::size_t>(k)]);
+  }
+}
+
 /// The first `count` terms of a series.
 inline NarrowTerms CopyOf(const NarrowTerms& terms, int count)
 {

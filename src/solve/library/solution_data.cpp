@@ -4,7 +4,10 @@
 #include <cmath>
 #include <span>
 #include <stdexcept>
+#include <string>
+#include <string_view>
 #include <thread>
+#include <unordered_map>
 #include <utility>
 
 #include <fmt/format.h>
@@ -76,12 +79,14 @@ void Solution::Implementation::ChooseColumns()
   if (options.columns.empty()) {
     for (const Column& column : model.columns) options.columns.push_back(column.name);
   }
+  std::unordered_map<std::string_view, const Column*> byName;
+  for (const Column& column : model.columns) byName.emplace(column.name, &column);
   for (const std::string& name : options.columns) {
-    const auto column = std::ranges::find(model.columns, name, &Column::name);
-    if (column == model.columns.end())
+    const auto found = byName.find(name);
+    if (found == byName.end())
       throw InputError(fmt::format("--columns: there is no column '{}'", name));
     names.push_back(name);
-    columns.push_back(column->value);
+    columns.push_back(found->second->value);
   }
   if (!options.period) return;
   periodSearch.emplace(options.digits);

@@ -227,6 +227,8 @@ class BlockSeries final : public Series {
   /// What lines of a wave have in use at a time stays in a cache of a processor's own, also a small
   /// one; waves are for those of which all have more.
   static constexpr double kBytesOfGroup = 400'000, kBytesForWaves = 1'200'000;
+  /// Terms of a state are sent for while so many before it are summed.
+  static constexpr std::size_t kStatesAhead = 2;
 
   /// What a member of the team makes terms with.
   struct Member {
@@ -294,7 +296,12 @@ class BlockSeries final : public Series {
   {
     const auto visitAll = [&](int member, std::size_t first, std::size_t last) {
       BlockSums<Arithmetic>& sums = members[static_cast<std::size_t>(member)]->sums;
-      for (std::size_t state = first; state < last; ++state) visit(state, sums);
+      for (std::size_t state = first; state < last; ++state) {
+        if constexpr (kIsNarrow) {
+          if (state + kStatesAhead < last) SendFor(terms[state + kStatesAhead], order + 1);
+        }
+        visit(state, sums);
+      }
     };
     ForEachStretch(team.get(), tape.rightHandSides.size(), visitAll);
   }
