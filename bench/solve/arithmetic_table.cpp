@@ -10,65 +10,20 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <string>
 #include <string_view>
 #include <vector>
 
 #include <gmpxx.h>
 
 #include "bench/cpu_clock.h"
-#include "solve/evaluation/evaluator.h"
+#include "bench/solve/integrations.h"
 #include "solve/evaluation/size.h"
-#include "solve/integration/run.h"
-#include "solve/language/parse.h"
-#include "solve/model/build_model.h"
-#include "solve/tape/compile.h"
 
 namespace varno::solve {
 namespace {
 
-/// Digits more than asked for, as runs begin with.
-constexpr int kSpareDigits = 7;
-/// Those of the run that errors are measured with.
+/// Digits more, of the run that errors are measured with.
 constexpr int kReferenceDigits = 25;
-constexpr double kLeastSeconds = 0.3;
-constexpr int kMostRepetitions = 50;
-
-struct Problem {
-  std::string name, text, to;
-};
-
-/// The Brusselator with diffusion along a line: u and v in 50 cells, 1 and 3 at both ends.
-std::string BrusselatorLine()
-{
-  constexpr int kCells = 50;
-  std::string text;
-  const auto cell = [](const char* name, int i, const char* edge) {
-    return i == 0 || i > kCells ? std::string(edge) : name + std::to_string(i);
-  };
-  for (int i = 1; i <= kCells; ++i) {
-    const std::string u = cell("u", i, ""), v = cell("v", i, "");
-    const auto spread = [&](const char* name, const char* edge) {
-      return " + 2601/50*(" + cell(name, i - 1, edge) + " - 2*" + cell(name, i, edge) + " + " +
-             cell(name, i + 1, edge) + ")";
-    };
-    text += u + "' = 1 + " + u + "^2*" + v + " - 4*" + u + spread("u", "1") + " & 1 + sin(2*pi*" +
-            std::to_string(i) + "/51);\n";
-    text += v + "' = 3*" + u + " - " + u + "^2*" + v + spread("v", "3") + " & 3;\n";
-  }
-  return text;
-}
-
-std::vector<Problem> Problems()
-{
-  return {
-      {"lorenz", "x' = 10*(y - x) & 1; y' = x*(28 - z) - y & 1; z' = x*y - 8/3*z & 1;", "10"},
-      {"kepler", "x'' = -x/r^3; y'' = -y/r^3; x(0) = 1/2; y'(0) = sqrt(3); r = sqrt(x^2 + y^2);",
-       "3927/125"},  // five periods of 2 pi
-      {"brusselator", BrusselatorLine(), "1"},
-      {"pendulum", "a'' = -sin(a); a(0) = 2;", "20"},
-  };
-}
 
 /// The products of terms 0..p in the recurrence of a line.
 double Products(const Tape& tape, const Line& line, double p)
@@ -132,35 +87,14 @@ double SecondsOfProduct(mpfr_prec_t bits)
   return least / (kTerms * kRounds);
 }
 
-struct Outcome {
-  std::vector<Real> states;
-  double seconds;
-  double products = 0;
-  std::int64_t steps;
-  int order;
-  mpfr_prec_t bits;
-};
-
-Outcome Integrate(const Model& model, const Tape& tape, const Moment& end, int digits)
+/// The products of a run with steps of these orders.
+double Products(const Tape& tape, const std::vector<int>& orders)
 {
-  const RunSettings settings = SettingsFor(digits + kSpareDigits, digits + kSpareDigits);
-  std::vector<Real> start;
-  for (const State& state : model.states)
-    start.push_back(EvaluateConstant(model.graph, state.start, settings.bits));
   double products = 0;
-  const double begin = CpuSeconds();
-  Run run(tape, settings, Moment(Rational(0)), std::move(start), end);
-  std::vector<int> orders;
-  while (run.IsBehind(end)) {
-    run.Step();
-    orders.push_back(run.Order());
-  }
-  std::vector<Real> states = run.StatesAt(end);
-  const double seconds = CpuSeconds() - begin;
   for (const int order : orders) {
     for (const Line& line : tape.lines) products += Products(tape, line, order);
   }
-  return {std::move(states), seconds, products, run.Steps(), run.Order(), run.Bits()};
+  return products;
 }
 
 /// Right digits of the worst state.
@@ -177,27 +111,17 @@ double RightDigits(const std::vector<Real>& states, const std::vector<Real>& exa
 
 void Measure(const Problem& problem, int digits)
 {
-  Sources sources;
-  Diagnostics diagnostics;
-  const std::uint32_t source = sources.Add(problem.name, problem.text);
-  const Model model =
-      BuildModel(ParseProblem(sources, source, diagnostics), {}, sources, diagnostics);
-  const Tape tape = Compile(model);
-  const Moment end{Rational(problem.to)};
-
-  Outcome best = Integrate(model, tape, end, digits);
-  double total = best.seconds;
-  for (int i = 1; i < kMostRepetitions && total < kLeastSeconds; ++i) {
-    const Outcome again = Integrate(model, tape, end, digits);
-    total += again.seconds;
-    best.seconds = std::min(best.seconds, again.seconds);
-  }
-  const double c = best.products * SecondsOfProduct(best.bits);
-  const Outcome reference = Integrate(model, tape, end, digits + kReferenceDigits);
-  std::printf("| %s | %d | %lld | %d | %ld | %.3g | %.2f ms | %.2f ms | %.2f | %.1f |\n",
-              problem.name.c_str(), digits, static_cast<long long>(best.steps), best.order,
-              static_cast<long>(best.bits), best.products, 1e3 * best.seconds, 1e3 * c,
-              best.seconds / c, RightDigits(best.states, reference.states));
+  const CompiledProblem compiled(problem);
+  const RunSettings settings = SettingsForDigits(digits);
+  const Integration run(compiled, problem.to, settings),
+      reference(compiled, problem.to, SettingsForDigits(digits + kReferenceDigits));
+  const double seconds = LeastSeconds(compiled, problem.to, settings);
+  const double products = Products(compiled.tape, run.orders);
+  const double c = products * SecondsOfProduct(run.bits);
+  std::printf("| %s | %d | %zu | %d | %ld | %.3g | %.2f ms | %.2f ms | %.2f | %.1f |\n",
+              problem.name.c_str(), digits, run.orders.size(), run.lastOrder,
+              static_cast<long>(run.bits), products, 1e3 * seconds, 1e3 * c, seconds / c,
+              RightDigits(run.states, reference.states));
   std::fflush(stdout);
 }
 
