@@ -8,9 +8,10 @@ namespace varno::solve::quick {
 
 namespace {
 
-/// The tolerance of the first run is above what it rounds by, and less than what it is moved by.
-constexpr RunSettings kFirst{.toleranceBits = 60, .order = 20, .disturbed = true};
-constexpr RunSettings kSecond{.toleranceBits = 63, .order = 24, .disturbed = false};
+/// The tolerance of the first run is above what it rounds by, and less than what it is moved by. The
+/// orders are a third above those with the least products: most of a term is not in these.
+constexpr RunSettings kFirst{.toleranceBits = 60, .order = 28, .disturbed = true};
+constexpr RunSettings kSecond{.toleranceBits = 63, .order = 32, .disturbed = false};
 /// The runs may be off by so many times their difference.
 constexpr Number kApartFactor = 8;
 /// Units of the last bit that both may be off by, at first and for each step.
