@@ -56,6 +56,12 @@ class LineTerms {
   void FindSizes();
 
   std::span<const Number> Of(LineId line) const { return {terms.data() + line * stride, stride}; }
+  /// Those of the first lines, one after the other.
+  std::span<const Number> OfFirst(std::size_t lines) const
+  {
+    return {terms.data(), lines * stride};
+  }
+  std::size_t TermCount() const { return stride; }
   Number Size(LineId line) const { return sizes[line]; }
   int Order() const { return order; }
 

@@ -8,8 +8,8 @@ namespace varno::solve::quick {
 
 namespace {
 
-/// The tolerance of the first run is above what it rounds by, and less than what it is moved by. The
-/// orders are a third above those with the least products: most of a term is not in these.
+/// The tolerance of the first run is above what it rounds by, and less than what it is moved by.
+/// The orders are a third above those with the least products: most of a term is not in these.
 constexpr RunSettings kFirst{.toleranceBits = 60, .order = 28, .disturbed = true};
 constexpr RunSettings kSecond{.toleranceBits = 63, .order = 32, .disturbed = false};
 /// The runs may be off by so many times their difference.
@@ -17,11 +17,16 @@ constexpr Number kApartFactor = 8;
 /// Units of the last bit that both may be off by, at first and for each step.
 constexpr Number kCommonUnits = 16, kCommonUnitsOfStep = 8;
 constexpr std::int64_t kMostSteps = 5000;
+/// To start a thread takes as long as some steps: it is started after so many, where as much of the
+/// way is left at least, and all steps that it may make do not take too much memory.
+constexpr std::int64_t kStepsBeforeThread = 8;
+constexpr std::size_t kMostBytesAhead = std::size_t{1} << 26;
 
 }  // namespace
 
-Pair::Pair(Problem given)
+Pair::Pair(Problem given, int threads)
     : problem(std::move(given)),
+      mayUseThreads(threads > 1),
       first(problem.disturbedProgram, kFirst, problem.way, problem.disturbedStart),
       second(problem.program, kSecond, problem.way, problem.start),
       firstStates(problem.start.size()),
@@ -30,16 +35,28 @@ Pair::Pair(Problem given)
 
 bool Pair::Step()
 {
-  Run& behind = first.End() <= second.End() ? first : second;
-  if (behind.Steps() >= kMostSteps || !behind.Step()) return false;
+  if (mayUseThreads && first.Steps() == kStepsBeforeThread) {
+    mayUseThreads = false;
+    if (IsWorthAThread()) first.GoAhead(kMostSteps - kStepsBeforeThread);
+  }
+  const bool isFirstBehind = first.Latest().end <= second.Latest().end;
+  if ((isFirstBehind ? first.Steps() : second.Steps()) >= kMostSteps) return false;
+  if (!(isFirstBehind ? first.Step() : second.Step())) return false;
   if (first.Steps() > 0 && second.Steps() > 0) Compare(Reached());
   return true;
 }
 
+bool Pair::IsWorthAThread() const
+{
+  const StepView latest = first.Latest();
+  const std::size_t bytes = latest.terms.size_bytes() + latest.sizes.size_bytes();
+  return 2 * latest.end < problem.way.length && bytes * kMostSteps <= kMostBytesAhead;
+}
+
 void Pair::StatesAt(Number place)
 {
-  first.StatesAt(place, firstStates);
-  second.StatesAt(place, secondStates);
+  first.Latest().StatesAt(place, firstStates);
+  second.Latest().StatesAt(place, secondStates);
 }
 
 void Pair::Compare(Number place)

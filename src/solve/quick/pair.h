@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "solve/quick/run.h"
+#include "solve/quick/run_ahead.h"
 
 namespace varno::solve::quick {
 
@@ -19,7 +20,8 @@ class Pair {
     std::vector<Number> disturbedStart, start;
     Way way;
   };
-  explicit Pair(Problem problem);
+  /// `threads`: on how many the runs may be, which are the same then.
+  explicit Pair(Problem problem, int threads = 1);
   Pair(const Pair&) = delete;
   Pair& operator=(const Pair&) = delete;
 
@@ -27,7 +29,7 @@ class Pair {
   /// hardware.
   bool Step();
   /// Up to where both are.
-  Number Reached() const { return std::min(first.End(), second.End()); }
+  Number Reached() const { return std::min(first.Latest().end, second.Latest().end); }
 
   /// Sets the states of both runs at a place not beyond Reached, but beyond what it was before the
   /// latest step.
@@ -35,7 +37,10 @@ class Pair {
   std::span<const Number> First() const { return firstStates; }
   std::span<const Number> Second() const { return secondStates; }
   /// The size of a state there.
-  Number Size(std::size_t state) const { return std::max(first.Size(state), second.Size(state)); }
+  Number Size(std::size_t state) const
+  {
+    return std::max(first.Latest().sizes[state], second.Latest().sizes[state]);
+  }
 
   /// What a number of this size that the runs tell may be off by: several times the most that they
   /// have differed by, in parts of sizes, and what all steps may have rounded alike.
@@ -47,9 +52,12 @@ class Pair {
 
  private:
   void Compare(Number place);
+  bool IsWorthAThread() const;
 
   Problem problem;
-  Run first, second;
+  bool mayUseThreads;
+  RunAhead first;
+  Run second;
   std::vector<Number> firstStates, secondStates;
   Number apart = 0;  // the most that numbers differ by, in parts of their sizes
 };

@@ -203,10 +203,11 @@ bool Run::GoOn()
   return true;
 }
 
-void Run::StatesAt(Number place, std::span<Number> result) const
+void StepView::StatesAt(Number place, std::span<Number> result) const
 {
-  const Number part = PartOf(place - begin);
-  for (LineId i = 0; i < result.size(); ++i) result[i] = Sum(terms.Of(i), part);
+  const Number part = (place - begin) / scale;
+  for (std::size_t i = 0; i < result.size(); ++i)
+    result[i] = Sum(terms.subspan(i * termCount, termCount), part);
 }
 
 }  // namespace varno::solve::quick

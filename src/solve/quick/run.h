@@ -24,6 +24,18 @@ struct Way {
   Number length;   ///< of the way in time, > 0
 };
 
+/// A step of a run, seen while that keeps it: from where to where it goes, and its states between.
+struct StepView {
+  Number begin, end;  ///< in time from the start of the way
+  Number scale;       ///< of the terms, in time, > 0
+  std::size_t termCount;
+  std::span<const Number> terms;  ///< of all states, one after the other
+  std::span<const Number> sizes;  ///< by state: the largest that it is, as its terms tell
+
+  /// The states at a place of the step.
+  void StatesAt(Number place, std::span<Number> result) const;
+};
+
 /// One integration of a program, step by step. Places are given by their distance from the start in
 /// time, of which the ends of steps are exact.
 class Run {
@@ -36,11 +48,11 @@ class Run {
   /// Makes one step; false where that is not for the hardware.
   bool Step();
 
-  Number End() const { return end; }
-  /// The states at a place of the latest step.
-  void StatesAt(Number place, std::span<Number> result) const;
-  /// The largest that a state is on the latest step, as its terms tell.
-  Number Size(std::size_t state) const { return sizes[state]; }
+  /// Before the first step one of no length.
+  StepView Latest() const
+  {
+    return {begin, end, scale, terms.TermCount(), terms.OfFirst(states.size()), sizes};
+  }
   std::int64_t Steps() const { return steps; }
   int Order() const { return settings.order; }
 

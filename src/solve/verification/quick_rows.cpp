@@ -97,7 +97,7 @@ class QuickSolver {
       problem.disturbedStart.push_back(quick::ConstantOf(model.graph, state.start, true));
       problem.start.push_back(quick::ConstantOf(model.graph, state.start, false));
     }
-    pair = std::make_unique<quick::Pair>(std::move(problem));
+    pair = std::make_unique<quick::Pair>(std::move(problem), wanted.threads);
     return true;
   }
 

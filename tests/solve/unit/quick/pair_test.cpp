@@ -65,6 +65,26 @@ TEST(QuickPair, UncertaintyGrowsWithAnUnstableSolution)
   EXPECT_LT(std::fabs(pair.Second()[0] - std::cos(30.0L)), pair.Uncertainty(1));
 }
 
+TEST(QuickPair, IsTheSameOnTwoThreads)
+{
+  Equations m;
+  const Expression x = m.Variable("x", 1), v = m.Variable("v", 0);
+  m.SetDerivative(x, v);
+  m.SetDerivative(v, (1 - x * x) * v - x);
+  const Pair::Problem problem = ProblemOf(m.Finished(), {0, false, 100});
+  Pair alone(problem), shared(problem, 2);
+  for (Number place = 1; place <= 100; ++place) {
+    ASSERT_TRUE(GoTo(alone, place));
+    ASSERT_TRUE(GoTo(shared, place));
+    alone.StatesAt(place);
+    shared.StatesAt(place);
+    EXPECT_EQ(alone.First()[0], shared.First()[0]);
+    EXPECT_EQ(alone.Second()[0], shared.Second()[0]);
+    EXPECT_EQ(alone.Uncertainty(1), shared.Uncertainty(1));
+  }
+  EXPECT_EQ(alone.Best().Steps(), shared.Best().Steps());
+}
+
 // The saddle of x' = x - x^3 - y + y^3/8, y' = -y: rounding leaves x = y/2.
 TEST(QuickPair, UncertaintyRemembersWhereRunsDiffered)
 {

@@ -42,7 +42,7 @@ Program Equation(const Rational& start,
 /// Makes steps up to a place; false where one is refused.
 bool GoTo(HardwareRun& run, Number place)
 {
-  while (run.End() < place) {
+  while (run.Latest().end < place) {
     if (run.Steps() > 2000 || !run.Step()) return false;
   }
   return true;
@@ -55,10 +55,10 @@ TEST(QuickRun, FollowsAClosedForm)
   std::vector<Number> states(2);
   for (Number place = 1; place <= 20; ++place) {
     ASSERT_TRUE(GoTo(run, place));
-    run.StatesAt(place, states);
+    run.Latest().StatesAt(place, states);
     EXPECT_NEAR(static_cast<double>(states[0] - std::cos(place)), 0, 1e-17);
     EXPECT_NEAR(static_cast<double>(states[1] + std::sin(place)), 0, 1e-17);
-    EXPECT_GE(run.Size(0), std::fabs(states[0]));
+    EXPECT_GE(run.Latest().sizes[0], std::fabs(states[0]));
   }
 }
 
@@ -68,7 +68,7 @@ TEST(QuickRun, GoesBackwards)
   HardwareRun run(program, kSettings, {2, true, 3}, {1});
   ASSERT_TRUE(GoTo(run, 3));
   std::vector<Number> states(1);
-  run.StatesAt(3, states);  // t = -1
+  run.Latest().StatesAt(3, states);  // t = -1
   EXPECT_NEAR(static_cast<double>(states[0] / std::exp(-1.5L)), 1, 1e-17);
 }
 
@@ -87,8 +87,8 @@ TEST(QuickRun, DisturbedOneMovesByRounding)
   HardwareRun disturbed(program, kDisturbed, {0, false, 20}, {1, 0});
   ASSERT_TRUE(GoTo(run, 20) && GoTo(disturbed, 20));
   std::vector<Number> states(2), moved(2);
-  run.StatesAt(20, states);
-  disturbed.StatesAt(20, moved);
+  run.Latest().StatesAt(20, states);
+  disturbed.Latest().StatesAt(20, moved);
   const Number apart = std::fabs(states[0] - moved[0]) + std::fabs(states[1] - moved[1]);
   EXPECT_GT(apart, 5 * kUnit);
   EXPECT_LT(apart, 20'000 * kUnit);
@@ -100,7 +100,7 @@ TEST(QuickRun, RefusesToGoOnWhereStepsShrink)
   const Program program = Equation(1, [](Equations&, Expression y) { return y * y; });
   HardwareRun run(program, kSettings, {0, false, 2}, {1});
   EXPECT_FALSE(GoTo(run, 2));
-  EXPECT_LT(run.End(), 1);
+  EXPECT_LT(run.Latest().end, 1);
   EXPECT_LT(run.Steps(), 200);
 }
 
@@ -111,7 +111,7 @@ TEST(QuickRun, DoesNotStepOverARootOfARadicand)
       Equation(1, [](Equations&, Expression h) { return -support::Function(Operation::kSqrt, h); });
   HardwareRun run(program, kSettings, {0, false, 3}, {1});
   EXPECT_FALSE(GoTo(run, 3));
-  EXPECT_LT(run.End(), 2);
+  EXPECT_LT(run.Latest().end, 2);
 }
 
 // 1/(t - 1)^2 has its pole in the way.
@@ -121,7 +121,7 @@ TEST(QuickRun, DoesNotStepOverAPole)
       Equation(0, [](Equations& m, Expression) { return 1 / ((m.Time() - 1) * (m.Time() - 1)); });
   HardwareRun run(program, kSettings, {0, false, 3}, {0});
   EXPECT_FALSE(GoTo(run, 3));
-  EXPECT_LT(run.End(), 1);
+  EXPECT_LT(run.Latest().end, 1);
 }
 
 TEST(QuickRun, RefusesLinesThatAreFlat)
@@ -165,7 +165,7 @@ TEST(QuickRun, DoesNotStepOverACommonRoot)
   });
   HardwareRun run(program, kDisturbed, {0, false, 1}, {1});
   EXPECT_FALSE(GoTo(run, 1));
-  EXPECT_LT(run.End(), 0.3183);
+  EXPECT_LT(run.Latest().end, 0.3183);
 }
 
 // The cosine falls, but here its series has the sign of another function.
