@@ -1,5 +1,5 @@
 // What the order of series costs: milliseconds of one run, the integration alone, with the usual
-// order times a factor in all steps, and with the order by the rule.
+// order times a factor where terms fall from the start, and with the order by the rule.
 //
 //   order_table [PROBLEM [DIGITS]]
 
@@ -28,7 +28,7 @@ void Measure(const Problem& problem, int digits)
   std::printf("| %s | %d |", problem.name.c_str(), digits);
   for (const double factor : kFactors) {
     RunSettings settings = byRule;
-    settings.order = settings.raisedOrder = static_cast<int>(std::lround(factor * byRule.order));
+    settings.raisedOrder = static_cast<int>(std::lround(factor * byRule.order));
     Print(LeastSeconds(compiled, problem.to, settings));
   }
   Print(LeastSeconds(compiled, problem.to, byRule));

@@ -321,17 +321,17 @@ class BlockSeries final : public Series {
   std::pmr::monotonic_buffer_resource memory{LargePages()};  // of terms and logs
   std::vector<Terms> terms;
   std::vector<std::pmr::vector<double>> logs;  // by line: log2 of its terms
-  std::vector<std::uint32_t> weightedRows;  // kNone where a line needs none
-  std::vector<Terms> weightedTerms;         // j times term j
-  std::vector<Factor> constants;            // by constant
-  std::vector<Factor> exponentsPlusOne;     // by constant
+  std::vector<std::uint32_t> weightedRows;     // kNone where a line needs none
+  std::vector<Terms> weightedTerms;            // j times term j
+  std::vector<Factor> constants;               // by constant
+  std::vector<Factor> exponentsPlusOne;        // by constant
   std::vector<typename LineOperands<Arithmetic>::Products> convolutions;  // by line
   std::vector<long> largest;     // by line: log2 of the largest term of the step before
   std::vector<double> coarsest;  // by line: log2 of what is small enough for a unit
   std::vector<Factor> divisors;  // by line: the reciprocal of what its terms divide by
   std::atomic<std::int64_t> arrangement = 0;
   std::vector<std::unique_ptr<Member>> members;
-  std::optional<LineWaves> waves;  // where more terms are in use than a cache holds
+  std::optional<LineWaves> waves;              // where more terms are in use than a cache holds
   std::vector<std::unique_ptr<Member>> rests;  // by member: for what waves leave to it; or none
   mutable std::vector<double> resolutions;
   std::vector<double> sizes;  // by line: log2 of the largest term

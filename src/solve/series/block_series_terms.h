@@ -62,8 +62,8 @@ void BlockSeries<Arithmetic>::PrepareWaves(int usualOrder, const Poll& poll)
     return;
   }
   for (int member = 0; waves->HasRest() && member < schedule.MemberCount(); ++member)
-    rests.push_back(std::make_unique<Member>(Operands(), waves->RestLines(member), bits,
-                                             PollOf(member, poll)));
+    rests.push_back(
+        std::make_unique<Member>(Operands(), waves->RestLines(member), bits, PollOf(member, poll)));
 }
 
 template <class Arithmetic>
@@ -220,8 +220,9 @@ void BlockSeries<Arithmetic>::MakeOrders(int first, int last)
 }
 
 /// Makes terms of steady lines by waves, up to one in which an exponent changes: what that has made
-/// is to be made anew, order after order, as far as where it stopped. Finds their logs while they are
-/// at hand, those of `unlogged` and later orders below `first`, too, unless the first wave stops.
+/// is to be made anew, order after order, as far as where it stopped. Finds their logs while they
+/// are at hand, those of `unlogged` and later orders below `first`, too, unless the first wave
+/// stops.
 ///
 /// In a wave operands may have more terms than a line reads. That is nothing to the line as long as
 /// exponents stay.

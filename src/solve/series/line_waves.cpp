@@ -16,8 +16,8 @@ namespace {
 constexpr std::size_t kMostGroups = 256;
 /// No more than this part of all lines may wait for others at a time.
 constexpr double kMostWaiting = 0.25;
-/// No more may be left to a member than this part of its lines: they are summed ahead for once more,
-/// and waves of two members save a quarter of their time.
+/// No more may be left to a member than this part of its lines: they are summed ahead for once
+/// more, and waves of two members save a quarter of their time.
 constexpr double kMostRest = 1.0 / 3;
 
 /// By line, which lines it is made of, all in one list.
