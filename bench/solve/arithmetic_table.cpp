@@ -9,8 +9,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
-#include <string_view>
 #include <vector>
 
 #include <gmpxx.h>
@@ -130,16 +128,9 @@ void Measure(const Problem& problem, int digits)
 
 int main(int argc, char** argv)
 {
-  const std::string_view wanted = argc > 1 ? argv[1] : "";
-  const int wantedDigits = argc > 2 ? std::atoi(argv[2]) : 0;
   std::printf(
       "| problem | digits | steps | order | bits | products | time | C | time / C | right |\n");
   std::printf("|---|---|---|---|---|---|---|---|---|---|\n");
-  for (const auto& problem : varno::solve::Problems()) {
-    if (!wanted.empty() && wanted != problem.name) continue;
-    for (const int digits : {15, 60, 250}) {
-      if (wantedDigits == 0 || wantedDigits == digits) varno::solve::Measure(problem, digits);
-    }
-  }
+  varno::solve::MeasureProblems(argc, argv, varno::solve::Measure);
   return 0;
 }

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
+#include <string_view>
 #include <utility>
 
 #include "bench/cpu_clock.h"
@@ -49,8 +51,6 @@ Model ModelOf(const Problem& problem)
   return BuildModel(ParseProblem(sources, source, diagnostics), {}, sources, diagnostics);
 }
 
-}  // namespace
-
 std::vector<Problem> Problems()
 {
   return {
@@ -61,6 +61,21 @@ std::vector<Problem> Problems()
       {"pendulum", "a'' = -sin(a); a(0) = 2;", "20"},
       {"vanderpol", "x' = v & 2; v' = (1 - x^2)*v - x & 0;", "20"},
   };
+}
+
+}  // namespace
+
+void MeasureProblems(int argc, char** argv,
+                     const std::function<void(const Problem&, int digits)>& measure)
+{
+  const std::string_view wanted = argc > 1 ? argv[1] : "";
+  const int wantedDigits = argc > 2 ? std::atoi(argv[2]) : 0;
+  for (const Problem& problem : Problems()) {
+    if (!wanted.empty() && wanted != problem.name) continue;
+    for (const int digits : {15, 60, 250}) {
+      if (wantedDigits == 0 || wantedDigits == digits) measure(problem, digits);
+    }
+  }
 }
 
 CompiledProblem::CompiledProblem(const Problem& problem)

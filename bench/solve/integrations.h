@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -18,8 +18,10 @@ struct Problem {
   std::string name, text, to;
 };
 
-/// Those that the tables of this folder measure.
-std::vector<Problem> Problems();
+/// Calls measure(problem, digits) for what the arguments of a command, [PROBLEM [DIGITS]], leave of
+/// the problems of the tables in this folder, with 15, 60 and 250 digits each.
+void MeasureProblems(int argc, char** argv,
+                     const std::function<void(const Problem&, int digits)>& measure);
 
 /// The same, compiled.
 struct CompiledProblem {
