@@ -29,9 +29,9 @@ constexpr int kCautiousAttempts = 2;
 /// An attempt is given up before it fails if its last row will lack so many decimals.
 constexpr double kDoomedDecimals = 3;
 /// How far beyond what constants or the last row say a run must come to call an end one, and what
-/// they may say.
+/// they may say: as much as a double holds. To come so near takes some seconds.
 constexpr double kDecimalsBeyondConstants = 3;
-constexpr double kMostDecimalsOfConstants = 100;
+constexpr double kMostDecimalsOfConstants = 320;
 /// The same where steps do not reach an end, and at the second sight of it.
 constexpr double kApproachDecimals = 2;
 constexpr double kSecondApproachDecimals = 0.25;
