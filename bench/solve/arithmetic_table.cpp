@@ -117,7 +117,7 @@ void Measure(const Problem& problem, int digits)
   const double products = Products(compiled.tape, run.orders);
   const double c = products * SecondsOfProduct(run.bits);
   std::printf("| %s | %d | %zu | %d | %ld | %.3g | %.2f ms | %.2f ms | %.2f | %.1f |\n",
-              problem.name.c_str(), digits, run.orders.size(), run.lastOrder,
+              problem.name.c_str(), digits, run.orders.size(), run.orders.back(),
               static_cast<long>(run.bits), products, 1e3 * seconds, 1e3 * c, seconds / c,
               RightDigits(run.states, reference.states));
   std::fflush(stdout);

@@ -103,7 +103,6 @@ Integration::Integration(const CompiledProblem& problem, const std::string& to,
   }
   states = run.StatesAt(end);
   seconds = CpuSeconds() - begin;
-  lastOrder = run.Order();
   bits = run.Bits();
 }
 

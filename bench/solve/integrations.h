@@ -23,7 +23,7 @@ struct Problem {
 void MeasureProblems(int argc, char** argv,
                      const std::function<void(const Problem&, int digits)>& measure);
 
-/// The same, compiled.
+/// A problem, compiled.
 struct CompiledProblem {
   explicit CompiledProblem(const Problem& problem);
   Model model;
@@ -40,7 +40,6 @@ struct Integration {
   std::vector<Real> states;  ///< at the end
   double seconds;            ///< processor time of the integration alone
   std::vector<int> orders;   ///< of its steps
-  int lastOrder;
   mpfr_prec_t bits;
 };
 

@@ -28,7 +28,8 @@ class StepFeed {
   const DenseStep& Latest() const { return thread.joinable() ? latest : run->Latest(); }
   /// Goes on to the next step. Throws as Run::Step.
   void Advance();
-  /// Makes the steps that come on a thread of their own, until one reaches the end.
+  /// Makes the steps that come on a thread of their own, until one reaches the end, where there is
+  /// one to be had.
   void GoAhead();
   /// How many lines the tape of the run has.
   std::size_t LineCount() const { return run->LineCount(); }

@@ -61,7 +61,6 @@ class LineTerms {
   {
     return {terms.data(), lines * stride};
   }
-  std::size_t TermCount() const { return stride; }
   Number Size(LineId line) const { return sizes[line]; }
   int Order() const { return order; }
 

@@ -206,8 +206,9 @@ bool Run::GoOn()
 void StepView::StatesAt(Number place, std::span<Number> result) const
 {
   const Number part = (place - begin) / scale;
+  const std::size_t count = result.empty() ? 0 : terms.size() / result.size();
   for (std::size_t i = 0; i < result.size(); ++i)
-    result[i] = Sum(terms.subspan(i * termCount, termCount), part);
+    result[i] = Sum(terms.subspan(i * count, count), part);
 }
 
 }  // namespace varno::solve::quick

@@ -26,9 +26,8 @@ struct Way {
 
 /// A step of a run, seen while that keeps it: from where to where it goes, and its states between.
 struct StepView {
-  Number begin, end;  ///< in time from the start of the way
-  Number scale;       ///< of the terms, in time, > 0
-  std::size_t termCount;
+  Number begin, end;              ///< in time from the start of the way
+  Number scale;                   ///< of the terms, in time, > 0
   std::span<const Number> terms;  ///< of all states, one after the other
   std::span<const Number> sizes;  ///< by state: the largest that it is, as its terms tell
 
@@ -49,10 +48,7 @@ class Run {
   bool Step();
 
   /// Before the first step one of no length.
-  StepView Latest() const
-  {
-    return {begin, end, scale, terms.TermCount(), terms.OfFirst(states.size()), sizes};
-  }
+  StepView Latest() const { return {begin, end, scale, terms.OfFirst(states.size()), sizes}; }
   std::int64_t Steps() const { return steps; }
   int Order() const { return settings.order; }
 

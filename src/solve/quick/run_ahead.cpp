@@ -48,7 +48,7 @@ void RunAhead::GoAhead(std::uint32_t mostSteps)
   stepsBefore = run.Steps() - 1;
   made = taken = 1;
   thread = StartElsewhere([this] { MakeSteps(); });
-  kept = steps.data();
+  if (thread.joinable()) kept = steps.data();
 }
 
 void RunAhead::MakeSteps()

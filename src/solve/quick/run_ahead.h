@@ -21,8 +21,8 @@ class RunAhead {
 
   /// Goes on to the next step; false where that is not for the hardware.
   bool Step();
-  /// Has the steps that come, so many at most, made on a thread of their own. Once at most. Throws
-  /// std::system_error where there is none to be had.
+  /// Has the steps that come, so many at most, made on a thread of their own, where there is one to
+  /// be had. Once at most.
   void GoAhead(std::uint32_t mostSteps);
 
   StepView Latest() const { return kept == nullptr ? run.Latest() : kept[taken - 1].View(); }

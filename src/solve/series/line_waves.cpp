@@ -1,6 +1,7 @@
 #include "solve/series/line_waves.h"
 
 #include <algorithm>
+#include <functional>
 #include <iterator>
 #include <numeric>
 #include <utility>

@@ -37,7 +37,7 @@ class LineWaves {
   std::span<const LineId> RestLines(int member) const { return Of(member).restLines; }
   std::span<const Stretch> Rest(int member) const { return Of(member).rest; }
   bool HasRest() const;
-  /// Whether few lines have to wait.
+  /// Whether few lines have to wait, and few are left.
   bool IsWorthwhile() const { return isWorthwhile; }
 
  private:

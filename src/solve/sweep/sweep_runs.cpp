@@ -8,6 +8,7 @@
 #include <new>
 #include <optional>
 #include <string_view>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -75,11 +76,15 @@ class SweepRuns {
 void SweepRuns::Run()
 {
   std::vector<std::jthread> threads;
-  for (int i = 1; i < plan.jobs && i < plan.sweep.Count(); ++i) {
-    threads.emplace_back([this] {
-      Work();
-      mpfr_free_cache();  // which belongs to the thread
-    });
+  try {
+    for (int i = 1; i < plan.jobs && i < plan.sweep.Count(); ++i) {
+      threads.emplace_back([this] {
+        Work();
+        mpfr_free_cache();  // which belongs to the thread
+      });
+    }
+  } catch (const std::system_error&) {
+    // There are no more to be had: those that there are do everything.
   }
   Work();
   threads.clear();

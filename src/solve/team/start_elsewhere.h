@@ -1,5 +1,6 @@
 #pragma once
 
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -16,15 +17,20 @@ void LeaveProcessor(std::thread::native_handle_type thread, int processor);
 /// behind the one that started it for some milliseconds, though the other processors have nothing
 /// to do, and so much is as long as many an integration.
 ///
-/// Throws std::system_error where there is no thread to be had.
+/// Where there is no thread to be had, the one returned is not joinable.
 template <class Body>
 std::thread StartElsewhere(Body body)
 {
   const int here = ThisProcessor();
-  std::thread thread([here, body = std::move(body)]() mutable {
-    LeaveProcessor(pthread_self(), here);  // the one that starts it may wait behind it, too
-    body();
-  });
+  std::thread thread;
+  try {
+    thread = std::thread([here, body = std::move(body)]() mutable {
+      LeaveProcessor(pthread_self(), here);  // the one that starts it may wait behind it, too
+      body();
+    });
+  } catch (const std::system_error&) {
+    return thread;
+  }
   LeaveProcessor(thread.native_handle(), here);
   return thread;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 #include <mpfr.h>
 
@@ -30,8 +31,11 @@ Team::Team(int memberCount)
 {
   errors.resize(static_cast<std::size_t>(memberCount));
   try {
-    for (int member = 1; member < memberCount; ++member)
-      threads.push_back(StartElsewhere([this, member] { Serve(member); }));
+    for (int member = 1; member < memberCount; ++member) {
+      std::thread thread = StartElsewhere([this, member] { Serve(member); });
+      if (!thread.joinable()) break;
+      threads.push_back(std::move(thread));
+    }
   } catch (...) {
     Dismiss();
     throw;

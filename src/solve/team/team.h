@@ -23,7 +23,7 @@ class Team {
  public:
   using Job = std::function<void(int member, std::size_t round)>;
 
-  /// Starts memberCount - 1 threads; throws std::system_error where there are none to be had.
+  /// Starts memberCount - 1 threads, or fewer, where there are no more to be had.
   explicit Team(int memberCount);
   Team(const Team&) = delete;
   Team& operator=(const Team&) = delete;

@@ -4,8 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "solve/tape/compile.h"
-#include "tests/solve/support/equations.h"
+#include "programs.h"
 
 namespace varno::solve::quick {
 namespace {
@@ -16,25 +15,6 @@ using HardwareRun = Run;  // in tests Run is something else
 
 constexpr RunSettings kSettings{.toleranceBits = 60, .order = 20, .disturbed = true};
 constexpr std::uint32_t kMany = 1000;
-
-/// x' = v, v' = -x
-Program Oscillator()
-{
-  Equations m;
-  const Expression x = m.Variable("x", 1), v = m.Variable("v", 0);
-  m.SetDerivative(x, v);
-  m.SetDerivative(v, -x);
-  return *MakeProgram(Compile(m.Finished()), false);
-}
-
-/// y' = y^2: from 1 on steps shrink towards 1.
-Program Pole()
-{
-  Equations m;
-  const Expression y = m.Variable("y", 1);
-  m.SetDerivative(y, y * y);
-  return *MakeProgram(Compile(m.Finished()), false);
-}
 
 /// A number of the step that all of its terms make.
 Number Middle(const StepView& step)
@@ -73,7 +53,8 @@ TEST(QuickRunAhead, HasTheStepsOfTheRun)
 
 TEST(QuickRunAhead, EndsWhereTheRunRefuses)
 {
-  const Program program = Pole();
+  // The pole is at 1.
+  const Program program = Equation(1, [](Equations&, Expression y) { return y * y; });
   const Way way{0, false, 2};
   HardwareRun expected(program, kSettings, way, {1});
   RunAhead found(program, kSettings, way, {1});

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "programs.h"
 #include "solve/tape/compile.h"
 #include "tests/solve/support/equations.h"
 
@@ -18,26 +19,6 @@ using HardwareRun = Run;  // in tests Run is something else
 
 constexpr RunSettings kSettings{.toleranceBits = 60, .order = 20, .disturbed = false};
 constexpr RunSettings kDisturbed{.toleranceBits = 60, .order = 20, .disturbed = true};
-
-/// x' = v, v' = -x from (1, 0)
-Program Oscillator()
-{
-  Equations m;
-  const Expression x = m.Variable("x", 1), v = m.Variable("v", 0);
-  m.SetDerivative(x, v);
-  m.SetDerivative(v, -x);
-  return *MakeProgram(Compile(m.Finished()), false);
-}
-
-/// y' = f(t, y) from `start`
-Program Equation(const Rational& start,
-                 const std::function<Expression(Equations&, Expression)>& derivative)
-{
-  Equations m;
-  const Expression y = m.Variable("y", start);
-  m.SetDerivative(y, derivative(m, y));
-  return *MakeProgram(Compile(m.Finished()), false);
-}
 
 /// Makes steps up to a place; false where one is refused.
 bool GoTo(HardwareRun& run, Number place)

@@ -1,11 +1,14 @@
 #include "solve/team/start_elsewhere.h"
 
+#include <cstddef>
 #include <latch>
 #include <pthread.h>
 #include <sched.h>
 #include <thread>
 
 #include <gtest/gtest.h>
+
+#include "solve/team/team.h"
 
 namespace varno::solve {
 namespace {
@@ -31,6 +34,19 @@ TEST(StartElsewhere, LeavesTheThreadAllProcessorsOfTheCaller)
   asked.count_down();
   answered.wait();
   thread.join();
+}
+
+TEST(StartElsewhere, StartsNoneWhereThereIsNone)
+{
+  // No address space has room for its stack.
+  pthread_attr_t usual, huge;
+  ASSERT_EQ(pthread_getattr_default_np(&usual), 0);
+  ASSERT_EQ(pthread_getattr_default_np(&huge), 0);
+  ASSERT_EQ(pthread_attr_setstacksize(&huge, std::size_t{1} << 60), 0);
+  ASSERT_EQ(pthread_setattr_default_np(&huge), 0);
+  EXPECT_FALSE(StartElsewhere([] {}).joinable());
+  EXPECT_EQ(Team(3).MemberCount(), 1);
+  ASSERT_EQ(pthread_setattr_default_np(&usual), 0);
 }
 
 TEST(LeaveProcessor, MovesAThreadToAnotherOne)
